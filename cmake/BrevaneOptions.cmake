@@ -1,0 +1,37 @@
+option(BREVANE_TESTS "Build the tests and benchmarks" ON)
+option(BREVANE_FUZZ "Build the fuzzers (needs clang)" OFF)
+set(BREVANE_SANITIZE "" CACHE STRING "Sanitizers, comma separated, as -fsanitize= takes them")
+
+set(CMAKE_CXX_STANDARD 23)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+find_program(BREVANE_CCACHE ccache)
+if(BREVANE_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${BREVANE_CCACHE}")
+    set(CMAKE_C_COMPILER_LAUNCHER "${BREVANE_CCACHE}")
+endif()
+
+add_library(brevane_options INTERFACE)
+target_include_directories(brevane_options INTERFACE "${CMAKE_SOURCE_DIR}")
+target_compile_options(brevane_options INTERFACE
+    -Wall -Wextra -Werror -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough
+    -fvisibility=hidden -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+# lld also takes archives in any order, which lets a program choose its port of the platform last.
+target_link_options(brevane_options INTERFACE -fuse-ld=lld)
+
+if(BREVANE_SANITIZE)
+    target_compile_options(brevane_options INTERFACE -fsanitize=${BREVANE_SANITIZE} -fno-omit-frame-pointer -O1)
+    target_link_options(brevane_options INTERFACE -fsanitize=${BREVANE_SANITIZE})
+    if(BREVANE_SANITIZE MATCHES undefined)
+        target_compile_options(brevane_options INTERFACE -fno-sanitize-recover=undefined)
+    endif()
+    if(BREVANE_SANITIZE MATCHES thread AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+        target_compile_options(brevane_options INTERFACE -Wno-tsan)
+    endif()
+else()
+    target_compile_options(brevane_options INTERFACE -fstack-protector-strong)
+    target_compile_definitions(brevane_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+    target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
+endif()

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace platform {
+
+enum class BackgroundItemStatus { NotRegistered = 0, Enabled = 1, RequiresApproval = 2, NotFound = 3 };
+
+// Whether the user lets the launch daemon with this property-list file run. Nothing when the system has no such notion
+// or does not answer.
+std::optional<BackgroundItemStatus> backgroundItemStatus(const std::string& launchDaemonPath);
+
+// Opens the place where the user can approve it. False when there is none.
+bool openBackgroundItemSettings();
+
+} // namespace platform

@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/Data.h"
+#include "platform/Dictionary.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <variant>
+#include <vector>
+
+namespace platform {
+
+// Seconds since 2001-01-01 00:00:00 UTC, the reference date of property lists.
+struct Date {
+    double secondsSinceReferenceDate = 0;
+    bool operator==(const Date&) const = default;
+};
+
+using Array = std::vector<PropertyList>;
+
+// A property-list value. Readers never fail: a value of another type reads as absent, false or 0, and
+// booleans, integers and reals are all numbers, read by value (true is 1).
+class PropertyList {
+public:
+    enum class Type { Boolean, Integer, Real, String, Date, Data, Array, Dictionary };
+
+    PropertyList() : _value(Dictionary()) { }
+    PropertyList(bool value) : _value(value) { }
+    template <class T>
+        requires(std::is_integral_v<T> && !std::is_same_v<T, bool>)
+    PropertyList(T value) : _value(static_cast<std::int64_t>(value))
+    {
+    }
+    PropertyList(double value) : _value(value) { }
+    PropertyList(std::string value) : _value(std::move(value)) { }
+    PropertyList(std::string_view value) : _value(std::string(value)) { }
+    PropertyList(const char* value) : _value(std::string(value)) { }
+    PropertyList(Date value) : _value(value) { }
+    PropertyList(Data value) : _value(std::move(value)) { }
+    PropertyList(Array value) : _value(std::move(value)) { }
+    PropertyList(Dictionary value) : _value(std::move(value)) { }
+
+    Type type() const { return static_cast<Type>(_value.index()); }
+    bool isNumber() const { return type() <= Type::Real; }
+
+    // Numbers by value, everything else false or 0. A real is cut towards zero and held in the range of
+    // the result; not-a-number is 0.
+    bool boolValue() const;
+    std::int64_t integerValue() const;
+    double realValue() const;
+
+    // The content if the type is the named one, otherwise null.
+    const std::string* string() const { return std::get_if<std::string>(&_value); }
+    const Date* date() const { return std::get_if<Date>(&_value); }
+    const Data* data() const { return std::get_if<Data>(&_value); }
+    const Array* array() const { return std::get_if<Array>(&_value); }
+    const Dictionary* dictionary() const { return std::get_if<Dictionary>(&_value); }
+    Array* array() { return std::get_if<Array>(&_value); }
+    Dictionary* dictionary() { return std::get_if<Dictionary>(&_value); }
+
+    // Deep equality: dictionaries whatever their order, arrays in order, numbers by numeric value.
+    bool operator==(const PropertyList& other) const;
+
+private:
+    // The order of the alternatives is that of Type.
+    std::variant<bool, std::int64_t, double, std::string, Date, Data, Array, Dictionary> _value;
+};
+
+struct Dictionary::Entry {
+    std::string key;
+    PropertyList value;
+};
+
+} // namespace platform

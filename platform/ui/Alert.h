@@ -1,0 +1,42 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace platform::ui {
+
+class Window;
+
+enum class AlertStyle { Warning = 0, Informational = 1, Critical = 2 };
+
+// A message with buttons. The answer is 1000 for the first button, 1001 for the second and so on; closing it another
+// way answers as the last button. Without added buttons there is one, the platform's "OK".
+class Alert {
+public:
+    static constexpr int FirstButtonReturn = 1000;
+    static constexpr int SecondButtonReturn = 1001;
+    static constexpr int ThirdButtonReturn = 1002;
+
+    Alert();
+    ~Alert();
+    Alert(Alert&&) noexcept;
+    Alert& operator=(Alert&&) noexcept;
+
+    void setStyle(AlertStyle style);
+    void setMessageText(const std::string& text);
+    void setInformativeText(const std::string& text);
+    void addButton(const std::string& title);
+
+    // Blocks until answered, while the application's events are served.
+    int runModal();
+    // Attached to the window, which takes no input until it is answered. Returns at once; the completion (may be empty)
+    // runs on the main thread after the sheet has closed. The sheet outlives this object.
+    void beginSheet(const std::shared_ptr<Window>& window, std::function<void(int)> completion);
+
+private:
+    struct Native;
+    std::unique_ptr<Native> _native;
+};
+
+} // namespace platform::ui
