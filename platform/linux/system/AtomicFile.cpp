@@ -1,5 +1,6 @@
 #include "platform/linux/system/AtomicFile.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <dirent.h>
@@ -121,11 +122,10 @@ std::expected<Data, int> readFile(const std::string& path, std::size_t limit)
     if (!S_ISREG(status.st_mode))
         return std::unexpected(EINVAL);
 
-    Data bytes;
+    // One byte more than the size, so that the usual file ends within one buffer.
+    Data bytes(std::min(static_cast<std::size_t>(status.st_size), limit) + 1);
     std::size_t length = 0;
     for (;;) {
-        if (length == bytes.size())
-            bytes.resize(length + static_cast<std::size_t>(status.st_size) % limit + 4096);
         auto count = ::read(descriptor.get(), bytes.data() + length, bytes.size() - length);
         if (count < 0 && errno == EINTR)
             continue;
@@ -136,6 +136,8 @@ std::expected<Data, int> readFile(const std::string& path, std::size_t limit)
             return std::unexpected(EFBIG);
         if (count == 0)
             break;
+        if (length == bytes.size())
+            bytes.resize(2 * length);
     }
     bytes.resize(length);
     return bytes;
