@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/PropertyList.h"
+#include "platform/ui/Interface.h"
+
+#include <memory>
+#include <string>
+
+// The editor of one mode: shows the mode's sub-record of the schedule and builds a new one from its controls. Its view
+// comes from an interface file of its own and is loaded when it is first asked for. Main thread only.
+class BRVViewController {
+public:
+    virtual ~BRVViewController() = default;
+    BRVViewController(const BRVViewController&) = delete;
+    BRVViewController& operator=(const BRVViewController&) = delete;
+
+    // The mode's value, which is also the key of its sub-record.
+    const std::string& name() const { return _name; }
+
+    // A new sub-record from the controls as they are now. An editor that was never shown gives back the one it keeps.
+    virtual platform::Dictionary settings() const = 0;
+    // Keeps a copy of the sub-record (null: absent) and shows it, at once or when the view loads.
+    virtual void setSettings(const platform::Dictionary* settings) = 0;
+
+    const std::shared_ptr<platform::ui::View>& view();
+    bool isViewLoaded() const { return _view != nullptr; }
+
+protected:
+    BRVViewController(std::string name, std::string interfaceName);
+
+    // The interface has just been loaded: take the outlets, then show what is kept.
+    virtual void connectOutlets(const platform::ui::Interface& interface) = 0;
+    virtual void awakeFromNib() { }
+
+private:
+    std::string _name;
+    std::string _interfaceName;
+    std::unique_ptr<platform::ui::Interface> _interface;
+    std::shared_ptr<platform::ui::View> _view;
+};
