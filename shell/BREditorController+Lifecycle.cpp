@@ -1,0 +1,102 @@
+#include "diagnostics/log/ZRKLog.h"
+#include "platform/PowerSources.h"
+#include "platform/SystemInformation.h"
+#include "platform/Workspace.h"
+#include "shell/BREditorController.h"
+#include "shell/ProductLinks.h"
+#include "shell/version/ZRKSystemVersionManager.h"
+
+using namespace platform::ui;
+
+std::shared_ptr<BREditorController> BREditorController::create()
+{
+    const std::shared_ptr<BREditorController> controller(new BREditorController(Interface::load("MainWindow")));
+    controller->connectActions();
+    return controller;
+}
+
+BREditorController::BREditorController(std::unique_ptr<Interface> interface)
+    : _interface(std::move(interface)),
+      _outlets(*_interface),
+      _stackView(ZRKStackView::create(_outlets.stackView))
+{
+}
+
+void BREditorController::connectActions()
+{
+    const auto action = [weak = weak_from_this()](auto operation) {
+        return [weak, operation] {
+            if (const auto self = weak.lock())
+                operation(*self);
+        };
+    };
+    using Self = BREditorController;
+    _outlets.backupsCheckBox->setAction(action([](Self& self) { self.changeBackUpCheckbox(); }));
+    _outlets.operationModePopUp->setAction(action([](Self& self) { self.changeOperationMode(); }));
+    _outlets.allowBatteryCheckBox->setAction(
+        action([](Self& self) { self.changeAllowBatteryPower(*self._outlets.allowBatteryCheckBox); }));
+    _outlets.advancedSettingsButton->setAction(action([](Self& self) { self.changeAdvancedSettings(); }));
+    _outlets.applyButton->setAction(action([](Self& self) { self.apply(); }));
+
+    _outlets.showCurrentSettingsMenuItem->setAction(action([](Self& self) { self.showCurrentSettings(); }));
+    _outlets.openWebSiteMenuItem->setAction(action([](Self& self) { self.openWebSite(); }));
+    _outlets.contactByMailMenuItem->setAction(action([](Self& self) { self.contactByMail(); }));
+    _outlets.quitMenuItem->setAction(action([](Self& self) { self.quit(); }));
+}
+
+void BREditorController::awakeFromNib()
+{
+    _outlets.window->setAutorecalculatesKeyViewLoop(true);
+    _supportsSnapshots = ZRKSystemVersionManager::sharedManager().runningAtLeast(3);
+    _stackView->setOrientation(ZRKStackView::Vertical);
+    if (!_supportsSnapshots) {
+        _outlets.localSnapshotsMenuItem->setHidden(true);
+        _outlets.localSnapshotsMenuItem->setKeyEquivalent("");
+        if (const auto next = _outlets.localSnapshotsMenuItem->next())
+            next->setKeyEquivalent("1");
+    }
+    _supportsBattery = platform::supportsBatteryPower().value_or(false);
+}
+
+void BREditorController::applicationDidFinishLaunching()
+{
+    ZRKLogMessage(LogLevelInfo, "Running version %@.", {platform::bundleVersion()});
+    if (!reloadSettings()) {
+        terminateApplication();
+        return;
+    }
+    updateSettings();
+    _outlets.window->layoutIfNeeded();
+    _outlets.window->center();
+    _outlets.window->makeKeyAndOrderFront();
+}
+
+bool BREditorController::applicationShouldTerminate()
+{
+    return true;
+}
+
+bool BREditorController::applicationShouldTerminateAfterLastWindowClosed()
+{
+    return true;
+}
+
+void BREditorController::showCurrentSettings()
+{
+    updateSettings();
+}
+
+void BREditorController::openWebSite()
+{
+    platform::openURL(BRVWebSiteURL);
+}
+
+void BREditorController::contactByMail()
+{
+    platform::openURL(BRVSupportMailURL);
+}
+
+void BREditorController::quit()
+{
+    terminateApplication();
+}

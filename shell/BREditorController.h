@@ -1,0 +1,89 @@
+#pragma once
+
+#include "platform/Error.h"
+#include "platform/ui/Alert.h"
+#include "platform/ui/Application.h"
+#include "schedule/BRVViewController.h"
+#include "schedule/ScheduleSettings.h"
+#include "shell/layout/ZRKStackView.h"
+#include "shell/MainWindowOutlets.h"
+
+#include <array>
+#include <memory>
+#include <optional>
+#include <string>
+
+// The application's delegate and the owner of its main window: edits the schedule and applies it. Main thread only; the
+// exchanges with the scheduler helper block it. Edits live in the controls and in the mode editors until they are
+// applied.
+class BREditorController : public platform::ui::ApplicationDelegate,
+                           public std::enable_shared_from_this<BREditorController> {
+public:
+    // Loads the main window and its menus.
+    static std::shared_ptr<BREditorController> create();
+
+    void awakeFromNib() override;
+    void applicationDidFinishLaunching() override;
+    bool applicationShouldTerminate() override;
+    bool applicationShouldTerminateAfterLastWindowClosed() override;
+
+    // Throws away edits that were not applied.
+    void showCurrentSettings();
+    void openWebSite();
+    void contactByMail();
+    void quit();
+
+    // Fetches the schedule. On failure says so, and there are no current settings.
+    bool reloadSettings();
+    // Shows the current settings, if there are any.
+    void updateSettings();
+    // Shows the rows that the controls' states call for.
+    void updateStackView();
+
+    void changeBackUpCheckbox();
+    void changeOperationMode();
+    void changeAllowBatteryPower(const platform::ui::CheckBox& sender);
+    void changeAdvancedSettings();
+    void apply();
+    void applySettings(const ScheduleSettings& settings);
+    void displayDidApplyAlertForSettings(const ScheduleSettings& settings);
+
+    // The mode editors, made on first use from the current settings. Null for a mode without an editor.
+    std::shared_ptr<BRVViewController> whenInactiveViewController();
+    std::shared_ptr<BRVViewController> intervalViewController();
+    std::shared_ptr<BRVViewController> calendarIntervalsViewController();
+    // That of the selected mode.
+    std::shared_ptr<BRVViewController> viewController();
+
+    // Tells of a failed exchange with the scheduler helper and what can be done; finds out whether it is missing or
+    // disabled. Attached to the main window as a sheet, or modal. The title is shown as it is.
+    void displayAlertWithTitle(const std::string& title, const platform::Error& error, bool asSheet);
+    // Does what the pressed button says.
+    void finishDisplayAlertWithResponse(int response, bool includesMailSupport, bool includesSystemSettingsButton);
+    // A notice that also warns when the system's own automatic backups are on. Both texts are shown as they are.
+    void displaySystemSchedulerCheckAlert(const std::string& title, const std::string& message);
+    void didFailToUninstallWithError(const platform::Error& error);
+
+private:
+    explicit BREditorController(std::unique_ptr<platform::ui::Interface> interface);
+    void connectActions();
+
+    std::shared_ptr<BRVViewController> editorForMode(int mode);
+    ScheduleSettings settingsFromControls() const;
+    void updateBackupsControls(bool on);
+    void updateAdvancedSettingsButton();
+
+    // Adds the two buttons to the alert and attaches it to the main window.
+    void beginSheetOfferingTimeMachineSettings(platform::ui::Alert& alert);
+    void displayMissingSettingsPaneAlert();
+
+    std::unique_ptr<platform::ui::Interface> _interface;
+    MainWindowOutlets _outlets;
+    std::shared_ptr<ZRKStackView> _stackView;
+    std::shared_ptr<BRVViewController> _currentViewController;
+    std::array<std::shared_ptr<BRVViewController>, OperationModeCount> _viewControllers; // by OperationMode
+    std::optional<ScheduleSettings> _currentSettings;                                    // as last fetched or applied
+    bool _supportsBattery = false;
+    bool _supportsSnapshots = false;
+    bool _showAdvancedSettings = false;
+};

@@ -1,0 +1,28 @@
+#include "shell/MainWindowOutlets.h"
+
+using namespace platform::ui;
+
+MainWindowOutlets::MainWindowOutlets(const Interface& interface)
+    : window(interface.window()),
+      backupsCheckBox(interface.outlet<CheckBox>("backupsCheckBox")),
+      operationModePopUp(interface.outlet<PopUpButton>("operationModePopUp")),
+      allowBatteryCheckBox(interface.outlet<CheckBox>("allowBatteryCheckBox")),
+      snapshotsCheckBox(interface.outlet<CheckBox>("snapshotsCheckBox")),
+      suspendCheckBox(interface.outlet<CheckBox>("suspendCheckBox")),
+      suspendFromPicker(interface.outlet<DatePicker>("suspendFromPicker")),
+      suspendToPicker(interface.outlet<DatePicker>("suspendToPicker")),
+      dontRunWhenPassiveCheckBox(interface.outlet<CheckBox>("dontRunWhenPassiveCheckBox")),
+      dontRunWithSleepPreventersCheckBox(interface.outlet<CheckBox>("dontRunWithSleepPreventersCheckBox")),
+      dontRunWhenNotNetworkWiredCheckBox(interface.outlet<CheckBox>("dontRunWhenNotNetworkWiredCheckBox")),
+      advancedSettingsButton(interface.outlet<Button>("advancedSettingsButton")),
+      applyButton(interface.outlet<Button>("applyButton")),
+      stackView(interface.outlet<View>("stackView")),
+      modeStackView(interface.outlet<View>("modeStackView")),
+      suspendStackView(interface.outlet<View>("suspendStackView")),
+      showCurrentSettingsMenuItem(interface.menuItem("showCurrentSettingsMenuItem")),
+      localSnapshotsMenuItem(interface.menuItem("localSnapshotsMenuItem")),
+      openWebSiteMenuItem(interface.menuItem("openWebSiteMenuItem")),
+      contactByMailMenuItem(interface.menuItem("contactByMailMenuItem")),
+      quitMenuItem(interface.menuItem("quitMenuItem"))
+{
+}
