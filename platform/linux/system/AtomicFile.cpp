@@ -1,5 +1,7 @@
 #include "platform/linux/system/AtomicFile.h"
 
+#include "platform/FileDescriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -9,33 +11,12 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace platform {
 
 namespace {
 
 constexpr std::string_view suffixPattern = "XXXXXX";
-
-class Descriptor {
-public:
-    explicit Descriptor(int descriptor) : _descriptor(descriptor) { }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor()
-    {
-        if (_descriptor >= 0)
-            ::close(_descriptor);
-    }
-
-    bool isOpen() const { return _descriptor >= 0; }
-    int get() const { return _descriptor; }
-    // False when the system reports a delayed write error.
-    bool close() { return ::close(std::exchange(_descriptor, -1)) == 0; }
-
-private:
-    int _descriptor;
-};
 
 std::unexpected<int> lastFailure()
 {
@@ -71,8 +52,8 @@ bool writeAll(int descriptor, std::span<const std::uint8_t> bytes)
 
 std::expected<void, int> syncFolder(const std::string& folder)
 {
-    Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor.isOpen() || ::fsync(descriptor.get()) != 0)
+    FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor || ::fsync(descriptor.get()) != 0)
         return lastFailure();
     return {};
 }
@@ -83,12 +64,12 @@ std::expected<void, int> replaceFile(const std::string& path, std::span<const st
 {
     auto folder = folderOf(path);
     auto temporary = folder + "/" + temporaryPrefix(path) + std::string(suffixPattern);
-    Descriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC));
-    if (!descriptor.isOpen())
+    FileDescriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (!descriptor)
         return lastFailure();
 
     bool written = writeAll(descriptor.get(), bytes) && ::fchmod(descriptor.get(), mode) == 0
-        && ::fsync(descriptor.get()) == 0 && descriptor.close() && ::rename(temporary.c_str(), path.c_str()) == 0;
+        && ::fsync(descriptor.get()) == 0 && ::rename(temporary.c_str(), path.c_str()) == 0;
     if (!written) {
         auto failure = lastFailure();
         ::unlink(temporary.c_str());
@@ -115,9 +96,9 @@ void removeInterruptedReplacements(const std::string& path)
 std::expected<Data, int> readFile(const std::string& path, std::size_t limit)
 {
     // Not blocking, so that a pipe put in the file's place cannot hold the reader up.
-    Descriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status{};
-    if (!descriptor.isOpen() || ::fstat(descriptor.get(), &status) != 0)
+    if (!descriptor || ::fstat(descriptor.get(), &status) != 0)
         return lastFailure();
     if (!S_ISREG(status.st_mode))
         return std::unexpected(EINVAL);
@@ -141,22 +122,6 @@ std::expected<Data, int> readFile(const std::string& path, std::size_t limit)
     }
     bytes.resize(length);
     return bytes;
-}
-
-std::expected<void, int> createFolders(const std::string& path)
-{
-    for (auto end = path.find('/', 1);; end = path.find('/', end + 1)) {
-        if (::mkdir(path.substr(0, end).c_str(), 0755) != 0 && errno != EEXIST)
-            return lastFailure();
-        if (end == std::string::npos)
-            break;
-    }
-    struct stat status{};
-    if (::stat(path.c_str(), &status) != 0)
-        return lastFailure();
-    if (!S_ISDIR(status.st_mode))
-        return std::unexpected(ENOTDIR);
-    return {};
 }
 
 } // namespace platform

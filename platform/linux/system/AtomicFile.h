@@ -25,7 +25,4 @@ void removeInterruptedReplacements(const std::string& path);
 // The whole of a regular file. EFBIG when it holds more than `limit` bytes, EINVAL when it is not a regular file.
 std::expected<Data, int> readFile(const std::string& path, std::size_t limit = 16 * 1024 * 1024);
 
-// Creates the folder and those above it, mode 0755. Success when it is already there.
-std::expected<void, int> createFolders(const std::string& path);
-
 } // namespace platform
