@@ -1,0 +1,17 @@
+#include "helper/DefaultRights.h"
+
+#include "messaging/ZRKAuthorizationManager.h"
+
+#include <utility>
+
+void installDefaultRights()
+{
+    ZRKAuthorizationManager::Definitions missing;
+    for (const char* right : {BRVRightModifySettings1, BRVRightModifySettings2, BRVRightUninstall}) {
+        // An administrator's password, asked for: not "is-admin", which would let administrators pass unasked.
+        if (!platform::Authorization::right(right))
+            missing.emplace_back(right, platform::Dictionary{{"rule", platform::Array{"authenticate-admin"}}});
+    }
+    if (!missing.empty())
+        static_cast<void>(ZRKAuthorizationManager::setAuthorizationRights(missing));
+}

@@ -1,0 +1,5 @@
+#pragma once
+
+// Defines those of the product's rights that have no definition yet. One that an administrator or the application's
+// own preferences changed stays as it is. A failure is told in the log.
+void installDefaultRights();

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+// A dictionary in a file of its own, as a binary property list. One writer at a time.
+class PropertyListFile {
+public:
+    using Acceptable = std::function<bool(const platform::Dictionary&)>;
+
+    PropertyListFile(std::string path, Acceptable acceptable);
+
+    // Removes what an interrupted write left behind, then reads. A file that is damaged or not acceptable is told in
+    // the log and kept beside as ".damaged". Nothing when there is no usable file.
+    std::optional<platform::Dictionary> open();
+
+    // The content as it is on disk now; nothing when there is no usable file.
+    std::optional<platform::Dictionary> read() const;
+
+    // On disk, whole, when it returns success. Otherwise an error of the system's domain with a plain description.
+    platform::Result<void> write(const platform::Dictionary& content);
+
+private:
+    void keepDamagedFile() const;
+
+    std::string _path;
+    Acceptable _acceptable;
+};

@@ -1,0 +1,180 @@
+#include "helper/SchedulerHelper.h"
+
+#include "diagnostics/log/ZRKLog.h"
+#include "helper/ReplyBuilder.h"
+#include "helper/SettingsValidator.h"
+#include "messaging/BRVHelperMessager.h"
+#include "messaging/ErrorCodes.h"
+#include "messaging/ZRKAuthorizationManager.h"
+#include "messaging/ZRKError.h"
+#include "platform/SystemInformation.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <future>
+#include <iterator>
+#include <utility>
+
+using platform::Data;
+using platform::Dictionary;
+using platform::PropertyList;
+using platform::Result;
+using platform::ServiceDictionary;
+
+namespace {
+
+// Anyone may send. What waits is bounded, so that nobody can fill the memory by sending faster than we answer.
+constexpr std::size_t maximumWaitingSize = 64 * 1024 * 1024;
+constexpr std::size_t requestOverhead = 1024;
+
+std::size_t sizeOf(const ServiceDictionary& message)
+{
+    auto size = requestOverhead;
+    for (const auto& [key, value] : message) {
+        size += key.size();
+        if (const auto* bytes = std::get_if<Data>(&value))
+            size += bytes->size();
+    }
+    return size;
+}
+
+bool needsRight(const ServiceDictionary& message)
+{
+    auto found = message.find("message");
+    if (found == message.end() || !std::holds_alternative<std::int64_t>(found->second))
+        return false;
+    auto rights = BRVAuthorizationRightsForMessage(std::get<std::int64_t>(found->second));
+    return rights && !rights->empty();
+}
+
+// The reply to a change: the application only asks that it is not empty.
+const Dictionary& changed()
+{
+    static const Dictionary reply{{"Applied", true}};
+    return reply;
+}
+
+} // namespace
+
+const SchedulerHelper::Served SchedulerHelper::messageTable[] = {
+    {BRVMessageGetSettings, &SchedulerHelper::getSettings},
+    {BRVMessageApplySettings, &SchedulerHelper::applySettings},
+    {BRVMessageGetAutoUpdates, &SchedulerHelper::getAutoUpdates},
+    {BRVMessageSetAutoUpdates, &SchedulerHelper::setAutoUpdates},
+};
+
+std::shared_ptr<SchedulerHelper> SchedulerHelper::create()
+{
+    return std::shared_ptr<SchedulerHelper>(new SchedulerHelper);
+}
+
+SchedulerHelper::SchedulerHelper()
+    : _settings(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.scheduler.plist")),
+      _autoUpdates(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.updates.plist")),
+      _readingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.reading")),
+      _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing"))
+{
+}
+
+void SchedulerHelper::handle(ServiceDictionary message, std::string sender, Reply reply)
+{
+    auto size = sizeOf(message);
+    const auto& queue = needsRight(message) ? _changingQueue : _readingQueue;
+    if (_waitingSize.fetch_add(size) > maximumWaitingSize) {
+        _waitingSize -= size;
+        reply(ReplyBuilder::replyWithError({platform::POSIXErrorDomain, EBUSY, {}, nullptr}));
+        return;
+    }
+    queue->async([self = shared_from_this(), message = std::move(message), sender = std::move(sender),
+                  reply = std::move(reply), size]() mutable {
+        reply(self->answer(std::move(message), sender));
+        self->_waitingSize -= size;
+    });
+}
+
+bool SchedulerHelper::drain(std::chrono::milliseconds limit)
+{
+    auto end = std::chrono::steady_clock::now() + limit;
+    for (const auto& queue : {_readingQueue, _changingQueue}) {
+        auto done = std::make_shared<std::promise<void>>();
+        queue->async([done] { done->set_value(); });
+        if (done->get_future().wait_until(end) != std::future_status::ready)
+            return false;
+    }
+    return true;
+}
+
+ServiceDictionary SchedulerHelper::answer(ServiceDictionary message, const std::string& sender)
+{
+    auto request = RequestReader::requestForMessage(std::move(message));
+    if (!request)
+        return ReplyBuilder::replyWithError(request.error());
+    if (auto authorized = authorize(*request, sender); !authorized)
+        return ReplyBuilder::replyWithError(authorized.error());
+    auto result = perform(*request);
+    return result ? ReplyBuilder::replyWithResult(request->message, *result)
+                  : ReplyBuilder::replyWithError(result.error());
+}
+
+Result<void> SchedulerHelper::authorize(const Request& request, const std::string& sender) const
+{
+    auto rights = BRVAuthorizationRightsForMessage(request.message);
+    if (!rights)
+        return std::unexpected(RequestReader::deserializeError(request.message));
+    if (rights->empty())
+        return {};
+    if (!request.auth)
+        return std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorMissingAuthorization,
+                                                         {{"message", request.message}}));
+    return ZRKAuthorizationManager::validateAuthorizationExternalData(*request.auth, *rights, sender);
+}
+
+SchedulerHelper::Outcome SchedulerHelper::perform(const Request& request)
+{
+    auto served = std::ranges::find(messageTable, request.message, &Served::message);
+    if (served == std::end(messageTable))
+        return std::unexpected(RequestReader::deserializeError(request.message));
+    auto payload = RequestReader::payloadOfRequest(request);
+    if (!payload)
+        return std::unexpected(std::move(payload.error()));
+    return (this->*served->perform)(request, *payload);
+}
+
+SchedulerHelper::Outcome SchedulerHelper::getSettings(const Request&, const Payload&)
+{
+    return PropertyList(*_settings.settings());
+}
+
+SchedulerHelper::Outcome SchedulerHelper::applySettings(const Request& request, const Payload& payload)
+{
+    const auto* settings = payload ? payload->dictionary() : nullptr;
+    if (!settings)
+        return std::unexpected(RequestReader::deserializeError(request.message));
+    if (auto fault = SettingsValidator::faultInSettings(*settings))
+        return std::unexpected(fault->error());
+    if (auto stored = _settings.setSettings(*settings); !stored)
+        return std::unexpected(std::move(stored.error()));
+    ZRKLogMessage(LogLevelDefault, "Applied settings: backups %d, mode %@, snapshots %d.",
+                  {settings->boolForKey("Backups") ? 1 : 0, *settings->stringForKey("BackupsMode"),
+                   settings->boolForKey("Snapshots") ? 1 : 0});
+    return changed();
+}
+
+SchedulerHelper::Outcome SchedulerHelper::getAutoUpdates(const Request&, const Payload&)
+{
+    return Dictionary{{AutoUpdatesStore::enabledKey, _autoUpdates.enabled()}};
+}
+
+SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request, const Payload& payload)
+{
+    const auto* record = payload ? payload->dictionary() : nullptr;
+    if (!record)
+        return std::unexpected(RequestReader::deserializeError(request.message));
+    if (auto fault = SettingsValidator::faultInAutoUpdates(*record))
+        return std::unexpected(fault->error());
+    bool enabled = record->boolForKey(AutoUpdatesStore::enabledKey);
+    if (auto stored = _autoUpdates.setEnabled(enabled); !stored)
+        return std::unexpected(std::move(stored.error()));
+    ZRKLogMessage(LogLevelDefault, "Automatic updates are %@.", {enabled ? "on" : "off"});
+    return changed();
+}

@@ -1,0 +1,68 @@
+#include "helper/SettingsStore.h"
+
+#include "helper/SettingsValidator.h"
+
+#include <utility>
+
+using platform::Dictionary;
+
+namespace {
+
+// A record on disk may lack values, which read as false, 0 or absent, and may be marked as disabled.
+bool isAcceptable(const Dictionary& stored)
+{
+    auto settings = stored;
+    if (const auto* disabled = settings.find("Disabled"); disabled && disabled->isNumber())
+        settings.remove("Disabled");
+    auto fault = SettingsValidator::faultInSettings(settings);
+    return !fault || fault->code == BRVErrorMissingValue;
+}
+
+} // namespace
+
+SettingsStore::SettingsStore(const std::string& path) : _file(path, isAcceptable)
+{
+    keep(_file.open().value_or(defaultSettings()));
+}
+
+std::shared_ptr<const Dictionary> SettingsStore::settings() const
+{
+    std::lock_guard guard(_lock);
+    return _settings;
+}
+
+platform::Result<void> SettingsStore::setSettings(const Dictionary& settings)
+{
+    auto written = _file.write(settings);
+    if (written) {
+        keep(settings);
+    } else if (auto current = _file.read()) {
+        // The failure may have come after the file was replaced.
+        keep(std::move(*current));
+    }
+    return written;
+}
+
+void SettingsStore::keep(Dictionary settings)
+{
+    auto kept = std::make_shared<const Dictionary>(std::move(settings));
+    std::lock_guard guard(_lock);
+    _settings = std::move(kept);
+}
+
+Dictionary SettingsStore::defaultSettings()
+{
+    return {
+        {"Backups", false},
+        {"BackupsMode", "WhenInactive"},
+        {"WhenInactive", Dictionary()},
+        {"Interval", Dictionary{{"Hours", 1}}},
+        {"Suspend", false},
+        {"SuspendSettings", Dictionary{{"StartHour", 22}, {"StartMinute", 0}, {"EndHour", 6}, {"EndMinute", 0}}},
+        {"DontRunWhenPassive", false},
+        {"DontRunWithSleepPreventers", false},
+        {"DontRunWhenNotNetworkWired", false},
+        {"AllowBattery", false},
+        {"Snapshots", false},
+    };
+}

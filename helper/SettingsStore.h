@@ -1,0 +1,30 @@
+#pragma once
+
+#include "helper/PropertyListFile.h"
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+// The stored schedule.
+class SettingsStore {
+public:
+    // Reads the file. No other store may be at work on it.
+    explicit SettingsStore(const std::string& path);
+
+    // Any thread; never waits for the disk.
+    std::shared_ptr<const platform::Dictionary> settings() const;
+
+    // Stores a validated record; it is on disk when this returns success. One call at a time.
+    platform::Result<void> setSettings(const platform::Dictionary& settings);
+
+    // What a fresh installation begins with: nothing is scheduled.
+    static platform::Dictionary defaultSettings();
+
+private:
+    void keep(platform::Dictionary settings);
+
+    PropertyListFile _file;
+    mutable std::mutex _lock;
+    std::shared_ptr<const platform::Dictionary> _settings;
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "messaging/ErrorCodes.h"
+#include "platform/Error.h"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+// What is wrong with a record: the code is a missing value, a wrong type or an unknown key.
+struct SettingsFault {
+    BRVErrorCode code;
+    std::string key;      // without the keys around it
+    std::string expected; // the type, or the type and range; only for a wrong type
+
+    bool operator==(const SettingsFault&) const = default;
+    platform::Error error() const;
+};
+
+// Whether a schedule settings record can be enforced. Booleans are numbers of value 0 or 1; integers are whole numbers
+// in the range of their key.
+class SettingsValidator {
+public:
+    static constexpr std::size_t maximumIntervals = 10'000;
+
+    // Nothing for a good record. Missing values are looked for last, so one that is reported is all that is wrong.
+    static std::optional<SettingsFault> faultInSettings(const platform::Dictionary& settings);
+
+    // The same for the record {"Enabled": boolean}.
+    static std::optional<SettingsFault> faultInAutoUpdates(const platform::Dictionary& record);
+};
