@@ -24,7 +24,11 @@ using Array = std::vector<PropertyList>;
 // booleans, integers and reals are all numbers, read by value (true is 1).
 class PropertyList {
 public:
+// gcc 12 takes a scoped enumerator for a shadow of the type alias of that name.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wshadow"
     enum class Type { Boolean, Integer, Real, String, Date, Data, Array, Dictionary };
+#pragma GCC diagnostic pop
 
     PropertyList() : _value(Dictionary()) { }
     PropertyList(bool value) : _value(value) { }
