@@ -1,0 +1,26 @@
+#include "tests/platform/ScriptedPlatform.h"
+
+#include "tests/platform/ScriptedAuthorization.h"
+#include "tests/platform/ScriptedBackgroundItem.h"
+#include "tests/platform/ScriptedPowerSources.h"
+#include "tests/platform/ScriptedPreferences.h"
+#include "tests/platform/ScriptedServiceConnection.h"
+#include "tests/platform/ScriptedSystemInformation.h"
+#include "tests/platform/ScriptedSystemLog.h"
+#include "tests/platform/ScriptedWorkspace.h"
+
+namespace scripted {
+
+void reset()
+{
+    service::reset(); // first: old connections still log that they became invalid
+    authorization::reset();
+    background::reset();
+    power::reset();
+    preferences::reset();
+    system::reset();
+    workspace::reset();
+    log::reset();
+}
+
+} // namespace scripted
