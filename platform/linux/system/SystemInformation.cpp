@@ -1,0 +1,112 @@
+#include "platform/SystemInformation.h"
+
+#include "platform/linux/system/Root.h"
+
+#include <charconv>
+#include <compare>
+#include <cstdlib>
+#include <cstring>
+#include <optional>
+#include <pwd.h>
+#include <tuple>
+#include <unistd.h>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+constexpr OperatingSystemVersion defaultVersion{14, 0, 0};
+
+bool isBefore(OperatingSystemVersion left, OperatingSystemVersion right)
+{
+    return std::tie(left.major, left.minor, left.patch) < std::tie(right.major, right.minor, right.patch);
+}
+
+// One to three numbers between dots.
+std::optional<OperatingSystemVersion> parseVersion(std::string_view text)
+{
+    OperatingSystemVersion version;
+    const char* at = text.data();
+    const char* end = at + text.size();
+    for (auto* number : {&version.major, &version.minor, &version.patch}) {
+        auto [next, failure] = std::from_chars(at, end, *number);
+        if (failure != std::errc() || *number < 0)
+            return std::nullopt;
+        if (next == end)
+            return version;
+        if (*next != '.')
+            return std::nullopt;
+        at = next + 1;
+    }
+    return std::nullopt;
+}
+
+OperatingSystemVersion systemVersion()
+{
+    const char* text = std::getenv("BREVANE_SYSTEM_VERSION");
+    return text ? parseVersion(text).value_or(defaultVersion) : defaultVersion;
+}
+
+std::string accountHome()
+{
+    std::vector<char> buffer(16384);
+    passwd account{};
+    passwd* found = nullptr;
+    if (::getpwuid_r(::geteuid(), &account, buffer.data(), buffer.size(), &found) != 0 || !found)
+        return {};
+    return account.pw_dir;
+}
+
+} // namespace
+
+bool offersOperatingSystemQuery()
+{
+    return !isBefore(systemVersion(), {10, 10, 0});
+}
+
+bool isOperatingSystemAtLeast(OperatingSystemVersion version)
+{
+    return !isBefore(systemVersion(), version);
+}
+
+std::uint32_t userIdentifier()
+{
+    return ::getuid();
+}
+
+std::uint32_t effectiveUserIdentifier()
+{
+    return ::geteuid();
+}
+
+std::int32_t processIdentifier()
+{
+    return ::getpid();
+}
+
+std::string homeDirectory()
+{
+    const char* variable = std::getenv("HOME");
+    std::string home = variable && *variable ? variable : accountHome();
+    while (home.ends_with('/'))
+        home.pop_back();
+    return home;
+}
+
+std::string bundleVersion()
+{
+    return BREVANE_BUNDLE_VERSION;
+}
+
+std::string systemPath(std::string_view path)
+{
+    return systemRoot().append(path);
+}
+
+bool fileExists(const std::string& path)
+{
+    return ::access(path.c_str(), F_OK) == 0;
+}
+
+} // namespace platform
