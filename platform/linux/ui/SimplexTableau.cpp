@@ -11,6 +11,8 @@ namespace {
 
 // So many steps without a gain make cycling worth guarding against.
 constexpr int PatientSteps = 16;
+// So many terms are put into a long row one by one rather than by copying the row.
+constexpr std::size_t FewTerms = 8;
 
 constexpr std::size_t None = std::numeric_limits<std::size_t>::max();
 
@@ -170,21 +172,45 @@ void SimplexTableau::addMultiple(std::size_t row, const LinearExpression& source
     target.constant += factor * source.constant;
     if (std::abs(target.constant) < Negligible)
         target.constant = 0;
+    if (source.terms.size() <= FewTerms)
+        addFew(row, source.terms, factor);
+    else
+        merge(row, source.terms, factor);
+}
+
+void SimplexTableau::addFew(std::size_t row, const std::vector<LinearTerm>& source, double factor)
+{
+    std::vector<LinearTerm>& target = _rows[row].terms;
+    for (const LinearTerm& term : source) {
+        auto own = find(target, term.variable);
+        if (own == target.end() || own->variable != term.variable) {
+            own = target.insert(own, {term.variable, 0});
+            _columns[term.variable].push_back(row);
+        }
+        own->coefficient += factor * term.coefficient;
+        if (std::abs(own->coefficient) <= Negligible)
+            target.erase(own);
+    }
+}
+
+void SimplexTableau::merge(std::size_t row, const std::vector<LinearTerm>& source, double factor)
+{
+    std::vector<LinearTerm>& target = _rows[row].terms;
     _merged.clear();
-    auto own = target.terms.begin();
-    for (const LinearTerm& term : source.terms) {
-        while (own != target.terms.end() && own->variable < term.variable)
+    auto own = target.begin();
+    for (const LinearTerm& term : source) {
+        while (own != target.end() && own->variable < term.variable)
             _merged.push_back(*own++);
         double coefficient = factor * term.coefficient;
-        if (own != target.terms.end() && own->variable == term.variable)
+        if (own != target.end() && own->variable == term.variable)
             coefficient += own++->coefficient;
         else
             _columns[term.variable].push_back(row);
         if (std::abs(coefficient) > Negligible)
             _merged.push_back({term.variable, coefficient});
     }
-    _merged.insert(_merged.end(), own, target.terms.end());
-    target.terms.swap(_merged);
+    _merged.insert(_merged.end(), own, target.end());
+    target.swap(_merged);
 }
 
 // In ascending order, so that the first of equal rows is the one with the lowest variable.

@@ -62,6 +62,8 @@ private:
     std::size_t leaving(std::size_t column, std::size_t objective, double limit);
     void pivot(std::size_t column, std::size_t row);
     void addMultiple(std::size_t row, const LinearExpression& source, double factor);
+    void addFew(std::size_t row, const std::vector<LinearTerm>& source, double factor);
+    void merge(std::size_t row, const std::vector<LinearTerm>& source, double factor);
     void compactColumn(std::size_t column);
     void dropRow(std::size_t row);
 
