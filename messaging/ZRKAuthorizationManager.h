@@ -46,6 +46,8 @@ public:
                                                                     const Rights& rights, std::string_view sender = {});
 
 private:
+    void _freeAuthRef(unsigned flags);
+
     std::unique_ptr<platform::Authorization> _authRef;
     std::optional<Rights> _lastAuthorizedRights;
     bool _allowsUserInteraction = true;

@@ -45,11 +45,14 @@ public:
 
     platform::Result<platform::ServiceDictionary> XPCMessageForMessage(std::int64_t message, const Payload& payload);
     Reply replyForMessage(std::int64_t message, const platform::ServiceReply& reply) const;
-    Reply payloadForMessage(std::int64_t message, const platform::ServiceDictionary& reply) const;
-    std::optional<platform::Error> errorForMessage(std::int64_t message,
-                                                   const platform::ServiceDictionary& reply) const;
+    static Reply payloadForMessage(std::int64_t message, const platform::ServiceDictionary& reply);
+    static std::optional<platform::Error> errorForMessage(std::int64_t message,
+                                                          const platform::ServiceDictionary& reply);
 
 private:
-    std::shared_ptr<ZRKXPCClient> _XPCClient;
+    static Reply _replyForMessage(const std::string& service, std::int64_t message,
+                                  const platform::ServiceReply& reply);
+
+    std::unique_ptr<ZRKXPCClient> _XPCClient;
     std::weak_ptr<ZRKMessagerClientDelegate> _delegate;
 };
