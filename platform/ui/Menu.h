@@ -33,6 +33,7 @@ public:
 
     struct Native;
     explicit MenuItem(std::unique_ptr<Native> native);
+    Native& native() const { return *_native; }
 
 private:
     std::unique_ptr<Native> _native;

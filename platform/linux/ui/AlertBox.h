@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/ui/Alert.h"
+
+#include <QMessageBox>
+#include <string>
+#include <vector>
+
+namespace platform::ui {
+
+// A message box that knows its buttons by their order. A class of its own also keeps the toolkit from handing the
+// message to a desktop's dialog, which would not show the two texts and the button order.
+class AlertBox : public QMessageBox {
+    Q_OBJECT
+
+public:
+    struct Content {
+        AlertStyle style = AlertStyle::Warning;
+        std::string messageText;
+        std::string informativeText;
+        std::vector<std::string> buttons;
+    };
+
+    AlertBox(const Content& content, QWidget* parent);
+
+    const QList<QPushButton*>& buttonsInOrder() const { return _inOrder; }
+    // Of the button that was pressed, or of the last one.
+    int answer() const;
+
+private:
+    void addButtons(const std::vector<std::string>& titles);
+    void setTexts(const Content& content);
+
+    QList<QPushButton*> _inOrder;
+};
+
+} // namespace platform::ui

@@ -1,0 +1,34 @@
+#include "platform/ui/Application.h"
+
+#include "platform/linux/system/queue/MainQueue.h"
+#include "platform/linux/ui/ApplicationInstance.h"
+#include "platform/linux/ui/TerminationSignals.h"
+
+#include <QSocketNotifier>
+
+namespace platform::ui {
+
+int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<ApplicationDelegate>()>& makeDelegate)
+{
+    ApplicationInstance application(argc, argv);
+    const TerminationSignals signals([&application] { application.terminateSoon(); });
+    QSocketNotifier mainQueue(mainQueueDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&mainQueue, &QSocketNotifier::activated, &application, [] { serveMainQueue(); });
+    QObject::connect(&application, &ApplicationInstance::terminated, &application, [] { QCoreApplication::exit(0); });
+
+    const auto delegate = makeDelegate();
+    application.setDelegate(delegate);
+    delegate->awakeFromNib();
+    delegate->applicationDidFinishLaunching();
+    return QCoreApplication::exec();
+}
+
+void terminateApplication()
+{
+    if (auto* const application = qobject_cast<ApplicationInstance*>(QCoreApplication::instance()))
+        application->terminateSoon();
+}
+
+void setAutomaticWindowTabbing(bool) { } // windows here never merge into tabs
+
+} // namespace platform::ui

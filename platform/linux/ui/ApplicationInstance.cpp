@@ -1,0 +1,38 @@
+#include "platform/linux/ui/ApplicationInstance.h"
+
+namespace platform::ui {
+
+ApplicationInstance::ApplicationInstance(int& argc, char** argv) : QApplication(argc, argv)
+{
+    setApplicationName(QStringLiteral("Brevane"));
+    setApplicationDisplayName(QStringLiteral("Brevane"));
+    setOrganizationName(QStringLiteral("Zerkolin"));
+    setDesktopFileName(QStringLiteral("com.zerkolin.brevane.application"));
+    setQuitOnLastWindowClosed(false);
+    connect(this, &QGuiApplication::lastWindowClosed, this, &ApplicationInstance::lastWindowDidClose);
+}
+
+void ApplicationInstance::terminateSoon()
+{
+    QMetaObject::invokeMethod(this, &ApplicationInstance::terminate, Qt::QueuedConnection);
+}
+
+void ApplicationInstance::terminate()
+{
+    if (_terminating)
+        return;
+    _terminating = true; // the delegate may show alerts, during which it can be asked for again
+    const auto delegate = _delegate.lock();
+    _terminating = !delegate || delegate->applicationShouldTerminate();
+    if (_terminating)
+        Q_EMIT terminated();
+}
+
+void ApplicationInstance::lastWindowDidClose()
+{
+    const auto delegate = _delegate.lock();
+    if (delegate && delegate->applicationShouldTerminateAfterLastWindowClosed())
+        terminateSoon();
+}
+
+} // namespace platform::ui

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/ui/Application.h"
+
+#include <QApplication>
+
+namespace platform::ui {
+
+// The toolkit's application, which asks the delegate before it terminates.
+class ApplicationInstance : public QApplication {
+    Q_OBJECT
+
+public:
+    ApplicationInstance(int& argc, char** argv); // they are used as long as it lives
+
+    void setDelegate(std::weak_ptr<ApplicationDelegate> delegate) { _delegate = std::move(delegate); }
+    // From the main loop, once, however often it is asked for.
+    void terminateSoon();
+
+Q_SIGNALS:
+    void terminated();
+
+private:
+    void terminate();
+    void lastWindowDidClose();
+
+    std::weak_ptr<ApplicationDelegate> _delegate;
+    bool _terminating = false;
+};
+
+} // namespace platform::ui

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QMainWindow>
+
+namespace platform::ui {
+
+// A window whose default button answers Return, and whose Tab key visits its controls from top to bottom however its
+// rows came and went.
+class InterfaceWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    using QMainWindow::QMainWindow;
+
+    void setOrdersTabsByPosition(bool orders) { _ordersTabsByPosition = orders; }
+
+protected:
+    bool focusNextPrevChild(bool next) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    QWidgetList controlsByPosition() const;
+    void orderTabs() const;
+
+    bool _ordersTabsByPosition = false;
+};
+
+} // namespace platform::ui

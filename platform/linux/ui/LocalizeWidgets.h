@@ -1,0 +1,11 @@
+#pragma once
+
+class QWidget;
+
+namespace platform::ui {
+
+// Looks the texts of an interface file up in the application's string table: of the widget, of all widgets in it and of
+// their menus.
+void localizeWidgets(QWidget& top);
+
+} // namespace platform::ui

@@ -1,0 +1,108 @@
+#include "platform/ui/TextField.h"
+
+#include "platform/linux/ui/LineEdit.h"
+#include "platform/linux/ui/TextFieldNative.h"
+#include "platform/Localization.h"
+
+#include <limits>
+#include <QLabel>
+
+namespace platform::ui {
+
+namespace {
+
+// Null for a label.
+LineEdit* editor(const View& view)
+{
+    return view.native().as<LineEdit>();
+}
+
+TextFieldNative& fieldNative(const View& view)
+{
+    return static_cast<TextFieldNative&>(view.native());
+}
+
+QString text(const View& view)
+{
+    if (const auto* const line = editor(view))
+        return line->value();
+    return widgetOf<QLabel>(view).text();
+}
+
+} // namespace
+
+TextField::TextField(std::unique_ptr<Native> native) : Control(std::move(native))
+{
+    auto* const line = editor(*this);
+    if (!line) {
+        widgetOf<QLabel>(*this).setTextFormat(Qt::PlainText);
+        return;
+    }
+    auto& field = fieldNative(*this);
+    line->setJudge([this, &field](const LineEdit::Edit& edit) {
+        const auto delegate = field.delegate.lock();
+        const TextRange range{static_cast<std::size_t>(edit.location), static_cast<std::size_t>(edit.length)};
+        return !delegate || delegate->shouldChangeText(*this, range, edit.replacement.toStdString());
+    });
+    line->setCommandHandler([this, &field](TextCommand command) {
+        const auto delegate = field.delegate.lock();
+        return delegate && delegate->doCommand(*this, command);
+    });
+    QObject::connect(line, &LineEdit::valueEdited, &field.receiver, [this, &field] {
+        if (const auto delegate = field.delegate.lock())
+            delegate->controlTextDidChange(*this);
+    });
+    QObject::connect(line, &QLineEdit::returnPressed, &field.receiver, [&field] { field.sendAction(); });
+}
+
+std::string TextField::stringValue() const
+{
+    return text(*this).toStdString();
+}
+
+void TextField::setStringValue(const std::string& value)
+{
+    if (auto* const line = editor(*this))
+        return line->setValue(QString::fromStdString(value));
+    widgetOf<QLabel>(*this).setText(QString::fromStdString(value));
+}
+
+std::size_t TextField::length() const
+{
+    return static_cast<std::size_t>(text(*this).size());
+}
+
+std::int64_t TextField::integerValue() const
+{
+    const auto characters = text(*this).trimmed().toUcs4();
+    qsizetype next = 0;
+    const bool negative = !characters.isEmpty() && characters[0] == U'-';
+    if (!characters.isEmpty() && (characters[0] == U'-' || characters[0] == U'+'))
+        ++next;
+    // Counted downwards, where there is room for one more.
+    std::int64_t value = 0;
+    for (; next < characters.size(); ++next) {
+        const int digit = decimalDigitValue(characters[next]);
+        if (digit < 0)
+            break;
+        if (__builtin_mul_overflow(value, 10, &value) || __builtin_sub_overflow(value, digit, &value)) {
+            value = std::numeric_limits<std::int64_t>::min();
+            break;
+        }
+    }
+    if (negative)
+        return value;
+    return value == std::numeric_limits<std::int64_t>::min() ? std::numeric_limits<std::int64_t>::max() : -value;
+}
+
+void TextField::setIntegerValue(std::int64_t value)
+{
+    setStringValue(std::to_string(value));
+}
+
+void TextField::setDelegate(std::weak_ptr<TextFieldDelegate> delegate)
+{
+    fieldNative(*this).delegate = std::move(delegate);
+}
+
+} // namespace platform::ui

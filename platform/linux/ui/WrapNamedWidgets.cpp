@@ -1,0 +1,65 @@
+#include "platform/linux/ui/WrapNamedWidgets.h"
+
+#include "platform/linux/ui/ControlNative.h"
+#include "platform/linux/ui/StepperBox.h"
+#include "platform/linux/ui/TextFieldNative.h"
+#include "platform/ui/Button.h"
+#include "platform/ui/CheckBox.h"
+#include "platform/ui/DatePicker.h"
+#include "platform/ui/PopUpButton.h"
+#include "platform/ui/Stepper.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QTimeEdit>
+
+namespace platform::ui {
+
+namespace {
+
+std::shared_ptr<View> wrap(QWidget& widget)
+{
+    if (qobject_cast<QCheckBox*>(&widget))
+        return wrapWidget<CheckBox, ControlNative>(&widget);
+    if (qobject_cast<QPushButton*>(&widget))
+        return wrapWidget<Button, ControlNative>(&widget);
+    if (qobject_cast<QComboBox*>(&widget))
+        return wrapWidget<PopUpButton, ControlNative>(&widget);
+    if (qobject_cast<StepperBox*>(&widget))
+        return wrapWidget<Stepper, ControlNative>(&widget);
+    if (qobject_cast<QTimeEdit*>(&widget))
+        return wrapWidget<DatePicker, ControlNative>(&widget);
+    if (qobject_cast<LineEdit*>(&widget) || qobject_cast<QLabel*>(&widget))
+        return wrapWidget<TextField, TextFieldNative>(&widget);
+    return wrapContainer(&widget);
+}
+
+// Parents first, and never into what a control is made of.
+void wrapInside(QWidget& parent, NamedViews& views)
+{
+    for (auto* const widget : parent.findChildren<QWidget*>(Qt::FindDirectChildrenOnly)) {
+        if (widget->objectName().isEmpty()) {
+            wrapInside(*widget, views);
+            continue;
+        }
+        auto view = wrap(*widget);
+        const bool isControl = dynamic_cast<Control*>(view.get());
+        views.emplace(widget->objectName().toStdString(), std::move(view));
+        if (!isControl)
+            wrapInside(*widget, views);
+    }
+}
+
+} // namespace
+
+NamedViews wrapNamedWidgets(QWidget& top)
+{
+    NamedViews views;
+    views.emplace(top.objectName().toStdString(), wrap(top));
+    wrapInside(top, views);
+    return views;
+}
+
+} // namespace platform::ui

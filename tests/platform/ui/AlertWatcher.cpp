@@ -1,0 +1,74 @@
+#include "tests/platform/ui/AlertWatcher.h"
+
+#include "platform/linux/ui/AlertBox.h"
+#include "platform/linux/ui/Title.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <QApplication>
+#include <QPushButton>
+#include <QTest>
+
+using platform::ui::AlertBox;
+
+namespace user {
+
+ShownAlert AlertWatcher::describe(const AlertBox& box)
+{
+    ShownAlert shown{.messageText = box.text().toStdString(),
+                     .informativeText = box.informativeText().toStdString(),
+                     .buttons = {},
+                     .isSheet = box.windowModality() == Qt::WindowModal};
+    for (const auto* const button : box.buttonsInOrder())
+        shown.buttons.push_back(platform::ui::plainTitle(button->text()));
+    return shown;
+}
+
+void AlertWatcher::answer(AlertBox& box, int buttonIndex)
+{
+    const auto buttons = box.buttonsInOrder();
+    if (buttonIndex < 0 || buttonIndex >= buttons.size())
+        throw std::logic_error("The alert has no button " + std::to_string(buttonIndex));
+    QTest::mouseClick(buttons[buttonIndex], Qt::LeftButton);
+}
+
+AlertBox* AlertWatcher::front()
+{
+    if (auto* const modal = qobject_cast<AlertBox*>(QApplication::activeModalWidget()))
+        return modal;
+    for (auto* const widget : QApplication::topLevelWidgets()) {
+        auto* const box = qobject_cast<AlertBox*>(widget);
+        if (box && box->isVisible())
+            return box;
+    }
+    return nullptr;
+}
+
+bool AlertWatcher::eventFilter(QObject* object, QEvent* event)
+{
+    auto* const box = event->type() == QEvent::Show ? qobject_cast<AlertBox*>(object) : nullptr;
+    if (box)
+        alertDidShow(*box);
+    return false;
+}
+
+void AlertWatcher::alertDidShow(AlertBox& box)
+{
+    if (!prepared.empty()) {
+        const auto answerWhenShown = [this, alert = QPointer(&box), button = prepared.front()] {
+            if (!alert)
+                return;
+            answered.push_back(describe(*alert));
+            answer(*alert, button);
+        };
+        prepared.pop_front();
+        QMetaObject::invokeMethod(this, answerWhenShown, Qt::QueuedConnection);
+    } else if (box.windowModality() != Qt::WindowModal) {
+        const auto alert = describe(box);
+        std::fprintf(stderr, "A modal alert that nobody answers: \"%s\" \"%s\"\n", alert.messageText.c_str(),
+                     alert.informativeText.c_str());
+        std::abort();
+    }
+}
+
+} // namespace user

@@ -1,0 +1,103 @@
+#include "platform/linux/system/queue/MainQueue.h"
+#include "platform/linux/ui/AlertBox.h"
+#include "platform/linux/ui/ApplicationInstance.h"
+#include "platform/linux/ui/MenuItemNative.h"
+#include "tests/platform/ui/AlertWatcher.h"
+
+#include <QMenu>
+#include <QPointer>
+#include <QSocketNotifier>
+#include <stdexcept>
+
+using namespace platform::ui;
+
+namespace user {
+
+struct Session::Native {
+    Native(int& argc, char** argv) : application(argc, argv)
+    {
+        application.installEventFilter(&alerts);
+        QObject::connect(&mainQueue, &QSocketNotifier::activated, &application, [] { platform::serveMainQueue(); });
+        QObject::connect(&application, &ApplicationInstance::terminated, &application, [this] { terminated = true; });
+    }
+
+    ApplicationInstance application;
+    AlertWatcher alerts;
+    QSocketNotifier mainQueue{platform::mainQueueDescriptor(), QSocketNotifier::Read};
+    bool terminated = false;
+};
+
+namespace {
+
+Session::Native* current = nullptr;
+
+} // namespace
+
+Session::Session(int& argc, char** argv) : _native(std::make_unique<Native>(argc, argv))
+{
+    current = _native.get();
+}
+
+Session::~Session()
+{
+    current = nullptr;
+}
+
+void click(MenuItem& item)
+{
+    auto& action = *item.native().action;
+    if (!action.isVisible())
+        throw std::logic_error("\"" + item.identifier() + "\" is hidden");
+    // Opening the menu lets the item's validator speak.
+    for (auto* const object : action.associatedObjects()) {
+        if (auto* const menu = qobject_cast<QMenu*>(object)) {
+            menu->popup({});
+            const bool enabled = action.isEnabled();
+            menu->hide();
+            if (!enabled)
+                throw std::logic_error("\"" + item.identifier() + "\" is disabled");
+        }
+    }
+    action.trigger();
+}
+
+std::optional<ShownAlert> currentAlert()
+{
+    const auto* const box = AlertWatcher::front();
+    return box ? std::optional(AlertWatcher::describe(*box)) : std::nullopt;
+}
+
+void answer(int buttonIndex)
+{
+    const QPointer box = AlertWatcher::front();
+    if (!box)
+        throw std::logic_error("No alert is on screen");
+    AlertWatcher::answer(*box, buttonIndex);
+    runEvents();
+}
+
+void answerNextAlert(int buttonIndex)
+{
+    current->alerts.prepared.push_back(buttonIndex);
+}
+
+std::vector<ShownAlert> takeAnsweredAlerts()
+{
+    return std::exchange(current->alerts.answered, {});
+}
+
+void launch(const std::shared_ptr<ApplicationDelegate>& delegate)
+{
+    current->terminated = false;
+    current->application.setDelegate(delegate);
+    delegate->awakeFromNib();
+    delegate->applicationDidFinishLaunching();
+}
+
+bool didTerminate()
+{
+    runEvents();
+    return current->terminated;
+}
+
+} // namespace user
