@@ -1,0 +1,26 @@
+#include "platform/Localization.h"
+
+#include "platform/linux/system/coding/StringTable.h"
+
+#include <unicode/uchar.h>
+
+namespace platform {
+
+std::string localizedString(std::string_view key)
+{
+    // Never destroyed, since threads may still describe errors while the process ends.
+    static const StringTable& table = *new StringTable(StringTable::load(resourceFolder(), preferredLanguages()));
+    return table.stringForKey(key);
+}
+
+bool isDecimalDigit(char32_t character)
+{
+    return u_charType(static_cast<UChar32>(character)) == U_DECIMAL_DIGIT_NUMBER;
+}
+
+int decimalDigitValue(char32_t character)
+{
+    return isDecimalDigit(character) ? u_charDigitValue(static_cast<UChar32>(character)) : -1;
+}
+
+} // namespace platform

@@ -1,0 +1,116 @@
+#include "platform/linux/system/coding/StringTable.h"
+
+#include "platform/PropertyListCoding.h"
+
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <limits.h>
+#include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+constexpr const char* fallbackLanguage = "en";
+
+Dictionary readTable(const std::string& folder, const std::string& language)
+{
+    std::ifstream file(folder + "/" + language + ".lproj/Localizable.strings", std::ios::binary);
+    const Data bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (bytes.empty())
+        return {};
+    auto table = propertyListWithData(bytes);
+    Dictionary* texts = table ? table->dictionary() : nullptr;
+    return texts ? std::move(*texts) : Dictionary();
+}
+
+// "zh_CN.UTF-8" is written in Simplified Chinese, whose folder is named after the script.
+std::string folderLanguage(std::string_view locale)
+{
+    locale = locale.substr(0, locale.find_first_of(".@"));
+    const std::string_view language = locale.substr(0, locale.find('_'));
+    if (language == "zh") {
+        const bool traditional = locale.ends_with("_TW") || locale.ends_with("_HK") || locale.ends_with("_MO");
+        return traditional ? "zh-Hant" : "zh-Hans";
+    }
+    return std::string(language);
+}
+
+const char* variable(const char* name)
+{
+    const char* value = std::getenv(name);
+    return value && *value ? value : nullptr;
+}
+
+} // namespace
+
+StringTable::StringTable(Dictionary texts) : _texts(std::move(texts)) { }
+
+StringTable StringTable::load(const std::string& folder, const std::vector<std::string>& languages)
+{
+    Dictionary texts = readTable(folder, fallbackLanguage);
+    for (const std::string& language : languages) {
+        if (language == fallbackLanguage)
+            break;
+        const Dictionary table = readTable(folder, language);
+        if (table.empty())
+            continue;
+        for (const Dictionary::Entry& entry : table)
+            texts.set(entry.key, entry.value);
+        break;
+    }
+    return StringTable(std::move(texts));
+}
+
+std::string StringTable::stringForKey(std::string_view key) const
+{
+    const std::string* text = _texts.stringForKey(key);
+    return text ? *text : std::string(key);
+}
+
+std::vector<std::string> preferredLanguages()
+{
+    const char* locale = nullptr;
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        locale = variable(name);
+        if (locale)
+            break;
+    }
+    // A process in the C locale has no language of its own, whatever LANGUAGE lists.
+    const std::string_view used = locale ? locale : "C";
+    if (used == "C" || used == "POSIX" || used.starts_with("C."))
+        return {};
+
+    std::vector<std::string> languages;
+    if (const char* list = variable("LANGUAGE")) {
+        std::istringstream stream(list);
+        for (std::string entry; std::getline(stream, entry, ':');) {
+            if (!entry.empty())
+                languages.push_back(folderLanguage(entry));
+        }
+    }
+    languages.push_back(folderLanguage(used));
+    return languages;
+}
+
+std::string resourceFolder()
+{
+    if (const char* named = variable("BREVANE_RESOURCES"))
+        return named;
+    std::array<char, PATH_MAX> path{};
+    const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size() - 1);
+    std::string folder(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
+    folder.erase(folder.rfind('/') == std::string::npos ? 0 : folder.rfind('/'));
+    folder += "/../share/brevane/resources";
+    struct stat status{};
+    if (::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+        return folder;
+    return BREVANE_SOURCE_RESOURCES;
+}
+
+} // namespace platform
