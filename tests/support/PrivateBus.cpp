@@ -37,8 +37,9 @@ void PrivateBus::restart()
 
 void PrivateBus::start()
 {
-    _daemon = std::make_unique<ChildProcess>(ChildProcess::Arguments{
-        "dbus-daemon", "--config-file=" + _directory.file("bus.conf"), "--nofork", "--nopidfile", "--print-address"});
+    _daemon = std::make_unique<ChildProcess>(
+        ChildProcess::Arguments{"dbus-daemon", "--config-file=" + _directory.file("bus.conf"), "--nofork",
+                                "--nopidfile", "--syslog-only", "--print-address"});
     if (!_daemon->readLine())
         throw std::runtime_error("dbus-daemon did not start");
 }
