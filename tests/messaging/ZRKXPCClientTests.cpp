@@ -130,7 +130,7 @@ TEST_CASE("after a cancel the next send makes a new connection")
     scripted::reset();
     answerEverything();
     ZRKXPCClient client(name);
-    client.sendSynchronousXPCMessage(numbered(1));
+    REQUIRE(client.sendSynchronousXPCMessage(numbered(1)));
     client.cancel();
     CHECK(service::connections()[0].canceled);
     CHECK(client.sendSynchronousXPCMessage(numbered(2)) == numbered(2));
@@ -154,7 +154,7 @@ TEST_CASE("after the connection became invalid the next send makes a new one")
     const Logging log;
     answerEverything();
     ZRKXPCClient client(name);
-    client.sendSynchronousXPCMessage(numbered(1));
+    REQUIRE(client.sendSynchronousXPCMessage(numbered(1)));
     service::invalidate();
     CHECK(client.sendSynchronousXPCMessage(numbered(2)) == numbered(2));
     CHECK(service::connections().size() == 2);
@@ -168,7 +168,7 @@ TEST_CASE("after the connection was interrupted the next send uses it again")
     const Logging log;
     answerEverything();
     ZRKXPCClient client(name);
-    client.sendSynchronousXPCMessage(numbered(1));
+    REQUIRE(client.sendSynchronousXPCMessage(numbered(1)));
     service::interrupt();
     CHECK(client.sendSynchronousXPCMessage(numbered(2)) == numbered(2));
     CHECK(service::connections().size() == 1);

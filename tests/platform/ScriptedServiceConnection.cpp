@@ -105,7 +105,7 @@ public:
             handler = script().handler;
         }
         if (handler)
-            handler(message);
+            (void)handler(message);
     }
 
     void send(const ServiceDictionary& message, std::shared_ptr<Queue> replyQueue, ReplyHandler handler) override
@@ -196,6 +196,8 @@ void finishHeld(const std::function<ServiceReply(const ServiceDictionary&)>& ans
     for (auto& held : takeHeld(nullptr)) {
         if (const auto connection = held.connection.lock())
             connection->complete(answer(held.message), held.completion);
+        else
+            held.completion(std::unexpected(ServiceError::Invalid));
     }
 }
 
