@@ -35,10 +35,12 @@ void AlertBox::setTexts(const Content& content)
 {
     const auto message = QString::fromStdString(content.messageText);
     const auto informative = QString::fromStdString(content.informativeText);
-    setTextFormat(Qt::PlainText);
     setText(message);
     if (!informative.isEmpty())
         setInformativeText(informative);
+    // Plain in either label: an error's words may look like mark-up.
+    for (auto* const label : findChildren<QLabel*>())
+        label->setTextFormat(Qt::PlainText);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setAccessibleName(message);
     setAccessibleDescription(informative);

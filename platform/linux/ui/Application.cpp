@@ -19,7 +19,9 @@ int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<A
     const auto delegate = makeDelegate();
     application.setDelegate(delegate);
     delegate->awakeFromNib();
-    delegate->applicationDidFinishLaunching();
+    // Inside the loop, so that terminating ends it, also from an alert that is shown at launch.
+    QMetaObject::invokeMethod(
+        &application, [&delegate] { delegate->applicationDidFinishLaunching(); }, Qt::QueuedConnection);
     return QCoreApplication::exec();
 }
 

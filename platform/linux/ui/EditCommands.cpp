@@ -1,10 +1,11 @@
 #include "platform/linux/ui/EditCommands.h"
 
+#include "platform/linux/ui/MenuItemBinding.h"
+
 #include <QAbstractSpinBox>
 #include <QAction>
 #include <QApplication>
 #include <QLineEdit>
-#include <QMenu>
 #include <QMenuBar>
 
 namespace platform::ui {
@@ -28,13 +29,7 @@ void EditCommands::connectAction(QAction& action)
         if (auto* const line = field())
             QMetaObject::invokeMethod(line, command.constData());
     });
-    // As for every item, disabled only while the menu is open.
-    for (auto* const object : action.associatedObjects()) {
-        if (auto* const menu = qobject_cast<QMenu*>(object)) {
-            connect(menu, &QMenu::aboutToShow, this, [this, &action] { action.setEnabled(field()); });
-            connect(menu, &QMenu::aboutToHide, this, [&action] { action.setEnabled(true); });
-        }
-    }
+    enableWhileMenuIsOpen(action, *this, [this] { return field() != nullptr; });
 }
 
 QLineEdit* EditCommands::field() const

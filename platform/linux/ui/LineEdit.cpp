@@ -36,10 +36,12 @@ void LineEdit::setValue(const QString& text)
 
 bool LineEdit::event(QEvent* event)
 {
-    // Deleting a word or dropping a text moves the caret before the edit is proposed, so it is noted here.
+    // Deleting a word moves the caret before the edit is proposed, and so does dragging a text over the field.
     _caretBefore = caret();
     _refused = false;
-    const auto before = _caretBefore;
+    if (event->type() == QEvent::DragEnter)
+        _caretBeforeDrag = _caretBefore;
+    const auto before = event->type() == QEvent::Drop ? _caretBeforeDrag : _caretBefore;
     const bool handled = QLineEdit::event(event);
     if (_refused)
         restore(before);

@@ -60,6 +60,7 @@ private:
     CommandHandler _handleCommand;
     QString _value;
     Caret _caretBefore;
+    Caret _caretBeforeDrag;
     bool _refused = false;
     bool _byProgram = false;
 };

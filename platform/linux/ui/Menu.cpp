@@ -1,5 +1,6 @@
 #include "platform/ui/Menu.h"
 
+#include "platform/linux/ui/MenuItemBinding.h"
 #include "platform/linux/ui/MenuItemNative.h"
 #include "platform/linux/ui/Title.h"
 
@@ -7,39 +8,6 @@
 #include <QMenu>
 
 namespace platform::ui {
-
-namespace {
-
-QMenu* menuOf(const QAction& action)
-{
-    for (auto* const object : action.associatedObjects()) {
-        if (auto* const menu = qobject_cast<QMenu*>(object))
-            return menu;
-    }
-    return nullptr;
-}
-
-} // namespace
-
-MenuItemBinding& MenuItemBinding::of(QAction& action)
-{
-    auto* const existing = action.findChild<MenuItemBinding*>({}, Qt::FindDirectChildrenOnly);
-    return existing ? *existing : *new MenuItemBinding(action);
-}
-
-MenuItemBinding::MenuItemBinding(QAction& action) : QObject(&action)
-{
-    connect(&action, &QAction::triggered, this, [this] {
-        const auto kept = perform;
-        if (kept && isEnabled())
-            kept();
-    });
-    // A disabled action would not hear its key, so it shows as disabled only while its menu is open.
-    if (auto* const menu = menuOf(action)) {
-        connect(menu, &QMenu::aboutToShow, this, [this, &action] { action.setEnabled(isEnabled()); });
-        connect(menu, &QMenu::aboutToHide, this, [&action] { action.setEnabled(true); });
-    }
-}
 
 MenuItem::MenuItem(std::unique_ptr<Native> native) : _native(std::move(native)) { }
 

@@ -1,0 +1,164 @@
+#include "platform/linux/ui/AlertBox.h"
+#include "platform/ui/Alert.h"
+#include "platform/ui/Button.h"
+#include "platform/ui/Interface.h"
+#include "tests/platform/ui/User.h"
+
+#include <doctest/doctest.h>
+#include <QAccessible>
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QTest>
+
+using namespace platform::ui;
+
+namespace {
+
+Alert alertWithButtons(const std::vector<std::string>& titles)
+{
+    Alert alert;
+    alert.setMessageText("Failed to apply settings.");
+    alert.setInformativeText("The <helper> & its friends\n\nare away.");
+    for (const auto& title : titles)
+        alert.addButton(title);
+    return alert;
+}
+
+struct Sheet {
+    Sheet()
+    {
+        interface->window()->makeKeyAndOrderFront();
+        user::runEvents();
+    }
+
+    void begin(const std::vector<std::string>& titles)
+    {
+        alertWithButtons(titles).beginSheet(interface->window(), [this](int response) { answers.push_back(response); });
+    }
+
+    AlertBox& box() const
+    {
+        for (auto* const widget : QApplication::topLevelWidgets()) {
+            if (auto* const found = qobject_cast<AlertBox*>(widget); found && found->isVisible())
+                return *found;
+        }
+        throw std::logic_error("No alert is on screen");
+    }
+
+    std::unique_ptr<Interface> interface = Interface::load("MainWindow");
+    std::vector<int> answers;
+};
+
+} // namespace
+
+TEST_CASE("A modal alert answers 1000, 1001 or 1002 by its buttons' order")
+{
+    for (int i = 0; i < 3; ++i) {
+        user::answerNextAlert(i);
+        CHECK(alertWithButtons({"Go to Web Site", "Ask for Support", "OK"}).runModal() == 1000 + i);
+    }
+    const auto shown = user::takeAnsweredAlerts();
+    REQUIRE(shown.size() == 3);
+    CHECK(shown[0].messageText == "Failed to apply settings.");
+    CHECK(shown[0].informativeText == "The <helper> & its friends\n\nare away.");
+    CHECK(shown[0].buttons == std::vector<std::string>{"Go to Web Site", "Ask for Support", "OK"});
+    CHECK_FALSE(shown[0].isSheet);
+}
+
+TEST_CASE("An alert without added buttons has OK")
+{
+    user::answerNextAlert(0);
+    CHECK(alertWithButtons({}).runModal() == Alert::FirstButtonReturn);
+    CHECK(user::takeAnsweredAlerts().at(0).buttons == std::vector<std::string>{"OK"});
+}
+
+TEST_CASE("Ampersands in a button's title are shown")
+{
+    user::answerNextAlert(0);
+    alertWithButtons({"Save & Quit"}).runModal();
+    CHECK(user::takeAnsweredAlerts().at(0).buttons == std::vector<std::string>{"Save & Quit"});
+}
+
+TEST_CASE("A sheet returns at once and its completion hears the answer after it closed")
+{
+    Sheet sheet;
+    sheet.begin({"Enable", "Maybe Later"});
+    CHECK(sheet.answers.empty());
+    const auto shown = user::currentAlert();
+    REQUIRE(shown);
+    CHECK(shown->isSheet);
+    CHECK(shown->buttons == std::vector<std::string>{"Enable", "Maybe Later"});
+    user::answer(1);
+    CHECK(sheet.answers == std::vector{1001});
+    CHECK_FALSE(user::currentAlert());
+}
+
+TEST_CASE("The completion of a sheet may show the next one")
+{
+    Sheet sheet;
+    bool second = false;
+    alertWithButtons({"One"}).beginSheet(sheet.interface->window(), [&](int) {
+        CHECK_FALSE(user::currentAlert());
+        alertWithButtons({"Two"}).beginSheet(sheet.interface->window(), [&](int) { second = true; });
+    });
+    user::answer(0);
+    REQUIRE(user::currentAlert());
+    CHECK(user::currentAlert()->buttons == std::vector<std::string>{"Two"});
+    user::answer(0);
+    CHECK(second);
+}
+
+TEST_CASE("A sheet without a completion just closes")
+{
+    Sheet sheet;
+    alertWithButtons({}).beginSheet(sheet.interface->window(), {});
+    user::answer(0);
+    CHECK_FALSE(user::currentAlert());
+}
+
+TEST_CASE("A sheet keeps its window from taking input")
+{
+    Sheet sheet;
+    sheet.begin({"OK"});
+    CHECK(sheet.box().windowModality() == Qt::WindowModal);
+    CHECK(sheet.box().parentWidget()->objectName() == "mainWindow");
+    user::answer(0);
+}
+
+TEST_CASE("Return presses the first button, and Escape and the close button the last")
+{
+    Sheet sheet;
+    sheet.begin({"Uninstall", "More", "Cancel"});
+    QTest::keyClick(&sheet.box(), Qt::Key_Return);
+    user::runEvents();
+    sheet.begin({"Uninstall", "More", "Cancel"});
+    QTest::keyClick(&sheet.box(), Qt::Key_Escape);
+    user::runEvents();
+    sheet.begin({"Uninstall", "Cancel"});
+    sheet.box().close();
+    user::runEvents();
+    CHECK(sheet.answers == std::vector{1000, 1002, 1001});
+}
+
+TEST_CASE("An alert's message is bold, both its texts can be selected, and assistive tools can tell them")
+{
+    Sheet sheet;
+    sheet.begin({"OK"});
+    auto& box = sheet.box();
+    const auto* const message = box.findChild<QLabel*>("qt_msgbox_label");
+    const auto* const informative = box.findChild<QLabel*>("qt_msgbox_informativelabel");
+    REQUIRE(message);
+    REQUIRE(informative);
+    CHECK(message->font().bold());
+    CHECK_FALSE(informative->font().bold());
+    for (const auto* const label : {message, informative}) {
+        CHECK(label->textFormat() == Qt::PlainText);
+        CHECK(label->textInteractionFlags().testFlag(Qt::TextSelectableByMouse));
+    }
+    const auto* const accessible = QAccessible::queryAccessibleInterface(&box);
+    CHECK(accessible->role() == QAccessible::AlertMessage);
+    CHECK(accessible->text(QAccessible::Name) == "Failed to apply settings.");
+    CHECK(accessible->text(QAccessible::Description) == box.informativeText());
+    user::answer(0);
+}

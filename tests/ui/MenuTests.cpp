@@ -1,0 +1,129 @@
+#include "platform/linux/ui/MenuItemNative.h"
+#include "platform/linux/ui/WindowNative.h"
+#include "platform/ui/Interface.h"
+#include "tests/platform/ui/User.h"
+
+#include <doctest/doctest.h>
+#include <QApplication>
+#include <QClipboard>
+#include <QLineEdit>
+#include <QTest>
+
+using namespace platform::ui;
+
+TEST_CASE("Choosing a menu item runs its action")
+{
+    const auto interface = Interface::load("MainWindow");
+    const auto item = interface->menuItem("openWebSiteMenuItem");
+    int actions = 0;
+    item->setAction([&] { ++actions; });
+    CHECK(item->title() == "Web Site");
+    CHECK(item->identifier() == "openWebSiteMenuItem");
+    user::click(*item);
+    CHECK(actions == 1);
+}
+
+TEST_CASE("A menu item's validator is asked each time, for its menu and for its key")
+{
+    const auto interface = Interface::load("MainWindow");
+    interface->window()->makeKeyAndOrderFront();
+    auto& window = *interface->window()->native().window;
+    const auto item = interface->menuItem("quitMenuItem");
+    int actions = 0;
+    bool valid = false;
+    item->setAction([&] { ++actions; });
+    item->setValidator([&] { return valid; });
+    user::runEvents();
+
+    CHECK_FALSE(item->isEnabled());
+    CHECK_THROWS_AS(user::click(*item), std::logic_error);
+    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+    CHECK(actions == 0);
+    valid = true;
+    QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier);
+    CHECK(actions == 1);
+    user::click(*item);
+    CHECK(actions == 2);
+}
+
+TEST_CASE("A hidden menu item has no key")
+{
+    const auto interface = Interface::load("MainWindow");
+    interface->window()->makeKeyAndOrderFront();
+    user::runEvents();
+    const auto item = interface->menuItem("localSnapshotsMenuItem");
+    int actions = 0;
+    item->setAction([&] { ++actions; });
+    CHECK(item->isHidden());
+    CHECK(item->keyEquivalent() == "1");
+    auto& window = *interface->window()->native().window;
+    QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
+    CHECK(actions == 0);
+    item->setHidden(false);
+    QTest::keyClick(&window, Qt::Key_1, Qt::ControlModifier);
+    CHECK(actions == 1);
+}
+
+TEST_CASE("A key equivalent is one character, of which a capital needs the shift key")
+{
+    const auto interface = Interface::load("MainWindow");
+    const auto item = interface->menuItem("showCurrentSettingsMenuItem");
+    CHECK(item->keyEquivalent().empty());
+    for (const auto* const key : {"1", "w", "W", ",", ""}) {
+        item->setKeyEquivalent(key);
+        CHECK(item->keyEquivalent() == key);
+    }
+}
+
+TEST_CASE("The item that follows is found, hidden ones and separators included, to the menu's end")
+{
+    const auto interface = Interface::load("MainWindow");
+    const auto separator = interface->menuItem("showCurrentSettingsMenuItem")->next();
+    REQUIRE(separator);
+    CHECK(separator->title().empty());
+    const auto snapshots = separator->next();
+    REQUIRE(snapshots);
+    CHECK(snapshots->identifier() == "localSnapshotsMenuItem");
+    CHECK(snapshots->isHidden());
+    snapshots->next()->setKeyEquivalent("1");
+    CHECK(interface->menuItem("localSnapshotsMenuItem")->next()->keyEquivalent() == "1");
+    CHECK_FALSE(interface->menuItem("quitMenuItem")->next());
+}
+
+TEST_CASE("Every item found for the same place in the menu shares its action")
+{
+    const auto interface = Interface::load("MainWindow");
+    int actions = 0;
+    interface->menuItem("openWebSiteMenuItem")->next()->setAction([&] { ++actions; });
+    user::click(*interface->menuItem("contactByMailMenuItem"));
+    CHECK(actions == 1);
+}
+
+TEST_CASE("The Edit menu acts on the field that has the keyboard")
+{
+    const auto interface = Interface::load("MainWindow");
+    auto& window = *interface->window()->native().window;
+    auto* const line = new QLineEdit(window.centralWidget());
+    interface->window()->makeKeyAndOrderFront();
+    user::runEvents();
+    line->setText("ninety");
+    line->setFocus();
+    REQUIRE(QApplication::focusWidget() == line);
+    user::click(*interface->menuItem("selectAllMenuItem"));
+    CHECK(line->selectedText() == "ninety");
+    user::click(*interface->menuItem("cutMenuItem"));
+    CHECK(line->text().isEmpty());
+    CHECK(QApplication::clipboard()->text() == "ninety");
+    user::click(*interface->menuItem("undoMenuItem"));
+    CHECK(line->text() == "ninety");
+    user::click(*interface->menuItem("redoMenuItem"));
+    CHECK(line->text().isEmpty());
+    user::click(*interface->menuItem("pasteMenuItem"));
+    CHECK(line->text() == "ninety");
+    user::click(*interface->menuItem("selectAllMenuItem"));
+    user::click(*interface->menuItem("copyMenuItem"));
+    CHECK(line->selectedText() == "ninety");
+
+    line->clearFocus();
+    CHECK_THROWS_AS(user::click(*interface->menuItem("pasteMenuItem")), std::logic_error);
+}

@@ -1,0 +1,109 @@
+#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/WindowNative.h"
+#include "platform/ui/Button.h"
+#include "platform/ui/Interface.h"
+#include "tests/platform/ui/User.h"
+
+#include <doctest/doctest.h>
+#include <QApplication>
+#include <QBoxLayout>
+#include <QTest>
+
+using namespace platform::ui;
+
+namespace {
+
+// The main window with its rows in sight, in the order in which the interface file has them.
+struct Shown {
+    Shown()
+    {
+        auto& rows = *interface->outlet<View>("rowsOutOfSight")->native().widget;
+        auto* const column = new QVBoxLayout(&rows);
+        for (auto* const row : rows.findChildren<QWidget*>(Qt::FindDirectChildrenOnly))
+            column->addWidget(row);
+        // Above the buttons, as in use.
+        static_cast<QBoxLayout*>(rows.parentWidget()->layout())->insertWidget(0, &rows);
+        rows.show();
+        window->layoutIfNeeded();
+        window->setAutorecalculatesKeyViewLoop(true);
+        window->makeKeyAndOrderFront();
+        user::runEvents();
+    }
+
+    static std::string focused()
+    {
+        const auto* const widget = QApplication::focusWidget();
+        return widget ? widget->objectName().toStdString() : "nothing";
+    }
+
+    std::unique_ptr<Interface> interface = Interface::load("MainWindow");
+    std::shared_ptr<Window> window = interface->window();
+};
+
+} // namespace
+
+TEST_CASE("The backups check box has the keyboard when the main window opens")
+{
+    const Shown shown;
+    CHECK(Shown::focused() == "backupsCheckBox");
+}
+
+TEST_CASE("Tab visits the controls from top to bottom, and a control that moved at its new place")
+{
+    const Shown shown;
+    // A picker's hour and minute are two stops.
+    const std::vector<std::string> order{"backupsCheckBox",
+                                         "operationModePopUp",
+                                         "suspendCheckBox",
+                                         "suspendFromPicker",
+                                         "suspendFromPicker",
+                                         "suspendToPicker",
+                                         "suspendToPicker",
+                                         "allowBatteryCheckBox",
+                                         "dontRunWhenPassiveCheckBox",
+                                         "dontRunWithSleepPreventersCheckBox",
+                                         "dontRunWhenNotNetworkWiredCheckBox",
+                                         "snapshotsCheckBox",
+                                         "advancedSettingsButton",
+                                         "applyButton",
+                                         "backupsCheckBox"};
+    for (const auto& identifier : order) {
+        CHECK(Shown::focused() == identifier);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    }
+
+    auto& snapshots = *shown.interface->outlet<View>("snapshotsCheckBox")->native().widget;
+    static_cast<QBoxLayout*>(snapshots.parentWidget()->layout())->insertWidget(1, &snapshots);
+    shown.window->layoutIfNeeded();
+    QApplication::processEvents();
+    shown.interface->outlet<View>("operationModePopUp")->native().widget->setFocus();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    CHECK(Shown::focused() == "snapshotsCheckBox");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+    CHECK(Shown::focused() == "operationModePopUp");
+}
+
+TEST_CASE("Return presses the Apply button wherever the keyboard is, unless on another button")
+{
+    const Shown shown;
+    int applied = 0;
+    shown.interface->outlet<Button>("applyButton")->setAction([&] { ++applied; });
+    user::press(*shown.interface->outlet<View>("backupsCheckBox"), user::Key::Return);
+    user::press(*shown.interface->outlet<View>("suspendFromPicker"), user::Key::Return);
+    CHECK(applied == 2);
+    user::press(*shown.interface->outlet<View>("advancedSettingsButton"), user::Key::Return);
+    CHECK(applied == 2);
+    shown.interface->outlet<Button>("applyButton")->setEnabled(false);
+    user::press(*shown.interface->outlet<View>("backupsCheckBox"), user::Key::Return);
+    CHECK(applied == 2);
+}
+
+TEST_CASE("The window is as large as what it shows")
+{
+    const Shown shown;
+    auto& window = *shown.window->native().window;
+    const auto before = window.height();
+    shown.interface->outlet<View>("snapshotsCheckBox")->setHidden(true);
+    shown.window->layoutIfNeeded();
+    CHECK(window.height() < before);
+}
