@@ -35,3 +35,9 @@ else()
     target_compile_definitions(brevane_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
     target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
 endif()
+
+# Everything reports its branches to the fuzzer; only the fuzzers themselves take its main function.
+if(BREVANE_FUZZ)
+    target_compile_options(brevane_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(brevane_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()

@@ -1,75 +1,92 @@
 #include "platform/Format.h"
-#include "platform/UTF8.h"
 
 #include <algorithm>
-#include <cinttypes>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <ctime>
+#include <iomanip>
+#include <locale>
+#include <sstream>
 
 namespace platform {
 
 namespace {
 
-constexpr std::size_t indentation = 4;
-constexpr double referenceDateIn1970 = 978307200; // 2001-01-01 00:00:00 UTC
+constexpr char hexadecimal[] = "0123456789abcdef";
 
-bool isPlainWord(std::string_view text)
+bool isPlain(std::string_view text)
 {
-    return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    return !text.empty() && std::ranges::all_of(text, [](char character) {
+        return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'z')
+            || (character >= 'A' && character <= 'Z');
     });
 }
 
-void appendUnit(std::string& out, unsigned unit)
+void appendUnit(std::string& out, char32_t unit)
 {
-    char text[16];
-    std::snprintf(text, sizeof text, "\\U%04x", unit);
-    out.append(text);
+    out.append("\\U");
+    for (int shift = 12; shift >= 0; shift -= 4)
+        out.push_back(hexadecimal[(unit >> shift) & 0xF]);
 }
 
 void appendEscaped(std::string& out, char32_t character)
 {
-    if (character == '\n') {
-        out.append("\\n");
-    } else if (character == '\t') {
-        out.append("\\t");
-    } else if (character == '"' || character == '\\') {
-        out.push_back('\\');
-        out.push_back(static_cast<char>(character));
-    } else if (character >= 0x20 && character < 0x7F) {
-        out.push_back(static_cast<char>(character));
-    } else if (character > 0xFFFF) {
+    if (character >= 0x10000) {
         appendUnit(out, 0xD800 + ((character - 0x10000) >> 10));
         appendUnit(out, 0xDC00 + ((character - 0x10000) & 0x3FF));
-    } else {
+    } else if (character >= 0x7F) {
         appendUnit(out, character);
+    } else {
+        out.push_back('\\');
+        for (int shift = 6; shift >= 0; shift -= 3)
+            out.push_back(static_cast<char>('0' + ((character >> shift) & 7)));
     }
+}
+
+void appendQuoted(std::string& out, std::string_view text)
+{
+    out.push_back('"');
+    while (!text.empty()) {
+        const char32_t character = takeCharacter(text);
+        if (character == '"' || character == '\\') {
+            out.push_back('\\');
+            out.push_back(static_cast<char>(character));
+        } else if (character == '\n') {
+            out.append("\\n");
+        } else if (character == '\t') {
+            out.append("\\t");
+        } else if (character == '\r') {
+            out.append("\\r");
+        } else if (character >= 0x20 && character < 0x7F) {
+            out.push_back(static_cast<char>(character));
+        } else {
+            appendEscaped(out, character);
+        }
+    }
+    out.push_back('"');
 }
 
 void appendListed(std::string& out, std::string_view text)
 {
-    if (isPlainWord(text)) {
+    if (isPlain(text))
         out.append(text);
-        return;
-    }
-    out.push_back('"');
-    while (!text.empty()) {
-        const auto character = takeCharacter(text);
-        appendEscaped(out, character.value_or(0xFFFD));
-        if (!character)
-            text.remove_prefix(1);
-    }
-    out.push_back('"');
+    else
+        appendQuoted(out, text);
 }
 
+// The shortest decimal that reads back as the same number, whatever the process's locale.
 std::string realText(double real)
 {
-    // The shortest text that reads back as the same number.
-    char text[32];
-    for (const int precision : {15, 16, 17}) {
-        std::snprintf(text, sizeof text, "%.*g", precision, real);
-        if (std::strtod(text, nullptr) == real)
+    std::string text;
+    for (int precision : {15, 16, 17}) {
+        std::ostringstream stream;
+        stream.imbue(std::locale::classic());
+        stream << std::setprecision(precision) << real;
+        text = stream.str();
+        std::istringstream reader(text);
+        reader.imbue(std::locale::classic());
+        double readBack = 0;
+        if (reader >> readBack && readBack == real)
             break;
     }
     return text;
@@ -77,93 +94,108 @@ std::string realText(double real)
 
 std::string dateText(Date date)
 {
-    const double seconds = std::floor(date.secondsSinceReferenceDate + referenceDateIn1970);
-    std::tm utc{};
-    const auto time = static_cast<std::time_t>(std::abs(seconds) < 1e15 ? seconds : 0);
-    if (std::abs(seconds) >= 1e15 || !::gmtime_r(&time, &utc))
-        return realText(date.secondsSinceReferenceDate);
+    constexpr double referenceDate = 978307200; // seconds after 1970
+    constexpr double limit = 6e13;              // some two million years, well inside what gmtime_r takes
+    const double seconds = std::isnan(date.secondsSinceReferenceDate) ? 0 : date.secondsSinceReferenceDate;
+    const auto time = static_cast<std::time_t>(std::floor(std::clamp(seconds, -limit, limit) + referenceDate));
+    std::tm parts = {};
+    gmtime_r(&time, &parts);
     char text[64];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d +0000", utc.tm_year + 1900, utc.tm_mon + 1,
-                  utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
-    return text;
+    const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S +0000", &parts);
+    return {text, length};
 }
 
 std::string dataText(const Data& data)
 {
-    constexpr char digits[] = "0123456789abcdef";
     std::string text = "<";
-    for (const std::uint8_t byte : data) {
-        text.push_back(digits[byte >> 4]);
-        text.push_back(digits[byte & 15]);
+    for (std::size_t i = 0; i < data.size(); ++i) {
+        if (i != 0 && i % 4 == 0)
+            text.push_back(' ');
+        text.push_back(hexadecimal[data[i] >> 4]);
+        text.push_back(hexadecimal[data[i] & 0xF]);
     }
-    return text + ">";
+    text.push_back('>');
+    return text;
 }
 
-// A value without elements, by itself.
-std::string leafText(const PropertyList& value)
+std::string scalarText(const PropertyList& value)
 {
     switch (value.type()) {
-    case PropertyList::Type::Boolean:
-    case PropertyList::Type::Integer:
-        return std::to_string(value.integerValue());
     case PropertyList::Type::Real:
         return realText(value.realValue());
     case PropertyList::Type::Date:
         return dateText(*value.date());
     case PropertyList::Type::Data:
         return dataText(*value.data());
-    default:
-        return *value.string();
+    default: {
+        char digits[24];
+        const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), value.integerValue());
+        return {digits, end};
+    }
     }
 }
 
-void appendValue(std::string& out, const PropertyList& value, std::size_t depth);
+void appendElement(std::string& out, const PropertyList& value, std::size_t level);
 
-void appendArray(std::string& out, const Array& array, std::size_t depth)
+// A collection brings its own indentation, also when it stands behind a key: the listing's well-known look.
+void appendArray(std::string& out, const Array& array, std::size_t level)
 {
-    out.append("(\n");
+    out.append(4 * level, ' ').append("(");
     for (std::size_t i = 0; i < array.size(); ++i) {
-        out.append((depth + 1) * indentation, ' ');
-        appendValue(out, array[i], depth + 1);
-        out.append(i + 1 < array.size() ? ",\n" : "\n");
+        out.append(i == 0 ? "\n" : ",\n").append(4 * (level + 1), ' ');
+        appendElement(out, array[i], level + 1);
     }
-    out.append(depth * indentation, ' ').append(")");
+    out.append("\n").append(4 * level, ' ').append(")");
 }
 
-void appendDictionary(std::string& out, const Dictionary& dictionary, std::size_t depth)
+void appendDictionary(std::string& out, const Dictionary& dictionary, std::size_t level)
 {
-    out.append("{\n");
-    for (const Dictionary::Entry& entry : dictionary) {
-        out.append((depth + 1) * indentation, ' ');
-        appendListed(out, entry.key);
+    std::vector<const Dictionary::Entry*> entries;
+    entries.reserve(dictionary.size());
+    for (const Dictionary::Entry& entry : dictionary)
+        entries.push_back(&entry);
+    std::ranges::sort(entries, {}, [](const Dictionary::Entry* entry) { return std::string_view(entry->key); });
+    out.append(4 * level, ' ').append("{");
+    for (const Dictionary::Entry* entry : entries) {
+        out.append("\n").append(4 * (level + 1), ' ');
+        appendListed(out, entry->key);
         out.append(" = ");
-        appendValue(out, entry.value, depth + 1);
-        out.append(";\n");
+        appendElement(out, entry->value, level + 1);
+        out.append(";");
     }
-    out.append(depth * indentation, ' ').append("}");
+    out.append("\n").append(4 * level, ' ').append("}");
 }
 
-// As an element of a listing.
-void appendValue(std::string& out, const PropertyList& value, std::size_t depth)
+void appendElement(std::string& out, const PropertyList& value, std::size_t level)
 {
     if (const Array* array = value.array())
-        appendArray(out, *array, depth);
+        appendArray(out, *array, level);
     else if (const Dictionary* dictionary = value.dictionary())
-        appendDictionary(out, *dictionary, depth);
+        appendDictionary(out, *dictionary, level);
+    else if (const std::string* string = value.string())
+        appendListed(out, *string);
     else if (value.data())
-        out.append(leafText(value));
+        out.append(scalarText(value));
     else
-        appendListed(out, leafText(value));
+        appendListed(out, scalarText(value));
 }
 
 } // namespace
 
+void appendDescription(std::string& out, const PropertyList& value)
+{
+    if (const std::string* string = value.string())
+        out.append(*string);
+    else if (value.array() || value.dictionary())
+        appendElement(out, value, 0);
+    else
+        out.append(scalarText(value));
+}
+
 std::string description(const PropertyList& value)
 {
-    if (!value.array() && !value.dictionary())
-        return leafText(value);
     std::string text;
-    appendValue(text, value, 0);
+    appendDescription(text, value);
     return text;
 }
 

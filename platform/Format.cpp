@@ -1,121 +1,187 @@
 #include "platform/Format.h"
 
+#include <algorithm>
 #include <charconv>
-#include <cstddef>
 
 namespace platform {
 
 namespace {
 
+// One conversion, taken apart.
 struct Conversion {
-    std::size_t position = 0; // of the argument, from 1; 0 for the next one
+    std::size_t position = 0; // counted from 1; 0 takes the next argument
+    int bits = 32;
     char letter = 0;
 };
 
-// The rest of a conversion after its '%'. Nothing when it is malformed.
-std::optional<Conversion> readConversion(std::string_view& rest)
+bool isDigit(char character)
 {
-    Conversion conversion;
-    // The log's privacy form says who may see the value; here everyone who may see the text.
-    if (rest.starts_with('{')) {
-        const auto end = rest.find('}');
-        if (end == std::string_view::npos)
-            return std::nullopt;
-        rest.remove_prefix(end + 1);
-    }
-    std::size_t number = 0;
-    const auto digits = std::from_chars(rest.data(), rest.data() + rest.size(), number);
-    if (digits.ec == std::errc() && digits.ptr != rest.data() + rest.size() && *digits.ptr == '$' && number > 0) {
-        conversion.position = number;
-        rest.remove_prefix(static_cast<std::size_t>(digits.ptr - rest.data()) + 1);
-    }
-    // Values know their own size.
-    while (!rest.empty() && std::string_view("hlqz").find(rest.front()) != std::string_view::npos)
-        rest.remove_prefix(1);
-    if (rest.empty())
-        return std::nullopt;
-    conversion.letter = rest.front();
-    rest.remove_prefix(1);
-    return conversion;
+    return character >= '0' && character <= '9';
 }
 
-template <class Integer>
-void appendInteger(std::string& out, Integer number, int base = 10)
+// The log's privacy mark, which changes nothing in the text. False when it isn't closed.
+bool skipBraces(std::string_view& format)
+{
+    if (format.empty() || format.front() != '{')
+        return true;
+    const std::size_t end = format.find('}');
+    if (end == std::string_view::npos)
+        return false;
+    format.remove_prefix(end + 1);
+    return true;
+}
+
+bool takePosition(std::string_view& format, std::size_t& position)
+{
+    if (format.empty() || !isDigit(format.front()))
+        return true;
+    const auto [end, error] = std::from_chars(format.data(), format.data() + format.size(), position);
+    const auto length = static_cast<std::size_t>(end - format.data());
+    if (error != std::errc() || position == 0 || length == format.size() || format[length] != '$')
+        return false;
+    format.remove_prefix(length + 1);
+    return true;
+}
+
+bool takePrefix(std::string_view& format, std::string_view prefix)
+{
+    if (!format.starts_with(prefix))
+        return false;
+    format.remove_prefix(prefix.size());
+    return true;
+}
+
+int takeLength(std::string_view& format)
+{
+    if (takePrefix(format, "hh"))
+        return 8;
+    if (takePrefix(format, "h"))
+        return 16;
+    for (const std::string_view modifier : {"ll", "l", "q", "z"}) {
+        if (takePrefix(format, modifier))
+            return 64;
+    }
+    return 32;
+}
+
+// `format` begins behind the percent sign.
+bool takeConversion(std::string_view& format, Conversion& conversion)
+{
+    if (!takePosition(format, conversion.position) || !skipBraces(format))
+        return false;
+    conversion.bits = takeLength(format);
+    if (format.empty())
+        return false;
+    conversion.letter = format.front();
+    format.remove_prefix(1);
+    return true;
+}
+
+// A text is no number, and an object reads as one by value.
+std::optional<std::uint64_t> number(const FormatArgument& argument)
+{
+    const FormatArgument::Value& value = argument.value();
+    if (const auto* integer = std::get_if<std::int64_t>(&value))
+        return static_cast<std::uint64_t>(*integer);
+    if (const auto* integer = std::get_if<std::uint64_t>(&value))
+        return *integer;
+    if (const auto* object = std::get_if<const PropertyList*>(&value))
+        return static_cast<std::uint64_t>((*object)->integerValue());
+    if (std::holds_alternative<std::nullptr_t>(value))
+        return 0;
+    return std::nullopt;
+}
+
+void appendInteger(std::string& out, auto integer, int base = 10)
 {
     char digits[24];
-    out.append(digits, std::to_chars(std::begin(digits), std::end(digits), number, base).ptr);
+    const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), integer, base);
+    out.append(digits, end);
 }
 
-// The number of an argument: objects by value, absent ones and texts 0.
-std::int64_t numberOf(const FormatArgument::Value& value)
+// As C prints it: an argument wider than the conversion loses its upper bits.
+bool appendNumber(std::string& out, const Conversion& conversion, const FormatArgument& argument)
 {
-    if (const auto* number = std::get_if<std::int64_t>(&value))
-        return *number;
-    if (const auto* number = std::get_if<std::uint64_t>(&value))
-        return static_cast<std::int64_t>(*number);
-    if (const auto* object = std::get_if<const PropertyList*>(&value))
-        return (*object)->integerValue();
-    return 0;
-}
-
-void appendObject(std::string& out, const FormatArgument::Value& value)
-{
-    if (const auto* text = std::get_if<std::string_view>(&value))
-        out.append(*text);
-    else if (const auto* number = std::get_if<std::int64_t>(&value))
-        appendInteger(out, *number);
-    else if (const auto* natural = std::get_if<std::uint64_t>(&value))
-        appendInteger(out, *natural);
-    else if (const auto* object = std::get_if<const PropertyList*>(&value))
-        out.append(description(**object));
-    else
-        out.append("(null)");
-}
-
-bool appendConversion(std::string& out, char letter, const FormatArgument::Value& value)
-{
-    switch (letter) {
-    case '@':
-    case 's':
-        appendObject(out, value);
-        return true;
+    const std::optional<std::uint64_t> whole = number(argument);
+    if (!whole)
+        return false;
+    const int unused = 64 - conversion.bits;
+    const std::uint64_t shifted = *whole << unused;
+    switch (conversion.letter) {
     case 'd':
     case 'i':
-        appendInteger(out, numberOf(value));
+        appendInteger(out, static_cast<std::int64_t>(shifted) >> unused);
         return true;
     case 'u':
-        appendInteger(out, static_cast<std::uint64_t>(numberOf(value)));
+        appendInteger(out, shifted >> unused);
         return true;
     case 'x':
-        appendInteger(out, static_cast<std::uint64_t>(numberOf(value)), 16);
+        appendInteger(out, shifted >> unused, 16);
         return true;
+    default:
+        return *whole <= 0x10FFFF && appendCharacter(out, static_cast<char32_t>(*whole));
+    }
+}
+
+bool appendObject(std::string& out, char letter, const FormatArgument& argument)
+{
+    const FormatArgument::Value& value = argument.value();
+    if (const auto* text = std::get_if<std::string_view>(&value)) {
+        out.append(*text);
+        return true;
+    }
+    if (std::holds_alternative<std::nullptr_t>(value)) {
+        out.append("(null)");
+        return true;
+    }
+    if (const auto* object = std::get_if<const PropertyList*>(&value)) {
+        appendDescription(out, **object);
+        return true;
+    }
+    if (letter == 's')
+        return false;
+    if (const auto* integer = std::get_if<std::int64_t>(&value))
+        appendInteger(out, *integer);
+    else
+        appendInteger(out, std::get<std::uint64_t>(value));
+    return true;
+}
+
+bool appendConversion(std::string& out, const Conversion& conversion, const FormatArgument& argument)
+{
+    switch (conversion.letter) {
+    case '@':
+    case 's':
+        return appendObject(out, conversion.letter, argument);
+    case 'd':
+    case 'i':
+    case 'u':
+    case 'x':
     case 'c':
-        out.push_back(static_cast<char>(numberOf(value)));
-        return true;
+        return appendNumber(out, conversion, argument);
     default:
         return false;
     }
 }
 
-bool appendConversions(std::string& out, std::string_view rest, std::initializer_list<FormatArgument> arguments)
+bool appendAll(std::string& out, std::string_view format, std::initializer_list<FormatArgument> arguments)
 {
     std::size_t next = 0;
     for (;;) {
-        const auto percent = rest.find('%');
-        out.append(rest.substr(0, percent));
+        const std::size_t percent = format.find('%');
+        out.append(format.substr(0, percent));
         if (percent == std::string_view::npos)
             return true;
-        rest.remove_prefix(percent + 1);
-        if (rest.starts_with('%')) {
+        format.remove_prefix(percent + 1);
+        if (takePrefix(format, "%")) {
             out.push_back('%');
-            rest.remove_prefix(1);
             continue;
         }
-        const auto conversion = readConversion(rest);
-        if (!conversion)
+        Conversion conversion;
+        if (!takeConversion(format, conversion))
             return false;
-        const std::size_t index = conversion->position ? conversion->position - 1 : next++;
-        if (index >= arguments.size() || !appendConversion(out, conversion->letter, arguments.begin()[index].value()))
+        const std::size_t index = conversion.position ? conversion.position - 1 : next++;
+        if (index >= arguments.size() || !appendConversion(out, conversion, arguments.begin()[index]))
             return false;
     }
 }
@@ -124,11 +190,11 @@ bool appendConversions(std::string& out, std::string_view rest, std::initializer
 
 bool appendFormat(std::string& out, std::string_view format, std::initializer_list<FormatArgument> arguments)
 {
-    const std::size_t before = out.size();
-    if (appendConversions(out, format, arguments))
-        return true;
-    out.resize(before);
-    return false;
+    const std::size_t size = out.size();
+    const bool filled = appendAll(out, format, arguments);
+    if (!filled)
+        out.resize(size);
+    return filled;
 }
 
 std::optional<std::string> formatString(std::string_view format, std::initializer_list<FormatArgument> arguments)

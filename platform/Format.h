@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Error.h"
+#include "platform/Unicode.h"
 
 #include <concepts>
 #include <cstdint>
@@ -33,14 +34,15 @@ private:
 // Fills a printf-style format: "%@" (an object's description), "%s", "%d", "%i", "%u", "%x" with the length
 // modifiers h, l, ll, q and z, "%c", "%%", positions such as "%2$@", and the log's "%{public}s" forms. A number
 // conversion takes a number object by value and an absent one as 0. Nothing for an unknown conversion or too
-// few arguments; surplus arguments are ignored. The text is appended to `out`, untouched on failure.
+// few arguments; surplus arguments are ignored. As in C, a number loses the bits above the conversion's width (32
+// without a modifier). The text is appended to `out`, untouched on failure.
 bool appendFormat(std::string& out, std::string_view format, std::initializer_list<FormatArgument> arguments);
 std::optional<std::string> formatString(std::string_view format, std::initializer_list<FormatArgument> arguments);
 
 // What "%@" prints: strings as they are; numbers in decimal (booleans 1 and 0); arrays and dictionaries as the
-// platform's parenthesised listing, one element a line, nested by four spaces.
+// platform's parenthesised listing, one element a line, a dictionary's keys in order; a collection inside another
+// brings its own indentation of four spaces a level, so that its opening bracket is indented twice.
 std::string description(const PropertyList& value);
-
-bool isValidUTF8(std::string_view text);
+void appendDescription(std::string& out, const PropertyList& value);
 
 } // namespace platform

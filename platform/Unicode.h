@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+inline constexpr char32_t replacementCharacter = 0xFFFD;
+inline constexpr char32_t endOfText = 0xFFFFFFFF;
+
+bool isValidUTF8(std::string_view text);
+
+// Takes the first character off `text`: endOfText when it is empty, the replacement character for a byte that
+// begins no valid sequence.
+char32_t takeCharacter(std::string_view& text);
+
+// False, with nothing appended, when the value is a surrogate or above 0x10FFFF.
+bool appendCharacter(std::string& text, char32_t character);
+
+inline bool isHighSurrogate(char32_t unit)
+{
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+inline bool isLowSurrogate(char32_t unit)
+{
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+inline char32_t characterOfSurrogates(char32_t high, char32_t low)
+{
+    return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);
+}
+
+} // namespace platform
