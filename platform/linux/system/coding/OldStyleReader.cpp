@@ -32,11 +32,10 @@ int hexValue(char c)
 
 } // namespace
 
-Result<PropertyList> OldStyleReader::read()
+std::optional<PropertyList> OldStyleReader::read()
 {
-    const auto damaged = std::unexpected(corruptPropertyListError("The property list is no text that can be read."));
     if (!isValidUTF8(_text))
-        return damaged;
+        return std::nullopt;
     if (_rest.starts_with(byteOrderMark))
         _rest.remove_prefix(byteOrderMark.size());
 
@@ -49,7 +48,7 @@ Result<PropertyList> OldStyleReader::read()
     Dictionary table;
     if (!atEnd() && readPairs(table, false))
         return PropertyList(std::move(table));
-    return damaged;
+    return std::nullopt;
 }
 
 // False for a comment without an end.

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/Error.h"
+#include "platform/PropertyList.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace platform {
 
@@ -15,7 +15,8 @@ class OldStyleReader {
 public:
     explicit OldStyleReader(std::string_view text) : _text(text), _rest(text) { }
 
-    Result<PropertyList> read();
+    // Nothing for any damage.
+    std::optional<PropertyList> read();
 
 private:
     bool skipSpace();

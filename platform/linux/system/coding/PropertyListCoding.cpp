@@ -49,7 +49,10 @@ Result<PropertyList> propertyListWithData(std::span<const std::uint8_t> bytes)
 
 Result<PropertyList> propertyListWithOldStyleText(std::string_view text)
 {
-    return OldStyleReader(text).read();
+    auto value = OldStyleReader(text).read();
+    if (!value)
+        return std::unexpected(corruptPropertyListError("The property list is no text that can be read."));
+    return std::move(*value);
 }
 
 } // namespace platform

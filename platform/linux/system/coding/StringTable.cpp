@@ -1,6 +1,6 @@
 #include "platform/linux/system/coding/StringTable.h"
 
-#include "platform/PropertyListCoding.h"
+#include "platform/linux/system/coding/OldStyleReader.h"
 
 #include <array>
 #include <cstdlib>
@@ -21,10 +21,8 @@ constexpr const char* fallbackLanguage = "en";
 Dictionary readTable(const std::string& folder, const std::string& language)
 {
     std::ifstream file(folder + "/" + language + ".lproj/Localizable.strings", std::ios::binary);
-    const Data bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (bytes.empty())
-        return {};
-    auto table = propertyListWithData(bytes);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    auto table = OldStyleReader(text).read();
     Dictionary* texts = table ? table->dictionary() : nullptr;
     return texts ? std::move(*texts) : Dictionary();
 }
