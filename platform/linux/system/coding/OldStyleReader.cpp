@@ -2,7 +2,7 @@
 
 #include "platform/Format.h"
 #include "platform/linux/system/coding/CodingError.h"
-#include "platform/UTF8.h"
+#include "platform/Unicode.h"
 
 #include <cstdint>
 #include <utility>
@@ -221,7 +221,7 @@ bool OldStyleReader::readEscape(std::string& text)
             code = code << 3 | static_cast<unsigned>(_rest.front() - '0');
             _rest.remove_prefix(1);
         }
-        return code > 0 && appendUTF8(text, code);
+        return code > 0 && appendCharacter(text, code);
     }
     _rest.remove_prefix(1);
     if (letter == 'U' || letter == 'u') {
@@ -238,7 +238,7 @@ bool OldStyleReader::readEscape(std::string& text)
                 return false;
             character = 0x10000 + ((unit & 0x3FF) << 10) + (low & 0x3FF);
         }
-        return character > 0 && appendUTF8(text, character);
+        return character > 0 && appendCharacter(text, character);
     }
     constexpr std::string_view letters = "abfnrtv";
     constexpr std::string_view controls = "\a\b\f\n\r\t\v";
