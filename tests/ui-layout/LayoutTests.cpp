@@ -150,10 +150,10 @@ TEST_CASE("texts of a row stand on one line to within a pixel")
     }
     const auto stack = stackOf(0, views);
     ShownWindow window(stack->view());
-    field->setCursorPosition(0);
-    popUp->setFocus();
     for (int height : {window.widget.height(), 61}) {
         window.widget.resize(window.widget.width(), height);
+        ShownWindow::settle();
+        widgetOf(stack->view())->layout()->setEnabled(false);
         const int expected = paintedBaseline(&window.widget, [&](auto& text) { label->setText(text); });
         CHECK(expected > 0);
         for (const auto& setText : std::initializer_list<std::function<void(const QString&)>>{
@@ -161,6 +161,7 @@ TEST_CASE("texts of a row stand on one line to within a pixel")
                  [&](auto& text) { field->setText(text); },
                  [&](auto& text) { picker->setDisplayFormat(text.isEmpty() ? "' '" : "'HHH'"); }})
             CHECK(std::abs(paintedBaseline(&window.widget, setText) - expected) <= 1);
+        widgetOf(stack->view())->layout()->setEnabled(true);
     }
 }
 

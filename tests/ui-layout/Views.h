@@ -32,6 +32,8 @@ struct ShownWindow {
         auto* layout = new QVBoxLayout(&widget);
         layout->setContentsMargins(0, 0, 0, 0);
         layout->addWidget(widgetOf(content));
+        // By itself a window would not begin smaller than a certain size.
+        widget.resize(widget.sizeHint());
         widget.show();
         settle();
     }

@@ -186,36 +186,34 @@ void ConstraintSolver::preferAll()
     for (auto first = order.begin(); first != order.end();) {
         const auto last =
             std::find_if(first, order.end(), [&](std::size_t i) { return priority(i) != priority(*first); });
-        Terms costs;
-        std::for_each(first, last, [&](std::size_t i) { prefer(_constraints[i], costs); });
-        _tableau.minimise(costs);
+        std::vector<Deviation> deviations;
+        std::for_each(first, last, [&](std::size_t i) { prefer(_constraints[i], deviations); });
+        _tableau.minimise(deviations);
         first = last;
     }
 }
 
-// A violation is how far the sum lies below its constant and, for an equality, how far above.
-void ConstraintSolver::prefer(const Constraint& constraint, Terms& costs)
+void ConstraintSolver::prefer(const Constraint& constraint, std::vector<Deviation>& deviations)
 {
     Form form = reduced(constraint);
     if (form.variables.empty() && form.slacks.empty())
         return;
-    const std::size_t excess = _tableau.addVariable();
-    const std::size_t lack = _tableau.addVariable();
-    costs.push_back({lack, constraint.weight});
-    if (constraint.relation == LayoutRelation::Equal)
-        costs.push_back({excess, constraint.weight});
+    const std::size_t above = _tableau.addVariable();
+    const std::size_t below = _tableau.addVariable();
+    const double costAbove = constraint.relation == LayoutRelation::Equal ? constraint.weight : 0;
+    deviations.push_back({above, below, costAbove, constraint.weight});
     if (!form.variables.empty()) {
-        form.slacks.push_back({excess, -1});
-        form.slacks.push_back({lack, 1});
+        form.slacks.push_back({above, -1});
+        form.slacks.push_back({below, 1});
         const std::size_t subject = cheapestSubject(form.variables);
         define(subject, std::move(form));
     } else if (form.constant >= 0) {
-        form.slacks.push_back({lack, 1});
-        _tableau.define(excess, {form.constant, std::move(form.slacks)});
+        form.slacks.push_back({below, 1});
+        _tableau.define(above, {form.constant, std::move(form.slacks)});
     } else {
         scale(form.slacks, -1);
-        form.slacks.push_back({excess, 1});
-        _tableau.define(lack, {-form.constant, std::move(form.slacks)});
+        form.slacks.push_back({above, 1});
+        _tableau.define(below, {-form.constant, std::move(form.slacks)});
     }
 }
 

@@ -76,7 +76,7 @@ private:
     bool require(const Step& step);
     bool requireOfSlacks(Form form, bool equality);
     void preferAll();
-    void prefer(const Constraint& constraint, Terms& costs);
+    void prefer(const Constraint& constraint, std::vector<Deviation>& deviations);
     void evaluate();
 
     Form reduced(const Constraint& constraint);

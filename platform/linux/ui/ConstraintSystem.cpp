@@ -48,14 +48,16 @@ std::string name(const std::weak_ptr<View>& weakView)
 
 std::string text(const LayoutConstraint& constraint)
 {
-    static constexpr const char* attributes[] = {".left",     ".right", ".top",    ".bottom",       ".leading",
-                                                 ".trailing", ".width", ".height", ".lastBaseline", ""};
+    static constexpr const char* attributes[] = {".left",     ".right", ".top",    ".bottom",      ".leading",
+                                                 ".trailing", ".width", ".height", ".lastBaseline"};
     static constexpr const char* relations[] = {" <= ", " = ", " >= "};
     std::ostringstream stream;
     stream << name(constraint.firstView) << attributes[static_cast<std::size_t>(constraint.firstAttribute)]
-           << relations[static_cast<int>(constraint.relation) + 1] << name(constraint.secondView)
-           << attributes[static_cast<std::size_t>(constraint.secondAttribute)] << " * " << constraint.multiplier
-           << " + " << constraint.constant;
+           << relations[static_cast<int>(constraint.relation) + 1];
+    if (constraint.secondAttribute != LayoutAttribute::NotAnAttribute)
+        stream << name(constraint.secondView) << attributes[static_cast<std::size_t>(constraint.secondAttribute)]
+               << " * " << constraint.multiplier << " + ";
+    stream << constraint.constant;
     return stream.str();
 }
 

@@ -76,17 +76,14 @@ void SimplexTableau::fix(std::size_t variable)
     dropRow(variable);
 }
 
-void SimplexTableau::minimise(const std::vector<LinearTerm>& costs)
+void SimplexTableau::minimise(const std::vector<Deviation>& deviations)
 {
-    const std::size_t objective = addVariable();
-    _states[objective] = State::Basic;
-    for (const LinearTerm& cost : costs) {
-        if (_states[cost.variable] == State::Free)
-            addMultiple(objective, {0, {{cost.variable, 1}}}, -cost.coefficient);
-        else
-            addMultiple(objective, _rows[cost.variable], -cost.coefficient);
-    }
+    const std::size_t objective = addObjective(deviations);
+    _deviationOf.assign(_states.size(), nullptr);
+    for (const Deviation& deviation : deviations)
+        _deviationOf[deviation.above] = _deviationOf[deviation.below] = &deviation;
     maximise(objective, false);
+    _deviationOf.clear();
     const LinearExpression optimum = std::move(_rows[objective]);
     dropRow(objective);
     for (const LinearTerm& term : optimum.terms)
@@ -94,27 +91,47 @@ void SimplexTableau::minimise(const std::vector<LinearTerm>& costs)
             fix(term.variable);
 }
 
+// A row for what the deviations cost, negated.
+std::size_t SimplexTableau::addObjective(const std::vector<Deviation>& deviations)
+{
+    const std::size_t objective = addVariable();
+    _states[objective] = State::Basic;
+    const auto add = [&](std::size_t variable, double cost) {
+        if (cost == 0)
+            return;
+        if (_states[variable] == State::Free)
+            addMultiple(objective, {0, {{variable, 1}}}, -cost);
+        else
+            addMultiple(objective, _rows[variable], -cost);
+    };
+    for (const Deviation& deviation : deviations) {
+        add(deviation.above, deviation.costAbove);
+        add(deviation.below, deviation.costBelow);
+    }
+    return objective;
+}
+
 void SimplexTableau::maximise(std::size_t objective, bool upToZero)
 {
     int stepsWithoutGain = 0;
     while (_states[objective] == State::Basic) {
-        const LinearExpression& row = _rows[objective];
-        const double before = row.constant;
-        if (upToZero && before >= 0)
+        const double before = _rows[objective].constant;
+        const bool careful = stepsWithoutGain > PatientSteps;
+        const LinearTerm* steepest = entering(_rows[objective], careful);
+        if (!steepest || (upToZero && before >= 0))
             return;
-        const LinearTerm* column = entering(row, stepsWithoutGain > PatientSteps);
-        if (!column)
+        const LinearTerm column = *steepest;
+        const double most = upToZero ? -before / column.coefficient : std::numeric_limits<double>::infinity();
+        std::vector<Limit> rows = limits(column.variable, objective);
+        std::size_t row = upToZero || careful ? nearestLimit(rows, most) : turnDeviations(std::move(rows), column);
+        if (row == None && !upToZero)
             return;
-        const double limit = upToZero ? -before / column->coefficient : std::numeric_limits<double>::infinity();
-        const std::size_t blocking = leaving(column->variable, objective, limit);
-        if (blocking == None && !upToZero)
-            return;
-        pivot(column->variable, blocking == None ? objective : blocking);
+        pivot(column.variable, row == None ? objective : row);
         stepsWithoutGain = _rows[objective].constant > before + Negligible ? 0 : stepsWithoutGain + 1;
     }
 }
 
-// The steepest column, or, when careful, the first one, which rules out cycles together with the choice in `leaving`.
+// The steepest column, or, when careful, the first one, which rules out cycles together with the choice of the nearest.
 const LinearTerm* SimplexTableau::entering(const LinearExpression& objective, bool careful) const
 {
     const LinearTerm* best = nullptr;
@@ -127,23 +144,50 @@ const LinearTerm* SimplexTableau::entering(const LinearExpression& objective, bo
     return best;
 }
 
-// The row whose variable is the first to reach zero when the column's grows; None when it may grow up to the limit.
-std::size_t SimplexTableau::leaving(std::size_t column, std::size_t objective, double limit)
+std::vector<SimplexTableau::Limit> SimplexTableau::limits(std::size_t column, std::size_t objective)
 {
     compactColumn(column);
-    std::size_t first = None;
-    double least = limit;
+    std::vector<Limit> found;
     for (std::size_t row : _columns[column]) {
         const double slope = _rows[row].coefficient(column);
-        if (row == objective || slope > -Negligible)
-            continue;
-        const double room = std::max(_rows[row].constant, 0.0) / -slope;
-        if (room < least) {
-            least = room;
-            first = row;
+        if (row != objective && slope < -Negligible)
+            found.push_back({std::max(_rows[row].constant, 0.0) / -slope, row});
+    }
+    return found;
+}
+
+// None when the column's variable may grow up to `most`.
+std::size_t SimplexTableau::nearestLimit(const std::vector<Limit>& limits, double most) const
+{
+    std::size_t nearest = None;
+    for (const Limit& limit : limits) {
+        if (limit.room < most) {
+            most = limit.room;
+            nearest = limit.row;
         }
     }
-    return first;
+    return nearest;
+}
+
+// A deviation need not stop at zero: it can turn into its opposite, as long as the objective still gains from going on.
+// A variable that many rows hold so passes all their zeros at once. Returns the row at which it does stop.
+std::size_t SimplexTableau::turnDeviations(std::vector<Limit> limits, const LinearTerm& column)
+{
+    std::ranges::sort(limits, [](const Limit& left, const Limit& right) {
+        return left.room != right.room ? left.room < right.room : left.row < right.row;
+    });
+    double gain = column.coefficient;
+    for (const Limit& limit : limits) {
+        const Deviation* deviation = limit.row < _deviationOf.size() ? _deviationOf[limit.row] : nullptr;
+        if (!deviation)
+            return limit.row;
+        const std::size_t opposite = limit.row == deviation->above ? deviation->below : deviation->above;
+        gain += (deviation->costAbove + deviation->costBelow) * _rows[limit.row].coefficient(column.variable);
+        if (_states[opposite] != State::Free || gain < Negligible)
+            return limit.row;
+        pivot(opposite, limit.row);
+    }
+    return None;
 }
 
 void SimplexTableau::pivot(std::size_t column, std::size_t row)

@@ -19,6 +19,15 @@ struct LinearExpression {
     void erase(std::size_t variable);
 };
 
+// A sum's distance from what it should be: two variables, how far it lies above and below, and what a unit of each
+// costs.
+struct Deviation {
+    std::size_t above = 0;
+    std::size_t below = 0;
+    double costAbove = 0;
+    double costBelow = 0;
+};
+
 // Variables that are never negative, some of them (the basic ones) expressed by the others, which are zero. Every basic
 // variable's constant is its value.
 class SimplexTableau {
@@ -51,15 +60,24 @@ public:
     bool raise(std::size_t variable);
     // Keeps a variable that is zero at zero.
     void fix(std::size_t variable);
-    // Makes the weighted sum of the variables as small as it can be, and keeps it so.
-    void minimise(const std::vector<LinearTerm>& costs);
+    // Makes the costs of the deviations as small as they can be, and keeps them so.
+    void minimise(const std::vector<Deviation>& deviations);
 
 private:
     enum class State : unsigned char { Free, Basic, Gone };
 
+    // A row in which growing the column's variable stops at `room`, where the row's variable reaches zero.
+    struct Limit {
+        double room;
+        std::size_t row;
+    };
+
+    std::size_t addObjective(const std::vector<Deviation>& deviations);
     void maximise(std::size_t objective, bool upToZero);
     const LinearTerm* entering(const LinearExpression& objective, bool careful) const;
-    std::size_t leaving(std::size_t column, std::size_t objective, double limit);
+    std::vector<Limit> limits(std::size_t column, std::size_t objective);
+    std::size_t nearestLimit(const std::vector<Limit>& limits, double most) const;
+    std::size_t turnDeviations(std::vector<Limit> limits, const LinearTerm& column);
     void pivot(std::size_t column, std::size_t row);
     void addMultiple(std::size_t row, const LinearExpression& source, double factor);
     void addFew(std::size_t row, const std::vector<LinearTerm>& source, double factor);
@@ -71,6 +89,8 @@ private:
     std::vector<LinearExpression> _rows;
     // The rows that may hold a variable; entries can be stale or twice until `compactColumn`.
     std::vector<std::vector<std::size_t>> _columns;
+    // While deviations are minimised: which of them a variable is part of.
+    std::vector<const Deviation*> _deviationOf;
     std::vector<LinearTerm> _merged;
 };
 
