@@ -36,6 +36,8 @@ void LineEdit::setValue(const QString& text)
 
 bool LineEdit::event(QEvent* event)
 {
+    if (event->type() == QEvent::DeferredDelete)
+        return QLineEdit::event(event); // nothing is left of the field after it
     // Deleting a word moves the caret before the edit is proposed, and so does dragging a text over the field.
     _caretBefore = caret();
     _refused = false;
