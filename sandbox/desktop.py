@@ -87,6 +87,8 @@ class Desktop:
         from gi.repository import Atspi
         self.atspi = Atspi
         Atspi.init()
+        # A program that is busy, as while it waits for the authority's answer, is passed over.
+        Atspi.set_timeout(300, 3000)
 
     def close(self):
         for child in reversed(self.children):

@@ -1,0 +1,202 @@
+"""The machine in a folder: a root, a private bus in place of the system's, the scheduler helper and the authority.
+
+Nothing outside the root is written to, except a folder for the bus's socket where the root's path is too long for one.
+"""
+import os
+import plistlib
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+from urllib.parse import quote
+from xml.sax.saxutils import escape
+
+from desktop import end_with_parent
+
+SOURCE = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+SERVICE = "com.zerkolin.brevane.scheduler"
+TOOL = "Library/Brevane/" + SERVICE
+SETTINGS = "Library/Preferences/" + SERVICE + ".plist"
+MARKER = ".brevane-sandbox"
+POLICY = os.path.join(SOURCE, "resources", "linux", "com.zerkolin.brevane.policy")
+LONGEST_SOCKET_PATH = 107  # bytes
+START_LIMIT = 20  # seconds
+
+BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-BUS Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>system</type>
+  <listen>{address}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow own="*"/>
+    <allow send_destination="*" eavesdrop="false"/>
+    <allow send_type="signal"/>
+    <allow receive_sender="*"/>
+  </policy>
+</busconfig>
+"""
+
+
+class SandboxError(Exception):
+    """Why the sandbox cannot be used, in a sentence for a person."""
+
+
+class Sandbox:
+    """`close` ends every program in it; so does the end of this process."""
+
+    def __init__(self, root, build, fresh=False):
+        self.root = os.path.abspath(root)
+        self.build = os.path.abspath(build)
+        self.bus = self.helper = self.authority = None
+        self._socket_folder = None
+        self._lay_out(fresh)
+        self.socket = self._socket_path()
+        self.address = "unix:path=" + quote(self.socket, safe="/-_.*")
+        self.variables = self._variables()
+        self.environment = {**os.environ, **self.variables}
+
+    def path(self, name):
+        return os.path.join(self.root, name)
+
+    # The root
+
+    def _lay_out(self, fresh):
+        marker = self.path(MARKER)
+        if os.path.isdir(self.root) and os.listdir(self.root) and not os.path.exists(marker):
+            raise SandboxError(f"{self.root} is not empty and was not made by the sandbox: nothing is touched there. "
+                               "Name another folder in BREVANE_ROOT.")
+        if fresh and os.path.exists(marker):
+            self._empty()
+        os.makedirs(self.root, exist_ok=True)
+        with open(marker, "w", encoding="ascii") as file:
+            file.write("Made by script/run, which may empty this folder.\n")
+        for name in ("Library/Brevane", "Library/LaunchDaemons", "Library/Preferences", "home", "run", "run/user"):
+            os.makedirs(self.path(name), exist_ok=True)
+        for name in ("run", "run/user"):
+            os.chmod(self.path(name), 0o700)
+        self._install_helper()
+
+    def _empty(self):
+        for name in os.listdir(self.root):
+            path = self.path(name)
+            if name == MARKER:
+                continue
+            if os.path.isdir(path) and not os.path.islink(path):
+                shutil.rmtree(path)
+            else:
+                os.remove(path)
+
+    def _install_helper(self):
+        tool = self.path(TOOL)
+        shutil.copy2(os.path.join(self.build, "helper", SERVICE), tool + ".new")
+        os.replace(tool + ".new", tool)
+        with open(self.path(f"Library/LaunchDaemons/{SERVICE}.plist"), "wb") as file:
+            plistlib.dump({"Label": SERVICE, "Program": "/" + TOOL, "ProgramArguments": ["/" + TOOL],
+                           "MachServices": {SERVICE: True}, "RunAtLoad": True}, file)
+
+    def _socket_path(self):
+        path = self.path("run/bus")
+        if len(os.fsencode(path)) > LONGEST_SOCKET_PATH:
+            self._socket_folder = tempfile.mkdtemp(prefix="brevane-")
+            path = os.path.join(self._socket_folder, "bus")
+        return path
+
+    def _variables(self):
+        """What the environment of everything in the sandbox has besides the user's."""
+        home = self.path("home")
+        variables = {"HOME": home, "BREVANE_ROOT": self.root, "DBUS_SYSTEM_BUS_ADDRESS": self.address}
+        for name, folder in (("CONFIG", ".config"), ("CACHE", ".cache"), ("DATA", ".local/share"),
+                             ("STATE", ".local/state")):
+            variables[f"XDG_{name}_HOME"] = os.path.join(home, folder)
+        if "XDG_RUNTIME_DIR" not in os.environ:
+            variables["XDG_RUNTIME_DIR"] = self.path("run/user")
+        # The user's own display stays reachable although the home is another.
+        authority = os.path.expanduser("~/.Xauthority")
+        if "DISPLAY" in os.environ and "XAUTHORITY" not in os.environ and os.path.exists(authority):
+            variables["XAUTHORITY"] = authority
+        return variables
+
+    # The programs
+
+    def _start(self, arguments, environment=None, errors=None):
+        return subprocess.Popen(arguments, env=environment or self.environment, stdin=subprocess.DEVNULL,
+                                stderr=errors, preexec_fn=end_with_parent)
+
+    def _wait_until(self, ready, program, what):
+        end = time.monotonic() + START_LIMIT
+        while not ready():
+            if program.poll() is not None:
+                raise SandboxError(f"{what} ended with status {program.returncode} while starting.")
+            if time.monotonic() > end:
+                raise SandboxError(f"{what} is not ready after {START_LIMIT} seconds.")
+            time.sleep(0.02)
+
+    def _owns_name(self, name, program):
+        answer = subprocess.run(
+            ["dbus-send", f"--bus={self.address}", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/",
+             "org.freedesktop.DBus.GetConnectionUnixProcessID", f"string:{name}"],
+            env=self.environment, capture_output=True, text=True, check=False)
+        return answer.returncode == 0 and answer.stdout.split()[-1] == str(program.pid)
+
+    def start_bus(self):
+        configuration = self.path("run/bus.conf")
+        with open(configuration, "w", encoding="utf-8") as file:
+            file.write(BUS_CONFIGURATION.format(address=escape(self.address)))
+        if os.path.exists(self.socket):
+            os.remove(self.socket)
+        with open(self.path("run/bus.log"), "wb") as log:
+            self.bus = self._start(["dbus-daemon", "--nofork", "--nopidfile", "--nosyslog", "--config-file",
+                                    configuration], errors=log)
+        self._wait_until(lambda: os.path.exists(self.socket), self.bus, f"The private bus (see {log.name})")
+
+    def start_helper(self):
+        environment = dict(self.environment)
+        environment.pop("BREVANE_ROOT")  # it is told its root
+        self.helper = self._start([self.path(TOOL), "--root", self.root], environment)
+        self._wait_until(lambda: self._owns_name(SERVICE, self.helper), self.helper, "The scheduler helper")
+
+    def start_authority(self, environment=None):
+        program = os.path.join(self.build, "sandbox", "brevane_sandbox_authority")
+        self.authority = self._start([program, POLICY], environment)
+        self._wait_until(lambda: self._owns_name("org.freedesktop.PolicyKit1", self.authority), self.authority,
+                         "The authority")
+
+    def start_application(self, environment=None):
+        return self._start([os.path.join(self.build, "shell", "brevane")], environment)
+
+    def stored_settings(self):
+        """What the helper has on disk; None when nothing was applied yet."""
+        try:
+            with open(self.path(SETTINGS), "rb") as file:
+                return plistlib.load(file)
+        except FileNotFoundError:
+            return None
+
+    @staticmethod
+    def end(program):
+        """Ends a program politely, or else for certain."""
+        if program is None or program.poll() is not None:
+            return
+        program.terminate()
+        try:
+            program.wait(5)
+        except subprocess.TimeoutExpired:
+            program.kill()
+            program.wait()
+
+    def close(self):
+        # However often somebody presses Control-C meanwhile.
+        previous = signal.signal(signal.SIGINT, signal.SIG_IGN)
+        for program in (self.authority, self.helper, self.bus):
+            self.end(program)
+        if self._socket_folder:
+            shutil.rmtree(self._socket_folder, ignore_errors=True)
+        signal.signal(signal.SIGINT, previous)
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *unused):
+        self.close()

@@ -1,0 +1,66 @@
+"""What script/run does once everything is built."""
+import os
+import shlex
+import signal
+import sys
+
+from demo import play
+from desktop import Failure
+from sandbox import SETTINGS, SOURCE, TOOL, Sandbox, SandboxError
+
+BUILD = os.path.join(SOURCE, "build", "release")
+
+
+def end_on_signal(number, _frame):
+    sys.exit(128 + number)
+
+
+def welcome(sandbox):
+    restart = shlex.join(["env", "-u", "BREVANE_ROOT", f"DBUS_SYSTEM_BUS_ADDRESS={sandbox.address}",
+                          f"HOME={sandbox.path('home')}", sandbox.path(TOOL), "--root", sandbox.root])
+    print(f"""
+Brevane runs in a sandbox below {sandbox.root}.
+
+  The scheduler helper is process {sandbox.helper.pid}. To see what happens without it:
+      kill -9 {sandbox.helper.pid}
+  and to start it again:
+      {restart}
+  The schedule that it stores, once one was applied:
+      python3 -c 'import plistlib, sys; print(plistlib.load(open(sys.argv[1], "rb")))' \\
+          {shlex.quote(sandbox.path(SETTINGS))}
+
+Close the window, or press Control-C here, to end everything.
+""", flush=True)
+
+
+def use(sandbox):
+    sandbox.start_authority()
+    application = sandbox.start_application()
+    try:
+        return application.wait()
+    finally:
+        sandbox.end(application)
+
+
+def main(arguments):
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, end_on_signal)
+    has_display = bool(os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"))
+    root = os.environ.get("BREVANE_ROOT") or os.path.join(SOURCE, "build", "root")
+    try:
+        with Sandbox(root, BUILD, fresh="--fresh" in arguments) as sandbox:
+            sandbox.start_bus()
+            sandbox.start_helper()
+            welcome(sandbox)
+            if has_display and "--demo" not in arguments:
+                return use(sandbox)
+            return play(sandbox, virtual=not os.environ.get("DISPLAY"))
+    except KeyboardInterrupt:
+        return 130
+    except (Failure, SandboxError, OSError) as failure:
+        print(f"script/run: {failure}", file=sys.stderr)
+        return 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))

@@ -1,0 +1,293 @@
+"""What a person does with Brevane, done with real clicks and keys in a real window.
+
+    stories.py BUILD-FOLDER STORY
+"""
+import contextlib
+import os
+import plistlib
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
+sys.path.insert(0, os.path.join(SOURCE, "sandbox"))
+sys.dont_write_bytecode = True
+
+from desktop import Desktop, Failure, wait_for  # noqa: E402
+from sandbox import SETTINGS, TOOL, Sandbox  # noqa: E402
+
+APPLIED = "Settings applied successfully."
+ENFORCED = "Brevane will now enforce the new scheduling."
+ALREADY = "Settings already applied."
+FAILED = "Failed to apply settings."
+NOT_FETCHED = "Could not get settings."
+UNREACHABLE = ("The background scheduler appears to be disabled. This is usually fixed by reinstalling the latest version "
+               "available from the web site.")
+
+
+class Skipped(Exception):
+    pass
+
+
+def expect(condition, what):
+    if not condition:
+        raise Failure(what)
+
+
+class Story:
+    """A sandbox, a desktop and the application in it."""
+
+    def __init__(self, build, folder):
+        self.sandbox = Sandbox(os.path.join(folder, "root"), build)
+        self.sandbox.start_bus()
+        os.environ.update(self.sandbox.variables)
+        self.desktop = Desktop()
+        self.application = None
+
+    def close(self):
+        self.sandbox.end(self.application)
+        self.desktop.close()
+        self.sandbox.close()
+
+    # The programs
+
+    def start_all(self):
+        self.sandbox.start_helper()
+        self.sandbox.start_authority(self.desktop.environment)
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+
+    def start_application(self):
+        self.application = self.sandbox.start_application(self.desktop.environment)
+
+    def quit_application(self):
+        self.desktop.key("ctrl+q")
+        wait_for("the application to end", lambda: self.application.poll() is not None)
+        expect(self.application.returncode == 0, f"the application ended with {self.application.returncode}")
+
+    def kill_helper(self):
+        self.sandbox.helper.send_signal(signal.SIGKILL)
+        self.sandbox.helper.wait()
+
+    # The window
+
+    def check(self, name):
+        box = self.desktop.find("check box", name)
+        if not box.checked:
+            box.click()
+            wait_for("the check mark", lambda: box.checked)
+
+    def choose(self, current, index):
+        """An item of the pop-up that shows one of the texts."""
+        self.desktop.find("combo box", current).click()
+        self.desktop.key("Home", *["Down"] * index, "Return")
+
+    def enter_interval(self, count, unit=0):
+        self.check("Back up automatically:?")
+        self.choose("When Inactive|Interval|Times of Day", 1)
+        field = self.desktop.find("text", "Interval")
+        field.click()
+        self.desktop.key("ctrl+a")
+        self.desktop.type(str(count))
+        wait_for("the number", lambda: field.text == str(count))
+        self.choose("minutes?|hours?|days?|weeks?", unit)
+
+    def press_apply(self):
+        self.desktop.find("push button", "Apply").click()
+
+    def answer_prompt(self, button):
+        prompt = self.desktop.find("dialog", "Authenticate")
+        expect("You must authenticate to change the product settings." in prompt.texts(), "the prompt's text is missing")
+        prompt.button(button).click()
+        self.desktop.wait_gone("dialog", "Authenticate")
+
+    def answer_alert(self, message, informative, button, buttons):
+        """The alert has exactly these texts and buttons; the button is pressed."""
+        alert = self.desktop.dialog(message)
+        texts = alert.texts()
+        expect(any(informative in text for text in texts), f"{informative!r} is not among {texts}")
+        shown = [node.name for node in alert.nodes() if node.role == "push button" and node.showing]
+        expect(sorted(shown) == sorted(buttons), f"the buttons are {shown}")
+        alert.button(button).click()
+        wait_for("the alert to close", lambda: not self.is_alert_shown(message))
+
+    def is_alert_shown(self, message):
+        return any(message in node.texts() for role in ("alert", "dialog") for node in self.desktop.matching(role))
+
+    def expect_no_prompt(self):
+        time.sleep(0.5)
+        expect(not self.desktop.is_shown("dialog", "Authenticate"), "the prompt came again")
+
+    def expect_no_alert(self):
+        time.sleep(0.5)
+        shown = [node.texts() for role in ("alert", "dialog") for node in self.desktop.matching(role)]
+        expect(not shown, f"an alert is shown: {shown}")
+
+    # What is stored and logged
+
+    def stored(self):
+        return self.sandbox.stored_settings()
+
+    def helper_log(self):
+        path = self.sandbox.path("var/log/system.jsonl")
+        if not os.path.exists(path):
+            return ""
+        with open(path, encoding="utf-8") as file:
+            return file.read()
+
+    # The stories
+
+    def a_schedule_is_fetched_edited_and_applied_for_real(self):
+        self.start_all()
+        self.enter_interval(90)
+        self.press_apply()
+        self.answer_prompt("Authenticate")
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        expect(self.stored()["BackupsMode"] == "Interval" and self.stored()["Interval"] == {"Minutes": 90},
+               f"stored is {self.stored()}")
+
+        before = os.stat(self.sandbox.path(SETTINGS))
+        self.press_apply()
+        self.answer_alert(ALREADY, "already the ones installed in your system", "OK", ["OK"])
+        after = os.stat(self.sandbox.path(SETTINGS))
+        expect((before.st_ino, before.st_mtime_ns) == (after.st_ino, after.st_mtime_ns), "the file was written again")
+
+        # The grant is kept: a second change does not ask.
+        self.enter_interval(48, unit=1)
+        self.press_apply()
+        self.expect_no_prompt()
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        expect(self.stored()["Interval"] == {"Days": 2}, f"stored is {self.stored()}")
+        self.quit_application()
+
+    def the_prompt_that_is_dismissed_changes_nothing_and_says_nothing(self):
+        self.start_all()
+        self.enter_interval(45)
+        self.press_apply()
+        self.answer_prompt("Cancel")
+        self.expect_no_alert()
+        expect(self.stored() is None, "something was stored")
+        expect(self.desktop.find("text", "Interval").text == "45", "the edit was lost")
+        self.quit_application()
+
+    def a_helper_that_was_killed_is_told_and_reached_again_when_it_is_back(self):
+        self.start_all()
+        self.kill_helper()
+        self.enter_interval(30)
+        self.press_apply()
+        self.answer_prompt("Authenticate")
+        self.answer_alert(FAILED, UNREACHABLE, "OK", ["Go to Web Site", "Ask for Support", "OK"])
+        expect(self.stored() is None, "something was stored")
+
+        self.sandbox.start_helper()
+        self.press_apply()
+        self.expect_no_prompt()
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        expect(self.stored()["Interval"] == {"Minutes": 30}, f"stored is {self.stored()}")
+        self.quit_application()
+
+    def without_a_helper_the_launch_says_what_is_wrong_and_ends(self):
+        self.start_application()
+        self.answer_alert(NOT_FETCHED, UNREACHABLE, "OK", ["Go to Web Site", "Ask for Support", "OK"])
+        wait_for("the application to end", lambda: self.application.poll() is not None)
+
+        os.remove(self.sandbox.path(TOOL))
+        self.start_application()
+        self.answer_alert(NOT_FETCHED, "The background scheduler is not installed.", "OK", ["Go to Web Site", "OK"])
+        wait_for("the application to end", lambda: self.application.poll() is not None)
+        expect(not self.desktop.is_shown("frame", "Brevane"), "the main window is shown")
+
+    def the_schedule_is_still_there_after_a_restart(self):
+        self.start_all()
+        self.enter_interval(3, unit=3)
+        self.press_apply()
+        self.answer_prompt("Authenticate")
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.quit_application()
+        self.kill_helper()
+        self.sandbox.start_helper()
+
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        expect(self.desktop.find("check box", "Back up automatically:?").checked, "backups are shown as off")
+        self.desktop.find("combo box", "Interval")
+        self.desktop.find("combo box", "weeks")
+        expect(self.desktop.find("text", "Interval").text == "3", "the interval is another")
+        self.press_apply()
+        self.answer_alert(ALREADY, "already the ones installed in your system", "OK", ["OK"])
+        self.quit_application()
+
+    def the_keyboard_alone_is_enough(self):
+        self.start_all()
+        desktop = self.desktop
+        wait_for("the keyboard on the first check box",
+                 lambda: desktop.find("check box", "Back up automatically:?").focused)
+        desktop.key("space", "Tab", "Down")
+        desktop.find("combo box", "Interval")
+        desktop.key("Tab")
+        field = desktop.find("text", "Interval")
+        wait_for("the keyboard in the field", lambda: field.focused)
+        desktop.key("ctrl+a")
+        desktop.type("59")
+        desktop.key("Up")
+        wait_for("one more", lambda: field.text == "60")
+        desktop.key("BackSpace", "BackSpace", "BackSpace")
+        wait_for("the last digit to stay", lambda: field.text == "6")
+        desktop.type("0x")
+        wait_for("only digits", lambda: field.text == "60")
+        desktop.key("alt+a")
+        self.answer_prompt("Authenticate")
+        desktop.dialog(APPLIED)
+        desktop.key("Return")
+        wait_for("the alert to close", lambda: not self.is_alert_shown(APPLIED))
+        expect(self.stored()["Interval"] == {"Hours": 60}, f"stored is {self.stored()}")
+        self.quit_application()
+
+    def a_disk_that_is_full_keeps_the_old_schedule(self):
+        preferences = self.sandbox.path("Library/Preferences")
+        if os.geteuid() != 0 or subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64k", "brevane", preferences],
+                                               stderr=subprocess.DEVNULL, check=False).returncode != 0:
+            raise Skipped("a small file system cannot be mounted here")
+        try:
+            self.start_all()
+            self.enter_interval(20)
+            self.press_apply()
+            self.answer_prompt("Authenticate")
+            self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+            with contextlib.suppress(OSError), open(os.path.join(preferences, "filler"), "wb", buffering=0) as file:
+                while True:
+                    file.write(b"x" * 512)
+            self.enter_interval(21)
+            self.press_apply()
+            self.answer_alert(FAILED, "You should try installing the latest version available from the web site.", "OK",
+                              ["Go to Web Site", "Ask for Support", "OK"])
+            expect(self.stored()["Interval"] == {"Minutes": 20}, f"stored is {self.stored()}")
+            self.quit_application()
+        finally:
+            self.sandbox.end(self.application)
+            self.sandbox.end(self.sandbox.helper)
+            subprocess.run(["umount", "-l", preferences], check=False)
+
+
+def main(build, name):
+    with tempfile.TemporaryDirectory(prefix="brevane-story-") as folder:
+        story = Story(build, folder)
+        try:
+            getattr(story, name)()
+        except Skipped as reason:
+            print(f"SKIPPED: {reason}")
+        except (Failure, plistlib.InvalidFileException) as failure:
+            print(f"FAILED: {failure}")
+            for node in story.desktop.nodes():
+                if node.showing and node.name:
+                    print(f"  {node.role}: {node.name}")
+            return 1
+        finally:
+            story.close()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
