@@ -1,0 +1,178 @@
+#include "platform/SystemLog.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/TemporaryDirectory.h"
+
+#include <ctime>
+#include <doctest/doctest.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <sstream>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+struct StoreFixture {
+    std::string content(const std::string& name) const
+    {
+        std::ifstream stream(_root.file("var/log/" + name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    std::vector<std::string> lines(const std::string& name) const
+    {
+        std::vector<std::string> lines;
+        std::istringstream stream(content(name));
+        for (std::string line; std::getline(stream, line);)
+            lines.push_back(line);
+        return lines;
+    }
+
+    TemporaryDirectory _root;
+    EnvironmentVariable _variable{"BREVANE_ROOT", _root.path()};
+};
+
+std::string programPath()
+{
+    std::string path(4096, '\0');
+    path.resize(static_cast<std::size_t>(::readlink("/proc/self/exe", path.data(), path.size())));
+    return path;
+}
+
+constexpr const char* timestampPattern = R"re("timestamp":"\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{6}[+-]\d{4}")re";
+
+std::string membersAfterTimestamp(const std::string& line)
+{
+    std::smatch match;
+    return std::regex_search(line, match, std::regex(std::string("^\\{") + timestampPattern)) ? match.suffix().str()
+                                                                                              : "no timestamp: " + line;
+}
+
+} // namespace
+
+TEST_CASE_FIXTURE(StoreFixture, "A sandbox's log holds a message as the log tool prints it, one object a line")
+{
+    auto log = platform::SystemLog::create("com.zerkolin.brevane", "application");
+    log->message(16, "Failed to read logs. \"why\"");
+    auto found = lines("system.jsonl");
+    REQUIRE(found.size() == 1);
+    CHECK(membersAfterTimestamp(found[0])
+          == R"(,"messageType":"Error","subsystem":"com.zerkolin.brevane","category":"application",)"
+             R"("eventMessage":"Failed to read logs. \"why\"","processImagePath":")"
+              + programPath() + R"(","processID":)" + std::to_string(::getpid()) + "}");
+    CHECK(content("system.jsonl").ends_with("}\n"));
+}
+
+TEST_CASE_FIXTURE(StoreFixture, "Message types have their names, and an unknown one is a default message")
+{
+    auto log = platform::SystemLog::create("s", "c");
+    for (std::uint8_t type : {0, 1, 2, 16, 17, 99})
+        log->message(type, "x");
+    std::vector<std::string> names;
+    for (const auto& line : lines("system.jsonl")) {
+        auto members = membersAfterTimestamp(line);
+        names.push_back(members.substr(0, members.find(",\"subsystem\"")));
+    }
+    CHECK(names
+          == std::vector<std::string>{R"(,"messageType":"Default")", R"(,"messageType":"Info")",
+                                      R"(,"messageType":"Debug")", R"(,"messageType":"Error")",
+                                      R"(,"messageType":"Fault")", R"(,"messageType":"Default")"});
+}
+
+TEST_CASE_FIXTURE(StoreFixture, "The time is the local one with its zone")
+{
+    EnvironmentVariable zone("TZ", "XXX-5:30");
+    const auto before = std::time(nullptr);
+    platform::SystemLog::create("s", "c")->message(0, "x");
+    const auto after = std::time(nullptr);
+    auto line = content("system.jsonl");
+    tm parts{};
+    const char* end = ::strptime(line.c_str(), "{\"timestamp\":\"%Y-%m-%d %H:%M:%S", &parts);
+    REQUIRE(end);
+    CHECK(std::string(end + 7, 5) == "+0530");
+    const auto second = ::timegm(&parts) - (5 * 60 + 30) * 60;
+    CHECK(second >= before);
+    CHECK(second <= after);
+}
+
+TEST_CASE_FIXTURE(StoreFixture, "Any bytes make a valid line")
+{
+    platform::SystemLog::create("s", "c")->message(0, "caf\xE9\n\x01\"");
+    auto found = lines("system.jsonl");
+    REQUIRE(found.size() == 1);
+    CHECK(found[0].find(R"("eventMessage":"caf)"
+                        "\uFFFD"
+                        R"(\n\u0001\"")")
+          != std::string::npos);
+}
+
+TEST_CASE_FIXTURE(StoreFixture, "Lines of many threads with logs of their own are whole")
+{
+    constexpr std::size_t threads = 4;
+    constexpr std::size_t linesEach = 500;
+    const std::string text(300, 'x');
+    std::vector<std::thread> writers;
+    for (std::size_t writer = 0; writer < threads; ++writer) {
+        writers.emplace_back([&] {
+            auto log = platform::SystemLog::create("s", "c");
+            for (std::size_t number = 0; number < linesEach; ++number)
+                log->message(0, text);
+        });
+    }
+    for (auto& writer : writers)
+        writer.join();
+    auto found = lines("system.jsonl");
+    CHECK(found.size() == threads * linesEach);
+    for (const auto& line : found)
+        REQUIRE((line.starts_with("{\"timestamp\":\"") && line.ends_with("}")
+                 && line.find("\"" + text + "\"") != std::string::npos));
+}
+
+TEST_CASE_FIXTURE(StoreFixture, "A failure of logging is an error of no subsystem, and is told on standard error too")
+{
+    inForkedProcess([this] {
+        int file = ::open(_root.file("stderr").c_str(), O_WRONLY | O_CREAT, 0600);
+        ::dup2(file, STDERR_FILENO);
+        platform::reportToDefaultLog("Failed to open log file (13).");
+        return std::string();
+    });
+    auto found = lines("system.jsonl");
+    REQUIRE(found.size() == 1);
+    CHECK(membersAfterTimestamp(found[0]).starts_with(R"(,"messageType":"Error","subsystem":"","category":"",)"
+                                                      R"("eventMessage":"Failed to open log file (13).",)"));
+    std::ifstream told(_root.file("stderr"));
+    CHECK(std::string(std::istreambuf_iterator<char>(told), {}) == "Failed to open log file (13).\n");
+}
+
+TEST_CASE_FIXTURE(StoreFixture, "A sandbox's legacy log holds time, sender, facility, level and message")
+{
+    const auto before = std::time(nullptr);
+    auto log = platform::LegacyLog::open("com.zerkolin.brevane");
+    log->send("Warning", "careful\n");
+    const auto after = std::time(nullptr);
+    auto found = lines("asl.jsonl");
+    REQUIRE(found.size() == 1);
+    std::smatch match;
+    REQUIRE(std::regex_match(found[0], match, std::regex(R"re(\{"Time":"(\d+)"(.*))re")));
+    CHECK(std::stoll(match[1]) >= before);
+    CHECK(std::stoll(match[1]) <= after);
+    CHECK(match[2]
+          == R"(,"Sender":")" + std::string(program_invocation_short_name)
+              + R"(","Facility":"com.zerkolin.brevane","Level":"Warning","Message":"careful\n"})");
+}
+
+TEST_CASE("A store that cannot be made loses its messages and nothing else")
+{
+    TemporaryDirectory folder;
+    auto file = folder.write("file", "");
+    EnvironmentVariable variable("BREVANE_ROOT", file);
+    auto log = platform::SystemLog::create("s", "c");
+    log->message(0, "lost");
+    platform::LegacyLog::open("f")->send("Error", "lost");
+    std::ifstream stream(file);
+    CHECK(std::string(std::istreambuf_iterator<char>(stream), {}).empty());
+}

@@ -1,0 +1,117 @@
+#include "platform/BackgroundItem.h"
+#include "platform/Workspace.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryDirectory.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <doctest/doctest.h>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+// A desktop whose programs are scripts of the test's own.
+struct DesktopFixture {
+    void addProgram(const std::string& name, const std::string& script) const
+    {
+        auto path = _programs.write(name, "#!/bin/sh\n" + script);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    }
+    // Writes its arguments, one a line, into the file "arguments".
+    void addRecorder(const std::string& name) const
+    {
+        addProgram(name,
+                   "{ echo \"$0\"; for a in \"$@\"; do echo \"$a\"; done; } > '" + _programs.file("new")
+                       + "'; /bin/mv '" + _programs.file("new") + "' '" + _programs.file("arguments") + "'\n");
+    }
+    // Without the program's folder.
+    std::string recorded() const
+    {
+        const auto path = _programs.file("arguments");
+        for (int turn = 0; turn < 500 && !std::filesystem::exists(path); ++turn)
+            std::this_thread::sleep_for(10ms);
+        std::ifstream stream(path);
+        std::string text(std::istreambuf_iterator<char>(stream), {});
+        std::filesystem::remove(path);
+        return text.starts_with(_programs.path()) ? text.substr(_programs.path().size() + 1) : text;
+    }
+
+    TemporaryDirectory _programs;
+    EnvironmentVariable _path{"PATH", _programs.path()};
+};
+
+} // namespace
+
+TEST_CASE_FIXTURE(DesktopFixture, "A URL is handed to the desktop as one argument, whatever is in it")
+{
+    addRecorder("xdg-open");
+    CHECK(platform::openURL("https://example.com/?a=1&b='$(touch x)';\"`"));
+    CHECK(recorded() == "xdg-open\nhttps://example.com/?a=1&b='$(touch x)';\"`\n");
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "A file is handed to the desktop, and never taken for an option")
+{
+    addRecorder("xdg-open");
+    CHECK(platform::openFile("/Library/Logs/a file.log"));
+    CHECK(recorded() == "xdg-open\n/Library/Logs/a file.log\n");
+    CHECK(platform::openFile("--manual"));
+    CHECK(recorded() == "xdg-open\n./--manual\n");
+    CHECK_FALSE(platform::openURL("--manual"));
+    CHECK_FALSE(platform::openURL(""));
+    CHECK_FALSE(platform::openURL(std::string("https://a\0b", 11)));
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "Without a desktop nothing is opened, and that is told")
+{
+    CHECK_FALSE(platform::openURL("https://example.com/"));
+    CHECK_FALSE(platform::openFile("/"));
+    CHECK_FALSE(platform::openBackgroundItemSettings());
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "Opening does not wait for the program, which gets a session and signals of its own")
+{
+    addProgram("xdg-open",
+               "/bin/cat /proc/self/stat > '" + _programs.file("new") + "'; /bin/mv '" + _programs.file("new") + "' '"
+                   + _programs.file("arguments") + "'; exec /bin/sleep 5\n");
+    const auto start = std::chrono::steady_clock::now();
+    CHECK(platform::openURL("https://example.com/"));
+    CHECK(std::chrono::steady_clock::now() - start < 4s);
+    auto status = recorded();
+    int session = 0;
+    REQUIRE(std::sscanf(status.substr(status.rfind(')')).c_str(), ") %*c %*d %*d %d", &session) == 1);
+    CHECK(session != ::getsid(0));
+    ::kill(session, SIGKILL);
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "A program that was started leaves no zombie")
+{
+    addRecorder("xdg-open");
+    for (int turn = 0; turn < 5; ++turn) {
+        CHECK(platform::openURL("https://example.com/"));
+        CHECK(recorded() != "");
+    }
+    bool reaped = false;
+    for (int turn = 0; turn < 500 && !reaped; ++turn) {
+        reaped = ::waitpid(-1, nullptr, WNOHANG) == -1 && errno == ECHILD;
+        if (!reaped)
+            std::this_thread::sleep_for(10ms);
+    }
+    CHECK(reaped);
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "Services are approved in the program that the desktop has for them")
+{
+    addRecorder("gnome-control-center");
+    CHECK(platform::openBackgroundItemSettings());
+    CHECK(recorded() == "gnome-control-center\napplications\n");
+    addRecorder("systemadm");
+    CHECK(platform::openBackgroundItemSettings());
+    CHECK(recorded() == "systemadm\n");
+}
