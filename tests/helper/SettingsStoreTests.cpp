@@ -3,6 +3,7 @@
 #include "platform/linux/system/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "tests/helper/SettingsRecords.h"
+#include "tests/support/ForkedProcess.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <array>
@@ -97,26 +98,6 @@ std::string applyOnFullDisk(const std::string& folder)
         return "the old record is not served";
     return written.error().domain + " " + std::to_string(written.error().code) + " "
         + platform::localizedDescription(written.error());
-}
-
-// In a process of its own, which alone sees the disk.
-std::string inChild(std::string (*work)(const std::string&), const std::string& folder)
-{
-    std::array<int, 2> pipe{};
-    REQUIRE(::pipe(pipe.data()) == 0);
-    auto child = ::fork();
-    if (child == 0) {
-        auto text = work(folder);
-        auto count = ::write(pipe[1], text.data(), text.size());
-        ::_exit(count == static_cast<ssize_t>(text.size()) ? 0 : 1);
-    }
-    ::close(pipe[1]);
-    std::string text(1000, '\0');
-    auto count = ::read(pipe[0], text.data(), text.size());
-    ::close(pipe[0]);
-    ::waitpid(child, nullptr, 0);
-    text.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return text;
 }
 
 } // namespace
@@ -220,7 +201,7 @@ TEST_CASE("A store killed at any moment leaves one record or the other")
 TEST_CASE("On a full disk a record is refused with the system's error, and the old one stays")
 {
     TemporaryDirectory folder;
-    auto observed = inChild(applyOnFullDisk, folder.path());
+    auto observed = inForkedProcess([&] { return applyOnFullDisk(folder.path()); });
     if (observed == "no disk") {
         MESSAGE("SKIPPED: a small disk cannot be mounted here");
         return;
