@@ -43,7 +43,12 @@ struct ShownWindow {
         widgetOf(content)->setParent(nullptr);
     }
 
-    static void settle() { QCoreApplication::processEvents(); }
+    // Each level of a layout asks the one above it by an event.
+    static void settle()
+    {
+        for (int level = 0; level < 4; ++level)
+            QCoreApplication::processEvents();
+    }
 
     QWidget widget;
     std::shared_ptr<platform::ui::View> content;

@@ -16,7 +16,7 @@ namespace {
 
 // The priorities of what Auto Layout adds by itself to a window's constraints.
 constexpr int WidgetLimit = 999;
-constexpr int CompressedSize = 998;
+constexpr int OwnSize = 998;
 constexpr int CompressionResistance = 750;
 constexpr int StrongHugging = 750;
 constexpr int Hugging = 250;
@@ -89,9 +89,10 @@ ConstraintSystem::ConstraintSystem(QWidget* container, std::vector<QWidget*> wid
 ConstraintSystem::Solution ConstraintSystem::solve(const Request& request)
 {
     solveWithHints(request);
-    if (takeHeightsForWidths())
+    // The least width and the height that a text needs in it would together be far too much.
+    if (!request.compressed && takeHeightsForWidths())
         solveWithHints(request);
-    return solution();
+    return solution(request);
 }
 
 void ConstraintSystem::solveWithHints(const Request& request)
@@ -135,15 +136,15 @@ bool ConstraintSystem::takeHeightsForWidths()
     return changed;
 }
 
+// A size that is too small for the constraints cuts the content off rather than contradicts them.
 void ConstraintSystem::addOwnSize(const Request& request)
 {
     _width = _solver.addVariable();
     _height = _solver.addVariable();
-    const int small = request.compressed ? CompressedSize : FittingSize;
     const auto add = [&](std::size_t variable, std::optional<int> extent) {
+        const int priority = extent || request.compressed ? OwnSize : FittingSize;
         _solver.addConstraint({{variable, 1}}, AtLeast, 0);
-        _solver.addConstraint({{variable, 1}}, LayoutRelation::Equal, extent.value_or(0),
-                              extent ? LayoutConstraint::Required : small);
+        _solver.addConstraint({{variable, 1}}, LayoutRelation::Equal, extent.value_or(0), priority);
     };
     add(_width, request.width);
     add(_height, request.height);
@@ -248,9 +249,10 @@ void ConstraintSystem::addExtent(std::size_t variable, int hint, int least, int 
 }
 
 // Edges are rounded, not sizes, so that what meets in the solution meets on the screen.
-ConstraintSystem::Solution ConstraintSystem::solution() const
+ConstraintSystem::Solution ConstraintSystem::solution(const Request& request) const
 {
-    const QSize size(ceiling(_solver.value(_width)), ceiling(_solver.value(_height)));
+    const QSize size(request.width.value_or(ceiling(_solver.value(_width))),
+                     request.height.value_or(ceiling(_solver.value(_height))));
     std::vector<QRect> frames;
     for (const Item& item : _items) {
         const double leading = _solver.value(item.leading), trailing = leading + _solver.value(item.width);

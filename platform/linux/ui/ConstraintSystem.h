@@ -45,7 +45,7 @@ private:
     std::optional<LinearExpression> side(const std::weak_ptr<View>& view, LayoutAttribute attribute) const;
     LinearExpression ownSide(LayoutAttribute attribute) const;
     LinearExpression itemSide(const Item& item, LayoutAttribute attribute) const;
-    Solution solution() const;
+    Solution solution(const Request& request) const;
 
     QWidget* _container;
     std::vector<Item> _items;
