@@ -13,7 +13,11 @@ class ApplicationInstance : public QApplication {
 public:
     ApplicationInstance(int& argc, char** argv); // they are used as long as it lives
 
-    void setDelegate(std::weak_ptr<ApplicationDelegate> delegate) { _delegate = std::move(delegate); }
+    void setDelegate(std::weak_ptr<ApplicationDelegate> delegate)
+    {
+        _delegate = std::move(delegate);
+        _terminating = false; // it was not asked yet
+    }
     // From the main loop, once, however often it is asked for.
     void terminateSoon();
 
