@@ -4,11 +4,16 @@
 #include "tests/messaging/Logging.h"
 #include "tests/platform/ScriptedAuthorization.h"
 
+#include <cstdlib>
 #include <doctest/doctest.h>
 
 using platform::Dictionary;
 
 namespace {
+
+// Before the first text is looked up.
+const bool isGerman = setenv("LC_ALL", "de_DE.UTF-8", 1) == 0 && setenv("LANGUAGE", "de", 1) == 0
+    && setenv("BREVANE_RESOURCES", TABLES_FOLDER, 1) == 0;
 
 std::string text(const char* domain, std::int64_t code, const Dictionary& userInfo = {})
 {
@@ -19,6 +24,7 @@ std::string text(const char* domain, std::int64_t code, const Dictionary& userIn
 
 TEST_CASE("an error is described in the user's language")
 {
+    REQUIRE(isGerman);
     CHECK(text(BRVErrorDomain, BRVErrorPeersConnected) == "Andere sind verbunden.");
     CHECK(text(ZRKUpdaterErrorDomain, ZRKUpdaterErrorDownload) == "Die Aktualisierung kam nicht an.");
 }
