@@ -3,20 +3,30 @@
 #include "platform/linux/ui/Title.h"
 #include "platform/Localization.h"
 
+#include <algorithm>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 
 namespace platform::ui {
+
+namespace {
+
+// Lines of a readable length, on small screens less: there a message box leaves 480 points free beside itself.
+int comfortableTextWidth(const QWidget& box)
+{
+    return std::clamp(box.screen()->size().width() - 600, 0, 380);
+}
+
+} // namespace
 
 AlertBox::AlertBox(const Content& content, QWidget* parent) : QMessageBox(parent)
 {
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QGuiApplication::applicationDisplayName());
     switch (content.style) {
-    case AlertStyle::Warning:
-        setIcon(Warning);
-        break;
+    case AlertStyle::Warning: // the style of every notice, good news included
     case AlertStyle::Informational:
         setIcon(Information);
         break;
@@ -38,9 +48,6 @@ void AlertBox::setTexts(const Content& content)
     setText(message);
     if (!informative.isEmpty())
         setInformativeText(informative);
-    // Plain in either label: an error's words may look like mark-up.
-    for (auto* const label : findChildren<QLabel*>())
-        label->setTextFormat(Qt::PlainText);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setAccessibleName(message);
     setAccessibleDescription(informative);
@@ -49,6 +56,11 @@ void AlertBox::setTexts(const Content& content)
         auto bold = label->font();
         bold.setBold(true);
         label->setFont(bold);
+    }
+    for (auto* const label : findChildren<QLabel*>()) {
+        label->setTextFormat(Qt::PlainText); // an error's words may look like mark-up
+        const auto width = label->fontMetrics().size(0, label->text()).width();
+        label->setMinimumWidth(std::min(width, comfortableTextWidth(*this)));
     }
 }
 

@@ -12,7 +12,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <QLayout>
 
 namespace platform::ui {
 
@@ -31,27 +30,18 @@ namespace {
     std::abort();
 }
 
-template <class Layout>
+template <class Layout, class Top = QWidget>
 std::unique_ptr<QWidget> build()
 {
-    auto widget = std::make_unique<QWidget>();
-    Layout().setupUi(widget.get());
-    return widget;
-}
-
-template <class Layout>
-std::unique_ptr<QWidget> buildWindow()
-{
-    auto window = std::make_unique<InterfaceWindow>();
-    Layout().setupUi(window.get());
-    window->layout()->setSizeConstraint(QLayout::SetFixedSize); // as large as its rows, which come and go
-    return window;
+    auto top = std::make_unique<Top>();
+    Layout().setupUi(top.get());
+    return top;
 }
 
 std::unique_ptr<QWidget> build(std::string_view name)
 {
     if (name == "MainWindow")
-        return buildWindow<Ui::MainWindow>();
+        return build<Ui::MainWindow, InterfaceWindow>();
     if (name == "BRVIntervalViewController")
         return build<Ui::BRVIntervalViewController>();
     if (name == "BRVWhenInactiveViewController")

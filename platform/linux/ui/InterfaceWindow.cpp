@@ -52,13 +52,22 @@ bool InterfaceWindow::focusNextPrevChild(bool next)
     return QMainWindow::focusNextPrevChild(next);
 }
 
+QPushButton* InterfaceWindow::buttonForReturn() const
+{
+    if (auto* const focused = qobject_cast<QPushButton*>(focusWidget()))
+        return focused;
+    for (auto* const button : findChildren<QPushButton*>()) {
+        if (button->isDefault() && button->isVisible() && button->isEnabled())
+            return button;
+    }
+    return nullptr;
+}
+
 void InterfaceWindow::keyPressEvent(QKeyEvent* event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    for (auto* const button : isReturn ? findChildren<QPushButton*>() : QList<QPushButton*>()) {
-        if (button->isDefault() && button->isVisible() && button->isEnabled())
-            return button->click();
-    }
+    if (auto* const button = isReturn ? buttonForReturn() : nullptr)
+        return button->click();
     QMainWindow::keyPressEvent(event);
 }
 

@@ -2,6 +2,8 @@
 
 #include <QMainWindow>
 
+class QPushButton;
+
 namespace platform::ui {
 
 // A window whose default button answers Return, and whose Tab key visits its controls from top to bottom however its
@@ -22,6 +24,7 @@ protected:
 private:
     QWidgetList controlsByPosition() const;
     void orderTabs() const;
+    QPushButton* buttonForReturn() const;
 
     bool _ordersTabsByPosition = false;
 };

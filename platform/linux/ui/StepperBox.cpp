@@ -19,10 +19,9 @@ QSize StepperBox::sizeHint() const
     QStyleOptionSpinBox option;
     initStyleOption(&option);
     option.rect = QRect(QPoint(0, 0), field);
-    const auto text = style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxEditField, this);
-    // What is left without the field, and the frame again on the side where the field was.
-    const auto frame = style()->pixelMetric(QStyle::PM_SpinBoxFrameWidth, &option, this);
-    return {field.width() - text.width() + frame, field.height()};
+    const auto arrow = style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxUp, this);
+    // The arrows and the frame's left edge, where the field's begins otherwise.
+    return {field.width() - arrow.left() + 1, field.height()};
 }
 
 } // namespace platform::ui

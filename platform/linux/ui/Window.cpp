@@ -1,8 +1,8 @@
 #include "platform/ui/Window.h"
 
+#include "platform/linux/ui/WindowFit.h"
 #include "platform/linux/ui/WindowNative.h"
 
-#include <QCoreApplication>
 #include <QScreen>
 
 namespace platform::ui {
@@ -33,9 +33,11 @@ void Window::setAutorecalculatesKeyViewLoop(bool recalculates)
 
 void Window::layoutIfNeeded()
 {
+    auto& window = *_native->window;
     _native->contentView->layoutIfNeeded();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
-    _native->window->adjustSize();
+    if (!window.testAttribute(Qt::WA_Resized))
+        window.adjustSize();
+    WindowFit::apply(&window);
 }
 
 void Window::center()

@@ -34,6 +34,13 @@ QWidget& reachable(View& view)
     return widget;
 }
 
+QWidget& withKeyboard(View& view)
+{
+    auto& widget = reachable(view);
+    widget.setFocus(Qt::OtherFocusReason);
+    return widget;
+}
+
 Qt::Key qtKey(Key key)
 {
     switch (key) {
@@ -96,17 +103,17 @@ void click(View& view)
 
 void press(View& view, Key key, Modifiers modifiers)
 {
-    QTest::keyClick(&reachable(view), qtKey(key), qtModifiers(modifiers));
+    QTest::keyClick(&withKeyboard(view), qtKey(key), qtModifiers(modifiers));
 }
 
 void pressCharacter(View& view, char character, Modifiers modifiers)
 {
-    QTest::keyClick(&reachable(view), character, qtModifiers(modifiers));
+    QTest::keyClick(&withKeyboard(view), character, qtModifiers(modifiers));
 }
 
 void type(TextField& field, std::string_view text)
 {
-    auto& widget = reachable(field);
+    auto& widget = withKeyboard(field);
     for (const QChar character : qtString(text)) {
         const auto code = character.unicode();
         const auto key = code < 0x80 ? static_cast<Qt::Key>(character.toUpper().unicode()) : Qt::Key_unknown;
