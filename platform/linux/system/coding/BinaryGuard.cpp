@@ -1,5 +1,6 @@
 #include "platform/linux/system/coding/BinaryGuard.h"
 
+#include "platform/linux/system/coding/BinaryFormat.h"
 #include "platform/linux/system/coding/CodingError.h"
 
 #include <algorithm>
@@ -15,10 +16,12 @@ namespace platform {
 
 namespace {
 
-constexpr std::size_t headerSize = 8;
-constexpr std::size_t trailerSize = 32;
-constexpr std::uint64_t maximumNodes = 16'000'000;
-constexpr std::uint64_t maximumBytes = 1'000'000'000;
+using namespace BinaryFormat;
+using namespace BinaryMarker;
+
+// What a value may unfold into. Text and data may be shared, but not so often that a small input becomes a vast value.
+constexpr std::uint64_t maximumNodes = 4'000'000;
+constexpr std::uint64_t sharedBytes = 16U << 20;
 
 using Bytes = std::span<const std::uint8_t>;
 
@@ -30,28 +33,17 @@ std::uint64_t bigEndian(Bytes bytes)
     return value;
 }
 
-// The kinds of object by the upper half of their first byte.
-enum Marker : unsigned {
-    Simple = 0x0,
-    Integer = 0x1,
-    Real = 0x2,
-    DateMarker = 0x3,
-    DataMarker = 0x4,
-    ASCII = 0x5,
-    UTF16 = 0x6,
-    Reference = 0x8,
-    ArrayMarker = 0xA,
-    DictionaryMarker = 0xD,
-};
-
 // Where an object's content is: `count` elements from `content`.
 struct Object {
     unsigned marker = 0;
     std::uint64_t count = 0;
     std::size_t content = 0;
 
-    bool isContainer() const { return marker == ArrayMarker || marker == DictionaryMarker; }
-    std::uint64_t references() const { return marker == DictionaryMarker ? 2 * count : isContainer() ? count : 0; }
+    bool isContainer() const { return marker == BinaryMarker::Array || marker == BinaryMarker::Dictionary; }
+    std::uint64_t references() const
+    {
+        return marker == BinaryMarker::Dictionary ? 2 * count : isContainer() ? count : 0;
+    }
 };
 
 // What an object unfolds into, itself included.
@@ -60,7 +52,7 @@ struct Extent {
 
     State state = Unknown;
     bool isString = false;
-    std::uint16_t depth = 1;
+    std::uint16_t depth = 0; // collections
     std::uint64_t nodes = 1;
     std::uint64_t bytes = 0;
 };
@@ -99,13 +91,14 @@ private:
     std::uint64_t _objectCount = 0;
     std::uint64_t _root = 0;
     std::uint64_t _table = 0;
+    std::uint64_t _visited = 0; // references, some of them twice
     std::vector<Extent> _extents;
 };
 
 bool Guard::readTrailer()
 {
-    if (_bytes.size() < headerSize + trailerSize + 1 || _bytes.size() > std::numeric_limits<std::uint32_t>::max()
-        || std::memcmp(_bytes.data(), "bplist00", headerSize) != 0)
+    if (_bytes.size() < header.size() + trailerSize + 1 || _bytes.size() > std::numeric_limits<std::uint32_t>::max()
+        || std::memcmp(_bytes.data(), header.data(), header.size()) != 0)
         return false;
     const Bytes trailer = _bytes.last(trailerSize);
     _offsetSize = trailer[6];
@@ -116,7 +109,8 @@ bool Guard::readTrailer()
     if (_offsetSize < 1 || _offsetSize > 8 || _referenceSize < 1 || _referenceSize > 8)
         return false;
     const std::uint64_t end = _bytes.size() - trailerSize;
-    return _root < _objectCount && _table >= headerSize && _table < end && _objectCount <= (end - _table) / _offsetSize;
+    return _root < _objectCount && _table >= header.size() && _table < end
+        && _objectCount <= (end - _table) / _offsetSize && _objectCount <= maximumNodes;
 }
 
 // Content lies between the header and the offset table.
@@ -129,7 +123,7 @@ bool Guard::fits(const Object& object, std::uint64_t elementSize) const
 bool Guard::readCount(Object& object, unsigned low) const
 {
     object.count = low;
-    if (low != 0xF)
+    if (low != countFollows)
         return true;
     if (object.content >= _table || _bytes[object.content] >> 4 != Integer)
         return false;
@@ -148,17 +142,17 @@ bool Guard::isSoundScalar(const Object& object, unsigned low) const
     const auto room = _table - std::min<std::uint64_t>(object.content, _table);
     switch (object.marker) {
     case Simple:
-        return low == 8 || low == 9;
+        return low == falseValue || low == trueValue;
     case Integer:
-        // Sixteen bytes hold unsigned numbers beyond the signed range, for which there is no value.
+        // Sixteen bytes are for unsigned numbers beyond the signed range, for which there is no value.
         return low <= 4 && room >= (1U << low) && (low < 4 || (bigEndian(content(8)) == 0 && content(9)[8] < 0x80));
     case Real:
         return (low == 2 || low == 3) && room >= (1U << low);
-    case DateMarker: {
+    case BinaryMarker::Date: {
         if (low != 3 || room < 8)
             return false;
         const auto seconds = std::bit_cast<double>(bigEndian(content(8)));
-        return std::abs(seconds) <= std::numeric_limits<std::int32_t>::max();
+        return std::isfinite(seconds);
     }
     case Reference:
         return low <= 7 && room >= low + 1U;
@@ -190,13 +184,13 @@ bool isSoundUTF16(Bytes text)
 std::optional<Object> Guard::objectAtIndex(std::uint64_t index) const
 {
     const auto offset = bigEndian(_bytes.subspan(_table + index * _offsetSize, _offsetSize));
-    if (offset < headerSize || offset >= _table)
+    if (offset < header.size() || offset >= _table)
         return std::nullopt;
     const std::uint8_t first = _bytes[offset];
     Object object{static_cast<unsigned>(first >> 4), 0, static_cast<std::size_t>(offset) + 1};
     bool sound = false;
     switch (object.marker) {
-    case DataMarker:
+    case BinaryMarker::Data:
         sound = readCount(object, first & 0xF) && fits(object, 1);
         break;
     case ASCII:
@@ -207,10 +201,10 @@ std::optional<Object> Guard::objectAtIndex(std::uint64_t index) const
         sound = readCount(object, first & 0xF) && fits(object, 2)
             && isSoundUTF16(_bytes.subspan(object.content, 2 * object.count));
         break;
-    case ArrayMarker:
+    case BinaryMarker::Array:
         sound = readCount(object, first & 0xF) && fits(object, _referenceSize);
         break;
-    case DictionaryMarker:
+    case BinaryMarker::Dictionary:
         sound = readCount(object, first & 0xF) && fits(object, 2 * _referenceSize);
         break;
     default:
@@ -223,9 +217,10 @@ std::optional<Object> Guard::objectAtIndex(std::uint64_t index) const
 bool Guard::enter(std::uint64_t index, std::vector<Visit>& path)
 {
     const auto object = objectAtIndex(index);
-    if (!object || path.size() >= maximumPropertyListDepth)
+    if (!object || path.size() > maximumPropertyListDepth)
         return false;
     Extent& extent = _extents[index];
+    extent.depth = object->isContainer() ? 1 : 0;
     extent.state = Extent::Entered;
     extent.isString = object->marker == ASCII || object->marker == UTF16;
     extent.bytes = object->isContainer() ? 0 : 2 * object->count;
@@ -240,7 +235,8 @@ bool Guard::add(std::uint64_t parent, std::uint64_t child)
     extent.depth = std::max<std::uint16_t>(extent.depth, part.depth + 1);
     extent.nodes += part.nodes;
     extent.bytes += part.bytes;
-    return extent.depth <= maximumPropertyListDepth && extent.nodes <= maximumNodes && extent.bytes <= maximumBytes;
+    return extent.depth <= maximumPropertyListDepth && extent.nodes <= maximumNodes
+        && extent.bytes <= sharedBytes + 4 * _bytes.size();
 }
 
 // Depth first; each object is measured once, however many refer to it.
@@ -258,14 +254,14 @@ bool Guard::measure(std::uint64_t root)
         }
         const auto at = visit.object.content + visit.next * _referenceSize;
         const auto child = bigEndian(_bytes.subspan(at, _referenceSize));
-        if (child >= _objectCount || _extents[child].state == Extent::Entered)
+        if (child >= _objectCount || ++_visited > 2 * maximumNodes || _extents[child].state == Extent::Entered)
             return false;
         if (_extents[child].state == Extent::Unknown) {
             if (!enter(child, path))
                 return false;
             continue;
         }
-        const bool isKey = visit.object.marker == DictionaryMarker && visit.next < visit.object.count;
+        const bool isKey = visit.object.marker == BinaryMarker::Dictionary && visit.next < visit.object.count;
         if ((isKey && !_extents[child].isString) || !add(visit.index, child))
             return false;
         ++visit.next;

@@ -1,5 +1,6 @@
 #include "platform/ErrorArchive.h"
 #include "platform/linux/system/coding/CodingError.h"
+#include "platform/linux/system/coding/KeyedArchive.h"
 #include "platform/linux/system/coding/PlistTree.h"
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,8 +18,12 @@ namespace platform {
 
 namespace {
 
-constexpr int maximumDepth = 64;
-constexpr std::size_t maximumValues = 100'000; // shared objects count as often as they are referred to
+// Shared objects count as often as they are referred to.
+constexpr std::size_t maximumValues = 100'000;
+constexpr std::size_t maximumBytes = 64U << 20;
+
+// No object of a class that is read here has more.
+constexpr std::uint32_t maximumKeys = 64;
 
 // An object as a value: absent (the archiver's null), a property-list value, or an error.
 using Object = std::variant<std::monostate, PropertyList, std::shared_ptr<const Error>>;
@@ -49,10 +53,21 @@ bool isNode(plist_t node, plist_type type)
     return node && plist_get_node_type(node) == type;
 }
 
+// Looking a key up takes time in the number of keys.
+bool isSmallDictionary(plist_t node)
+{
+    return isNode(node, PLIST_DICT) && plist_dict_get_size(node) <= maximumKeys;
+}
+
 class Reader {
 public:
     Reader(plist_t archive, bool secure) : _secure(secure)
     {
+        const Object archiver = leaf(plist_dict_get_item(archive, "$archiver"));
+        const Object version = leaf(plist_dict_get_item(archive, "$version"));
+        if (archiver != Object(PropertyList(KeyedArchive::archiver))
+            || version != Object(PropertyList(KeyedArchive::version)))
+            throw Damaged();
         plist_t objects = plist_dict_get_item(archive, "$objects");
         if (!isNode(objects, PLIST_ARRAY))
             throw Damaged();
@@ -65,7 +80,7 @@ public:
     Error readRoot(plist_t archive)
     {
         plist_t top = plist_dict_get_item(archive, "$top");
-        if (!isNode(top, PLIST_DICT))
+        if (!isSmallDictionary(top))
             throw Damaged();
         const Object root = objectAt(required(referenceOf(plist_dict_get_item(top, "root"))), 1);
         const auto* error = std::get_if<std::shared_ptr<const Error>>(&root);
@@ -77,13 +92,15 @@ public:
 private:
     Object objectAt(std::uint64_t index, int depth)
     {
-        if (index >= _objects.size() || depth > maximumDepth || ++_values > maximumValues)
+        if (index >= _objects.size() || depth > KeyedArchive::maximumDepth || ++_values > maximumValues)
             throw Damaged();
         if (index == 0)
             return {};
         plist_t node = _objects[index];
         switch (plist_get_node_type(node)) {
         case PLIST_DICT:
+            if (!isSmallDictionary(node))
+                throw Damaged();
             return instance(node, depth);
         case PLIST_BOOLEAN:
         case PLIST_UINT:
@@ -97,52 +114,49 @@ private:
         }
     }
 
-    static Object leaf(plist_t node)
+    Object leaf(plist_t node)
     {
-        auto value = valueOfTree(node);
-        if (!value)
-            throw Damaged();
-        return std::move(*value);
+        auto value = required(node ? valueOfTree(node) : std::nullopt);
+        spend(value.string() ? value.string()->size() : value.data() ? value.data()->size() : 0);
+        return value;
     }
 
-    // The names of an instance's class and of those that it descends from.
-    std::set<std::string, std::less<>> classesOf(plist_t node) const
+    void spend(std::size_t bytes)
+    {
+        _bytes += bytes;
+        if (_bytes > maximumBytes)
+            throw Damaged();
+    }
+
+    std::string classOf(plist_t node)
     {
         const std::uint64_t index = required(referenceOf(plist_dict_get_item(node, "$class")));
         plist_t description = index < _objects.size() ? _objects[index] : nullptr;
-        if (!isNode(description, PLIST_DICT))
-            throw Damaged();
-        std::set<std::string, std::less<>> names;
-        const auto add = [&](plist_t name) {
-            auto text = textOfTree(name);
-            if (!text)
-                throw Damaged();
-            names.insert(std::move(*text));
-            return true;
-        };
-        if (plist_t name = plist_dict_get_item(description, "$classname"))
-            add(name);
-        if (plist_t ancestry = plist_dict_get_item(description, "$classes"); isNode(ancestry, PLIST_ARRAY))
-            forEachElement(ancestry, add);
-        return names;
+        plist_t name = isSmallDictionary(description) ? plist_dict_get_item(description, "$classname") : nullptr;
+        std::string text = required(name ? textOfTree(name) : std::nullopt);
+        spend(text.size());
+        return text;
     }
 
     Object instance(plist_t node, int depth)
     {
         using Read = Object (Reader::*)(plist_t, int);
-        constexpr std::array<std::pair<std::string_view, Read>, 6> kinds{{
+        constexpr std::array<std::pair<std::string_view, Read>, 10> kinds{{
             {"NSError", &Reader::error},
             {"NSDictionary", &Reader::dictionary},
+            {"NSMutableDictionary", &Reader::dictionary},
             {"NSArray", &Reader::array},
+            {"NSMutableArray", &Reader::array},
             {"NSString", &Reader::string},
+            {"NSMutableString", &Reader::string},
             {"NSData", &Reader::data},
+            {"NSMutableData", &Reader::data},
             {"NSDate", &Reader::date},
         }};
-        const auto classes = classesOf(node);
-        for (const auto& [name, read] : kinds) {
-            if (classes.contains(name))
-                return (this->*read)(node, depth);
-        }
+        const std::string name = classOf(node);
+        const auto kind = std::ranges::find(kinds, name, &std::pair<std::string_view, Read>::first);
+        if (kind != kinds.end())
+            return (this->*kind->second)(node, depth);
         if (_secure)
             throw Damaged();
         return {};
@@ -181,8 +195,10 @@ private:
 
     void readUserInfo(Error& error, std::uint64_t index, int depth)
     {
-        if (index >= _objects.size() || !isNode(_objects[index], PLIST_DICT) || depth > maximumDepth
-            || !classesOf(_objects[index]).contains("NSDictionary"))
+        if (index >= _objects.size() || !isSmallDictionary(_objects[index]) || depth > KeyedArchive::maximumDepth)
+            throw Damaged();
+        const std::string name = classOf(_objects[index]);
+        if (name != "NSDictionary" && name != "NSMutableDictionary")
             throw Damaged();
         forEachPair(_objects[index], depth, [&](const std::string& key, Object& value) {
             if (auto* underlying = std::get_if<std::shared_ptr<const Error>>(&value)) {
@@ -234,7 +250,7 @@ private:
     }
 
     // The mutable kinds keep their content under a key, inline.
-    static Object content(plist_t node, const char* key, plist_type type)
+    Object content(plist_t node, const char* key, plist_type type)
     {
         plist_t value = plist_dict_get_item(node, key);
         if (!isNode(value, type))
@@ -252,6 +268,7 @@ private:
 
     std::vector<plist_t> _objects;
     std::size_t _values = 0;
+    std::size_t _bytes = 0;
     bool _secure;
 };
 
@@ -259,13 +276,11 @@ private:
 
 Result<Error> unarchivedError(std::span<const std::uint8_t> bytes, bool secure)
 {
-    auto archive = readBinaryTree(bytes);
-    if (!archive)
-        return std::unexpected(std::move(archive.error()));
+    const PlistTree archive = readBinaryTree(bytes);
     try {
-        if (!isNode(archive->get(), PLIST_DICT))
+        if (!isSmallDictionary(archive.get()))
             throw Damaged();
-        return Reader(archive->get(), secure).readRoot(archive->get());
+        return Reader(archive.get(), secure).readRoot(archive.get());
     } catch (const Damaged&) {
         return std::unexpected(corruptPropertyListError("The archived error is damaged."));
     }

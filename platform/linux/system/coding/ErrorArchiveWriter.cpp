@@ -1,8 +1,13 @@
 #include "platform/ErrorArchive.h"
-#include "platform/linux/system/coding/PlistTree.h"
+#include "platform/linux/system/coding/BinaryWriter.h"
+#include "platform/linux/system/coding/KeyedArchive.h"
+#include "platform/Unicode.h"
 
+#include <array>
+#include <cmath>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,144 +16,163 @@ namespace platform {
 
 namespace {
 
-constexpr int archiveVersion = 100000;
+// A text that a property list can hold, since an error must always reach its reader.
+std::string writableText(std::string_view text)
+{
+    std::string written;
+    while (!text.empty()) {
+        const char32_t character = takeCharacter(text);
+        appendCharacter(written, character == 0 ? replacementCharacter : character);
+    }
+    return written;
+}
 
-// Lays values out as the archiver's table of objects, in which they refer to each other by index.
 class Writer {
 public:
-    Writer() : _objects(plist_new_array()) { append(plist_new_string("$null")); }
+    // An index in the table of objects.
+    using Index = std::uint32_t;
+
+    Writer() { append(_plist.addString(KeyedArchive::nothing)); }
 
     Data write(const Error& error)
     {
-        const std::uint64_t root = addError(error);
-        PlistTree archive(plist_new_dict());
-        plist_dict_set_item(archive.get(), "$version", plist_new_uint(archiveVersion));
-        plist_dict_set_item(archive.get(), "$archiver", plist_new_string("NSKeyedArchiver"));
-        plist_t top = plist_new_dict();
-        plist_dict_set_item(top, "root", plist_new_uid(root));
-        plist_dict_set_item(archive.get(), "$top", top);
-        plist_dict_set_item(archive.get(), "$objects", _objects.release());
-        return writeBinaryTree(archive.get());
+        const Index root = addError(error, 1);
+        const auto top = dictionary({{"root", _plist.addReference(root)}});
+        return _plist.finish(dictionary({{"$version", _plist.addInteger(KeyedArchive::version)},
+                                         {"$archiver", _plist.addString(KeyedArchive::archiver)},
+                                         {"$top", top},
+                                         {"$objects", _plist.addArray(_objects)}}));
     }
 
 private:
-    std::uint64_t append(plist_t object)
+    using Object = BinaryWriter::Object;
+
+    Object dictionary(std::initializer_list<std::pair<std::string_view, Object>> entries)
     {
-        plist_array_append_item(_objects.get(), object);
-        return _count++;
+        std::vector<Object> keys;
+        std::vector<Object> values;
+        for (const auto& [key, value] : entries) {
+            keys.push_back(_plist.addString(key));
+            values.push_back(value);
+        }
+        return _plist.addDictionary(keys, values);
     }
 
-    std::uint64_t addText(const std::string& text)
+    Object references(const std::vector<Index>& indexes)
     {
-        const auto [found, isNew] = _texts.try_emplace(text, 0);
-        if (isNew)
-            found->second = addLeaf(text);
-        return found->second;
+        std::vector<Object> objects;
+        objects.reserve(indexes.size());
+        for (const Index index : indexes)
+            objects.push_back(_plist.addReference(index));
+        return _plist.addArray(objects);
     }
 
-    // Text that a property list cannot hold is left out, since an error must always reach its reader.
-    std::uint64_t addLeaf(const PropertyList& value)
-    {
-        auto tree = treeOfValue(value);
-        return append(tree ? tree->release() : plist_new_string(""));
-    }
-
-    std::uint64_t addClass(const std::string& name)
+    Object classReference(const std::string& name)
     {
         const auto [found, isNew] = _classes.try_emplace(name, 0);
         if (isNew) {
-            plist_t ancestry = plist_new_array();
-            plist_array_append_item(ancestry, plist_new_string(name.c_str()));
-            plist_array_append_item(ancestry, plist_new_string("NSObject"));
-            plist_t description = plist_new_dict();
-            plist_dict_set_item(description, "$classname", plist_new_string(name.c_str()));
-            plist_dict_set_item(description, "$classes", ancestry);
-            found->second = append(description);
+            const std::array ancestry{_plist.addString(name), _plist.addString("NSObject")};
+            const Object classes = _plist.addArray(ancestry);
+            found->second = append(dictionary({{"$classname", _plist.addString(name)}, {"$classes", classes}}));
         }
-        return found->second;
+        return _plist.addReference(found->second);
+    }
+
+    Index append(Object object)
+    {
+        _objects.push_back(object);
+        return static_cast<Index>(_objects.size() - 1);
     }
 
     // An object stands in the table before what it refers to, as the archiver has it.
-    std::pair<std::uint64_t, plist_t> beginObject()
+    Index reserve() { return append(0); }
+
+    Index addText(std::string_view text)
     {
-        plist_t object = plist_new_dict();
-        return {append(object), object};
+        const auto [found, isNew] = _texts.try_emplace(writableText(text), 0);
+        if (isNew)
+            found->second = append(_plist.addString(found->first));
+        return found->second;
     }
 
-    static void setReference(plist_t object, const char* key, std::uint64_t index)
+    // Nothing for a value that no reader would take: nested too deeply, or a date that is no number.
+    std::optional<Index> addValue(const PropertyList& value, int depth)
     {
-        plist_dict_set_item(object, key, plist_new_uid(index));
-    }
-
-    static void setReferences(plist_t object, const char* key, const std::vector<std::uint64_t>& indexes)
-    {
-        plist_t list = plist_new_array();
-        for (const std::uint64_t index : indexes)
-            plist_array_append_item(list, plist_new_uid(index));
-        plist_dict_set_item(object, key, list);
-    }
-
-    std::uint64_t addValue(const PropertyList& value)
-    {
+        if (depth > KeyedArchive::maximumDepth)
+            return std::nullopt;
         if (const std::string* text = value.string())
             return addText(*text);
         if (const Array* array = value.array())
-            return addArray(*array);
-        if (const Dictionary* dictionary = value.dictionary())
-            return addDictionary(*dictionary, nullptr);
-        if (const Date* date = value.date()) {
-            const auto [index, object] = beginObject();
-            plist_dict_set_item(object, "NS.time", plist_new_real(date->secondsSinceReferenceDate));
-            setReference(object, "$class", addClass("NSDate"));
-            return index;
-        }
-        return addLeaf(value);
+            return addArray(*array, depth);
+        if (const Dictionary* entries = value.dictionary())
+            return addDictionary(*entries, nullptr, depth);
+        if (const Date* date = value.date())
+            return addDate(*date);
+        const auto object = _plist.addValue(value);
+        return object ? std::optional(append(*object)) : std::nullopt;
     }
 
-    std::uint64_t addArray(const Array& array)
+    std::optional<Index> addDate(Date date)
     {
-        const auto [index, object] = beginObject();
-        std::vector<std::uint64_t> elements;
-        for (const PropertyList& element : array)
-            elements.push_back(addValue(element));
-        setReferences(object, "NS.objects", elements);
-        setReference(object, "$class", addClass("NSArray"));
+        if (!std::isfinite(date.secondsSinceReferenceDate))
+            return std::nullopt;
+        const Index index = reserve();
+        _objects[index] = dictionary(
+            {{"NS.time", _plist.addReal(date.secondsSinceReferenceDate)}, {"$class", classReference("NSDate")}});
         return index;
     }
 
-    std::uint64_t addDictionary(const Dictionary& dictionary, const Error* underlying)
+    Index addArray(const Array& array, int depth)
     {
-        const auto [index, object] = beginObject();
-        std::vector<std::uint64_t> keys;
-        std::vector<std::uint64_t> values;
-        for (const Dictionary::Entry& entry : dictionary) {
-            keys.push_back(addText(entry.key));
-            values.push_back(addValue(entry.value));
+        const Index index = reserve();
+        std::vector<Index> elements;
+        for (const PropertyList& element : array) {
+            if (const auto added = addValue(element, depth + 1))
+                elements.push_back(*added);
         }
-        if (underlying) {
+        const Object list = references(elements);
+        _objects[index] = dictionary({{"NS.objects", list}, {"$class", classReference("NSArray")}});
+        return index;
+    }
+
+    Index addDictionary(const Dictionary& entries, const Error* underlying, int depth)
+    {
+        const Index index = reserve();
+        std::vector<Index> keys;
+        std::vector<Index> values;
+        for (const Dictionary::Entry& entry : entries) {
+            if (const auto added = addValue(entry.value, depth + 1)) {
+                keys.push_back(addText(entry.key));
+                values.push_back(*added);
+            }
+        }
+        // An error has a table of user info inside it, and that has texts.
+        if (underlying && depth + 3 <= KeyedArchive::maximumDepth) {
             keys.push_back(addText(UnderlyingErrorKey));
-            values.push_back(addError(*underlying));
+            values.push_back(addError(*underlying, depth + 1));
         }
-        setReferences(object, "NS.keys", keys);
-        setReferences(object, "NS.objects", values);
-        setReference(object, "$class", addClass("NSDictionary"));
+        const Object keyList = references(keys);
+        const Object valueList = references(values);
+        _objects[index] =
+            dictionary({{"NS.keys", keyList}, {"NS.objects", valueList}, {"$class", classReference("NSDictionary")}});
         return index;
     }
 
-    std::uint64_t addError(const Error& error)
+    Index addError(const Error& error, int depth)
     {
-        const auto [index, object] = beginObject();
-        plist_dict_set_item(object, "NSCode", plist_new_uint(static_cast<std::uint64_t>(error.code)));
-        setReference(object, "NSDomain", addText(error.domain));
-        setReference(object, "NSUserInfo", addDictionary(error.userInfo, error.underlying.get()));
-        setReference(object, "$class", addClass("NSError"));
+        const Index index = reserve();
+        const Object code = _plist.addInteger(error.code);
+        const Object domain = _plist.addReference(addText(error.domain));
+        const Object userInfo = _plist.addReference(addDictionary(error.userInfo, error.underlying.get(), depth + 1));
+        _objects[index] = dictionary(
+            {{"NSCode", code}, {"NSDomain", domain}, {"NSUserInfo", userInfo}, {"$class", classReference("NSError")}});
         return index;
     }
 
-    PlistTree _objects;
-    std::uint64_t _count = 0;
-    std::map<std::string, std::uint64_t> _texts;
-    std::map<std::string, std::uint64_t> _classes;
+    BinaryWriter _plist;
+    std::vector<Object> _objects;
+    std::map<std::string, Index> _texts;
+    std::map<std::string, Index> _classes;
 };
 
 } // namespace

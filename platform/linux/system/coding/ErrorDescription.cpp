@@ -16,7 +16,7 @@ std::string localizedDescription(const Error& error)
         char buffer[256];
         return ::strerror_r(static_cast<int>(error.code), buffer, sizeof buffer);
     }
-    const std::string format = localizedString("The operation couldn’t be completed. (%@ error %d.)");
+    const std::string format = localizedString("The operation couldn’t be completed. (%@ error %ld.)");
     return formatString(format, {error.domain, error.code}).value_or(error.domain);
 }
 

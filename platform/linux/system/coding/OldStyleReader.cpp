@@ -1,6 +1,5 @@
 #include "platform/linux/system/coding/OldStyleReader.h"
 
-#include "platform/Format.h"
 #include "platform/linux/system/coding/CodingError.h"
 #include "platform/Unicode.h"
 
@@ -34,7 +33,7 @@ int hexValue(char c)
 
 std::optional<PropertyList> OldStyleReader::read()
 {
-    if (!isValidUTF8(_text))
+    if (_text.find('\0') != std::string_view::npos || !isValidUTF8(_text))
         return std::nullopt;
     if (_rest.starts_with(byteOrderMark))
         _rest.remove_prefix(byteOrderMark.size());

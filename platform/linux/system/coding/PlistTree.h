@@ -1,12 +1,14 @@
 #pragma once
 
-#include "platform/Error.h"
+#include "platform/PropertyList.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <plist/plist.h>
 #include <span>
+#include <string>
 
 namespace platform {
 
@@ -17,18 +19,14 @@ struct PlistFree {
 // A property list as the library holds it. It also has the references of a keyed archive, which values do not.
 using PlistTree = std::unique_ptr<void, PlistFree>;
 
-// Reads the binary format, or XML, after a look at what it would unfold into.
-Result<PlistTree> readBinaryTree(std::span<const std::uint8_t> bytes);
-Result<PlistTree> readXMLTree(std::span<const std::uint8_t> bytes);
+// Reads the binary format after a look at what it would unfold into. Null when it is damaged.
+PlistTree readBinaryTree(std::span<const std::uint8_t> bytes);
 
-Data writeBinaryTree(plist_t tree);
+// Nothing when there is a reference or a text that is not UTF-8.
+std::optional<PropertyList> valueOfTree(plist_t tree);
 
-// From and to values. References have no value and fail.
-Result<PropertyList> valueOfTree(plist_t tree);
-Result<PlistTree> treeOfValue(const PropertyList& value);
-
-// The text of a string node, when it is valid UTF-8 (null for other nodes).
-Result<std::string> textOfTree(plist_t tree);
+// Nothing for other nodes than strings.
+std::optional<std::string> textOfTree(plist_t tree);
 
 // Call the function for each element until it returns false. True when it never did.
 bool forEachElement(plist_t array, const std::function<bool(plist_t)>& function);

@@ -1,6 +1,6 @@
 #include "platform/linux/system/coding/StringTable.h"
 
-#include "platform/linux/system/coding/OldStyleReader.h"
+#include "platform/linux/system/coding/PropertyListReader.h"
 
 #include <array>
 #include <cstdlib>
@@ -21,22 +21,26 @@ constexpr const char* fallbackLanguage = "en";
 Dictionary readTable(const std::string& folder, const std::string& language)
 {
     std::ifstream file(folder + "/" + language + ".lproj/Localizable.strings", std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    auto table = OldStyleReader(text).read();
+    const Data bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    auto table = readPropertyList(bytes);
     Dictionary* texts = table ? table->dictionary() : nullptr;
     return texts ? std::move(*texts) : Dictionary();
 }
 
-// "zh_CN.UTF-8" is written in Simplified Chinese, whose folder is named after the script.
-std::string folderLanguage(std::string_view locale)
+// "zh_CN.UTF-8" is written in Simplified Chinese, whose folder is named after the script. Other languages may have a
+// folder for the region besides the one for all.
+void appendLanguages(std::vector<std::string>& languages, std::string_view locale)
 {
     locale = locale.substr(0, locale.find_first_of(".@"));
-    const std::string_view language = locale.substr(0, locale.find('_'));
+    const std::string language(locale.substr(0, locale.find('_')));
     if (language == "zh") {
         const bool traditional = locale.ends_with("_TW") || locale.ends_with("_HK") || locale.ends_with("_MO");
-        return traditional ? "zh-Hant" : "zh-Hans";
+        languages.push_back(traditional ? "zh-Hant" : "zh-Hans");
+        return;
     }
-    return std::string(language);
+    if (locale.size() > language.size())
+        languages.push_back(language + "-" + std::string(locale.substr(language.size() + 1)));
+    languages.push_back(language);
 }
 
 const char* variable(const char* name)
@@ -89,10 +93,10 @@ std::vector<std::string> preferredLanguages()
         std::istringstream stream(list);
         for (std::string entry; std::getline(stream, entry, ':');) {
             if (!entry.empty())
-                languages.push_back(folderLanguage(entry));
+                appendLanguages(languages, entry);
         }
     }
-    languages.push_back(folderLanguage(used));
+    appendLanguages(languages, used);
     return languages;
 }
 
