@@ -158,7 +158,13 @@ std::shared_ptr<SystemBus::Call> SystemBus::beginCall(const void* owner, const C
                                                       std::uint64_t limit)
 {
     const Lock lock(_mutex);
-    return begin(owner, compose, std::move(completion), limit);
+    // Before the answer can arrive, so that it does not wake the connection's own thread too.
+    if (_serving && !_pumping)
+        arm(0);
+    std::shared_ptr<Call> call = begin(owner, compose, std::move(completion), limit);
+    if (!call && !_pumping)
+        handOver();
+    return call;
 }
 
 std::shared_ptr<SystemBus::Call> SystemBus::begin(const void* owner, const Compose& compose, Completion completion,

@@ -1,0 +1,295 @@
+#include "platform/linux/system/ServiceListener.h"
+#include "tests/integration/TestService.h"
+#include "tests/support/PrivateBus.h"
+
+#include <atomic>
+#include <csignal>
+#include <doctest/doctest.h>
+#include <systemd/sd-bus.h>
+#include <thread>
+
+using platform::ServiceListener;
+
+namespace {
+
+// A listener served by a thread of its own.
+class Served {
+public:
+    explicit Served(const ServiceListener::Handler& handler)
+    {
+        auto created = ServiceListener::create(TestServiceName, handler);
+        REQUIRE(created);
+        listener = std::move(*created);
+        _thread = std::thread([this] { _result = listener->run(); });
+    }
+    ~Served() { stop(); }
+    Served(const Served&) = delete;
+    Served& operator=(const Served&) = delete;
+
+    bool stop()
+    {
+        listener->stop();
+        return join();
+    }
+    bool join()
+    {
+        if (_thread.joinable())
+            _thread.join();
+        return _result;
+    }
+
+    std::unique_ptr<ServiceListener> listener;
+
+private:
+    std::atomic<bool> _result = false;
+    std::thread _thread;
+};
+
+void echo(ServiceListener::Request request, const ServiceListener::Reply& reply)
+{
+    reply({{"number", integerIn(request.message, "number").value_or(-1)},
+           {"sender", platform::Data(request.sender.begin(), request.sender.end())}});
+}
+
+// A client that says what it likes.
+class RawClient {
+public:
+    RawClient()
+    {
+        REQUIRE(sd_bus_open_system(&_bus) >= 0);
+        const char* name = nullptr;
+        REQUIRE(sd_bus_get_unique_name(_bus, &name) >= 0); // waits until it is connected
+    }
+    ~RawClient() { sd_bus_close_unref(_bus); }
+    RawClient(const RawClient&) = delete;
+    RawClient& operator=(const RawClient&) = delete;
+
+    template <class... Arguments>
+    int call(const char* member, const char* types, Arguments... arguments)
+    {
+        sd_bus_error error = SD_BUS_ERROR_NULL;
+        const int result = sd_bus_call_method(_bus, TestServiceName, "/com/zerkolin/brevane/scheduler", TestServiceName,
+                                              member, &error, nullptr, types, arguments...);
+        errorName = error.name ? error.name : "";
+        sd_bus_error_free(&error);
+        return result;
+    }
+
+    sd_bus* bus() const { return _bus; }
+    std::string errorName;
+
+private:
+    sd_bus* _bus = nullptr;
+};
+
+} // namespace
+
+TEST_CASE("A listener hands out the message and the sender that the bus reports")
+{
+    PrivateBus bus;
+    Served served(echo);
+    RecordedConnection recorded;
+    const platform::ServiceReply reply = recorded.connection->sendSynchronously({{"number", -5}});
+    REQUIRE(reply);
+    CHECK(integerIn(*reply, "number") == -5);
+    CHECK(textIn(*reply, "sender").starts_with(":1."));
+    CHECK(served.stop());
+}
+
+TEST_CASE("A listener that was told to stop before it runs stops at once")
+{
+    PrivateBus bus;
+    auto created = ServiceListener::create(TestServiceName, echo);
+    REQUIRE(created);
+    (*created)->stop();
+    CHECK((*created)->run());
+}
+
+TEST_CASE("A signal handler may stop a listener")
+{
+    PrivateBus bus;
+    const auto service = startTestService();
+    service->signal(SIGTERM);
+    CHECK(service->wait() == 0);
+}
+
+TEST_CASE("A listener ends with failure when the bus is lost")
+{
+    PrivateBus bus;
+    const auto service = startTestService();
+    bus.kill();
+    CHECK(service->wait() == 3);
+}
+
+TEST_CASE("A name that is taken, malformed or not allowed can't be served")
+{
+    PrivateBus bus;
+    const auto first = ServiceListener::create(TestServiceName, echo);
+    REQUIRE(first);
+    const auto second = ServiceListener::create(TestServiceName, echo);
+    REQUIRE_FALSE(second);
+    CHECK(second.error().starts_with("Cannot serve com.zerkolin.brevane.scheduler: the name cannot be owned ("));
+    CHECK_FALSE(ServiceListener::create("", echo));
+    CHECK_FALSE(ServiceListener::create("not a name", echo));
+    bus.addPolicy("<deny own=\"com.example.denied\"/>");
+    CHECK_FALSE(ServiceListener::create("com.example.denied", echo));
+    bus.kill();
+    const auto none = ServiceListener::create(TestServiceName, echo);
+    REQUIRE_FALSE(none);
+    CHECK(none.error().find("there is no system bus") != std::string::npos);
+}
+
+TEST_CASE("A name is not waited for: the first owner's end does not pass it on")
+{
+    PrivateBus bus;
+    const auto first = startTestService();
+    CHECK_FALSE(ServiceListener::create(TestServiceName, echo));
+    first->kill();
+    RecordedConnection recorded;
+    CHECK(recorded.connection->sendSynchronously({{"number", 1}})
+          == platform::ServiceReply(std::unexpected(platform::ServiceError::Invalid)));
+}
+
+TEST_CASE("Replies may come from any thread, late and in any order")
+{
+    PrivateBus bus;
+    std::vector<std::thread> workers;
+    std::atomic<int> seen = 0;
+    Served served([&](ServiceListener::Request request, ServiceListener::Reply reply) {
+        workers.emplace_back([number = integerIn(request.message, "number").value_or(0), reply, &seen] {
+            ++seen;
+            while (seen < 8) // all are in before the first is answered
+                std::this_thread::yield();
+            std::this_thread::sleep_for(std::chrono::milliseconds(5 * (8 - number)));
+            reply({{"number", number}});
+        });
+    });
+    RecordedConnection recorded;
+    std::vector<std::thread> clients;
+    std::atomic<int> right = 0;
+    for (std::int64_t number = 0; number < 8; ++number) {
+        clients.emplace_back([&, number] {
+            const platform::ServiceReply reply = recorded.connection->sendSynchronously({{"number", number}});
+            right += reply && integerIn(*reply, "number") == number;
+        });
+    }
+    for (std::thread& client : clients)
+        client.join();
+    CHECK(right == 8);
+    served.stop();
+    for (std::thread& worker : workers)
+        worker.join();
+}
+
+TEST_CASE("A second reply to a request is ignored")
+{
+    PrivateBus bus;
+    Served served([](const ServiceListener::Request&, const ServiceListener::Reply& reply) {
+        reply({{"number", 1}});
+        reply({{"number", 2}});
+    });
+    RecordedConnection recorded;
+    for (int index = 0; index < 3; ++index) {
+        const platform::ServiceReply reply = recorded.connection->sendSynchronously({});
+        REQUIRE(reply);
+        CHECK(integerIn(*reply, "number") == 1);
+    }
+}
+
+TEST_CASE("A reply given after the listener went away is dropped")
+{
+    PrivateBus bus;
+    Arrivals<ServiceListener::Reply> owed;
+    RecordedConnection recorded;
+    const auto replies = std::make_shared<Arrivals<platform::ServiceReply>>();
+    {
+        Served served(
+            [&](const ServiceListener::Request&, ServiceListener::Reply reply) { owed.add(std::move(reply)); });
+        recorded.connection->send({}, platform::Queue::global(),
+                                  [replies](platform::ServiceReply reply) { replies->add(std::move(reply)); });
+        REQUIRE(owed.waitFor(1).size() == 1);
+    }
+    owed.waitFor(1).front()({{"number", 1}});
+    CHECK(replies->waitFor(1)
+          == std::vector<platform::ServiceReply>{std::unexpected(platform::ServiceError::Interrupted)});
+}
+
+TEST_CASE("A request that asks for no reply gets none, not even when it is dropped")
+{
+    PrivateBus bus;
+    Arrivals<std::int64_t> seen;
+    Served served([&](ServiceListener::Request request, const ServiceListener::Reply& reply) {
+        const std::int64_t number = integerIn(request.message, "number").value_or(-1);
+        if (number % 2 == 0)
+            reply({{"number", number}});
+        seen.add(number);
+    });
+    RawClient client;
+    int unasked = 0;
+    const auto count = [](sd_bus_message* message, void* context, sd_bus_error*) {
+        *static_cast<int*>(context) += sd_bus_message_is_method_call(message, nullptr, nullptr) == 0
+            && sd_bus_message_is_signal(message, nullptr, nullptr) == 0;
+        return 0;
+    };
+    REQUIRE(sd_bus_add_filter(client.bus(), nullptr, count, &unasked) >= 0);
+    for (std::int64_t number = 0; number < 4; ++number) {
+        sd_bus_message* message = nullptr;
+        REQUIRE(sd_bus_message_new_method_call(client.bus(), &message, TestServiceName,
+                                               "/com/zerkolin/brevane/scheduler", TestServiceName, "Send")
+                >= 0);
+        sd_bus_message_set_expect_reply(message, 0);
+        sd_bus_message_append(message, "a{sv}", 1, "number", "x", number);
+        CHECK(sd_bus_send(client.bus(), message, nullptr) >= 0);
+        sd_bus_message_unref(message);
+    }
+    CHECK(seen.waitFor(4).size() == 4);
+    // Whatever had been sent to it would come before this answer.
+    CHECK(client.call("Send", "a{sv}", 1, "number", "x", std::int64_t(10)) >= 0);
+    while (sd_bus_process(client.bus(), nullptr) > 0) { }
+    CHECK(unasked == 0);
+}
+
+TEST_CASE("Messages that are not to the point are refused and change nothing")
+{
+    PrivateBus bus;
+    std::atomic<int> handled = 0;
+    Served served([&](ServiceListener::Request request, const ServiceListener::Reply& reply) {
+        ++handled;
+        CHECK(request.message.size() == 1);
+        reply({});
+    });
+    RawClient client;
+    CHECK(client.call("Send", "s", "text") < 0);
+    CHECK(client.errorName == "org.freedesktop.DBus.Error.InvalidArgs");
+    CHECK(client.call("Send", nullptr) < 0);
+    CHECK(client.call("Send", "a{ss}", 1, "message", "1") < 0);
+    CHECK(client.call("Other", nullptr) < 0);
+    CHECK(client.errorName == "org.freedesktop.DBus.Error.UnknownMethod");
+    CHECK(handled == 0);
+    // Entries of other types are left out, and of a key given twice the last counts.
+    CHECK(client.call("Send", "a{sv}", 4, "message", "x", std::int64_t(1), "text", "s", "words", "number", "u", 7,
+                      "message", "x", std::int64_t(2))
+          >= 0);
+    CHECK(handled == 1);
+}
+
+TEST_CASE("A big reply from another thread leaves even when the listener stops right after")
+{
+    PrivateBus bus;
+    constexpr std::size_t Size = 10 * 1024 * 1024;
+    ServiceListener* listener = nullptr;
+    std::thread worker;
+    Served served([&](const ServiceListener::Request&, ServiceListener::Reply reply) {
+        worker = std::thread([reply, &listener] {
+            reply({{"payload", platform::Data(Size, 1)}});
+            listener->stop();
+        });
+    });
+    listener = served.listener.get();
+    RecordedConnection recorded;
+    const platform::ServiceReply reply = recorded.connection->sendSynchronously({});
+    REQUIRE(reply);
+    CHECK(dataIn(*reply, "payload")->size() == Size);
+    CHECK(served.join());
+    worker.join();
+}
