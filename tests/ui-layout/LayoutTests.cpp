@@ -280,6 +280,21 @@ TEST_CASE("a window whose rows change keeps its width and takes their height in 
     CHECK(window.widget.size() == QSize(504, 24));
 }
 
+TEST_CASE("a window whose rows shall not stretch cannot be made higher than they are")
+{
+    const auto box = viewOf<QCheckBox>("box"), popUp = viewOf<QComboBox>();
+    const auto row = stackOf(0, {box, popUp});
+    const auto stack = stackOf(1, {viewOf<QCheckBox>("before")});
+    widgetOf(stack->view())->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    ShownWindow window(stack->view());
+    stack->setViews({row->view(), viewOf<QCheckBox>("other")});
+    ShownWindow::settle();
+    const int height = window.widget.height();
+    window.widget.resize(400, height + 100);
+    ShownWindow::settle();
+    CHECK(window.widget.size() == QSize(400, height));
+}
+
 TEST_CASE("a control keeps the keyboard when the rows around it change")
 {
     const auto a = viewOf<QCheckBox>("a"), b = viewOf<QCheckBox>("b");
