@@ -8,6 +8,7 @@ namespace platform::ui {
 
 class Window;
 
+// Warning is the style of every ordinary notice, good news included; only Critical looks alarming.
 enum class AlertStyle { Warning = 0, Informational = 1, Critical = 2 };
 
 // A message with buttons. The answer is 1000 for the first button, 1001 for the second and so on; closing it another

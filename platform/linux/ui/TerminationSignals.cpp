@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <csignal>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 namespace platform::ui {
 
@@ -38,15 +37,15 @@ void handle(int number, void (*handler)(int))
 
 TerminationSignals::TerminationSignals(std::function<void()> callBack)
     : _descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      _notifier(_descriptor, QSocketNotifier::Read)
+      _notifier(_descriptor.get(), QSocketNotifier::Read)
 {
     QObject::connect(&_notifier, &QSocketNotifier::activated, &_notifier,
-                     [descriptor = _descriptor, callBack = std::move(callBack)] {
+                     [descriptor = _descriptor.get(), callBack = std::move(callBack)] {
                          eventfd_t count = 0;
                          eventfd_read(descriptor, &count);
                          callBack();
                      });
-    handlerDescriptor = _descriptor;
+    handlerDescriptor = _descriptor.get();
     for (const int number : Signals)
         handle(number, noteSignal);
 }
@@ -57,7 +56,6 @@ TerminationSignals::~TerminationSignals()
         handle(number, SIG_DFL);
     handlerDescriptor = -1;
     _notifier.setEnabled(false);
-    close(_descriptor);
 }
 
 } // namespace platform::ui

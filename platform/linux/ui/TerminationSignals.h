@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/FileDescriptor.h"
+
 #include <functional>
 #include <QSocketNotifier>
 
@@ -15,7 +17,7 @@ public:
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
 private:
-    int _descriptor;
+    FileDescriptor _descriptor;
     QSocketNotifier _notifier;
 };
 
