@@ -99,13 +99,11 @@ public:
     {
         if (record(message, Mode::OneWay) == Path::Dead)
             return;
-        std::function<ServiceReply(const ServiceDictionary&)> handler;
-        {
-            const std::lock_guard lock(script().mutex);
-            handler = script().handler;
-        }
+        std::unique_lock lock(script().mutex);
+        const auto handler = script().handler;
+        lock.unlock();
         if (handler)
-            (void)handler(message);
+            [[maybe_unused]] const auto reply = handler(message);
     }
 
     void send(const ServiceDictionary& message, std::shared_ptr<Queue> replyQueue, ReplyHandler handler) override
