@@ -102,8 +102,8 @@ public:
         std::unique_lock lock(script().mutex);
         const auto handler = script().handler;
         lock.unlock();
-        if (handler)
-            [[maybe_unused]] const auto reply = handler(message);
+        const auto unheard = handler ? handler(message) : ServiceReply();
+        static_cast<void>(unheard);
     }
 
     void send(const ServiceDictionary& message, std::shared_ptr<Queue> replyQueue, ReplyHandler handler) override
