@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -263,7 +264,10 @@ private:
     Object date(plist_t node, int)
     {
         const Object time = content(node, "NS.time", PLIST_REAL);
-        return PropertyList(Date{std::get<PropertyList>(time).realValue()});
+        const double seconds = std::get<PropertyList>(time).realValue();
+        if (!std::isfinite(seconds))
+            throw Damaged();
+        return PropertyList(Date{seconds});
     }
 
     std::vector<plist_t> _objects;

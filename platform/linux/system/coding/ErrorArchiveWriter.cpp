@@ -146,8 +146,8 @@ private:
                 values.push_back(*added);
             }
         }
-        // An error has a table of user info inside it, and that has texts.
-        if (underlying && depth + 3 <= KeyedArchive::maximumDepth) {
+        // An error has its domain and its user info inside it.
+        if (underlying && depth + 2 <= KeyedArchive::maximumDepth) {
             keys.push_back(addText(UnderlyingErrorKey));
             values.push_back(addError(*underlying, depth + 1));
         }
