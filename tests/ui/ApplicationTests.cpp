@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <doctest/doctest.h>
 #include <functional>
+#include <QApplication>
+#include <QTimer>
+#include <QWidget>
 #include <string>
 #include <sys/wait.h>
 #include <thread>
@@ -164,12 +167,16 @@ TEST_CASE("The main queue is served, also from other threads and while an alert 
           == "awake launched task asked answer 1001 status 0");
 }
 
-TEST_CASE("Closing the last window terminates the application, and its closing alerts do not ask again")
+TEST_CASE("Closing the last window terminates the application, and an alert that closes then does not ask again")
 {
     CHECK(run([](Delegate& delegate) {
+              delegate.whenAsked = [] {
+                  QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
+                  report("answer " + std::to_string(Alert().runModal()) + " ");
+              };
               delegate.interface = Interface::load("MainWindow");
               delegate.interface->window()->makeKeyAndOrderFront();
               platform::Queue::main()->async([&delegate] { delegate.interface->window()->close(); });
           })
-          == "awake launched asked status 0");
+          == "awake launched asked answer 1000 status 0");
 }
