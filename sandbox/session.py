@@ -37,7 +37,8 @@ def use(sandbox):
     sandbox.start_authority()
     application = sandbox.start_application()
     try:
-        return application.wait()
+        status = application.wait()
+        return status if status >= 0 else 128 - status  # ended by a signal, as a shell tells it
     finally:
         sandbox.end(application)
 
