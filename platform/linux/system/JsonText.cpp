@@ -1,15 +1,10 @@
 #include "platform/linux/system/JsonText.h"
 
-#include "platform/Format.h"
+#include "platform/Unicode.h"
 
 namespace platform {
 
 namespace {
-
-std::size_t sequenceLength(unsigned char lead)
-{
-    return lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-}
 
 void appendEscaped(std::string& out, char character)
 {
@@ -48,16 +43,8 @@ std::string validUTF8(std::string_view text)
     if (isValidUTF8(text))
         return std::string(text);
     std::string valid;
-    while (!text.empty()) {
-        auto sequence = text.substr(0, sequenceLength(static_cast<unsigned char>(text.front())));
-        if (isValidUTF8(sequence)) {
-            valid += sequence;
-            text.remove_prefix(sequence.size());
-        } else {
-            valid += "\uFFFD";
-            text.remove_prefix(1);
-        }
-    }
+    while (!text.empty())
+        appendCharacter(valid, takeCharacter(text));
     return valid;
 }
 
