@@ -2,6 +2,7 @@
 
 #include "platform/linux/system/queue/MainQueue.h"
 #include "platform/linux/ui/ApplicationInstance.h"
+#include "platform/linux/ui/FontPreparation.h"
 #include "platform/linux/ui/TerminationSignals.h"
 
 #include <QSocketNotifier>
@@ -10,6 +11,7 @@ namespace platform::ui {
 
 int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<ApplicationDelegate>()>& makeDelegate)
 {
+    const FontPreparation fonts;
     ApplicationInstance application(argc, argv);
     const TerminationSignals signals([&application] { application.terminateSoon(); });
     QSocketNotifier mainQueue(mainQueueDescriptor(), QSocketNotifier::Read);

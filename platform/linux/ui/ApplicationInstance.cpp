@@ -9,6 +9,7 @@ ApplicationInstance::ApplicationInstance(int& argc, char** argv) : QApplication(
     setOrganizationName(QStringLiteral("Zerkolin"));
     setDesktopFileName(QStringLiteral("com.zerkolin.brevane.application"));
     setQuitOnLastWindowClosed(false);
+    setAttribute(Qt::AA_DontUseNativeMenuBar); // looking for a desktop's own costs the start a trip over the bus
     connect(this, &QGuiApplication::lastWindowClosed, this, &ApplicationInstance::lastWindowDidClose);
 }
 

@@ -9,8 +9,11 @@ namespace platform::ui {
 PopUpButton::PopUpButton(std::unique_ptr<Native> native) : Control(std::move(native))
 {
     auto& control = controlNative(*this);
-    QObject::connect(&widgetOf<QComboBox>(*this), &QComboBox::activated, &control.receiver,
-                     [&control] { control.sendAction(); });
+    auto& box = widgetOf<QComboBox>(*this);
+    QObject::connect(&box, &QComboBox::activated, &control.receiver, [&control] { control.sendAction(); });
+    // The toolkit tells assistive tools the value in place of the name.
+    if (box.accessibleDescription().isEmpty())
+        box.setAccessibleDescription(box.accessibleName());
 }
 
 int PopUpButton::numberOfItems() const
