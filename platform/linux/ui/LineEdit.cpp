@@ -80,46 +80,16 @@ bool LineEdit::allows(const QString& proposed, int positionAfter)
 {
     if (_byProgram || !_judge || proposed == _value)
         return true;
-    _refused = !_judge(editLeadingTo(proposed, positionAfter));
+    // What is inserted replaces the selection or stands at the cursor; what is deleted was after the cursor's new
+    // place.
+    const auto removed = std::max<qsizetype>(_value.size() - proposed.size(), 0);
+    const std::array places{
+        _caretBefore.selectionStart >= 0 ? TextEdit::Place{_caretBefore.selectionStart, _caretBefore.selectionLength}
+                                         : TextEdit::Place{_caretBefore.position, 0},
+        TextEdit::Place{positionAfter, removed},
+    };
+    _refused = !_judge(TextEdit::between(_value, proposed, places));
     return !_refused;
-}
-
-// What was replaced by what does not always follow from the two texts alone ("11" from "1"): the caret decides where it
-// can.
-LineEdit::Edit LineEdit::editLeadingTo(const QString& proposed, qsizetype positionAfter) const
-{
-    const auto growth = proposed.size() - _value.size();
-    const auto replacing = [&](qsizetype location, qsizetype length) {
-        return Edit{location, length, proposed.mid(location, std::max<qsizetype>(length + growth, 0))};
-    };
-    const qsizetype selected = _caretBefore.selectionStart >= 0 ? _caretBefore.selectionLength : 0;
-    const std::array candidates{
-        replacing(selected > 0 ? _caretBefore.selectionStart : _caretBefore.position, selected),
-        replacing(positionAfter, std::max<qsizetype>(-growth, 0)),
-    };
-    for (const auto& edit : candidates) {
-        if (isEditLeadingTo(proposed, edit))
-            return edit;
-    }
-
-    const auto shorter = std::min(proposed.size(), _value.size());
-    qsizetype prefix = 0;
-    while (prefix < shorter && proposed[prefix] == _value[prefix])
-        ++prefix;
-    if (prefix > 0 && _value[prefix - 1].isHighSurrogate())
-        --prefix;
-    qsizetype suffix = 0;
-    while (suffix < shorter - prefix && proposed[proposed.size() - 1 - suffix] == _value[_value.size() - 1 - suffix])
-        ++suffix;
-    if (suffix > 0 && _value[_value.size() - suffix].isLowSurrogate())
-        --suffix;
-    return replacing(prefix, _value.size() - suffix - prefix);
-}
-
-bool LineEdit::isEditLeadingTo(const QString& proposed, const Edit& edit) const
-{
-    return edit.location + edit.length <= _value.size()
-        && QString(_value).replace(edit.location, edit.length, edit.replacement) == proposed;
 }
 
 void LineEdit::textDidChange()

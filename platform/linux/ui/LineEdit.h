@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/ui/TextEdit.h"
 #include "platform/ui/TextField.h"
 
 #include <functional>
@@ -14,13 +15,7 @@ class LineEdit : public QLineEdit {
     Q_OBJECT
 
 public:
-    // Positions in UTF-16 code units of the text before.
-    struct Edit {
-        qsizetype location = 0;
-        qsizetype length = 0;
-        QString replacement;
-    };
-    using Judge = std::function<bool(const Edit&)>;
+    using Judge = std::function<bool(const TextEdit&)>;
     using CommandHandler = std::function<bool(TextCommand)>;
 
     explicit LineEdit(QWidget* parent = nullptr);
@@ -49,8 +44,6 @@ private:
     };
 
     bool allows(const QString& proposed, int positionAfter);
-    Edit editLeadingTo(const QString& proposed, qsizetype positionAfter) const;
-    bool isEditLeadingTo(const QString& proposed, const Edit& edit) const;
     void textDidChange();
     void takeBack();
     Caret caret() const;

@@ -39,7 +39,7 @@ TextField::TextField(std::unique_ptr<Native> native) : Control(std::move(native)
         return;
     }
     auto& field = fieldNative(*this);
-    line->setJudge([this, &field](const LineEdit::Edit& edit) {
+    line->setJudge([this, &field](const TextEdit& edit) {
         const auto delegate = field.delegate.lock();
         const TextRange range{static_cast<std::size_t>(edit.location), static_cast<std::size_t>(edit.length)};
         return !delegate || delegate->shouldChangeText(*this, range, edit.replacement.toStdString());
