@@ -125,7 +125,7 @@ class Desktop:
     def matching(self, role, name=None, within=None):
         found = []
         for node in (within.nodes() if within else self.nodes()):
-            if node.role == role and (name is None or re.fullmatch(name, node.name)) and node.showing:
+            if node.role == role and (name is None or node.is_called(name)) and node.showing:
                 found.append(node)
         return found
 
@@ -173,6 +173,12 @@ class Node:
         self.accessible = accessible
         self.role = accessible.get_role_name()
         self.name = accessible.get_name() or ""
+
+    def is_called(self, name):
+        """Whether the whole name matches the expression; a pop-up is named by its value and described by its name."""
+        if re.fullmatch(name, self.name):
+            return True
+        return self.role == "combo box" and re.fullmatch(name, self.accessible.get_description() or "") is not None
 
     def _has(self, state):
         try:

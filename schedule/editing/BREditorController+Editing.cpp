@@ -65,7 +65,7 @@ bool BREditorController::reloadSettings()
     auto reply = BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageGetSettings);
     if (reply && !reply->dictionary()) {
         reply = std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeReply,
-                                                          {{"message", std::int64_t {BRVMessageGetSettings}}}));
+                                                          {{"message", std::int64_t{BRVMessageGetSettings}}}));
     }
     _currentSettings = reply ? std::optional(*reply->dictionary()) : std::nullopt;
     if (!reply)

@@ -1,0 +1,186 @@
+#include "tests/schedule/EditingModel.h"
+
+#include <algorithm>
+
+using platform::Dictionary;
+using platform::ui::TimeOfDay;
+
+namespace {
+
+const std::array<const char*, 3> advancedKeys{"DontRunWhenPassive", "DontRunWithSleepPreventers",
+                                              "DontRunWhenNotNetworkWired"};
+const std::array<const char*, 3> advancedBoxes{"dontRunWhenPassiveCheckBox", "dontRunWithSleepPreventersCheckBox",
+                                               "dontRunWhenNotNetworkWiredCheckBox"};
+const std::array<const char*, 3> modes{"WhenInactive", "Interval", "CalendarIntervals"};
+const std::array<const char*, 4> units{"Minutes", "Hours", "Days", "Weeks"};
+
+} // namespace
+
+EditingModel::EditingModel(const Machine& machine, const ScheduleSettings& fetched) : _machine(machine)
+{
+    fetch(fetched);
+}
+
+void EditingModel::fetch(const ScheduleSettings& record)
+{
+    _current = record;
+    show();
+}
+
+void EditingModel::show()
+{
+    const bool disabled = _current.boolForKey("Disabled");
+    backups = !disabled && _current.boolForKey("Backups");
+    snapshots = !disabled && _current.boolForKey("Snapshots");
+    suspend = _current.boolForKey("Suspend");
+    battery = _current.boolForKey("AllowBattery");
+    for (std::size_t i = 0; i < advanced.size(); ++i) {
+        advanced[i] = _current.boolForKey(advancedKeys[i]);
+        _showsAdvanced = _showsAdvanced || advanced[i];
+    }
+    if (const Dictionary* times = _current.dictionaryForKey("SuspendSettings")) {
+        const auto time = [times](const char* hour, const char* minute) {
+            return TimeOfDay{static_cast<int>(times->integerForKey(hour)),
+                             static_cast<int>(times->integerForKey(minute))};
+        };
+        setTimes(time("StartHour", "StartMinute"), time("EndHour", "EndMinute"));
+    }
+    const std::string* mode = _current.stringForKey("BackupsMode");
+    _mode = mode && *mode == modes[1] ? 1 : mode && *mode == modes[2] ? 2 : 0;
+    if (_hasIntervalEditor) {
+        const Dictionary* settings = _current.dictionaryForKey("Interval");
+        _keptInterval = settings ? std::optional(*settings) : std::nullopt;
+        if (_wasIntervalShown)
+            showInterval();
+    }
+    createEditor();
+    layOut();
+}
+
+void EditingModel::createEditor()
+{
+    if (_mode == 0)
+        _hasWhenInactiveEditor = true;
+    if (_mode == 1 && !_hasIntervalEditor) {
+        _hasIntervalEditor = true;
+        const Dictionary* settings = _current.dictionaryForKey("Interval");
+        _keptInterval = settings ? std::optional(*settings) : std::nullopt;
+    }
+}
+
+void EditingModel::layOut()
+{
+    if (backups && _mode == 1 && !_wasIntervalShown) {
+        _wasIntervalShown = true;
+        showInterval();
+    }
+}
+
+void EditingModel::showInterval()
+{
+    _unit = 0;
+    std::int64_t count = 0;
+    for (int unit = 3; unit >= 0; --unit) {
+        const auto* value = _keptInterval ? _keptInterval->find(units[static_cast<std::size_t>(unit)]) : nullptr;
+        if (value && value->isNumber()) {
+            _unit = unit;
+            count = value->integerValue();
+            break;
+        }
+    }
+    setCount(count);
+}
+
+void EditingModel::setCount(std::int64_t count)
+{
+    _count = std::clamp<std::int64_t>(count, 1, 999);
+}
+
+void EditingModel::setTimes(TimeOfDay from, TimeOfDay to)
+{
+    _from = from;
+    _to = to;
+}
+
+void EditingModel::toggleBackups()
+{
+    backups = !backups;
+    layOut();
+}
+
+void EditingModel::chooseMode(int mode)
+{
+    _mode = mode;
+    createEditor();
+    layOut();
+}
+
+void EditingModel::toggleAdvancedSettings()
+{
+    _showsAdvanced = !_showsAdvanced;
+}
+
+bool EditingModel::isAtLeast(std::int64_t minor) const
+{
+    return _machine.system.major > 10 || _machine.system.minor >= minor;
+}
+
+std::array<bool, 3> EditingModel::judgedConditions() const
+{
+    return {isAtLeast(10), true, isAtLeast(14)};
+}
+
+Dictionary EditingModel::interval() const
+{
+    if (!_wasIntervalShown)
+        return _keptInterval.value_or(Dictionary{{"Minutes", 1}});
+    if (_unit == 0 && _count % 60 == 0)
+        return {{"Hours", _count / 60}};
+    if (_unit == 1 && _count % 24 == 0)
+        return {{"Days", _count / 24}};
+    return {{units[static_cast<std::size_t>(_unit)], _count}};
+}
+
+ScheduleSettings EditingModel::record() const
+{
+    ScheduleSettings record = _current;
+    record.remove("Disabled");
+    record.set("Backups", backups);
+    record.set("BackupsMode", modes[static_cast<std::size_t>(_mode)]);
+    if (_hasWhenInactiveEditor)
+        record.set("WhenInactive", Dictionary());
+    if (_hasIntervalEditor)
+        record.set("Interval", interval());
+    record.set("Suspend", suspend);
+    record.set("SuspendSettings",
+               Dictionary{{"StartHour", _from.hour},
+                          {"StartMinute", _from.minute},
+                          {"EndHour", _to.hour},
+                          {"EndMinute", _to.minute}});
+    for (std::size_t i = 0; i < advanced.size(); ++i)
+        record.set(advancedKeys[i], _showsAdvanced && judgedConditions()[i] && advanced[i]);
+    if (_machine.battery == true)
+        record.set("AllowBattery", battery);
+    if (isAtLeast(13))
+        record.set("Snapshots", snapshots);
+    return record;
+}
+
+std::vector<std::string> EditingModel::rows() const
+{
+    std::vector<std::string> rows{"modeStackView"};
+    if (backups) {
+        if (_mode < 2)
+            rows.push_back(_mode == 0 ? "whenInactiveView" : "intervalView");
+        rows.push_back("suspendStackView");
+        if (_machine.battery == true)
+            rows.push_back("allowBatteryCheckBox");
+        for (std::size_t i = 0; i < advanced.size(); ++i) {
+            if (_showsAdvanced && judgedConditions()[i])
+                rows.push_back(advancedBoxes[i]);
+        }
+    }
+    if (isAtLeast(13))
+        rows.push_back("snapshotsCheckBox");
+    return rows;
+}

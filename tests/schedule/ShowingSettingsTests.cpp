@@ -1,0 +1,321 @@
+#include "tests/shell/support/EditorTest.h"
+
+#include <cstdint>
+#include <doctest/doctest.h>
+#include <limits>
+#include <string>
+#include <vector>
+
+using platform::Dictionary;
+using platform::ui::TimeOfDay;
+using Rows = std::vector<std::string>;
+
+namespace {
+
+const std::vector<std::string> advancedKeys{"DontRunWhenPassive", "DontRunWithSleepPreventers",
+                                            "DontRunWhenNotNetworkWired"};
+
+Dictionary suspension(std::int64_t startHour, std::int64_t startMinute, std::int64_t endHour, std::int64_t endMinute)
+{
+    return {{"StartHour", startHour}, {"StartMinute", startMinute}, {"EndHour", endHour}, {"EndMinute", endMinute}};
+}
+
+} // namespace
+
+TEST_CASE("the window shows every key of the fetched record")
+{
+    EditorTest editor(completeRecord());
+    CHECK(editor.user.seesWindow());
+    CHECK(editor.user.isOn("backupsCheckBox"));
+    CHECK(editor.user.isEnabled("operationModePopUp"));
+    CHECK(editor.user.selectedIndex("operationModePopUp") == 1);
+    CHECK(editor.user.text("intervalField") == "90");
+    CHECK(editor.user.isOn("suspendCheckBox"));
+    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
+    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{6, 45});
+    CHECK(editor.user.isOn("allowBatteryCheckBox"));
+    CHECK(editor.user.isOn("snapshotsCheckBox"));
+    CHECK(editor.user.text("advancedSettingsButton") == "Show Advanced Settings");
+    CHECK(editor.user.rows()
+          == Rows{"modeStackView", "intervalView", "suspendStackView", "allowBatteryCheckBox", "snapshotsCheckBox"});
+}
+
+TEST_CASE("an empty record shows backups off, the when-inactive mode and nothing ticked")
+{
+    EditorTest editor(ScheduleSettings{});
+    CHECK_FALSE(editor.user.isOn("backupsCheckBox"));
+    CHECK(editor.user.selectedIndex("operationModePopUp") == 0);
+    CHECK_FALSE(editor.user.isEnabled("operationModePopUp"));
+    CHECK_FALSE(editor.user.isOn("snapshotsCheckBox"));
+    CHECK_FALSE(editor.user.sees("advancedSettingsButton"));
+    CHECK(editor.user.rows() == Rows{"modeStackView", "snapshotsCheckBox"});
+}
+
+TEST_CASE("a record without a mode shows the when-inactive mode")
+{
+    EditorTest editor({{"Backups", true}});
+    CHECK(editor.user.selectedIndex("operationModePopUp") == 0);
+    CHECK(editor.user.sees("whenInactiveView"));
+}
+
+TEST_CASE("an unknown mode, or one of another type, shows the when-inactive mode")
+{
+    for (const platform::PropertyList& mode : {platform::PropertyList("Hourly"), platform::PropertyList(1)}) {
+        EditorTest editor(completeRecordWith("BackupsMode", mode));
+        CHECK(editor.user.selectedIndex("operationModePopUp") == 0);
+    }
+}
+
+TEST_CASE("a mode whose editor does not exist is selected and shows no editor")
+{
+    EditorTest editor(completeRecordWith("BackupsMode", "CalendarIntervals"));
+    CHECK(editor.user.selectedIndex("operationModePopUp") == 2);
+    CHECK(editor.user.rows() == Rows{"modeStackView", "suspendStackView", "allowBatteryCheckBox", "snapshotsCheckBox"});
+}
+
+TEST_CASE("a disabled record shows backups and snapshots off whatever else it says")
+{
+    EditorTest editor(completeRecordWith("Disabled", true));
+    CHECK_FALSE(editor.user.isOn("backupsCheckBox"));
+    CHECK_FALSE(editor.user.isEnabled("operationModePopUp"));
+    CHECK_FALSE(editor.user.sees("advancedSettingsButton"));
+    CHECK_FALSE(editor.user.isOn("snapshotsCheckBox"));
+    CHECK(editor.user.rows() == Rows{"modeStackView", "snapshotsCheckBox"});
+}
+
+TEST_CASE("a record that is expressly not disabled shows what it says")
+{
+    EditorTest editor(completeRecordWith("Disabled", false));
+    CHECK(editor.user.isOn("backupsCheckBox"));
+    CHECK(editor.user.isOn("snapshotsCheckBox"));
+}
+
+TEST_CASE("numbers count as booleans by value, and other types as false")
+{
+    EditorTest numbers({{"Backups", 1}, {"Suspend", 2}, {"Snapshots", 0}, {"AllowBattery", 1.5}});
+    CHECK(numbers.user.isOn("backupsCheckBox"));
+    CHECK(numbers.user.isOn("suspendCheckBox"));
+    CHECK_FALSE(numbers.user.isOn("snapshotsCheckBox"));
+    CHECK(numbers.user.isOn("allowBatteryCheckBox"));
+}
+
+TEST_CASE("values of other types read as absent or false")
+{
+    EditorTest editor({{"Backups", true},
+                       {"BackupsMode", "Interval"},
+                       {"Interval", "often"},
+                       {"Suspend", "yes"},
+                       {"SuspendSettings", 5},
+                       {"DontRunWhenPassive", "true"},
+                       {"AllowBattery", Dictionary()},
+                       {"Snapshots", platform::Array{true}}});
+    CHECK(editor.user.text("intervalField") == "1");
+    CHECK_FALSE(editor.user.isOn("suspendCheckBox"));
+    CHECK_FALSE(editor.user.isOn("allowBatteryCheckBox"));
+    CHECK_FALSE(editor.user.isOn("snapshotsCheckBox"));
+    CHECK(editor.user.text("advancedSettingsButton") == "Show Advanced Settings");
+}
+
+TEST_CASE("without suspension times the pickers keep what they show")
+{
+    EditorTest editor(completeRecord());
+    ScheduleSettings without = completeRecord();
+    without.remove("SuspendSettings");
+    editor.scheduler.setRecord(without);
+    REQUIRE(editor.controller->reloadSettings());
+    editor.controller->updateSettings();
+    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
+    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{6, 45});
+}
+
+TEST_CASE("hours and minutes out of range carry over, as a lenient calendar has it")
+{
+    struct Case {
+        std::int64_t hour, minute;
+        TimeOfDay shown;
+    };
+    for (const Case& each : std::vector<Case>{{25, 0, {1, 0}},
+                                              {24, 0, {0, 0}},
+                                              {0, 60, {1, 0}},
+                                              {23, 59, {23, 59}},
+                                              {23, 61, {0, 1}},
+                                              {-1, 0, {23, 0}},
+                                              {0, -1, {23, 59}},
+                                              {100, 100, {5, 40}},
+                                              {12, -720, {0, 0}}}) {
+        CAPTURE(each.hour);
+        CAPTURE(each.minute);
+        EditorTest editor(completeRecordWith("SuspendSettings", suspension(each.hour, each.minute, 6, 45)));
+        CHECK(editor.user.time("suspendFromPicker") == each.shown);
+        CHECK(editor.user.time("suspendToPicker") == TimeOfDay{6, 45});
+    }
+}
+
+TEST_CASE("a time that cannot be represented leaves its picker alone")
+{
+    EditorTest editor(completeRecord());
+    const std::int64_t huge = std::numeric_limits<std::int64_t>::max();
+    editor.scheduler.setRecord(completeRecordWith("SuspendSettings", suspension(huge, 5, 7, 30)));
+    REQUIRE(editor.controller->reloadSettings());
+    editor.controller->updateSettings();
+    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
+    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{7, 30});
+    editor.scheduler.setRecord(completeRecordWith("SuspendSettings", suspension(huge / 60, huge, 8, 30)));
+    REQUIRE(editor.controller->reloadSettings());
+    editor.controller->updateSettings();
+    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
+    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{8, 30});
+}
+
+TEST_CASE("missing or mistyped parts of a time count as 0")
+{
+    EditorTest editor(completeRecordWith("SuspendSettings", Dictionary{{"StartMinute", 20}, {"EndHour", "six"}}));
+    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{0, 20});
+    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{0, 0});
+}
+
+TEST_CASE("any advanced condition of the record opens the advanced settings")
+{
+    for (const std::string& key : advancedKeys) {
+        EditorTest editor(completeRecordWith(key, true));
+        CHECK(editor.user.text("advancedSettingsButton") == "Hide Advanced Settings");
+        CHECK(editor.user.isOn("dontRunWhenPassiveCheckBox") == (key == advancedKeys[0]));
+        CHECK(editor.user.isOn("dontRunWithSleepPreventersCheckBox") == (key == advancedKeys[1]));
+        CHECK(editor.user.isOn("dontRunWhenNotNetworkWiredCheckBox") == (key == advancedKeys[2]));
+        CHECK(editor.user.rows()
+              == Rows{"modeStackView", "intervalView", "suspendStackView", "allowBatteryCheckBox",
+                      "dontRunWhenPassiveCheckBox", "dontRunWithSleepPreventersCheckBox",
+                      "dontRunWhenNotNetworkWiredCheckBox", "snapshotsCheckBox"});
+    }
+}
+
+TEST_CASE("advanced settings that are shown stay so when the record is shown again")
+{
+    EditorTest editor(completeRecord());
+    editor.user.click("advancedSettingsButton");
+    editor.user.clickMenuItem("showCurrentSettingsMenuItem");
+    CHECK(editor.user.text("advancedSettingsButton") == "Hide Advanced Settings");
+    CHECK(editor.user.sees("dontRunWhenPassiveCheckBox"));
+}
+
+TEST_CASE("the advanced button shows and hides the advanced conditions and says what it would do")
+{
+    EditorTest editor(completeRecord());
+    CHECK_FALSE(editor.user.sees("dontRunWhenPassiveCheckBox"));
+    editor.user.click("advancedSettingsButton");
+    CHECK(editor.user.text("advancedSettingsButton") == "Hide Advanced Settings");
+    CHECK(editor.user.sees("dontRunWhenPassiveCheckBox"));
+    CHECK(editor.user.sees("dontRunWithSleepPreventersCheckBox"));
+    CHECK(editor.user.sees("dontRunWhenNotNetworkWiredCheckBox"));
+    editor.user.click("advancedSettingsButton");
+    CHECK(editor.user.text("advancedSettingsButton") == "Show Advanced Settings");
+    CHECK_FALSE(editor.user.sees("dontRunWhenPassiveCheckBox"));
+}
+
+TEST_CASE("advanced conditions that the system cannot judge have no box")
+{
+    const auto advancedRows = [](const platform::OperatingSystemVersion& version) {
+        EditorTest editor(completeRecordWith("DontRunWithSleepPreventers", true), {.system = version});
+        Rows rows;
+        for (const std::string& row : editor.user.rows()) {
+            if (row.starts_with("dontRun"))
+                rows.push_back(row);
+        }
+        return rows;
+    };
+    const Rows sleepAlone{"dontRunWithSleepPreventersCheckBox"};
+    const Rows withPassive{"dontRunWhenPassiveCheckBox", "dontRunWithSleepPreventersCheckBox"};
+    const Rows all{"dontRunWhenPassiveCheckBox", "dontRunWithSleepPreventersCheckBox",
+                   "dontRunWhenNotNetworkWiredCheckBox"};
+    CHECK(advancedRows({10, 9, 5}) == sleepAlone);
+    CHECK(advancedRows({10, 10, 0}) == withPassive);
+    CHECK(advancedRows({10, 13, 6}) == withPassive);
+    CHECK(advancedRows({10, 14, 0}) == all);
+    CHECK(advancedRows({11, 0, 0}) == all);
+}
+
+TEST_CASE("turning backups off leaves the snapshots box alone on screen, and on brings the rest back")
+{
+    EditorTest editor(completeRecordWith("DontRunWhenPassive", true));
+    const Rows before = editor.user.rows();
+    editor.user.click("backupsCheckBox");
+    CHECK(editor.user.rows() == Rows{"modeStackView", "snapshotsCheckBox"});
+    CHECK_FALSE(editor.user.isEnabled("operationModePopUp"));
+    CHECK_FALSE(editor.user.sees("advancedSettingsButton"));
+    editor.user.click("backupsCheckBox");
+    CHECK(editor.user.rows() == before);
+    CHECK(editor.user.isEnabled("operationModePopUp"));
+    CHECK(editor.user.sees("advancedSettingsButton"));
+}
+
+TEST_CASE("without a battery there is no battery box")
+{
+    for (const std::optional<bool> battery : {std::optional<bool>(false), std::optional<bool>()}) {
+        EditorTest editor(completeRecord(), {.battery = battery});
+        CHECK_FALSE(editor.user.sees("allowBatteryCheckBox"));
+        CHECK(editor.user.sees("snapshotsCheckBox"));
+    }
+}
+
+TEST_CASE("without snapshots there is no snapshots box")
+{
+    EditorTest older(completeRecord(), {.system = {10, 12, 6}});
+    CHECK(older.user.sees("allowBatteryCheckBox"));
+    CHECK_FALSE(older.user.sees("snapshotsCheckBox"));
+    older.user.click("backupsCheckBox");
+    CHECK(older.user.rows() == Rows{"modeStackView"});
+}
+
+TEST_CASE("choosing a mode shows its editor in the mode's row")
+{
+    EditorTest editor(completeRecord());
+    editor.user.choose("operationModePopUp", 0);
+    CHECK(editor.user.sees("whenInactiveView"));
+    CHECK_FALSE(editor.user.sees("intervalView"));
+    editor.user.choose("operationModePopUp", 2);
+    CHECK_FALSE(editor.user.sees("whenInactiveView"));
+    editor.user.choose("operationModePopUp", 1);
+    CHECK(editor.user.rows()[1] == "intervalView");
+}
+
+TEST_CASE("edits of a mode survive a look at another mode")
+{
+    EditorTest editor(completeRecord());
+    editor.user.replaceText("intervalField", "45");
+    editor.user.choose("operationModePopUp", 0);
+    editor.user.choose("operationModePopUp", 1);
+    CHECK(editor.user.text("intervalField") == "45");
+}
+
+TEST_CASE("a mode's editor is filled from the fetched record when it is first shown")
+{
+    EditorTest editor(completeRecordWith("BackupsMode", "WhenInactive"));
+    editor.user.choose("operationModePopUp", 1);
+    CHECK(editor.user.text("intervalField") == "90");
+}
+
+TEST_CASE("showing the current settings throws every edit away and asks nobody")
+{
+    EditorTest editor(completeRecord());
+    editor.user.replaceText("intervalField", "45");
+    editor.user.choose("intervalUnitsPopUp", 2);
+    editor.user.click("suspendCheckBox");
+    editor.user.pick("suspendFromPicker", {20, 0});
+    editor.user.click("snapshotsCheckBox");
+    editor.user.click("allowBatteryCheckBox");
+    editor.user.choose("operationModePopUp", 0);
+    editor.user.click("backupsCheckBox");
+    editor.user.clickMenuItem("showCurrentSettingsMenuItem");
+
+    CHECK(editor.user.isOn("backupsCheckBox"));
+    CHECK(editor.user.isEnabled("operationModePopUp"));
+    CHECK(editor.user.selectedIndex("operationModePopUp") == 1);
+    CHECK(editor.user.text("intervalField") == "90");
+    CHECK(editor.user.selectedIndex("intervalUnitsPopUp") == 0);
+    CHECK(editor.user.isOn("suspendCheckBox"));
+    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
+    CHECK(editor.user.isOn("snapshotsCheckBox"));
+    CHECK(editor.user.isOn("allowBatteryCheckBox"));
+    CHECK(editor.scheduler.fetches() == 1);
+    CHECK(editor.scheduler.received().empty());
+}
