@@ -12,6 +12,8 @@ void installDefaultRights()
         if (!platform::Authorization::right(right))
             missing.emplace_back(right, platform::Dictionary{{"rule", platform::Array{"authenticate-admin"}}});
     }
-    if (!missing.empty())
-        static_cast<void>(ZRKAuthorizationManager::setAuthorizationRights(missing));
+    if (missing.empty())
+        return;
+    // Whatever comes of it, it is in the log already.
+    [[maybe_unused]] auto defined = ZRKAuthorizationManager::setAuthorizationRights(missing);
 }

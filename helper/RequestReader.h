@@ -19,7 +19,7 @@ class RequestReader {
 public:
     using Payload = std::optional<platform::PropertyList>;
 
-    static constexpr std::size_t maximumPayloadSize = 4 * 1024 * 1024;
+    static constexpr std::size_t maximumPayloadSize = std::size_t(4) << 20;
 
     // Messager error 3 for a missing number or an odd payload, authorization error 3 for an authorization that is not
     // of 32 bytes.

@@ -24,7 +24,7 @@ using platform::ServiceDictionary;
 namespace {
 
 // Anyone may send. What waits is bounded, so that nobody can fill the memory by sending faster than we answer.
-constexpr std::size_t maximumWaitingSize = 64 * 1024 * 1024;
+constexpr std::size_t maximumWaitingSize = std::size_t(64) << 20;
 constexpr std::size_t requestOverhead = 1024;
 
 std::size_t sizeOf(const ServiceDictionary& message)

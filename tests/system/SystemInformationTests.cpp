@@ -1,5 +1,6 @@
 #include "platform/SystemInformation.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/ForkedProcess.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <algorithm>
@@ -82,9 +83,11 @@ TEST_CASE("The bundle version is the release with the number of the build")
     CHECK(std::ranges::all_of(version, [](unsigned char c) { return std::isdigit(c) || c == '.'; }));
 }
 
-TEST_CASE("The process and its user are the system's")
+TEST_CASE("The process, a forked one too, and its user are the system's")
 {
     CHECK(platform::processIdentifier() == ::getpid());
+    CHECK(inForkedProcess([] { return platform::processIdentifier() == ::getpid() ? "its own" : "its parent's"; })
+          == "its own");
     CHECK(platform::userIdentifier() == ::getuid());
     CHECK(platform::effectiveUserIdentifier() == ::geteuid());
 }

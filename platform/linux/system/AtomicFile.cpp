@@ -88,7 +88,7 @@ void removeInterruptedReplacements(const std::string& path)
     while (auto* entry = ::readdir(directory)) {
         std::string_view name = entry->d_name;
         if (name.size() == prefix.size() + suffixPattern.size() && name.starts_with(prefix))
-            ::unlinkat(::dirfd(directory), entry->d_name, 0);
+            ::unlink((folder + "/" + entry->d_name).c_str());
     }
     ::closedir(directory);
 }

@@ -23,6 +23,6 @@ std::expected<void, int> replaceFile(const std::string& path, std::span<const st
 void removeInterruptedReplacements(const std::string& path);
 
 // The whole of a regular file. EFBIG when it holds more than `limit` bytes, EINVAL when it is not a regular file.
-std::expected<Data, int> readFile(const std::string& path, std::size_t limit = 16 * 1024 * 1024);
+std::expected<Data, int> readFile(const std::string& path, std::size_t limit = std::size_t(16) << 20);
 
 } // namespace platform

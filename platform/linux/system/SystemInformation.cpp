@@ -2,11 +2,11 @@
 
 #include "platform/linux/system/Root.h"
 
+#include <atomic>
 #include <charconv>
-#include <compare>
 #include <cstdlib>
-#include <cstring>
 #include <optional>
+#include <pthread.h>
 #include <pwd.h>
 #include <tuple>
 #include <unistd.h>
@@ -48,6 +48,10 @@ OperatingSystemVersion systemVersion()
     return text ? parseVersion(text).value_or(defaultVersion) : defaultVersion;
 }
 
+// Every line of the log asks for it, and the system call would cost more than all else in a line but the write.
+// 0 when it has not been asked for since the process began.
+constinit std::atomic<pid_t> knownProcess = 0;
+
 std::string accountHome()
 {
     std::vector<char> buffer(16384);
@@ -82,7 +86,13 @@ std::uint32_t effectiveUserIdentifier()
 
 std::int32_t processIdentifier()
 {
-    return ::getpid();
+    static const bool forgetsOnFork = ::pthread_atfork(nullptr, nullptr, [] { knownProcess = 0; }) == 0;
+    pid_t process = knownProcess.load(std::memory_order_relaxed);
+    if (process == 0) {
+        process = ::getpid();
+        knownProcess = forgetsOnFork ? process : 0;
+    }
+    return process;
 }
 
 std::string homeDirectory()
