@@ -18,6 +18,8 @@ target_include_directories(brevane_options INTERFACE "${CMAKE_SOURCE_DIR}")
 target_compile_options(brevane_options INTERFACE
     -Wall -Wextra -Werror -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough
     -fvisibility=hidden -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+# gcc 12 takes the alternatives of a variant that are not there for uninitialised ones.
+target_compile_options(brevane_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 # lld also takes archives in any order, which lets a program choose its port of the platform last.
 target_link_options(brevane_options INTERFACE -fuse-ld=lld)
 
