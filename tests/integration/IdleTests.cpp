@@ -5,6 +5,7 @@
 #include <doctest/doctest.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <string>
 #include <thread>
@@ -28,6 +29,25 @@ std::map<std::string, long> sleepsOfThreads(pid_t process)
         }
     }
     return counts;
+}
+
+std::size_t threadsNamed(const std::string& name)
+{
+    std::size_t count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream file(task.path() / "comm");
+        std::string line;
+        std::getline(file, line);
+        count += line == name;
+    }
+    return count;
+}
+
+bool becomes(const std::function<bool()>& condition)
+{
+    for (int attempt = 0; attempt < 250 && !condition(); ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    return condition();
 }
 
 } // namespace
@@ -62,11 +82,8 @@ TEST_CASE("The connection's own thread ends with the bus")
     const auto service = startTestService();
     RecordedConnection recorded;
     REQUIRE(recorded.connection->sendSynchronously({{"message", 1}}));
-    recorded.queue->sync([] { });
-    const std::size_t before = sleepsOfThreads(getpid()).size();
+    CHECK(becomes([] { return threadsNamed("service bus") == 1; }));
     bus.kill();
     CHECK(recorded.events->waitFor(1).size() == 1);
-    for (int attempt = 0; attempt < 100 && sleepsOfThreads(getpid()).size() >= before; ++attempt)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    CHECK(sleepsOfThreads(getpid()).size() < before);
+    CHECK(becomes([] { return threadsNamed("service bus") == 0; }));
 }

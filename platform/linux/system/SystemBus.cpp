@@ -418,6 +418,7 @@ bool SystemBus::isNeeded() const
 
 void SystemBus::serve()
 {
+    ::pthread_setname_np(::pthread_self(), "service bus");
     Lock lock(_mutex);
     while (isNeeded()) {
         if (_pumping || !_waiting.empty()) {

@@ -7,6 +7,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <QSocketNotifier>
+#include <algorithm>
 #include <stdexcept>
 
 using namespace platform::ui;
@@ -92,6 +93,25 @@ void launch(const std::shared_ptr<ApplicationDelegate>& delegate)
     current->application.setDelegate(delegate);
     delegate->awakeFromNib();
     delegate->applicationDidFinishLaunching();
+}
+
+void closeWindow(std::string_view identifier)
+{
+    const auto windows = QApplication::topLevelWidgets();
+    const auto window = std::find_if(windows.begin(), windows.end(), [identifier](const QWidget* widget) {
+        return widget->isVisible() && widget->objectName().toStdString() == identifier;
+    });
+    if (window == windows.end())
+        throw std::logic_error("No such window is on screen: " + std::string(identifier));
+    // The toolkit tells of the last window only while the application's own loop runs.
+    QMetaObject::invokeMethod(
+        *window,
+        [window = *window] {
+            window->close();
+            QCoreApplication::exit();
+        },
+        Qt::QueuedConnection);
+    QCoreApplication::exec();
 }
 
 bool didTerminate()

@@ -72,6 +72,8 @@ void runEvents();
 
 // The toolkit's application of the test program tells this delegate what applicationMain would. Held weakly.
 void launch(const std::shared_ptr<platform::ui::ApplicationDelegate>& delegate);
+// With its frame's close button.
+void closeWindow(std::string_view identifier);
 // The application asked its delegate and would have ended.
 bool didTerminate();
 

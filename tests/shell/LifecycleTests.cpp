@@ -1,0 +1,167 @@
+#include "tests/platform/ScriptedServiceConnection.h"
+#include "tests/platform/ScriptedSystemInformation.h"
+#include "tests/platform/ScriptedSystemLog.h"
+#include "tests/platform/ScriptedWorkspace.h"
+#include "tests/shell/support/EditorTest.h"
+
+#include <algorithm>
+#include <doctest/doctest.h>
+#include <string>
+#include <vector>
+
+using Texts = std::vector<std::string>;
+
+namespace {
+
+// A launch that fails to fetch: the alert is answered with this button, and the application ends.
+user::ShownAlert alertOfFailedLaunch(int button)
+{
+    user::answerNextAlert(button);
+    const auto controller = BREditorController::create();
+    user::launch(controller);
+    CHECK(user::didTerminate());
+    CHECK_FALSE(MainWindowUser().seesWindow());
+    const auto alerts = user::takeAnsweredAlerts();
+    REQUIRE(alerts.size() == 1);
+    CHECK(alerts[0].messageText == "Could not get settings.");
+    CHECK_FALSE(alerts[0].isSheet);
+    return alerts[0];
+}
+
+} // namespace
+
+TEST_CASE("a launch asks for the schedule once, shows the window and goes on running")
+{
+    EditorTest editor(completeRecord());
+    CHECK(editor.scheduler.fetches() == 1);
+    CHECK(editor.user.seesWindow());
+    CHECK_FALSE(user::currentAlert());
+    CHECK_FALSE(user::didTerminate());
+}
+
+TEST_CASE("a launch logs the running version once, for information")
+{
+    EditorTest editor(completeRecord());
+    const auto messages = scripted::log::messages();
+    const auto isVersion = [](const scripted::log::Message& message) {
+        return message.text == "Running version 1234.";
+    };
+    REQUIRE(std::ranges::count_if(messages, isVersion) == 1);
+    CHECK(std::ranges::find_if(messages, isVersion)->type == 1);
+}
+
+TEST_CASE("a launch without a scheduler helper says that it is disabled and ends")
+{
+    setUp({});
+    const auto alert = alertOfFailedLaunch(2);
+    CHECK(alert.informativeText.starts_with("The background scheduler appears to be disabled."));
+    CHECK(alert.buttons == Texts{"Go to Web Site", "Ask for Support", "OK"});
+    CHECK(scripted::workspace::openedURLs().empty());
+    CHECK(scripted::service::requests().size() == 1);
+}
+
+TEST_CASE("a launch without an installed scheduler helper says so and offers the web site")
+{
+    setUp({});
+    scripted::system::removeFile("/Library/Brevane/com.zerkolin.brevane.scheduler");
+    const auto alert = alertOfFailedLaunch(0);
+    CHECK(alert.informativeText.starts_with("The background scheduler is not installed."));
+    CHECK(scripted::workspace::openedURLs() == Texts{"https://brevane.zerkolin.example/brevane/"});
+}
+
+TEST_CASE("a launch whose request the scheduler helper refuses tells the error and ends")
+{
+    setUp({});
+    scripted::service::answer(std::unexpected(platform::ServiceError::Interrupted));
+    const auto alert = alertOfFailedLaunch(2);
+    CHECK(alert.informativeText
+          == "Could not send message (1), the service disappeared (crash?) (com.zerkolin.brevane.scheduler).\n\n"
+             "You should try installing the latest version available from the web site.");
+}
+
+TEST_CASE("a schedule that is no dictionary counts as one that cannot be read")
+{
+    setUp({});
+    PlayedScheduler scheduler({});
+    const std::string list = R"(<plist version="1.0"><array/></plist>)";
+    scheduler.answerWith(platform::ServiceDictionary{{"payload", platform::Data(list.begin(), list.end())}});
+    const auto alert = alertOfFailedLaunch(2);
+    CHECK(alert.informativeText.starts_with("Could not deserialize reply for message (1)."));
+}
+
+TEST_CASE("a failed fetch leaves no current settings, and showing them changes nothing")
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.answerWith(std::unexpected(platform::ServiceError::Interrupted));
+    editor.user.click("suspendCheckBox");
+    user::answerNextAlert(2);
+    CHECK_FALSE(editor.controller->reloadSettings());
+    editor.user.clickMenuItem("showCurrentSettingsMenuItem");
+    CHECK_FALSE(editor.user.isOn("suspendCheckBox"));
+}
+
+TEST_CASE("an empty reply is an empty schedule")
+{
+    setUp({});
+    PlayedScheduler scheduler({});
+    scheduler.answerWith(platform::ServiceDictionary{});
+    const auto controller = BREditorController::create();
+    user::launch(controller);
+    CHECK(MainWindowUser().seesWindow());
+    CHECK_FALSE(MainWindowUser().isOn("backupsCheckBox"));
+}
+
+TEST_CASE("before macOS 10.13 the item after the local snapshots takes their key")
+{
+    for (const auto& version : {platform::OperatingSystemVersion{10, 12, 6}, {10, 9, 0}}) {
+        EditorTest editor(completeRecord(), {.system = version});
+        const auto item = editor.user.menuItem("localSnapshotsMenuItem");
+        CHECK(item->isHidden());
+        CHECK(item->keyEquivalent().empty());
+        REQUIRE(item->next());
+        CHECK(item->next()->keyEquivalent() == "1");
+    }
+}
+
+TEST_CASE("from macOS 10.13 on the local snapshots keep their key")
+{
+    EditorTest editor(completeRecord(), {.system = {10, 13, 0}});
+    const auto item = editor.user.menuItem("localSnapshotsMenuItem");
+    CHECK(item->keyEquivalent() == "1");
+    REQUIRE(item->next());
+    CHECK(item->next()->keyEquivalent().empty());
+}
+
+TEST_CASE("the menus open the web site and a mail to support")
+{
+    EditorTest editor(completeRecord());
+    editor.user.clickMenuItem("openWebSiteMenuItem");
+    CHECK(scripted::workspace::openedURLs() == Texts{"https://brevane.zerkolin.example/brevane/"});
+    editor.user.clickMenuItem("contactByMailMenuItem");
+    CHECK(scripted::workspace::openedURLs().back() == "mailto:support@zerkolin.example?subject=Brevane");
+}
+
+TEST_CASE("the quit item ends the application")
+{
+    EditorTest editor(completeRecord());
+    editor.user.clickMenuItem("quitMenuItem");
+    CHECK(user::didTerminate());
+}
+
+TEST_CASE("closing the window ends the application")
+{
+    EditorTest editor(completeRecord());
+    editor.user.closeWindow();
+    CHECK(user::didTerminate());
+}
+
+TEST_CASE("an editor that is gone leaves nothing behind that acts")
+{
+    {
+        EditorTest editor(completeRecord());
+        const std::weak_ptr<BREditorController> weak = editor.controller;
+        editor.controller.reset();
+        CHECK(weak.expired());
+    }
+    CHECK_FALSE(MainWindowUser().seesWindow());
+}
