@@ -1,8 +1,8 @@
-// Starts two programs in turn on the same X display and measures, for each, the time from exec to its window being
+// Starts programs in turn on the same X display and measures, for each, the time from exec to its window being
 // mapped, then its proportional memory and how often it wakes while idle. The display must have no other clients that
 // map windows.
 //
-//   bench_startup ROUNDS IDLE-SECONDS NAME PROGRAM NAME PROGRAM
+//   bench_startup ROUNDS IDLE-SECONDS [NAME PROGRAM]...
 
 #include <algorithm>
 #include <chrono>
@@ -129,11 +129,13 @@ long wakeUps(pid_t pid)
 
 int main(int argc, char** argv)
 {
-    if (argc != 7)
-        fail("usage: bench_startup ROUNDS IDLE-SECONDS NAME PROGRAM NAME PROGRAM");
+    if (argc < 5 || argc % 2 == 0)
+        fail("usage: bench_startup ROUNDS IDLE-SECONDS [NAME PROGRAM]...");
     const int rounds = std::atoi(argv[1]);
     const int idle = std::atoi(argv[2]);
-    Subject subjects[] = {{argv[3], argv[4], {}}, {argv[5], argv[6], {}}};
+    std::vector<Subject> subjects;
+    for (int index = 3; index < argc; index += 2)
+        subjects.push_back({argv[index], argv[index + 1], {}});
 
     Display display;
     for (int round = -1; round < rounds; ++round) { // the first round only warms the caches
