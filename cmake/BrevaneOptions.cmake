@@ -1,4 +1,9 @@
-option(BREVANE_TESTS "Build the tests and benchmarks" ON)
+# They are written for the Linux edition's ports.
+set(BREVANE_TESTS_DEFAULT ON)
+if(APPLE)
+    set(BREVANE_TESTS_DEFAULT OFF)
+endif()
+option(BREVANE_TESTS "Build the tests and benchmarks" ${BREVANE_TESTS_DEFAULT})
 option(BREVANE_FUZZ "Build the fuzzers (needs clang)" OFF)
 set(BREVANE_SANITIZE "" CACHE STRING "Sanitizers, comma separated, as -fsanitize= takes them")
 
@@ -20,8 +25,10 @@ target_compile_options(brevane_options INTERFACE
     -fvisibility=hidden -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 # gcc 12 takes the alternatives of a variant that are not there for uninitialised ones.
 target_compile_options(brevane_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
-# lld also takes archives in any order, which lets a program choose its port of the platform last.
-target_link_options(brevane_options INTERFACE -fuse-ld=lld)
+# lld also takes archives in any order, which lets a program choose its port of the platform last. So does Apple's linker.
+if(NOT APPLE)
+    target_link_options(brevane_options INTERFACE -fuse-ld=lld)
+endif()
 
 if(BREVANE_SANITIZE)
     target_compile_options(brevane_options INTERFACE -fsanitize=${BREVANE_SANITIZE} -fno-omit-frame-pointer -O1)
@@ -39,7 +46,9 @@ if(BREVANE_SANITIZE)
 else()
     target_compile_options(brevane_options INTERFACE -fstack-protector-strong)
     target_compile_definitions(brevane_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
-    target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
+    if(NOT APPLE)
+        target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
+    endif()
 endif()
 
 # Everything reports its branches to the fuzzer; only the fuzzers themselves take its main function.
