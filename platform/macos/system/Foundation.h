@@ -1,0 +1,36 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <cstdint>
+#import <Foundation/Foundation.h>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+// Values of ours as Foundation's objects, and back.
+namespace platform::foundation {
+
+// Bytes that are no UTF-8 become replacement characters.
+NSString* string(std::string_view text);
+std::string string(NSString* text); // nil is the empty text
+
+NSData* data(std::span<const std::uint8_t> bytes);
+Data data(NSData* bytes);
+
+// Nil for a value that no property list can hold: text that is no UTF-8 or has a NUL, a date that is no finite number,
+// or collections nested too deeply.
+id object(const PropertyList& value);
+NSDictionary<NSString*, id>* dictionary(const Dictionary& value);
+
+// Nothing for an object that is no property list, an integer above 64 bits with a sign, collections nested too deeply,
+// or shared objects that would unfold into a vast value.
+std::optional<PropertyList> propertyList(id object);
+
+NSError* error(const Error& error);
+Error error(NSError* error);
+
+inline constexpr int maximumDepth = 512; // collections inside each other
+
+} // namespace platform::foundation
