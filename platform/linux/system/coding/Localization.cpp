@@ -8,9 +8,7 @@ namespace platform {
 
 std::string localizedString(std::string_view key)
 {
-    // Never destroyed, since threads may still describe errors while the process ends.
-    static const StringTable& table = *new StringTable(StringTable::load(resourceFolder(), preferredLanguages()));
-    return table.stringForKey(key);
+    return StringTable::shared().stringForKey(key);
 }
 
 bool isDecimalDigit(char32_t character)

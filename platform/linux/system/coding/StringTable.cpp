@@ -51,7 +51,18 @@ const char* variable(const char* name)
 
 } // namespace
 
-StringTable::StringTable(Dictionary texts) : _texts(std::move(texts)) { }
+const StringTable& StringTable::shared()
+{
+    // Never destroyed, since threads may still describe errors while the process ends.
+    static const StringTable& table = *new StringTable(load(resourceFolder(), preferredLanguages()));
+    return table;
+}
+
+StringTable::StringTable(std::string language, Dictionary texts)
+    : _language(std::move(language)),
+      _texts(std::move(texts))
+{
+}
 
 StringTable StringTable::load(const std::string& folder, const std::vector<std::string>& languages)
 {
@@ -64,9 +75,9 @@ StringTable StringTable::load(const std::string& folder, const std::vector<std::
             continue;
         for (const Dictionary::Entry& entry : table)
             texts.set(entry.key, entry.value);
-        break;
+        return StringTable(language, std::move(texts));
     }
-    return StringTable(std::move(texts));
+    return StringTable(fallbackLanguage, std::move(texts));
 }
 
 std::string StringTable::stringForKey(std::string_view key) const
