@@ -11,3 +11,37 @@ target_compile_options(brevane_options INTERFACE
     -Werror=unguarded-availability
     $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc> $<$<COMPILE_LANGUAGE:OBJCXX>:-Wno-gnu-zero-variadic-macro-arguments>)
 target_link_options(brevane_options INTERFACE -Wl,-dead_strip)
+
+# CFBundleVersion: the release and, counted up by whoever packages it, the build.
+set(BREVANE_BUILD_NUMBER 1 CACHE STRING "Number of the build within the release")
+
+# Makes the program Brevane.app, with its texts, icon and help.
+function(brevane_bundle target)
+    find_package(Python3 REQUIRED COMPONENTS Interpreter)
+    find_program(BREVANE_RSVG rsvg-convert REQUIRED)
+    set(resources "${CMAKE_SOURCE_DIR}/resources")
+    set(made "${CMAKE_CURRENT_BINARY_DIR}/bundle")
+    configure_file("${resources}/macos/Help.plist.in" "${made}/Help.plist" @ONLY)
+    configure_file("${resources}/macos/Info.plist.in" "${made}/Info.plist" @ONLY)
+    add_custom_command(OUTPUT "${made}/Brevane.icns"
+        COMMAND "${Python3_EXECUTABLE}" "${CMAKE_SOURCE_DIR}/script/macos/icon.py"
+            "${resources}/icon/brevane.svg" "${made}/Brevane.icns"
+        DEPENDS "${resources}/icon/brevane.svg" "${CMAKE_SOURCE_DIR}/script/macos/icon.py" VERBATIM)
+    add_custom_target(${target}_icon DEPENDS "${made}/Brevane.icns")
+    add_dependencies(${target} ${target}_icon)
+
+    set_target_properties(${target} PROPERTIES OUTPUT_NAME Brevane MACOSX_BUNDLE ON
+        MACOSX_BUNDLE_INFO_PLIST "${made}/Info.plist")
+    set(contents "$<TARGET_BUNDLE_CONTENT_DIR:${target}>")
+    set(help "${contents}/Resources/Brevane.help/Contents")
+    set(commands COMMAND "${CMAKE_COMMAND}" -E copy_if_different "${made}/Brevane.icns" "${contents}/Resources/Brevane.icns"
+        COMMAND "${CMAKE_COMMAND}" -E copy_if_different "${made}/Help.plist" "${help}/Info.plist"
+        COMMAND "${CMAKE_COMMAND}" -E copy_directory "${resources}/help" "${help}/Resources")
+    file(GLOB languages CONFIGURE_DEPENDS "${resources}/*.lproj")
+    foreach(language IN LISTS languages)
+        get_filename_component(name "${language}" NAME)
+        list(APPEND commands COMMAND "${CMAKE_COMMAND}" -E copy_directory "${language}" "${contents}/Resources/${name}")
+    endforeach()
+    add_custom_command(TARGET ${target} POST_BUILD
+        COMMAND "${CMAKE_COMMAND}" -E make_directory "${help}/Resources" ${commands} VERBATIM)
+endfunction()

@@ -4,8 +4,11 @@
 # An SDK's C++ headers may be older than the language that we write. BREVANE_LIBCXX_HEADERS names the folder of newer
 # libc++ headers, before which BREVANE_LIBCXX_CONFIGURATION holds a __config_site that switches their notes on the
 # availability of each system version on. The library itself is always the system's.
+#
+# BREVANE_SDK_SUPPLEMENT may name a library stub with what AppKit passes on from frameworks that the SDK does not hold.
 set(CMAKE_SYSTEM_NAME Darwin)
-set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES BREVANE_MACOS_ARCHITECTURE BREVANE_LIBCXX_HEADERS BREVANE_LIBCXX_CONFIGURATION)
+set(CMAKE_TRY_COMPILE_PLATFORM_VARIABLES BREVANE_MACOS_ARCHITECTURE BREVANE_LIBCXX_HEADERS BREVANE_LIBCXX_CONFIGURATION
+    BREVANE_SDK_SUPPLEMENT)
 
 set(BREVANE_MACOS_ARCHITECTURE x86_64 CACHE STRING "x86_64 or arm64")
 set(CMAKE_SYSTEM_PROCESSOR ${BREVANE_MACOS_ARCHITECTURE})
@@ -35,6 +38,8 @@ foreach(tool AR NM RANLIB OBJDUMP STRIP INSTALL_NAME_TOOL)
     find_program(CMAKE_${tool} llvm-${name}-${version} REQUIRED)
 endforeach()
 set(CMAKE_EXE_LINKER_FLAGS_INIT -fuse-ld=lld)
+set(CMAKE_CXX_STANDARD_LIBRARIES_INIT "${BREVANE_SDK_SUPPLEMENT}")
+set(CMAKE_OBJCXX_STANDARD_LIBRARIES_INIT "${BREVANE_SDK_SUPPLEMENT}")
 
 set(CMAKE_FIND_ROOT_PATH "${CMAKE_OSX_SYSROOT}")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

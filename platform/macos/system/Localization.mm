@@ -1,6 +1,6 @@
 #include "platform/Localization.h"
 
-#include "platform/macos/model/DecimalDigits.h"
+#include "platform/macos/interface/DecimalDigits.h"
 #include "platform/macos/system/Foundation.h"
 
 namespace platform {

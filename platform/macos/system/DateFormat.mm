@@ -1,0 +1,57 @@
+#include "platform/DateFormat.h"
+
+#include "platform/macos/system/Foundation.h"
+
+namespace platform {
+
+struct DateFormat::Native {
+    NSDateFormatter* formatter = [[NSDateFormatter alloc] init];
+};
+
+namespace {
+
+NSDateFormatterStyle nativeStyle(DateStyle style)
+{
+    return style == DateStyle::Short ? NSDateFormatterShortStyle : NSDateFormatterMediumStyle;
+}
+
+} // namespace
+
+DateFormat DateFormat::withPattern(std::string_view pattern)
+{
+    auto native = std::make_unique<Native>();
+    native->formatter.dateFormat = foundation::string(pattern);
+    return DateFormat(std::move(native));
+}
+
+DateFormat DateFormat::withStyles(DateStyle date, DateStyle time)
+{
+    auto native = std::make_unique<Native>();
+    native->formatter.dateStyle = nativeStyle(date);
+    native->formatter.timeStyle = nativeStyle(time);
+    return DateFormat(std::move(native));
+}
+
+DateFormat::DateFormat(std::unique_ptr<Native> native) : _native(std::move(native)) { }
+
+DateFormat::~DateFormat() = default;
+DateFormat::DateFormat(DateFormat&&) noexcept = default;
+DateFormat& DateFormat::operator=(DateFormat&&) noexcept = default;
+
+std::optional<double> DateFormat::dateFromString(std::string_view text)
+{
+    @autoreleasepool {
+        NSDate* const date = [_native->formatter dateFromString:foundation::string(text)];
+        return date ? std::optional<double>(date.timeIntervalSince1970) : std::nullopt;
+    }
+}
+
+std::string DateFormat::stringFromDate(double seconds)
+{
+    @autoreleasepool {
+        NSDate* const date = [NSDate dateWithTimeIntervalSince1970:seconds];
+        return foundation::string([_native->formatter stringFromDate:date]);
+    }
+}
+
+} // namespace platform

@@ -1,0 +1,83 @@
+#include "platform/JSONRecords.h"
+
+#include "platform/Localization.h"
+#include "platform/macos/system/Foundation.h"
+
+#include <vector>
+
+namespace platform {
+
+struct JSONRecords::Native {
+    NSMutableData* text = [NSMutableData data];
+    bool hasBegun = false;
+    bool isBroken = false; // it begins with something else than a bracket
+};
+
+namespace {
+
+Error noArrayError()
+{
+    return {CocoaErrorDomain,
+            NSPropertyListReadCorruptError,
+            {{LocalizedDescriptionKey, localizedString("The data is not in the correct format.")}},
+            nullptr};
+}
+
+// Keeps the text that the field shows.
+JSONField field(id object, std::string_view key, std::string& text)
+{
+    const id value = [object isKindOfClass:NSDictionary.class] ? object[foundation::string(key)] : nil;
+    if (!value)
+        return {};
+    const bool isString = [value isKindOfClass:NSString.class];
+    text = foundation::string(isString ? static_cast<NSString*>(value) : [value description]);
+    return {isString ? JSONField::Kind::String : JSONField::Kind::Other, text};
+}
+
+} // namespace
+
+JSONRecords::JSONRecords() : _native(std::make_unique<Native>()) { }
+
+JSONRecords::~JSONRecords() = default;
+
+void JSONRecords::append(std::string_view piece)
+{
+    if (!_native->hasBegun) {
+        const auto first = piece.find_first_not_of(" \t\r\n");
+        if (first == std::string_view::npos)
+            return;
+        piece.remove_prefix(first);
+        _native->hasBegun = true;
+        _native->isBroken = piece.front() != '[';
+    }
+    if (!_native->isBroken)
+        [_native->text appendBytes:piece.data() length:piece.size()];
+}
+
+std::size_t JSONRecords::size() const
+{
+    return _native->text.length;
+}
+
+Result<void> JSONRecords::read(std::span<const std::string_view> keys, const Visitor& visit)
+{
+    @autoreleasepool {
+        NSError* failure = nil;
+        const id array = [NSJSONSerialization JSONObjectWithData:_native->text options:0 error:&failure];
+        _native->text = [NSMutableData data];
+        if (![array isKindOfClass:NSArray.class])
+            return std::unexpected(failure ? foundation::error(failure) : noArrayError());
+        std::vector<std::string> texts(keys.size());
+        std::vector<JSONField> fields(keys.size());
+        for (const id object in array) {
+            @autoreleasepool {
+                for (std::size_t i = 0; i < keys.size(); ++i)
+                    fields[i] = field(object, keys[i], texts[i]);
+                visit(fields);
+            }
+        }
+        return {};
+    }
+}
+
+} // namespace platform

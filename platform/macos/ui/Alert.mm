@@ -1,0 +1,69 @@
+#include "platform/ui/Alert.h"
+
+#include "platform/macos/system/Foundation.h"
+#include "platform/macos/ui/ViewNative.h"
+#include "platform/macos/ui/WindowNative.h"
+
+namespace platform::ui {
+
+struct Alert::Native {
+    NSAlert* alert = [[NSAlert alloc] init];
+    std::shared_ptr<View> accessoryView;
+};
+
+Alert::Alert() : _native(std::make_unique<Native>()) { }
+
+Alert::~Alert() = default;
+Alert::Alert(Alert&&) noexcept = default;
+Alert& Alert::operator=(Alert&&) noexcept = default;
+
+void Alert::setStyle(AlertStyle style)
+{
+    _native->alert.alertStyle = static_cast<NSAlertStyle>(style);
+}
+
+void Alert::setMessageText(const std::string& text)
+{
+    _native->alert.messageText = foundation::string(text);
+}
+
+void Alert::setInformativeText(const std::string& text)
+{
+    _native->alert.informativeText = foundation::string(text);
+}
+
+void Alert::addButton(const std::string& title)
+{
+    [_native->alert addButtonWithTitle:foundation::string(title)];
+}
+
+void Alert::setAccessoryView(const std::shared_ptr<View>& view)
+{
+    _native->accessoryView = view;
+    NSView* const accessory = view ? view->native().view : nil;
+    accessory.translatesAutoresizingMaskIntoConstraints = YES; // an alert goes by frames
+    if (view)
+        view->sizeToFit();
+    _native->alert.accessoryView = accessory;
+}
+
+int Alert::runModal()
+{
+    return static_cast<int>([_native->alert runModal]);
+}
+
+void Alert::beginSheet(const std::shared_ptr<Window>& window, std::function<void(int)> completion)
+{
+    const auto accessory = _native->accessoryView;
+    [_native->alert beginSheetModalForWindow:window->native().window
+                           completionHandler:^(NSModalResponse response) {
+                               if (accessory)
+                                   [accessory->native().view removeFromSuperview];
+                               if (!completion)
+                                   return;
+                               // Later, so that the completion finds the window free for another sheet.
+                               dispatch_async(dispatch_get_main_queue(), ^{ completion(static_cast<int>(response)); });
+                           }];
+}
+
+} // namespace platform::ui

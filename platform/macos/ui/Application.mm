@@ -1,0 +1,97 @@
+#include "platform/ui/Application.h"
+
+#include "platform/macos/system/Foundation.h"
+
+#import <AppKit/AppKit.h>
+
+namespace platform::ui {
+using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
+} // namespace platform::ui
+
+@interface BRVApplicationDelegate : NSObject <NSApplicationDelegate>
+- (instancetype)initWithMaker:(const platform::ui::DelegateMaker&)maker;
+@end
+
+@implementation BRVApplicationDelegate {
+    platform::ui::DelegateMaker _maker;
+    std::shared_ptr<platform::ui::ApplicationDelegate> _delegate;
+    BOOL _terminating;
+}
+
+- (instancetype)initWithMaker:(const platform::ui::DelegateMaker&)maker
+{
+    self = [super init];
+    if (self)
+        _maker = maker;
+    return self;
+}
+
+- (void)applicationWillFinishLaunching:(NSNotification*)__unused notification
+{
+    _delegate = _maker();
+    _delegate->awakeFromNib();
+}
+
+- (void)applicationDidFinishLaunching:(NSNotification*)__unused notification
+{
+    _delegate->applicationDidFinishLaunching();
+}
+
+- (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)__unused sender
+{
+    if (_terminating)
+        return NSTerminateCancel; // the delegate shows an alert, during which it was asked for again
+    _terminating = YES;
+    const bool terminates = !_delegate || _delegate->applicationShouldTerminate();
+    _terminating = NO;
+    return terminates ? NSTerminateNow : NSTerminateCancel;
+}
+
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)__unused sender
+{
+    return _delegate && _delegate->applicationShouldTerminateAfterLastWindowClosed();
+}
+
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused sender hasVisibleWindows:(BOOL)__unused visible
+{
+    if (_delegate)
+        _delegate->applicationDidReopen();
+    return NO;
+}
+
+@end
+
+namespace platform::ui {
+
+int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<ApplicationDelegate>()>& makeDelegate)
+{
+    // The application holds its delegate weakly. The system itself sees to it that there is only one application.
+    static BRVApplicationDelegate* delegate = nil;
+    @autoreleasepool {
+        delegate = [[BRVApplicationDelegate alloc] initWithMaker:makeDelegate];
+        NSApplication.sharedApplication.delegate = delegate;
+    }
+    return NSApplicationMain(argc, const_cast<const char**>(argv));
+}
+
+void terminateApplication()
+{
+    dispatch_async(dispatch_get_main_queue(), ^{ [NSApp terminate:nil]; });
+}
+
+void setAutomaticWindowTabbing(bool allowed)
+{
+    if (@available(macOS 10.12, *))
+        NSWindow.allowsAutomaticWindowTabbing = allowed;
+}
+
+void orderFrontAboutPanel(const std::string& version)
+{
+    // The keys by their names, which are newer than the keys.
+    [NSApp orderFrontStandardAboutPanelWithOptions:@{
+        @"ApplicationVersion" : foundation::string(version),
+        @"Version" : @""
+    }];
+}
+
+} // namespace platform::ui

@@ -1,0 +1,98 @@
+#include "platform/ui/Control.h"
+
+#include "platform/macos/ui/ControlNative.h"
+
+@implementation BRVActionTarget {
+    const platform::ui::Control::Action* _action;
+}
+
+- (instancetype)initWithAction:(const platform::ui::Control::Action*)action
+{
+    self = [super init];
+    if (self)
+        _action = action;
+    return self;
+}
+
+- (void)invalidate
+{
+    _action = nullptr;
+}
+
+- (void)performAction:(id)__unused sender
+{
+    // The action may replace itself or let go of the control.
+    const auto kept = _action ? *_action : platform::ui::Control::Action();
+    if (kept)
+        kept();
+}
+
+@end
+
+namespace platform::ui {
+
+namespace {
+
+NSControlSize nativeSize(ControlSize size)
+{
+    switch (size) {
+    case ControlSize::Small:
+        return NSControlSizeSmall;
+    case ControlSize::Large:
+        if (@available(macOS 11.0, *))
+            return NSControlSizeLarge;
+        break;
+    case ControlSize::Regular:
+        break;
+    }
+    return NSControlSizeRegular;
+}
+
+} // namespace
+
+ControlNative::ControlNative(NSView* theView)
+    : Native(theView),
+      target([[BRVActionTarget alloc] initWithAction:&action])
+{
+    if (![theView isKindOfClass:NSControl.class])
+        return;
+    NSControl* const control = static_cast<NSControl*>(theView);
+    control.target = target;
+    control.action = @selector(performAction:);
+}
+
+ControlNative::~ControlNative()
+{
+    [target invalidate];
+}
+
+bool Control::isEnabled() const
+{
+    return nativeOf<NSControl>(*this).enabled;
+}
+
+void Control::setEnabled(bool enabled)
+{
+    nativeOf<NSControl>(*this).enabled = enabled;
+}
+
+ControlSize Control::controlSize() const
+{
+    return controlNative(*this).size;
+}
+
+void Control::setControlSize(ControlSize size)
+{
+    controlNative(*this).size = size;
+    NSControl* const control = nativeOf<NSControl>(*this);
+    control.cell.controlSize = nativeSize(size);
+    control.font = [NSFont controlContentFontOfSize:[NSFont systemFontSizeForControlSize:nativeSize(size)]];
+    [control invalidateIntrinsicContentSize];
+}
+
+void Control::setAction(Action action)
+{
+    controlNative(*this).action = std::move(action);
+}
+
+} // namespace platform::ui

@@ -1,0 +1,21 @@
+#include "platform/ui/Stepper.h"
+
+#include "platform/macos/ui/ControlNative.h"
+
+#include <cmath>
+
+namespace platform::ui {
+
+Stepper::Stepper(std::unique_ptr<Native> native) : Control(std::move(native)) { }
+
+std::int64_t Stepper::integerValue() const
+{
+    return std::llround(nativeOf<NSStepper>(*this).doubleValue);
+}
+
+void Stepper::setIntegerValue(std::int64_t value)
+{
+    nativeOf<NSStepper>(*this).doubleValue = static_cast<double>(value);
+}
+
+} // namespace platform::ui

@@ -1,0 +1,81 @@
+#include "platform/ui/TextView.h"
+
+#include "platform/macos/system/Foundation.h"
+#include "platform/macos/ui/Colors.h"
+#include "platform/macos/ui/TextViewNative.h"
+
+#include <utility>
+
+namespace platform::ui {
+
+namespace {
+
+TextViewNative& textNative(const TextView& view)
+{
+    return static_cast<TextViewNative&>(view.native());
+}
+
+NSDictionary* nativeAttributes(const TextAttributes& attributes)
+{
+    NSMutableDictionary* const made = [NSMutableDictionary dictionary];
+    if (attributes.font)
+        made[NSFontAttributeName] = [NSFont userFixedPitchFontOfSize:0];
+    if (attributes.foreground)
+        made[NSForegroundColorAttributeName] = nativeColor(*attributes.foreground);
+    return made;
+}
+
+NSAttributedString* attributedString(const StyledText& text)
+{
+    NSMutableAttributedString* const made =
+        [[NSMutableAttributedString alloc] initWithString:foundation::string(text.string())];
+    [made beginEditing];
+    NSUInteger location = 0;
+    text.visitRuns(0, text.size(), [&](std::size_t begin, std::size_t end, const TextAttributes& attributes) {
+        const NSUInteger length = utf16Length(std::string_view(text.string()).substr(begin, end - begin));
+        [made setAttributes:nativeAttributes(attributes) range:NSMakeRange(location, length)];
+        location += length;
+    });
+    [made endEditing];
+    return made;
+}
+
+} // namespace
+
+TextView::TextView(std::unique_ptr<Native> native) : View(std::move(native)) { }
+
+std::shared_ptr<const StyledText> TextView::textStorage() const
+{
+    return textNative(*this).storage;
+}
+
+std::shared_ptr<const StyledText> TextView::setTextStorage(std::shared_ptr<const StyledText> text)
+{
+    TextViewNative& parts = textNative(*this);
+    [parts.text().textStorage setAttributedString:attributedString(*text)];
+    parts.text().selectedRange = NSMakeRange(0, 0);
+    return std::exchange(parts.storage, std::move(text));
+}
+
+std::string TextView::selectedText() const
+{
+    NSTextView* const text = textNative(*this).text();
+    return foundation::string([text.string substringWithRange:text.selectedRange]);
+}
+
+void TextView::setSelectedTextAttributes(const SelectedTextAttributes& attributes)
+{
+    NSMutableDictionary* const made = [NSMutableDictionary dictionary];
+    if (attributes.background)
+        made[NSBackgroundColorAttributeName] = nativeColor(*attributes.background);
+    if (attributes.foreground)
+        made[NSForegroundColorAttributeName] = nativeColor(*attributes.foreground);
+    textNative(*this).text().selectedTextAttributes = made;
+}
+
+void TextView::scrollToEndOfDocument()
+{
+    [textNative(*this).text() scrollToEndOfDocument:nil];
+}
+
+} // namespace platform::ui

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/macos/ui/ViewNative.h"
+#include "platform/ui/TextView.h"
+
+namespace platform::ui {
+
+struct TextViewNative : View::Native {
+    // A scroll view around an NSTextView.
+    using Native::Native;
+
+    NSTextView* text() const { return static_cast<NSTextView*>(static_cast<NSScrollView*>(view).documentView); }
+
+    std::shared_ptr<const StyledText> storage = std::make_shared<const StyledText>();
+};
+
+} // namespace platform::ui
