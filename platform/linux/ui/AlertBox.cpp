@@ -52,13 +52,16 @@ void AlertBox::setTexts(const Content& content)
     setAccessibleName(message);
     setAccessibleDescription(informative);
 
-    if (auto* const label = findChild<QLabel*>(QStringLiteral("qt_msgbox_label"))) {
-        auto bold = label->font();
+    auto* const headline = findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    if (headline) {
+        auto bold = headline->font();
         bold.setBold(true);
-        label->setFont(bold);
+        headline->setFont(bold);
     }
     for (auto* const label : findChildren<QLabel*>()) {
         label->setTextFormat(Qt::PlainText); // an error's words may look like mark-up
+        if (label == headline)
+            continue; // on one line as long as the toolkit finds room for it
         const auto width = label->fontMetrics().size(0, label->text()).width();
         label->setMinimumWidth(std::min(width, comfortableTextWidth(*this)));
     }

@@ -1,5 +1,7 @@
 #include "platform/linux/ui/ApplicationInstance.h"
 
+#include "platform/linux/ui/ToolkitTranslation.h"
+
 namespace platform::ui {
 
 ApplicationInstance::ApplicationInstance(int& argc, char** argv) : QApplication(argc, argv)
@@ -10,6 +12,7 @@ ApplicationInstance::ApplicationInstance(int& argc, char** argv) : QApplication(
     setDesktopFileName(QStringLiteral("com.zerkolin.brevane.application"));
     setQuitOnLastWindowClosed(false);
     setAttribute(Qt::AA_DontUseNativeMenuBar); // looking for a desktop's own costs the start a trip over the bus
+    installToolkitTranslation(*this);
     connect(this, &QGuiApplication::lastWindowClosed, this, &ApplicationInstance::lastWindowDidClose);
 }
 

@@ -5,6 +5,7 @@
 #include <array>
 #include <QAction>
 #include <QComboBox>
+#include <QLayout>
 #include <QMetaProperty>
 #include <QWidget>
 
@@ -41,6 +42,12 @@ void localizeWidget(QWidget& widget)
     }
 }
 
+void mirrorMargins(QLayout& layout)
+{
+    const auto margins = layout.contentsMargins();
+    layout.setContentsMargins(margins.right(), margins.top(), margins.left(), margins.bottom());
+}
+
 } // namespace
 
 void localizeWidgets(QWidget& top)
@@ -50,6 +57,10 @@ void localizeWidgets(QWidget& top)
         localizeWidget(*widget);
     for (auto* const action : top.findChildren<QAction*>())
         localizeProperty(*action, "text");
+    if (top.isRightToLeft()) {
+        for (auto* const layout : top.findChildren<QLayout*>())
+            mirrorMargins(*layout);
+    }
 }
 
 } // namespace platform::ui

@@ -5,7 +5,7 @@ class QWidget;
 namespace platform::ui {
 
 // Looks the texts of an interface file up in the application's string table: of the widget, of all widgets in it and of
-// their menus.
+// their menus. Where one reads from right to left, also swaps the margins, which the toolkit leaves as they are.
 void localizeWidgets(QWidget& top);
 
 } // namespace platform::ui

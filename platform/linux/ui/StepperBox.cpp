@@ -19,6 +19,7 @@ QSize StepperBox::sizeHint() const
     QStyleOptionSpinBox option;
     initStyleOption(&option);
     option.rect = QRect(QPoint(0, 0), field);
+    option.direction = Qt::LeftToRight;
     const auto arrow = style()->subControlRect(QStyle::CC_SpinBox, &option, QStyle::SC_SpinBoxUp, this);
     // The arrows and the frame's left edge, where the field's begins otherwise.
     return {field.width() - arrow.left() + 1, field.height()};

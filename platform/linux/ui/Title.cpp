@@ -38,8 +38,11 @@ QString markedTitle(const std::string& title, const QString& before)
         position = marked.indexOf(letter, 0, Qt::CaseInsensitive);
     const auto ampersandsBefore = position < 0 ? 0 : marked.left(position).count(u'&');
     marked.replace(u'&', QStringLiteral("&&"));
+    const auto inParentheses = QStringLiteral("(&%1)").arg(letter);
     if (position >= 0)
         marked.insert(position + ampersandsBefore, u'&');
+    else if (!letter.isNull() && before.contains(inParentheses))
+        marked += inParentheses; // as scripts without such letters write it
     return marked;
 }
 
