@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Runs a program with a journal of its own and prints what the journal kept of it, one JSON object a line.
+# Runs a program with a journal of its own and prints what the journal kept of it, one JSON object a line; or runs the
+# command that follows the program, which is to read that journal.
 # To be run as root in a private mount namespace.
 set -euo pipefail
 program=$1
@@ -24,6 +25,14 @@ for _ in $(seq 100); do
     sleep 0.05
 done
 
-"$program" 2>/dev/null
+# By its number, which the socket tells: a program that has ended already has no path to be found by.
+"$program" 2>/dev/null &
+probe=$!
+wait "$probe"
 journalctl --sync
-journalctl --output=json --no-pager "_EXE=$(readlink -f "$program")"
+shift
+if [ $# -gt 0 ]; then
+    "$@"
+    exit
+fi
+journalctl --output=json --no-pager "_PID=$probe"
