@@ -34,7 +34,7 @@ if(NOT APPLE)
 endif()
 
 if(BREVANE_SANITIZE)
-    target_compile_options(brevane_options INTERFACE -fsanitize=${BREVANE_SANITIZE} -fno-omit-frame-pointer -O1)
+    target_compile_options(brevane_options INTERFACE -fsanitize=${BREVANE_SANITIZE} -fno-omit-frame-pointer -O1 -g1)
     target_link_options(brevane_options INTERFACE -fsanitize=${BREVANE_SANITIZE})
     if(BREVANE_SANITIZE MATCHES undefined)
         target_compile_options(brevane_options INTERFACE -fno-sanitize-recover=undefined)

@@ -19,9 +19,10 @@ function(brevane_library name)
 endfunction()
 
 # A test program of doctest cases; each case becomes a CTest test under its own sentence. A case that can't run on a machine
-# prints "SKIPPED: why" and is counted as skipped.
+# prints "SKIPPED: why" and is counted as skipped. THREADS: its code runs on several threads, which is what the thread
+# sanitizer's run is for.
 function(brevane_test name)
-    cmake_parse_arguments(ARG "RUN_SERIAL;OWN_MAIN;NO_UNITY" "TIMEOUT" "SOURCES;LINKS;ENVIRONMENT;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "RUN_SERIAL;OWN_MAIN;NO_UNITY;THREADS" "TIMEOUT" "SOURCES;LINKS;ENVIRONMENT;LABELS" ${ARGN})
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
     endif()
@@ -41,6 +42,10 @@ function(brevane_test name)
     set(properties TIMEOUT ${ARG_TIMEOUT} SKIP_REGULAR_EXPRESSION "SKIPPED:")
     if(ARG_ENVIRONMENT)
         list(APPEND properties ENVIRONMENT "${ARG_ENVIRONMENT}")
+    endif()
+    if(ARG_THREADS)
+        list(APPEND ARG_LABELS threads)
+        add_dependencies(brevane_threaded_tests ${name})
     endif()
     if(ARG_LABELS)
         list(APPEND properties LABELS "${ARG_LABELS}")
