@@ -2,6 +2,7 @@
 
     sources.py CASE
 """
+import html.parser
 import os
 import re
 import subprocess
@@ -167,6 +168,48 @@ def the_prompts_of_the_policy_are_those_of_the_tables():
             expected = re.search(r'^"' + re.escape(key) + r'" = "(.*)";$', table, re.M)[1]
             if node.text != expected:
                 problems.append(f"{action.get('id')}: {node.get(lang)}: {node.text!r} in place of {expected!r}")
+    return report(problems)
+
+
+class HelpPage(html.parser.HTMLParser):
+    """What a page of the help links to, has as targets and sets in bold: the names of controls."""
+
+    def __init__(self, language):
+        super().__init__()
+        self.links, self.targets, self.names, self._bold = [], [], [], None
+        self.feed(read(f"resources/help/{language}/index.html"))
+
+    def handle_starttag(self, tag, attributes):
+        values = dict(attributes)
+        if tag == "a":
+            self.links.append(values["href"])
+        if "id" in values:
+            self.targets.append("#" + values["id"])
+        if tag == "b":
+            self._bold = ""
+
+    def handle_data(self, data):
+        if self._bold is not None:
+            self._bold += data
+
+    def handle_endtag(self, tag):
+        if tag == "b":
+            self.names.append(" ".join(self._bold.split()))
+            self._bold = None
+
+
+def the_help_calls_every_control_by_its_name():
+    problems = []
+    pages = {language: HelpPage(language) for language in ("en", "de")}
+    for language, page in pages.items():
+        table = read(f"resources/{language}.lproj/Localizable.strings")
+        titles = {unescaped(text).replace("&", "") for text in re.findall(r'^".*" = "(.*)";$', table, re.M)}
+        problems += [f"{language}: nothing is called {name!r}" for name in page.names if name not in titles]
+        problems += [f"{language}: {link} leads nowhere" for link in page.links if link not in page.targets]
+    if pages["en"].targets != pages["de"].targets or len(pages["en"].names) != len(pages["de"].names):
+        problems.append("the two languages tell different things")
+    if len(pages["en"].names) < 20:
+        problems.append("the help names hardly any control, so this test looks for the wrong thing")
     return report(problems)
 
 
