@@ -49,7 +49,7 @@ class Sandbox:
     def __init__(self, root, build, fresh=False):
         self.root = os.path.abspath(root)
         self.build = os.path.abspath(build)
-        self.bus = self.helper = self.authority = None
+        self.bus = self.helper = self.authority = self.backup_daemon = None
         self._socket_folder = None
         self._lay_out(fresh)
         self.socket = self._socket_path()
@@ -163,6 +163,10 @@ class Sandbox:
         self._wait_until(lambda: self._owns_name("org.freedesktop.PolicyKit1", self.authority), self.authority,
                          "The authority")
 
+    def start_backup_daemon(self):
+        """Something that logs as the backup daemon does, at once and every hour."""
+        self.backup_daemon = self._start([os.path.join(self.build, "sandbox", "backupd")])
+
     def start_application(self, environment=None):
         return self._start([os.path.join(self.build, "shell", "brevane")], environment)
 
@@ -189,7 +193,7 @@ class Sandbox:
     def close(self):
         # However often somebody presses Control-C meanwhile.
         previous = signal.signal(signal.SIGINT, signal.SIG_IGN)
-        for program in (self.authority, self.helper, self.bus):
+        for program in (self.backup_daemon, self.authority, self.helper, self.bus):
             self.end(program)
         if self._socket_folder:
             shutil.rmtree(self._socket_folder, ignore_errors=True)

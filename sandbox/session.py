@@ -4,6 +4,7 @@ import shlex
 import signal
 import sys
 
+import history
 from demo import play
 from desktop import Failure
 from sandbox import SETTINGS, SOURCE, TOOL, Sandbox, SandboxError
@@ -50,8 +51,10 @@ def main(arguments):
     root = os.environ.get("BREVANE_ROOT") or os.path.join(SOURCE, "build", "root")
     try:
         with Sandbox(root, BUILD, fresh="--fresh" in arguments) as sandbox:
+            history.seed(sandbox.root)
             sandbox.start_bus()
             sandbox.start_helper()
+            sandbox.start_backup_daemon()
             welcome(sandbox)
             if has_display and "--demo" not in arguments:
                 return use(sandbox)

@@ -3,6 +3,7 @@
 #include "platform/FileDescriptor.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/JsonText.h"
+#include "platform/linux/system/LogStore.h"
 #include "platform/linux/system/Root.h"
 #include "platform/SystemInformation.h"
 
@@ -87,23 +88,11 @@ private:
     FileDescriptor _file;
 };
 
-constexpr const char* unifiedStore = "system.jsonl";
-constexpr const char* legacyStore = "asl.jsonl";
-
 std::string timestamp()
 {
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    ::tzset();
-    tm local{};
-    ::localtime_r(&now.tv_sec, &local);
-    char date[32];
-    char zone[16];
-    std::strftime(date, sizeof date, "%Y-%m-%d %H:%M:%S", &local);
-    std::strftime(zone, sizeof zone, "%z", &local);
-    char text[128];
-    std::snprintf(text, sizeof text, "%s.%06ld%s", date, now.tv_nsec / 1000, zone);
-    return text;
+    return logTimestamp(now);
 }
 
 std::string processImagePath()
@@ -143,7 +132,7 @@ public:
 private:
     std::string _subsystem;
     std::string _category;
-    StoreFile _file{unifiedStore};
+    StoreFile _file{UnifiedStore};
 };
 
 class JournalSystemLog final : public SystemLog {
@@ -187,7 +176,7 @@ public:
 
 private:
     std::string _facility;
-    StoreFile _file{legacyStore};
+    StoreFile _file{LegacyStore};
 };
 
 class JournalLegacyLog final : public LegacyLog {
@@ -221,7 +210,7 @@ std::unique_ptr<SystemLog> SystemLog::create(const std::string& subsystem, const
 void reportToDefaultLog(std::string_view text)
 {
     if (usesSandboxStore())
-        StoreFile(unifiedStore).append(unifiedRecord(errorType, {}, {}, text));
+        StoreFile(UnifiedStore).append(unifiedRecord(errorType, {}, {}, text));
     else {
         auto [name, priority] = messageType(errorType);
         sendToJournal({{"MESSAGE", text},

@@ -5,6 +5,7 @@
 #include "platform/linux/ui/MenuItemNative.h"
 #include "platform/linux/ui/WindowNative.h"
 #include "platform/linux/ui/WrapNamedWidgets.h"
+#include "ui_BRVConsole.h"
 #include "ui_BRVIntervalViewController.h"
 #include "ui_BRVWhenInactiveViewController.h"
 #include "ui_MainWindow.h"
@@ -42,6 +43,8 @@ std::unique_ptr<QWidget> build(std::string_view name)
 {
     if (name == "MainWindow")
         return build<Ui::MainWindow, InterfaceWindow>();
+    if (name == "BRVConsole")
+        return build<Ui::BRVConsole, InterfaceWindow>();
     if (name == "BRVIntervalViewController")
         return build<Ui::BRVIntervalViewController>();
     if (name == "BRVWhenInactiveViewController")

@@ -1,13 +1,17 @@
 #include "platform/linux/ui/WrapNamedWidgets.h"
 
 #include "platform/linux/ui/ControlNative.h"
+#include "platform/linux/ui/Spinner.h"
 #include "platform/linux/ui/StepperBox.h"
+#include "platform/linux/ui/StyledTextView.h"
 #include "platform/linux/ui/TextFieldNative.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/CheckBox.h"
 #include "platform/ui/DatePicker.h"
 #include "platform/ui/PopUpButton.h"
+#include "platform/ui/ProgressIndicator.h"
 #include "platform/ui/Stepper.h"
+#include "platform/ui/TextView.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -33,6 +37,10 @@ std::shared_ptr<View> wrap(QWidget& widget)
         return wrapWidget<DatePicker, ControlNative>(&widget);
     if (qobject_cast<LineEdit*>(&widget) || qobject_cast<QLabel*>(&widget))
         return wrapWidget<TextField, TextFieldNative>(&widget);
+    if (qobject_cast<StyledTextView*>(&widget))
+        return wrapWidget<TextView>(&widget);
+    if (qobject_cast<Spinner*>(&widget))
+        return wrapWidget<ProgressIndicator>(&widget);
     return wrapContainer(&widget);
 }
 
@@ -45,7 +53,7 @@ void wrapInside(QWidget& parent, NamedViews& views)
             continue;
         }
         auto view = wrap(*widget);
-        const bool isControl = dynamic_cast<Control*>(view.get());
+        const bool isControl = dynamic_cast<Control*>(view.get()) || dynamic_cast<TextView*>(view.get());
         views.emplace(widget->objectName().toStdString(), std::move(view));
         if (!isControl)
             wrapInside(*widget, views);

@@ -1,0 +1,105 @@
+#include "diagnostics/console/BRVConsoleController.h"
+#include "diagnostics/console/LogLineWriter.h"
+#include "diagnostics/log/ZRKLog.h"
+#include "platform/DateFormat.h"
+#include "platform/JSONRecords.h"
+#include "platform/LegacyLogSearch.h"
+#include "platform/Process.h"
+#include "platform/SystemInformation.h"
+#include "shell/version/ZRKSystemVersionManager.h"
+
+#include <array>
+#include <cstdlib>
+
+using namespace platform;
+
+namespace {
+
+constexpr const char* logTool = "/usr/bin/log";
+constexpr const char* logPredicate =
+    "(subsystem == \"com.zerkolin.brevane\") || "
+    "((subsystem == \"com.apple.TimeMachine\") && (processImagePath endswith \"backupd\"))";
+constexpr std::size_t chunkSize = 2048;
+constexpr const char* legacyBackupSender = "com.apple.backupd";
+
+void readOutput(Process& tool, JSONRecords& records)
+{
+    std::array<char, chunkSize> chunk;
+    while (const auto count = tool.read(chunk))
+        records.append({chunk.data(), count});
+    tool.closeOutput();
+    tool.waitUntilExit();
+}
+
+Color named(NamedColor color, const FixedColor& earlier)
+{
+    return ZRKSystemVersionManager::sharedManager().runningAtLeast(4) ? Color(color) : Color(earlier);
+}
+
+TextAttributes fixedPitch(const Color& color)
+{
+    return {.font = TextFont::UserFixedPitch, .foreground = color};
+}
+
+bool startsBackup(const std::string& message)
+{
+    return message == "Starting automatic backup" || message == "Starting manual backup";
+}
+
+} // namespace
+
+StyledText BRVConsoleController::fetchLog()
+{
+    const auto tool = Process::start(systemPath(logTool),
+                                     {"show", "--debug", "--info", "--predicate", logPredicate, "--style", "json"});
+    if (!tool)
+        return {};
+    JSONRecords records;
+    readOutput(**tool, records);
+
+    LogLineWriter writer({.plain = fixedPitch(NamedColor::Text),
+                          .blue = fixedPitch(blueColor()),
+                          .green = fixedPitch(greenColor()),
+                          .orange = fixedPitch(orangeColor()),
+                          .red = fixedPitch(redColor())});
+    StyledText text;
+    text.reserve(records.size());
+    const auto read =
+        records.read(LogLineWriter::Keys, [&](std::span<const JSONField> fields) { writer.append(text, fields); });
+    if (read)
+        return text;
+    ZRKLogMessage(LogLevelError, "Failed to read logs. %@", {localizedDescription(read.error())});
+    return {};
+}
+
+StyledText BRVConsoleController::fetchASL()
+{
+    static auto printer = DateFormat::withStyles(DateStyle::Short, DateStyle::Medium);
+    StyledText text;
+    for (const auto& [time, message] : searchLegacyLog(legacyBackupSender)) {
+        const auto date = printer.stringFromDate(std::strtod(time.value_or("").c_str(), nullptr));
+        const bool setApart = !text.empty() && message && startsBackup(*message);
+        text.appendAttributes({}, setApart ? "\n%@: %s\n" : "%@: %s\n", {date, message ? message->c_str() : nullptr});
+    }
+    return text;
+}
+
+Color BRVConsoleController::blueColor()
+{
+    return named(NamedColor::SystemBlue, {0, 0, 1});
+}
+
+Color BRVConsoleController::greenColor()
+{
+    return named(NamedColor::SystemGreen, {0, 0.58, 0});
+}
+
+Color BRVConsoleController::orangeColor()
+{
+    return named(NamedColor::SystemOrange, {0.81, 0.41, 0});
+}
+
+Color BRVConsoleController::redColor()
+{
+    return named(NamedColor::SystemRed, {0.96, 0, 0});
+}

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/StyledText.h"
+#include "platform/ui/Button.h"
+#include "platform/ui/Interface.h"
+#include "platform/ui/ProgressIndicator.h"
+#include "platform/ui/SavePanel.h"
+#include "platform/ui/TextView.h"
+
+#include <memory>
+
+// The log console's window: what the product and the backup daemon logged, fetched when it opens and when the user asks
+// for it. Main thread, but for the fetch operations. At most one fetch runs at a time.
+class BRVConsoleController : public std::enable_shared_from_this<BRVConsoleController> {
+public:
+    static constexpr const char* windowNibName = "BRVConsole";
+
+    static std::shared_ptr<BRVConsoleController> create();
+
+    // Brings the window to the front. Loads it, and fetches the log, the first time.
+    void showWindow();
+    // Null before it was first shown.
+    std::shared_ptr<platform::ui::Window> window() const;
+
+    void windowDidLoad();
+    void refresh();
+    // The action "export", which is a word of the language.
+    void exportLog();
+
+    // From the log tool, which may take any time. No view is touched; not on the main thread.
+    static platform::StyledText fetchLog();
+    // From the log of systems that predate the unified one: the backup daemon's messages without styles.
+    static platform::StyledText fetchASL();
+
+    static platform::Color blueColor();
+    static platform::Color greenColor();
+    static platform::Color orangeColor();
+    static platform::Color redColor();
+
+private:
+    BRVConsoleController() = default;
+    void loadWindow();
+    void finishRefresh(std::shared_ptr<const platform::StyledText> text);
+    void write(const platform::ui::SavePanel::Choice& choice);
+    void presentError(const platform::Error& error);
+
+    std::unique_ptr<platform::ui::Interface> _interface;
+    std::shared_ptr<platform::ui::TextView> _textView;
+    std::shared_ptr<platform::ui::ProgressIndicator> _spinningIndicator;
+    std::shared_ptr<platform::ui::Button> _refreshButton;
+    std::shared_ptr<platform::ui::Button> _exportButton;
+};

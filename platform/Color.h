@@ -1,0 +1,21 @@
+#pragma once
+
+#include <variant>
+
+namespace platform {
+
+// Colours that the platform chooses, to suit the theme at hand.
+enum class NamedColor { Text, SystemBlue, SystemGreen, SystemOrange, SystemRed, SelectedTextBackground };
+
+// Components from 0 to 1, in sRGB.
+struct FixedColor {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+    double alpha = 1;
+    bool operator==(const FixedColor&) const = default;
+};
+
+using Color = std::variant<NamedColor, FixedColor>;
+
+} // namespace platform

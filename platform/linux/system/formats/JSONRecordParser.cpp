@@ -1,0 +1,124 @@
+#include "platform/linux/system/formats/JSONRecordParser.h"
+
+#include "platform/Format.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <simdjson.h>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+namespace dom = simdjson::dom;
+
+const std::size_t JSONRecordParser::Padding = simdjson::SIMDJSON_PADDING;
+
+struct JSONRecordParser::Native {
+    dom::parser parser;
+    std::vector<JSONField> fields;
+    std::vector<std::string> descriptions; // the texts of fields that are no strings
+};
+
+namespace {
+
+PropertyList propertyList(dom::element value);
+
+PropertyList propertyListOfArray(dom::array array)
+{
+    Array elements;
+    for (const dom::element element : array)
+        elements.push_back(propertyList(element));
+    return elements;
+}
+
+PropertyList propertyListOfObject(dom::object object)
+{
+    Dictionary members;
+    for (const dom::key_value_pair member : object)
+        members.set(std::string(member.key), propertyList(member.value));
+    return members;
+}
+
+std::string realText(double number)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.17g", number);
+    for (int digits = 1; digits < 17; ++digits) {
+        char shorter[32];
+        std::snprintf(shorter, sizeof shorter, "%.*g", digits, number);
+        if (std::strtod(shorter, nullptr) == number)
+            return shorter;
+    }
+    return text;
+}
+
+// The texts of what a property list does not hold.
+PropertyList propertyList(dom::element value)
+{
+    switch (value.type()) {
+    case dom::element_type::STRING:
+        return std::string(value.get_string().value_unsafe());
+    case dom::element_type::INT64:
+        return value.get_int64().value_unsafe();
+    case dom::element_type::UINT64:
+        return std::to_string(value.get_uint64().value_unsafe());
+    case dom::element_type::DOUBLE:
+        return realText(value.get_double().value_unsafe());
+    case dom::element_type::BOOL:
+        return value.get_bool().value_unsafe();
+    case dom::element_type::ARRAY:
+        return propertyListOfArray(value.get_array().value_unsafe());
+    case dom::element_type::OBJECT:
+        return propertyListOfObject(value.get_object().value_unsafe());
+    case dom::element_type::NULL_VALUE:
+        break;
+    }
+    return std::string("<null>");
+}
+
+} // namespace
+
+JSONRecordParser::JSONRecordParser() : _native(std::make_unique<Native>()) { }
+
+JSONRecordParser::~JSONRecordParser() = default;
+
+std::optional<std::size_t> JSONRecordParser::parse(std::string_view array, std::span<const std::string_view> keys,
+                                                   const JSONRecords::Visitor& visit)
+{
+    dom::array elements;
+    const auto failure = _native->parser.parse(array.data(), array.size(), false).get_array().get(elements);
+    if (failure) {
+        _failure = simdjson::error_message(failure);
+        return std::nullopt;
+    }
+    auto& fields = _native->fields;
+    auto& descriptions = _native->descriptions;
+    descriptions.resize(keys.size());
+    std::size_t count = 0;
+    for (const dom::element element : elements) {
+        ++count;
+        fields.assign(keys.size(), {});
+        dom::object object;
+        if (element.get_object().get(object) != simdjson::SUCCESS)
+            object = {};
+        else {
+            for (const dom::key_value_pair member : object) {
+                const auto place = static_cast<std::size_t>(std::ranges::find(keys, member.key) - keys.begin());
+                if (place == keys.size())
+                    continue;
+                auto& field = fields[place];
+                if (member.value.is_string()) {
+                    field = {JSONField::Kind::String, member.value.get_string().value_unsafe()};
+                    continue;
+                }
+                descriptions[place] = description(propertyList(member.value));
+                field = {JSONField::Kind::Other, descriptions[place]};
+            }
+        }
+        visit(fields);
+    }
+    return count;
+}
+
+} // namespace platform

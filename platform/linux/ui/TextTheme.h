@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/StyledText.h"
+#include "platform/ui/TextView.h"
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+#include <QTextCharFormat>
+
+namespace platform::ui {
+
+// How styled text is drawn with a palette: every colour so that it can be read on the palette's background.
+class TextTheme {
+public:
+    TextTheme() = default;
+    TextTheme(const QPalette& palette, const QFont& ownFont, const SelectedTextAttributes& selected);
+
+    QTextCharFormat format(const TextAttributes& attributes) const;
+    const QTextCharFormat& selectedFormat() const { return _selectedFormat; }
+
+    int rowHeight() const { return _rowHeight; }
+    int ascent() const { return _ascent; }
+    double characterWidth() const { return _characterWidth; } // of the fixed-pitch font
+
+private:
+    QColor color(const Color& color) const;
+
+    QFont _ownFont;
+    QFont _fixedPitchFont;
+    QColor _text;
+    QColor _base;
+    QColor _selectedBackground;
+    QTextCharFormat _selectedFormat;
+    int _rowHeight = 1;
+    int _ascent = 0;
+    double _characterWidth = 1;
+};
+
+// As WCAG measures it: from 1 (the same) to 21.
+double contrast(const QColor& one, const QColor& other);
+
+// The colour, or as much lighter or darker a one as it takes to read it on the background.
+QColor legibleOn(const QColor& background, QColor color);
+
+} // namespace platform::ui
