@@ -3,10 +3,12 @@
 #include "messaging/ErrorCodes.h"
 #include "platform/Localization.h"
 #include "tests/pictures/Photographer.h"
+#include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/shell/support/EditorTest.h"
+#include "update/BRUpdateController.h"
 
 using platform::Array;
 using platform::Dictionary;
@@ -30,7 +32,8 @@ ScheduleSettings atTimesOfDay()
     const Dictionary everyDay{{"Hour", 12}, {"Minute", 30}};
     record.set(
         "CalendarIntervals",
-        Dictionary{{"Intervals", Array{everyDay, entry(1, 9, 0), entry(5, 17, 30), entry(7, 3, 0)}}, {"ASAP", true}});
+        Dictionary{{"Intervals", Array{everyDay, entry(1, 9, 0), entry(3, 21, 15), entry(5, 17, 30), entry(7, 3, 0)}},
+                   {"ASAP", true}});
     return record;
 }
 
@@ -149,6 +152,94 @@ void unreachable(Photographer& photographer)
     photographer.photographSheet();
 }
 
+// A check for updates with this answer of the scheduler helper; this button of its alert is pressed.
+void photographCheck(Photographer& photographer, EditorTest& editor, const platform::ServiceReply& reply, int button)
+{
+    editor.scheduler.answerMessage(26, reply);
+    photographer.photographNextAlert();
+    user::answerNextAlert(button);
+    editor.user.clickMenuItem("checkUpdatesMenuItem");
+    user::runEventsUntil([&] { return editor.user.menuItem("checkUpdatesMenuItem")->isEnabled(); }, 10000);
+}
+
+platform::Error updaterError(std::int64_t code)
+{
+    return {ZRKUpdaterErrorDomain, code, {}, nullptr};
+}
+
+platform::ServiceReply newVersion()
+{
+    return replyWith(Dictionary{{"HumanVersion", "2.1"}});
+}
+
+void newVersionAvailable(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    photographCheck(photographer, editor, newVersion(), 2);
+}
+
+void upToDate(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    photographCheck(photographer, editor, replyWithError(updaterError(ZRKUpdaterErrorUpToDate)), 0);
+}
+
+void upToDateWithOffer(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.setInstallsUpdates(false);
+    photographCheck(photographer, editor, replyWithError(updaterError(ZRKUpdaterErrorUpToDate)), 0);
+}
+
+void checkFailed(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    photographCheck(photographer, editor, replyWithError(updaterError(ZRKUpdaterErrorUntrustedServer)), 0);
+}
+
+void updateFailed(Photographer& photographer)
+{
+    const EditorTest editor(completeRecord());
+    photographer.photographNextAlert();
+    user::answerNextAlert(0);
+    BRUpdateController::displayUpdateAlertWithError(
+        {ZRKInstallerPackageErrorDomain, ZRKInstallerPackageErrorInvalidSignature, {}, nullptr});
+}
+
+void askAboutUpdates(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.setInstallsUpdates(false);
+    photographer.photographNextAlert();
+    user::answerNextAlert(1);
+    editor.controller->applicationShouldTerminate();
+}
+
+void askToUninstall(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    photographer.photographNextAlert();
+    user::answerNextAlert(1);
+    editor.user.clickMenuItem("uninstallMenuItem");
+}
+
+void preferences(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    scripted::authorization::setDefinition("com.zerkolin.brevane.settings.modify-1",
+                                           {{"rule", Array{"authenticate-admin"}}});
+    editor.user.clickMenuItem("preferencesMenuItem");
+    photographer.photographWindow("preferencesWindow");
+}
+
+void about(Photographer& photographer)
+{
+    EditorTest editor(completeRecord());
+    scripted::system::setBundleVersion("1.0.0.1");
+    editor.user.clickMenuItem("aboutMenuItem");
+    photographer.photographWindow("aboutPanel");
+}
+
 } // namespace
 
 const std::vector<State>& states()
@@ -168,6 +259,15 @@ const std::vector<State>& states()
         {"disabled", disabled},
         {"awaiting-approval", awaitingApproval},
         {"unreachable", unreachable},
+        {"new-version", newVersionAvailable},
+        {"up-to-date", upToDate},
+        {"up-to-date-with-offer", upToDateWithOffer},
+        {"check-failed", checkFailed},
+        {"update-failed", updateFailed},
+        {"ask-about-updates", askAboutUpdates},
+        {"ask-to-uninstall", askToUninstall},
+        {"preferences", preferences},
+        {"about", about},
     };
     return all;
 }
