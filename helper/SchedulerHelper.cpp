@@ -38,13 +38,22 @@ std::size_t sizeOf(const ServiceDictionary& message)
     return size;
 }
 
+bool needsRight(std::int64_t message)
+{
+    auto rights = BRVAuthorizationRightsForMessage(message);
+    return rights && !rights->empty();
+}
+
 bool needsRight(const ServiceDictionary& message)
 {
     auto found = message.find("message");
-    if (found == message.end() || !std::holds_alternative<std::int64_t>(found->second))
-        return false;
-    auto rights = BRVAuthorizationRightsForMessage(std::get<std::int64_t>(found->second));
-    return rights && !rights->empty();
+    const auto* number = found == message.end() ? nullptr : std::get_if<std::int64_t>(&found->second);
+    return number && needsRight(*number);
+}
+
+ServiceDictionary replyTo(std::int64_t message, const Result<PropertyList>& outcome)
+{
+    return outcome ? ReplyBuilder::replyWithResult(message, *outcome) : ReplyBuilder::replyWithError(outcome.error());
 }
 
 // The reply to a change: the application only asks that it is not empty.
@@ -59,18 +68,21 @@ const Dictionary& changed()
 const SchedulerHelper::Served SchedulerHelper::messageTable[] = {
     {BRVMessageGetSettings, &SchedulerHelper::getSettings},
     {BRVMessageApplySettings, &SchedulerHelper::applySettings},
+    {BRVMessageSetAllowWithoutPassword, &SchedulerHelper::setAllowWithoutPassword},
     {BRVMessageGetAutoUpdates, &SchedulerHelper::getAutoUpdates},
     {BRVMessageSetAutoUpdates, &SchedulerHelper::setAutoUpdates},
 };
 
-std::shared_ptr<SchedulerHelper> SchedulerHelper::create()
+std::shared_ptr<SchedulerHelper> SchedulerHelper::create(const HelperOptions& options,
+                                                         Maintenance::EndHandler endHandler)
 {
-    return std::shared_ptr<SchedulerHelper>(new SchedulerHelper);
+    return std::shared_ptr<SchedulerHelper>(new SchedulerHelper(options, std::move(endHandler)));
 }
 
-SchedulerHelper::SchedulerHelper()
+SchedulerHelper::SchedulerHelper(const HelperOptions& options, Maintenance::EndHandler endHandler)
     : _settings(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.scheduler.plist")),
       _autoUpdates(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.updates.plist")),
+      _maintenance(Maintenance::create(options, std::move(endHandler))),
       _readingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.reading")),
       _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing"))
 {
@@ -87,7 +99,7 @@ void SchedulerHelper::handle(ServiceDictionary message, std::string sender, Repl
     }
     queue->async([self = shared_from_this(), message = std::move(message), sender = std::move(sender),
                   reply = std::move(reply), size]() mutable {
-        reply(self->answer(std::move(message), sender));
+        self->answer(std::move(message), sender, reply);
         self->_waitingSize -= size;
     });
 }
@@ -95,7 +107,7 @@ void SchedulerHelper::handle(ServiceDictionary message, std::string sender, Repl
 bool SchedulerHelper::drain(std::chrono::milliseconds limit)
 {
     auto end = std::chrono::steady_clock::now() + limit;
-    for (const auto& queue : {_readingQueue, _changingQueue}) {
+    for (const auto& queue : {_readingQueue, _changingQueue, _maintenance->queue()}) {
         auto done = std::make_shared<std::promise<void>>();
         queue->async([done] { done->set_value(); });
         if (done->get_future().wait_until(end) != std::future_status::ready)
@@ -104,16 +116,34 @@ bool SchedulerHelper::drain(std::chrono::milliseconds limit)
     return true;
 }
 
-ServiceDictionary SchedulerHelper::answer(ServiceDictionary message, const std::string& sender)
+void SchedulerHelper::answer(ServiceDictionary message, const std::string& sender, const Reply& reply)
 {
     auto request = RequestReader::requestForMessage(std::move(message));
     if (!request)
-        return ReplyBuilder::replyWithError(request.error());
+        return reply(ReplyBuilder::replyWithError(request.error()));
     if (auto authorized = authorize(*request, sender); !authorized)
-        return ReplyBuilder::replyWithError(authorized.error());
-    auto result = perform(*request);
-    return result ? ReplyBuilder::replyWithResult(request->message, *result)
-                  : ReplyBuilder::replyWithError(result.error());
+        return reply(ReplyBuilder::replyWithError(authorized.error()));
+    _maintenance->peers().add(sender);
+    if (!beginMaintenance(request->message, sender, reply))
+        reply(replyTo(request->message, perform(*request)));
+}
+
+bool SchedulerHelper::beginMaintenance(std::int64_t message, const std::string& sender, const Reply& reply)
+{
+    auto complete = [message, reply](Outcome outcome) { reply(replyTo(message, outcome)); };
+    switch (message) {
+    case BRVMessageCheckForUpdates:
+        _maintenance->checkForUpdates(complete);
+        return true;
+    case BRVMessageInstallUpdate:
+        _maintenance->installUpdate(complete);
+        return true;
+    case BRVMessageUninstall:
+        _maintenance->uninstall(sender, complete);
+        return true;
+    default:
+        return false;
+    }
 }
 
 Result<void> SchedulerHelper::authorize(const Request& request, const std::string& sender) const
@@ -134,6 +164,8 @@ SchedulerHelper::Outcome SchedulerHelper::perform(const Request& request)
     auto served = std::ranges::find(messageTable, request.message, &Served::message);
     if (served == std::end(messageTable))
         return std::unexpected(RequestReader::deserializeError(request.message));
+    if (needsRight(request.message) && _maintenance->isUninstalling())
+        return std::unexpected(ZRKError::errorWithDomain(BRVErrorDomain, BRVErrorUpdateRunning));
     auto payload = RequestReader::payloadOfRequest(request);
     if (!payload)
         return std::unexpected(std::move(payload.error()));
@@ -176,5 +208,19 @@ SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request,
     if (auto stored = _autoUpdates.setEnabled(enabled); !stored)
         return std::unexpected(std::move(stored.error()));
     ZRKLogMessage(LogLevelDefault, "Automatic updates are %@.", {enabled ? "on" : "off"});
+    return changed();
+}
+
+SchedulerHelper::Outcome SchedulerHelper::setAllowWithoutPassword(const Request& request, const Payload& payload)
+{
+    const auto* record = payload ? payload->dictionary() : nullptr;
+    if (!record)
+        return std::unexpected(RequestReader::deserializeError(request.message));
+    if (auto fault = SettingsValidator::faultInAllowWithoutPassword(*record))
+        return std::unexpected(fault->error());
+    bool allowed = record->boolForKey("Allow");
+    if (auto written = _maintenance->passwordRule().setAllowsWithoutPassword(allowed); !written)
+        return std::unexpected(std::move(written.error()));
+    ZRKLogMessage(LogLevelDefault, "Changing settings %@ a password.", {allowed ? "needs no" : "needs"});
     return changed();
 }

@@ -213,3 +213,9 @@ std::optional<SettingsFault> SettingsValidator::faultInAutoUpdates(const Diction
     static constexpr Rule rules[] = {{"Enabled", boolean, Presence::Required}};
     return faultByRules(record, rules);
 }
+
+std::optional<SettingsFault> SettingsValidator::faultInAllowWithoutPassword(const Dictionary& record)
+{
+    static constexpr Rule rules[] = {{"Allow", boolean, Presence::Required}};
+    return faultByRules(record, rules);
+}

@@ -28,4 +28,7 @@ public:
 
     // The same for the record {"Enabled": boolean}.
     static std::optional<SettingsFault> faultInAutoUpdates(const platform::Dictionary& record);
+
+    // The same for the record {"Allow": boolean}.
+    static std::optional<SettingsFault> faultInAllowWithoutPassword(const platform::Dictionary& record);
 };

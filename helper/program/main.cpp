@@ -1,5 +1,6 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/DefaultRights.h"
+#include "helper/HelperOptions.h"
 #include "helper/SchedulerHelper.h"
 #include "messaging/BRVHelperMessager.h"
 #include "platform/Folder.h"
@@ -11,17 +12,12 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <optional>
 #include <string_view>
 #include <sys/stat.h>
 #include <sysexits.h>
 #include <unistd.h>
 
 namespace {
-
-constexpr const char* usage = "usage: com.zerkolin.brevane.scheduler [--root PATH]\n"
-                              "Stores the backup schedule and serves it on the system bus.\n"
-                              "  --root PATH   the folder below which the product's files stand (/opt/brevane)\n";
 
 // How long requests that arrived before the end may take.
 constexpr std::chrono::seconds drainLimit{2};
@@ -51,16 +47,17 @@ int fail(std::string_view text)
     return EX_UNAVAILABLE;
 }
 
-std::optional<const char*> rootOfArguments(int count, char** arguments)
+// The new version goes on as this process, with the same arguments. Returns when it cannot.
+int startNextVersion(char** arguments)
 {
-    if (count == 1)
-        return platform::InstalledRoot;
-    if (count == 3 && std::string_view(arguments[1]) == "--root" && *arguments[2])
-        return arguments[2];
-    return std::nullopt;
+    auto program = platform::systemPath("/Library/Brevane/com.zerkolin.brevane.scheduler");
+    ZRKLogMessage(LogLevelInfo, "The new version takes over.");
+    ::execv(program.c_str(), arguments);
+    fail("The new version cannot be started.");
+    return EX_TEMPFAIL;
 }
 
-int serve()
+int serve(const HelperOptions& options, char** arguments)
 {
     // The listener first: whoever has the name is the only one that touches the files.
     std::shared_ptr<SchedulerHelper> helper;
@@ -74,13 +71,21 @@ int serve()
     if (auto folder = platform::systemPath("/Library/Preferences"); !platform::createFolder(folder))
         ZRKLogMessage(LogLevelError, "Could not create the folder '%@'.", {folder});
     installDefaultRights();
-    helper = SchedulerHelper::create();
+    std::atomic<bool> isReplaced = false;
+    helper = SchedulerHelper::create(options, [&isReplaced, &listener](Maintenance::End how) {
+        isReplaced = how == Maintenance::End::Restart;
+        (*listener)->stop();
+    });
     ZRKLogMessage(LogLevelInfo, "Running version %@.", {platform::bundleVersion()});
 
     bool stopped = (*listener)->run();
     bool drained = helper->drain(drainLimit);
     stoppable = nullptr;
     int status = stopped ? EXIT_SUCCESS : fail("The system bus is gone, or another program has taken the name.");
+    if (isReplaced) {
+        listener->reset(); // the name is free for the next version
+        status = startNextVersion(arguments);
+    }
     ZRKLogMessage(LogLevelInfo, "Stopped.");
     // What is still at work, waiting for an authority that does not answer, must not keep the process.
     if (!drained)
@@ -93,16 +98,17 @@ int serve()
 int main(int count, char** arguments)
 {
     if (count == 2 && std::string_view(arguments[1]) == "--help") {
-        std::fputs(usage, stdout);
+        std::fputs(HelperOptions::usage, stdout);
         return EXIT_SUCCESS;
     }
-    auto root = rootOfArguments(count, arguments);
-    if (!root) {
-        std::fputs(usage, stderr);
-        return EX_USAGE;
+    auto options = HelperOptions::inArguments(count, arguments);
+    if (!options) {
+        const bool isUnderstood = !options.error().empty();
+        std::fprintf(stderr, "%s\n", isUnderstood ? options.error().c_str() : HelperOptions::usage);
+        return isUnderstood ? EX_CONFIG : EX_USAGE;
     }
     ::umask(022);
-    platform::setSystemRoot(*root);
+    platform::setSystemRoot(options->root);
     ZRKLogInit("com.zerkolin.brevane", "scheduler");
-    return serve();
+    return serve(*options, arguments);
 }

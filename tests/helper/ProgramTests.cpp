@@ -228,7 +228,7 @@ TEST_CASE("A token that was good is worth nothing on a later connection")
     CHECK(errorIn(helper.send(request)).code == ZRKAuthorizationErrorCreateFromExternalForm);
 }
 
-TEST_CASE("Every number asks for its rights first, and only four are served")
+TEST_CASE("Every number asks for its rights first, and eight are served")
 {
     RunningHelper helper(Answer::Authorized);
     for (std::int64_t number = 0; number <= 28; ++number) {
@@ -242,6 +242,12 @@ TEST_CASE("Every number asks for its rights first, and only four are served")
         auto reply = helper.send({{"message", number}, {"auth", ownToken()}});
         if (number == BRVMessageGetSettings || number == BRVMessageGetAutoUpdates)
             CHECK(resultIn(reply).dictionary());
+        else if (number == BRVMessageCheckForUpdates) // there is no feed
+            CHECK(errorIn(reply).code == ZRKUpdaterErrorFetchInfo);
+        else if (number == BRVMessageInstallUpdate) // nor an installation
+            CHECK(errorIn(reply).code == ZRKUpdaterErrorCannotUpdateNow);
+        else if (number == BRVMessageUninstall)
+            CHECK(errorIn(reply).code == ENOENT);
         else // those that are served miss their payload
             checkError(reply, ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeMessage, {{"message", number}});
         auto questions = helper.authority().calls();

@@ -40,7 +40,10 @@ RunningHelper::RunningHelper(PolkitAuthority::Answer answer)
 
 void RunningHelper::start(ChildProcess::Arguments command)
 {
-    command.insert(command.end(), {BREVANE_SCHEDULER_HELPER, "--root", root()});
+    // No test that is about something else asks a server.
+    auto updates = binaryData(platform::Dictionary{{"Feed", "file:///nonexistent"}, {"PublicKey", Data(32)}});
+    auto path = _root.write("updates.plist", std::string(updates.begin(), updates.end()));
+    command.insert(command.end(), {BREVANE_SCHEDULER_HELPER, "--root", root(), "--updates", path});
     _program.reset();
     // What the environment says about a root is none of the helper's business.
     _program = std::make_unique<ChildProcess>(command, ChildProcess::Environment{{"BREVANE_ROOT", "/nonexistent"}});

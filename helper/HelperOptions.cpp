@@ -1,0 +1,44 @@
+#include "helper/HelperOptions.h"
+
+#include "platform/linux/system/Root.h"
+
+#include <optional>
+#include <string_view>
+
+namespace {
+
+constexpr const char* systemRules = "/etc/polkit-1/rules.d";
+
+} // namespace
+
+const char* const HelperOptions::usage =
+    "usage: com.zerkolin.brevane.scheduler [--root PATH] [--updates FILE] [--rules FOLDER]\n"
+    "Stores the backup schedule and serves it on the system bus.\n"
+    "  --root PATH      the folder below which the product's files stand (/opt/brevane)\n"
+    "  --updates FILE   a property list that names the feed of updates and their public key\n"
+    "  --rules FOLDER   polkit's folder of rules (/etc/polkit-1/rules.d; with another root: none)\n";
+
+std::expected<HelperOptions, std::string> HelperOptions::inArguments(int count, const char* const* arguments)
+{
+    std::string root = platform::InstalledRoot;
+    std::optional<std::string> rules;
+    auto updates = UpdateConfiguration::builtIn();
+    for (int index = 1; index < count; index += 2) {
+        const std::string_view name = arguments[index];
+        const std::string value = index + 1 < count ? arguments[index + 1] : "";
+        if (value.empty() || (name != "--root" && name != "--rules" && name != "--updates"))
+            return std::unexpected("");
+        if (name == "--root") {
+            root = value;
+        } else if (name == "--rules") {
+            rules = value;
+        } else {
+            auto named = UpdateConfiguration::inFile(value);
+            if (!named)
+                return std::unexpected(std::move(named.error()));
+            updates = std::move(*named);
+        }
+    }
+    const bool isInstalled = root == platform::InstalledRoot;
+    return HelperOptions{root, rules.value_or(isInstalled ? systemRules : ""), std::move(updates)};
+}

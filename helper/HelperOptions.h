@@ -1,0 +1,18 @@
+#pragma once
+
+#include "helper/update/UpdateConfiguration.h"
+
+#include <expected>
+#include <string>
+
+// What the program was told on its command line.
+struct HelperOptions {
+    std::string root;
+    std::string rulesFolder; // of polkit; empty: none is written
+    UpdateConfiguration updates;
+
+    static const char* const usage;
+
+    // Fails with a sentence, or with nothing for arguments that are not understood.
+    static std::expected<HelperOptions, std::string> inArguments(int count, const char* const* arguments);
+};

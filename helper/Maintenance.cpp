@@ -1,0 +1,108 @@
+#include "helper/Maintenance.h"
+
+#include "diagnostics/log/ZRKLog.h"
+#include "helper/BackupActivity.h"
+#include "helper/installation/Installation.h"
+#include "messaging/ErrorCodes.h"
+#include "messaging/ZRKError.h"
+
+#include <utility>
+
+using platform::Dictionary;
+using platform::PropertyList;
+using platform::Result;
+
+namespace {
+
+std::unexpected<platform::Error> refusal(BRVErrorCode code)
+{
+    return std::unexpected(ZRKError::errorWithDomain(BRVErrorDomain, code));
+}
+
+} // namespace
+
+std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, EndHandler endHandler)
+{
+    return std::shared_ptr<Maintenance>(new Maintenance(options, std::move(endHandler)));
+}
+
+Maintenance::Maintenance(const HelperOptions& options, EndHandler endHandler)
+    : _updater(options.updates),
+      _passwordRule(options.rulesFolder),
+      _endHandler(std::move(endHandler)),
+      _queue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.maintenance"))
+{
+    _updater.recover();
+}
+
+// Takes the one place there is, or refuses.
+bool Maintenance::begin(Operation operation, const Completion& completion)
+{
+    auto free = Operation::None;
+    if (!_operation.compare_exchange_strong(free, operation)) {
+        completion(refusal(BRVErrorUpdateRunning));
+        return false;
+    }
+    if (operation == Operation::Check || !isBackupRunning())
+        return true;
+    finish(completion, refusal(BRVErrorBackupRunning));
+    return false;
+}
+
+void Maintenance::finish(const Completion& completion, Result<PropertyList> result)
+{
+    _operation = Operation::None;
+    completion(std::move(result));
+}
+
+// The place stays taken: what comes now is for the next version, or for nobody.
+void Maintenance::end(const Completion& completion, End how)
+{
+    completion(Dictionary{{"Applied", true}});
+    _endHandler(how);
+}
+
+void Maintenance::checkForUpdates(Completion completion)
+{
+    if (!begin(Operation::Check, completion))
+        return;
+    _queue->async([self = shared_from_this(), completion = std::move(completion)] {
+        auto information = self->_updater.check();
+        if (information)
+            self->finish(completion, PropertyList(std::move(information->reply)));
+        else
+            self->finish(completion, std::unexpected(std::move(information.error())));
+    });
+}
+
+void Maintenance::installUpdate(Completion completion)
+{
+    if (!begin(Operation::Install, completion))
+        return;
+    _queue->async([self = shared_from_this(), completion = std::move(completion)] {
+        if (auto installed = self->_updater.install(); !installed) {
+            self->finish(completion, std::unexpected(std::move(installed.error())));
+            return;
+        }
+        ZRKLogMessage(LogLevelDefault, "The new version is installed.");
+        self->end(completion, End::Restart);
+    });
+}
+
+void Maintenance::uninstall(const std::string& sender, Completion completion)
+{
+    if (!begin(Operation::Uninstall, completion))
+        return;
+    if (_peers.othersConnected(sender)) {
+        finish(completion, refusal(BRVErrorPeersConnected));
+        return;
+    }
+    ZRKLogMessage(LogLevelDefault, "Uninstalling.");
+    auto removed = _passwordRule.removeRules();
+    if (removed)
+        removed = Installation().remove();
+    if (!removed)
+        finish(completion, std::unexpected(std::move(removed.error())));
+    else
+        end(completion, End::Stop);
+}

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "helper/HelperOptions.h"
+#include "helper/PasswordRule.h"
+#include "helper/Peers.h"
+#include "helper/update/Updater.h"
+#include "platform/Queue.h"
+
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+
+// The work on the installation itself: one operation at a time, whoever asks. Another one meanwhile is refused with an
+// error of the product's domain. Never waits; a completion is called once, on another thread or before the return.
+class Maintenance : public std::enable_shared_from_this<Maintenance> {
+public:
+    using Completion = std::function<void(platform::Result<platform::PropertyList>)>;
+    enum class End {
+        Restart, // another version of this program has taken its place
+        Stop,    // there is none any more
+    };
+    using EndHandler = std::function<void(End)>;
+
+    // Finishes what was interrupted. The handler is called after the reply, and nothing is served from then on.
+    static std::shared_ptr<Maintenance> create(const HelperOptions& options, EndHandler endHandler);
+
+    void checkForUpdates(Completion completion);
+    void installUpdate(Completion completion);
+    // On the thread of the caller, which must be the one that writes settings. The sender is the peer who asks.
+    void uninstall(const std::string& sender, Completion completion);
+
+    // From then on no settings may be written.
+    bool isUninstalling() const { return _operation == Operation::Uninstall; }
+
+    PasswordRule& passwordRule() { return _passwordRule; }
+    Peers& peers() { return _peers; }
+    const std::shared_ptr<platform::Queue>& queue() const { return _queue; }
+
+private:
+    enum class Operation { None, Check, Install, Uninstall };
+
+    Maintenance(const HelperOptions& options, EndHandler endHandler);
+    bool begin(Operation operation, const Completion& completion);
+    void finish(const Completion& completion, platform::Result<platform::PropertyList> result);
+    void end(const Completion& completion, End how);
+
+    Updater _updater;
+    PasswordRule _passwordRule;
+    EndHandler _endHandler;
+    Peers _peers;
+    std::atomic<Operation> _operation = Operation::None;
+    std::shared_ptr<platform::Queue> _queue;
+};

@@ -1,0 +1,91 @@
+#include "helper/PasswordRule.h"
+
+#include "helper/installation/FileTree.h"
+#include "helper/installation/SystemError.h"
+#include "messaging/ZRKAuthorizationManager.h"
+#include "platform/Authorization.h"
+#include "platform/linux/system/AtomicFile.h"
+
+#include <cerrno>
+#include <grp.h>
+#include <string_view>
+#include <unistd.h>
+
+using platform::Array;
+using platform::Dictionary;
+using platform::Result;
+
+namespace {
+
+constexpr const char* fileName = "/49-com.zerkolin.brevane.rules";
+constexpr mode_t readableByAuthority = 0644;
+
+// The group of administrators, as the system has it.
+std::string administrators()
+{
+    for (const char* name : {"sudo", "wheel"}) {
+        if (::getgrnam(name))
+            return name;
+    }
+    return {};
+}
+
+Result<void> defineRule(const char* rule)
+{
+    auto definition = platform::Authorization::right(BRVRightModifySettings1).value_or(Dictionary());
+    definition.set("rule", Array{rule});
+    return ZRKAuthorizationManager::setAuthorizationRights({{BRVRightModifySettings1, std::move(definition)}});
+}
+
+} // namespace
+
+std::string PasswordRule::rulesPath() const
+{
+    return _rulesFolder + fileName;
+}
+
+// The stricter of two steps comes first, so that nothing is open that is not said to be.
+Result<void> PasswordRule::setAllowsWithoutPassword(bool allowed) const
+{
+    if (!allowed) {
+        auto removed = removeRules();
+        return removed ? defineRule("authenticate-admin") : removed;
+    }
+    auto defined = defineRule("is-admin");
+    if (!defined || _rulesFolder.empty())
+        return defined;
+    auto written = writeRules();
+    if (!written)
+        (void)defineRule("authenticate-admin");
+    return written;
+}
+
+Result<void> PasswordRule::writeRules() const
+{
+    auto group = administrators();
+    std::string text = "// Written by Brevane: administrators change the backup schedule without a password.\n"
+                       "polkit.addRule(function(action, subject) {\n"
+                       "    if (action.id == \"";
+    text.append(BRVRightModifySettings1).append("\" && (subject.user == \"root\"");
+    if (!group.empty())
+        text.append(" || subject.isInGroup(\"").append(group).append("\")");
+    text.append("))\n        return polkit.Result.YES;\n});\n");
+    std::string_view view = text;
+    platform::removeInterruptedReplacements(rulesPath());
+    auto written = platform::replaceFile(rulesPath(), {reinterpret_cast<const std::uint8_t*>(view.data()), view.size()},
+                                         readableByAuthority);
+    if (!written)
+        return std::unexpected(systemError(written.error(), "'" + rulesPath() + "' could not be written."));
+    return {};
+}
+
+Result<void> PasswordRule::removeRules() const
+{
+    if (_rulesFolder.empty())
+        return {};
+    bool isGone = ::unlink(rulesPath().c_str()) == 0 || errno == ENOENT;
+    if (!isGone)
+        return std::unexpected(systemError(errno, "'" + rulesPath() + "' could not be removed."));
+    (void)syncFolder(_rulesFolder);
+    return {};
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/Error.h"
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+// What an installation consists of. It stands in the product's folder, as the property list "installation.plist" with
+// "Version", "HumanVersion", "Files", "Links" and, once installed, "Folders".
+struct InstallationManifest {
+    std::string version;
+    std::string humanVersion;
+    std::vector<std::string> files;                         // below the product's folder; this list is not among them
+    std::vector<std::pair<std::string, std::string>> links; // a path below the root, and what it leads to
+    std::vector<std::string> folders;                       // below the root, made by the installation; "." is the root
+
+    static constexpr const char* fileName = "installation.plist";
+    static constexpr const char* productFolder = "Library/Brevane"; // below the root
+
+    // Nothing when there is none, or one that names anything outside the product's folder and its links.
+    static std::optional<InstallationManifest> inFolder(const std::string& folder);
+
+    // On disk when it returns success.
+    platform::Result<void> writeToFolder(const std::string& folder) const;
+
+    // The folders below the product's that hold its files, inner ones first.
+    std::vector<std::string> innerFolders() const;
+};

@@ -1,0 +1,67 @@
+#include "helper/update/UpdateConfiguration.h"
+
+#include "platform/linux/system/AtomicFile.h"
+#include "platform/PropertyListCoding.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr std::chrono::seconds usualPatience{30};
+constexpr std::size_t maximumFileSize = 65536;
+
+std::optional<UpdateConfiguration::PublicKey> keyOfHexadecimal(std::string_view text)
+{
+    UpdateConfiguration::PublicKey key{};
+    if (text.size() != 2 * key.size())
+        return std::nullopt;
+    for (std::size_t index = 0; index < key.size(); ++index) {
+        const char* at = text.data() + 2 * index;
+        auto [end, failure] = std::from_chars(at, at + 2, key[index], 16);
+        if (failure != std::errc() || end != at + 2)
+            return std::nullopt;
+    }
+    return key;
+}
+
+// Whether only root and this user can have written it.
+bool isTrustworthy(const std::string& path)
+{
+    struct stat status{};
+    if (::stat(path.c_str(), &status) != 0)
+        return false;
+    return (status.st_uid == 0 || status.st_uid == ::geteuid()) && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+} // namespace
+
+UpdateConfiguration UpdateConfiguration::builtIn()
+{
+    return {BREVANE_UPDATE_FEED, keyOfHexadecimal(BREVANE_UPDATE_KEY), {}, usualPatience};
+}
+
+std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(const std::string& path)
+{
+    if (!isTrustworthy(path))
+        return std::unexpected("The file '" + path + "' is missing, or others may write it.");
+    auto bytes = platform::readFile(path, maximumFileSize);
+    auto value = bytes ? platform::propertyListWithData(*bytes) : platform::Result<platform::PropertyList>();
+    const auto* record = value ? value->dictionary() : nullptr;
+    const auto* feed = record ? record->stringForKey("Feed") : nullptr;
+    const auto* keyValue = record ? record->find("PublicKey") : nullptr;
+    const auto* key = keyValue ? keyValue->data() : nullptr;
+    if (!feed || !key || key->size() != std::tuple_size_v<PublicKey>)
+        return std::unexpected("The file '" + path + "' does not name a feed and a public key of 32 bytes.");
+
+    UpdateConfiguration configuration{*feed, PublicKey(), {}, usualPatience};
+    std::ranges::copy(*key, configuration.key->begin());
+    if (const auto* authorities = record->stringForKey("Authorities"))
+        configuration.authorities = *authorities;
+    if (auto seconds = record->integerForKey("Patience"); seconds > 0 && seconds <= 3600)
+        configuration.patience = std::chrono::seconds(seconds);
+    return configuration;
+}

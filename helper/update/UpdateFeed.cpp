@@ -1,0 +1,81 @@
+#include "helper/update/UpdateFeed.h"
+
+#include "helper/update/Download.h"
+#include "messaging/ErrorCodes.h"
+#include "messaging/ZRKError.h"
+#include "platform/linux/system/AtomicFile.h"
+#include "platform/PropertyListCoding.h"
+
+#include <array>
+#include <openssl/sha.h>
+#include <utility>
+
+using platform::Dictionary;
+using platform::PropertyList;
+
+namespace {
+
+constexpr std::size_t maximumTextLength = 2048;
+
+const std::string* textForKey(const Dictionary& feed, const char* key)
+{
+    const auto* text = feed.stringForKey(key);
+    return text && !text->empty() && text->size() <= maximumTextLength ? text : nullptr;
+}
+
+// The number under the key or, when the key is absent, the usual one; nothing when it is out of range.
+std::optional<std::int64_t> numberForKey(const Dictionary& feed, const char* key, std::int64_t usual,
+                                         std::int64_t highest)
+{
+    const auto* value = feed.find(key);
+    if (!value)
+        return usual;
+    auto number = value->integerValue();
+    return value->isNumber() && number >= 0 && number <= highest ? std::optional(number) : std::nullopt;
+}
+
+std::optional<UpdateInformation> readFeed(const Dictionary& feed, const std::string& url)
+{
+    const auto* version = textForKey(feed, "Version");
+    const auto* humanVersion = textForKey(feed, "HumanVersion");
+    const auto* package = textForKey(feed, "Package");
+    if (!version || !humanVersion || !package)
+        return std::nullopt;
+    auto number = VersionNumber::parse(*version);
+    auto address = Download::resolve(*package, url);
+    auto size = numberForKey(feed, "Size", 0, UpdateFeed::maximumPackageSize);
+    auto share = numberForKey(feed, "Share", 100, 100);
+    const auto* byHand = feed.find("URL");
+    if (!number || !address || !size || !share || (byHand && !byHand->string()))
+        return std::nullopt;
+    Dictionary reply{{"Version", *version}, {"HumanVersion", *humanVersion}};
+    if (byHand)
+        reply.set("URL", *byHand);
+    return UpdateInformation{std::move(*number), std::move(*address), static_cast<std::uint64_t>(*size), *share,
+                             std::move(reply)};
+}
+
+} // namespace
+
+platform::Result<UpdateInformation> UpdateFeed::informationInFeed(const platform::Data& bytes, const std::string& url)
+{
+    auto value = platform::propertyListWithData(bytes);
+    if (!value)
+        return std::unexpected(
+            ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, ZRKUpdaterErrorReadData, {}, std::move(value.error())));
+    auto information = value->dictionary() ? readFeed(*value->dictionary(), url) : std::nullopt;
+    if (!information)
+        return std::unexpected(
+            ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, ZRKUpdaterErrorInvalidInfo, {{"info", *value}}));
+    return std::move(*information);
+}
+
+int UpdateFeed::placeOfMachine(const std::string& version)
+{
+    // The machine's identity leaves the machine in no form, and each version has another order.
+    auto identity = platform::readFile("/etc/machine-id", 4096).value_or(platform::Data());
+    identity.insert(identity.end(), version.begin(), version.end());
+    std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
+    SHA256(identity.data(), identity.size(), digest.data());
+    return (digest[0] << 8 | digest[1]) % 100;
+}
