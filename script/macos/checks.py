@@ -47,8 +47,10 @@ INTRODUCED = (
     (r"__Z\w*St19bad_expected_access|__Z\w*St3__119bad_expected_access", (99, 0)),
 )
 
-# Newer than the oldest system, so the program must be able to do without them.
-MUST_BE_WEAK = {"x86_64": ("_dispatch_queue_create_with_target", "_os_log_create", "__os_log_impl", "_getattrlistbulk")}
+# Newer than the oldest system, so the program must be able to do without them, and what it has to ask for all the same.
+NEWER = {"x86_64": re.compile(r"_(dispatch_queue_create_with_target|_os_log_\w+|os_log_\w+|getattrlistbulk|asl_next|"
+                              r"asl_release)(\$|$)")}
+ASKED_FOR = {"x86_64": ("_dispatch_queue_create_with_target", "__os_log_create")}
 
 failures = []
 
@@ -110,9 +112,9 @@ def report(program, architecture):
     unknown = [path for path in libraries if not is_allowed(path)]
     newer = too_new(symbols, minimum)
     weak = sorted(symbol for symbol, _, is_weak in symbols if is_weak)
-    strong_though_new = [name for name in MUST_BE_WEAK.get(architecture, ())
-                         if any(symbol.split("$")[0] == name and not is_weak for symbol, _, is_weak in symbols)]
-    absent = [name for name in MUST_BE_WEAK.get(architecture, ())
+    newer_names = NEWER.get(architecture)
+    strong = [symbol for symbol, _, is_weak in symbols if newer_names and newer_names.match(symbol) and not is_weak]
+    absent = [name for name in ASKED_FOR.get(architecture, ())
               if not any(symbol.split("$")[0] == name for symbol, _, _ in symbols)]
 
     print(f"\n{architecture}")
@@ -128,8 +130,11 @@ def report(program, architecture):
     print(f"  C++ and runtime   {len(newer)} newer than {text_of(minimum)}   "
           + check(not newer, f"{architecture}: newer than {text_of(minimum)}: {', '.join(newer)}"))
     print(f"  weak              {', '.join(weak) or 'none'}   "
-          + check(not strong_though_new and not absent,
-                  f"{architecture}: not weak: {', '.join(strong_though_new + absent)}"))
+          + check(not strong and not absent,
+                  f"{architecture}: not weak: {', '.join(strong) or 'none'}; missing: {', '.join(absent) or 'none'}"))
+    if architecture == "arm64":  # which starts nothing that is not signed
+        signed = "LC_CODE_SIGNATURE" in commands
+        print("  signature         " + ("ad hoc" if signed else "none") + "   " + check(signed, "arm64: not signed"))
 
 
 def check_bundle(bundle):
@@ -150,6 +155,8 @@ def check_bundle(bundle):
     check(help_information["CFBundleIdentifier"] == information["CFBundleHelpBookName"], "the help book has another name")
     check(os.path.isfile(os.path.join(book, "Resources", "en.lproj", help_information["HPDBookAccessPath"])), "no help")
     check(information["CFBundleIdentifier"] == "com.zerkolin.brevane.application", "another bundle identifier")
+    oldest = information["LSMinimumSystemVersionByArchitecture"]
+    check(oldest == {name: text_of(version) for name, version in MINIMUM.items()}, "another minimum version in Info.plist")
     print(f"{bundle}: {information['CFBundleIdentifier']} {information['CFBundleVersion']}, {len(languages)} languages, "
           f"icon, help")
     return os.path.join(contents, "MacOS", information["CFBundleExecutable"])

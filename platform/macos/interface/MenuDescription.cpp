@@ -6,13 +6,13 @@ namespace {
 
 MenuDescription applicationMenu()
 {
-    return {.title = "Brevane",
+    return {.title = "B&revane",
             .role = MenuRole::Application,
             .items = {
-                {.title = "About Brevane", .identifier = "aboutMenuItem"},
+                {.title = "&About Brevane", .identifier = "aboutMenuItem"},
                 {},
-                {.title = "Preferences…", .identifier = "preferencesMenuItem", .key = ","},
-                {.title = "Check for Updates…", .identifier = "checkUpdatesMenuItem"},
+                {.title = "&Preferences…", .identifier = "preferencesMenuItem", .key = ","},
+                {.title = "&Check for Updates…", .identifier = "checkUpdatesMenuItem"},
                 {},
                 {.title = "Services", .submenu = MenuRole::Services},
                 {},
@@ -20,54 +20,54 @@ MenuDescription applicationMenu()
                 {.title = "Hide Others", .selector = "hideOtherApplications:", .key = "h", .modifiers = CommandOption},
                 {.title = "Show All", .selector = "unhideAllApplications:"},
                 {},
-                {.title = "Uninstall Brevane…", .identifier = "uninstallMenuItem"},
+                {.title = "&Uninstall Brevane…", .identifier = "uninstallMenuItem"},
                 {},
                 {.title = "Quit Brevane", .identifier = "quitMenuItem", .key = "q"}}};
 }
 
 MenuDescription fileMenu()
 {
-    return {.title = "File",
-            .items = {{.title = "Show Current Settings", .identifier = "showCurrentSettingsMenuItem", .key = "r"},
+    return {.title = "&File",
+            .items = {{.title = "&Show Current Settings", .identifier = "showCurrentSettingsMenuItem", .key = "r"},
                       {},
-                      {.title = "Close", .selector = "performClose:", .key = "w"}}};
+                      {.title = "&Close", .selector = "performClose:", .key = "w"}}};
 }
 
 MenuDescription editMenu()
 {
-    return {.title = "Edit",
-            .items = {{.title = "Undo", .selector = "undo:", .key = "z"},
-                      {.title = "Redo", .selector = "redo:", .key = "z", .modifiers = CommandShift},
+    return {.title = "&Edit",
+            .items = {{.title = "&Undo", .selector = "undo:", .key = "z"},
+                      {.title = "&Redo", .selector = "redo:", .key = "z", .modifiers = CommandShift},
                       {},
-                      {.title = "Cut", .selector = "cut:", .key = "x"},
-                      {.title = "Copy", .selector = "copy:", .key = "c"},
-                      {.title = "Paste", .selector = "paste:", .key = "v"},
+                      {.title = "Cu&t", .selector = "cut:", .key = "x"},
+                      {.title = "&Copy", .selector = "copy:", .key = "c"},
+                      {.title = "&Paste", .selector = "paste:", .key = "v"},
                       {},
-                      {.title = "Select All", .selector = "selectAll:", .key = "a"}}};
+                      {.title = "Select &All", .selector = "selectAll:", .key = "a"}}};
 }
 
 MenuDescription windowMenu()
 {
-    return {.title = "Window",
+    return {.title = "Win&dow",
             .role = MenuRole::Window,
-            .items = {{.title = "Minimize", .selector = "performMiniaturize:", .key = "m"},
+            .items = {{.title = "Mi&nimize", .selector = "performMiniaturize:", .key = "m"},
                       {.title = "Zoom", .selector = "performZoom:"},
                       {},
-                      {.title = "Main Window", .identifier = "mainWindowMenuItem", .key = "0"},
-                      {.title = "Local Snapshots", .identifier = "localSnapshotsMenuItem", .key = "1"},
-                      {.title = "Console", .identifier = "consoleMenuItem", .key = "2"},
+                      {.title = "&Main Window", .identifier = "mainWindowMenuItem", .key = "0"},
+                      {.title = "&Local Snapshots", .identifier = "localSnapshotsMenuItem", .key = "1"},
+                      {.title = "C&onsole", .identifier = "consoleMenuItem", .key = "2"},
                       {},
-                      {.title = "Bring All to Front", .selector = "arrangeInFront:"}}};
+                      {.title = "&Bring All to Front", .selector = "arrangeInFront:"}}};
 }
 
 MenuDescription helpMenu()
 {
-    return {.title = "Help",
+    return {.title = "&Help",
             .role = MenuRole::Help,
             .items = {{.title = "Brevane Help", .selector = "showHelp:", .key = "?"},
                       {},
-                      {.title = "Web Site", .identifier = "openWebSiteMenuItem"},
-                      {.title = "Ask for Support", .identifier = "contactByMailMenuItem"}}};
+                      {.title = "&Web Site", .identifier = "openWebSiteMenuItem"},
+                      {.title = "&Ask for Support", .identifier = "contactByMailMenuItem"}}};
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "platform/ErrorArchive.h"
 
-#include "platform/Localization.h"
 #include "platform/macos/system/Foundation.h"
 
 namespace platform {
@@ -14,10 +13,7 @@ Error unreadableError(NSError* failure)
 {
     if (failure)
         return foundation::error(failure);
-    return {CocoaErrorDomain,
-            coderReadCorrupt,
-            {{LocalizedDescriptionKey, localizedString("The archive does not hold an error.")}},
-            nullptr};
+    return {CocoaErrorDomain, coderReadCorrupt, {}, nullptr};
 }
 
 // The calls that newer ones have replaced; they throw where those report.

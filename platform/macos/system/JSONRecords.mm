@@ -1,6 +1,5 @@
 #include "platform/JSONRecords.h"
 
-#include "platform/Localization.h"
 #include "platform/macos/system/Foundation.h"
 
 #include <vector>
@@ -17,10 +16,7 @@ namespace {
 
 Error noArrayError()
 {
-    return {CocoaErrorDomain,
-            NSPropertyListReadCorruptError,
-            {{LocalizedDescriptionKey, localizedString("The data is not in the correct format.")}},
-            nullptr};
+    return {CocoaErrorDomain, NSPropertyListReadCorruptError, {}, nullptr};
 }
 
 // Keeps the text that the field shows.

@@ -1,6 +1,5 @@
 #include "platform/PropertyListCoding.h"
 
-#include "platform/Localization.h"
 #include "platform/macos/system/Foundation.h"
 
 namespace platform {
@@ -12,18 +11,12 @@ constexpr std::int64_t writeInvalid = 3852;
 
 Error corruptError()
 {
-    return {CocoaErrorDomain,
-            NSPropertyListReadCorruptError,
-            {{LocalizedDescriptionKey, localizedString("The property list cannot be read.")}},
-            nullptr};
+    return {CocoaErrorDomain, NSPropertyListReadCorruptError, {}, nullptr};
 }
 
 Error unwritableError()
 {
-    return {CocoaErrorDomain,
-            writeInvalid,
-            {{LocalizedDescriptionKey, localizedString("The value cannot be written as a property list.")}},
-            nullptr};
+    return {CocoaErrorDomain, writeInvalid, {}, nullptr};
 }
 
 Result<PropertyList> read(NSData* bytes, bool oldStyleOnly)

@@ -77,6 +77,19 @@ VolumeNotification notificationOf(VolumeNotification::Event event, NSDictionary*
             foundation::string(static_cast<NSString*>(information[NSWorkspaceVolumeLocalizedNameKey]))};
 }
 
+using VolumeHandler = std::function<void(const VolumeNotification&)>;
+
+// The block has to have the handler itself: it keeps a reference as a reference.
+id observe(NSNotificationName name, VolumeNotification::Event event, VolumeHandler handler)
+{
+    NSNotificationCenter* const center = NSWorkspace.sharedWorkspace.notificationCenter;
+    return [center
+        addObserverForName:name
+                    object:nil
+                     queue:NSOperationQueue.mainQueue
+                usingBlock:^(NSNotification* notification) { handler(notificationOf(event, notification.userInfo)); }];
+}
+
 } // namespace
 
 int numberOfMountedFileSystems()
@@ -125,21 +138,12 @@ std::shared_ptr<DiskSession> DiskSession::create()
     return std::make_shared<ArbitrationSession>(DASessionCreate(kCFAllocatorDefault));
 }
 
-VolumeObserver::VolumeObserver(std::function<void(const VolumeNotification&)> handler)
+VolumeObserver::VolumeObserver(VolumeHandler handler)
 {
-    NSNotificationCenter* const center = NSWorkspace.sharedWorkspace.notificationCenter;
-    const auto observe = [&](NSNotificationName name, VolumeNotification::Event event) -> id {
-        return [center addObserverForName:name
-                                   object:nil
-                                    queue:NSOperationQueue.mainQueue
-                               usingBlock:^(NSNotification* notification) {
-                                   handler(notificationOf(event, notification.userInfo));
-                               }];
-    };
     observations()[this] = @[
-        observe(NSWorkspaceDidMountNotification, VolumeNotification::Event::DidMount),
-        observe(NSWorkspaceDidUnmountNotification, VolumeNotification::Event::DidUnmount),
-        observe(NSWorkspaceDidRenameVolumeNotification, VolumeNotification::Event::DidRename)
+        observe(NSWorkspaceDidMountNotification, VolumeNotification::Event::DidMount, handler),
+        observe(NSWorkspaceDidUnmountNotification, VolumeNotification::Event::DidUnmount, handler),
+        observe(NSWorkspaceDidRenameVolumeNotification, VolumeNotification::Event::DidRename, handler)
     ];
 }
 

@@ -4,7 +4,15 @@ namespace platform::ui {
 
 namespace {
 
-// A control's cell is what older systems let assistive tools see.
+// What assistive tools see: the document of what scrolls.
+NSView* accessibleView(NSView* view)
+{
+    NSView* const document =
+        [view isKindOfClass:NSScrollView.class] ? static_cast<NSScrollView*>(view).documentView : nil;
+    return document ? document : view;
+}
+
+// On older systems, of a control it is the cell.
 id accessibleObject(NSView* view)
 {
     const id cell = [view isKindOfClass:NSControl.class] ? static_cast<NSControl*>(view).cell : nil;
@@ -16,15 +24,17 @@ id accessibleObject(NSView* view)
 // The calls of systems before 10.10.
 #pragma clang diagnostic ignored "-Wdeprecated-declarations"
 
-NSString* accessibilityLabel(NSView* view)
+NSString* accessibilityLabel(NSView* shown)
 {
+    NSView* const view = accessibleView(shown);
     if (@available(macOS 10.10, *))
         return view.accessibilityLabel;
     return [accessibleObject(view) accessibilityAttributeValue:NSAccessibilityDescriptionAttribute];
 }
 
-void setAccessibilityLabel(NSView* view, NSString* label)
+void setAccessibilityLabel(NSView* shown, NSString* label)
 {
+    NSView* const view = accessibleView(shown);
     if (@available(macOS 10.10, *))
         view.accessibilityLabel = label;
     else

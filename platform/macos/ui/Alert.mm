@@ -6,6 +6,21 @@
 
 namespace platform::ui {
 
+namespace {
+
+static_assert(int(AlertStyle::Warning) == NSAlertStyleWarning && int(AlertStyle::Critical) == NSAlertStyleCritical);
+static_assert(Alert::FirstButtonReturn == NSAlertFirstButtonReturn);
+
+// Of its accessory, which others still have.
+void letGo(NSAlert* alert)
+{
+    NSView* const accessory = alert.accessoryView;
+    alert.accessoryView = nil;
+    [accessory removeFromSuperview];
+}
+
+} // namespace
+
 struct Alert::Native {
     NSAlert* alert = [[NSAlert alloc] init];
     std::shared_ptr<View> accessoryView;
@@ -49,16 +64,19 @@ void Alert::setAccessoryView(const std::shared_ptr<View>& view)
 
 int Alert::runModal()
 {
-    return static_cast<int>([_native->alert runModal]);
+    const NSModalResponse response = [_native->alert runModal];
+    letGo(_native->alert);
+    return static_cast<int>(response);
 }
 
 void Alert::beginSheet(const std::shared_ptr<Window>& window, std::function<void(int)> completion)
 {
+    NSAlert* const alert = _native->alert;
     const auto accessory = _native->accessoryView;
     [_native->alert beginSheetModalForWindow:window->native().window
                            completionHandler:^(NSModalResponse response) {
                                if (accessory)
-                                   [accessory->native().view removeFromSuperview];
+                                   letGo(alert);
                                if (!completion)
                                    return;
                                // Later, so that the completion finds the window free for another sheet.

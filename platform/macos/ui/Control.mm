@@ -66,14 +66,22 @@ ControlNative::~ControlNative()
     [target invalidate];
 }
 
+NSControl* controlOf(const View& view)
+{
+    NSView* const native = view.native().view;
+    NSView* const inside =
+        [native isKindOfClass:NSScrollView.class] ? static_cast<NSScrollView*>(native).documentView : native;
+    return static_cast<NSControl*>(inside);
+}
+
 bool Control::isEnabled() const
 {
-    return nativeOf<NSControl>(*this).enabled;
+    return controlOf(*this).enabled;
 }
 
 void Control::setEnabled(bool enabled)
 {
-    nativeOf<NSControl>(*this).enabled = enabled;
+    controlOf(*this).enabled = enabled;
 }
 
 ControlSize Control::controlSize() const
@@ -84,7 +92,7 @@ ControlSize Control::controlSize() const
 void Control::setControlSize(ControlSize size)
 {
     controlNative(*this).size = size;
-    NSControl* const control = nativeOf<NSControl>(*this);
+    NSControl* const control = controlOf(*this);
     control.cell.controlSize = nativeSize(size);
     control.font = [NSFont controlContentFontOfSize:[NSFont systemFontSizeForControlSize:nativeSize(size)]];
     [control invalidateIntrinsicContentSize];

@@ -24,6 +24,9 @@ struct ControlNative : View::Native {
     ControlSize size = ControlSize::Regular;
 };
 
+// What a control's NSView is, or has inside it where that scrolls.
+NSControl* controlOf(const View& view);
+
 // A view's NSView as the class that its wrapper was made for.
 template <class V>
 V* nativeOf(const View& view)

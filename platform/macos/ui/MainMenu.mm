@@ -2,12 +2,18 @@
 
 #include "platform/Localization.h"
 #include "platform/macos/interface/MenuDescription.h"
+#include "platform/macos/interface/PlainTitle.h"
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/ui/MenuItemNative.h"
 
 namespace platform::ui {
 
 namespace {
+
+NSString* text(const char* key)
+{
+    return foundation::string(macos::plainTitle(localizedString(key)));
+}
 
 using macos::MenuDescription;
 using macos::MenuItemDescription;
@@ -31,7 +37,7 @@ NSMenuItem* newItem(const MenuItemDescription& description)
     if (description.isSeparator())
         return NSMenuItem.separatorItem;
     NSMenuItem* const item =
-        [[NSMenuItem alloc] initWithTitle:foundation::string(localizedString(description.title))
+        [[NSMenuItem alloc] initWithTitle:text(description.title)
                                    action:*description.selector ? sel_registerName(description.selector) : nil
                             keyEquivalent:foundation::string(description.key)];
     item.keyEquivalentModifierMask = nativeModifiers(description.modifiers);
@@ -59,7 +65,7 @@ NamedMenuItems installMainMenu()
     NamedMenuItems items;
     NSMenu* const bar = [[NSMenu alloc] initWithTitle:@""];
     for (const MenuDescription& description : macos::mainMenuDescription()) {
-        NSMenu* const menu = [[NSMenu alloc] initWithTitle:foundation::string(localizedString(description.title))];
+        NSMenu* const menu = [[NSMenu alloc] initWithTitle:text(description.title)];
         for (const MenuItemDescription& itemDescription : description.items) {
             NSMenuItem* const item = newItem(itemDescription);
             [menu addItem:item];

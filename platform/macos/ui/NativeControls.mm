@@ -2,6 +2,7 @@
 
 #include "platform/Localization.h"
 #include "platform/macos/interface/Metrics.h"
+#include "platform/macos/interface/PlainTitle.h"
 #include "platform/macos/ui/EntryField.h"
 #include "platform/macos/ui/Label.h"
 #include "platform/macos/ui/ProgressIndicatorNative.h"
@@ -33,7 +34,7 @@ using macos::ElementKind;
 
 NSString* text(const char* key)
 {
-    return foundation::string(localizedString(key));
+    return foundation::string(macos::plainTitle(localizedString(key)));
 }
 
 NSButton* newButton(const Element& element)
@@ -160,7 +161,7 @@ std::shared_ptr<View> makeView(const Element& element)
     case ElementKind::Stack:
         return wrapContainer([[BRVStackContainer alloc] initWithFrame:NSZeroRect]);
     case ElementKind::CheckBox:
-        return CheckBox::create(localizedString(element.title));
+        return CheckBox::create(macos::plainTitle(localizedString(element.title)));
     case ElementKind::Button:
         return wrapView<Button, ControlNative>(newButton(element));
     case ElementKind::PopUpButton:

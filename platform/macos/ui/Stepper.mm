@@ -2,6 +2,7 @@
 
 #include "platform/macos/ui/ControlNative.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace platform::ui {
@@ -15,7 +16,8 @@ std::int64_t Stepper::integerValue() const
 
 void Stepper::setIntegerValue(std::int64_t value)
 {
-    nativeOf<NSStepper>(*this).doubleValue = static_cast<double>(value);
+    NSStepper* const stepper = nativeOf<NSStepper>(*this);
+    stepper.doubleValue = std::clamp(static_cast<double>(value), stepper.minValue, stepper.maxValue);
 }
 
 } // namespace platform::ui
