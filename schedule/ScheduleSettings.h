@@ -34,6 +34,14 @@ inline constexpr const char* Hours = "Hours";
 inline constexpr const char* Days = "Days";
 inline constexpr const char* Weeks = "Weeks";
 
+// Of the CalendarIntervals sub-record. Intervals is an array of dictionaries that hold the others but ASAP.
+inline constexpr const char* Intervals = "Intervals";
+inline constexpr const char* ASAP = "ASAP";
+inline constexpr const char* Weekday = "Weekday"; // 1 Monday to 7 Sunday, read also 0 Sunday; absent: every day
+inline constexpr const char* Hour = "Hour";       // 0 to 23
+inline constexpr const char* Minute = "Minute";   // 0 to 59
+inline constexpr const char* Day = "Day";         // of the month; never written
+
 } // namespace ScheduleKey
 
 // The modes by their position in the mode pop-up.

@@ -2,6 +2,7 @@
 #include "platform/PowerSources.h"
 #include "platform/SystemInformation.h"
 #include "platform/Workspace.h"
+#include "schedule/BRVDatePicker.h"
 #include "shell/BREditorController.h"
 #include "shell/ProductLinks.h"
 #include "shell/version/ZRKSystemVersionManager.h"
@@ -47,6 +48,8 @@ void BREditorController::connectActions()
 void BREditorController::awakeFromNib()
 {
     _outlets.window->setAutorecalculatesKeyViewLoop(true);
+    BRVDatePicker::correctLayout(*_outlets.suspendFromPicker);
+    BRVDatePicker::correctLayout(*_outlets.suspendToPicker);
     _supportsSnapshots = ZRKSystemVersionManager::sharedManager().runningAtLeast(3);
     _stackView->setOrientation(ZRKStackView::Vertical);
     if (!_supportsSnapshots) {

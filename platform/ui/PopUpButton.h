@@ -2,10 +2,21 @@
 
 #include "platform/ui/Control.h"
 
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace platform::ui {
 
 class PopUpButton : public Control {
 public:
+    // The titles of the items. An empty one stands for a separator. Buttons may share them.
+    using Items = std::shared_ptr<const std::vector<std::string>>;
+
+    // A new one in no view, with a zero frame and the first item selected, not a pull-down, with the round-rect bezel
+    // of buttons in a row.
+    static std::shared_ptr<PopUpButton> create(Items items);
+
     explicit PopUpButton(std::unique_ptr<Native> native);
 
     int numberOfItems() const;

@@ -31,7 +31,8 @@ public:
                                                       const std::shared_ptr<RuleCriterion>& criterion, int row) = 0;
 };
 
-// A list of rows, each a chain of criteria, with buttons to add a row below and to remove the row. Rows count from 0.
+// A list of rows of one height, each a chain of criteria, with buttons to add a row below and to remove the row. Rows
+// count from 0. The action runs when the user added or removed one; the last one cannot be removed by the user.
 class RuleEditor : public Control {
 public:
     using Criteria = std::vector<std::shared_ptr<RuleCriterion>>;
@@ -43,12 +44,13 @@ public:
     void setDelegate(std::weak_ptr<RuleEditorDelegate> delegate);
 
     int numberOfRows() const;
-    // Appends a row that follows the delegate's first children to the end of the chain.
+    // Appends a row that follows the delegate's first children to the end of the chain. Nothing without a delegate.
     void addRow();
     void removeAllRows();
 
     // Replaces what a row is made of; both lists have the same length. `row` may be numberOfRows(), which appends.
     void setCriteria(Criteria criteria, DisplayValues displayValues, int row);
+    const Criteria& criteriaForRow(int row) const;
     const DisplayValues& displayValuesForRow(int row) const;
 };
 

@@ -22,7 +22,10 @@ public:
     virtual ~View();
 
     std::string identifier() const;
+    void setIdentifier(const std::string& identifier);
+    // What assistive tools call it.
     std::string accessibleName() const;
+    void setAccessibleName(const std::string& name);
 
     bool isHidden() const;
     void setHidden(bool hidden);
@@ -43,6 +46,8 @@ public:
 
     // In the superview's coordinates, points, origin at the top left. Valid after a layout.
     Rect frame() const;
+    // Takes the size that its content asks for.
+    void sizeToFit();
     void layoutIfNeeded();
 
     struct Native; // the toolkit's side; defined by the adapter alone

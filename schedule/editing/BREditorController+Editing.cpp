@@ -1,8 +1,10 @@
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
+#include "platform/Calendar.h"
 #include "platform/Localization.h"
 #include "platform/Preferences.h"
+#include "schedule/BRVCalendarIntervalViewController.h"
 #include "schedule/BRVIntervalViewController.h"
 #include "schedule/BRVWhenInactiveViewController.h"
 #include "shell/BREditorController.h"
@@ -28,21 +30,11 @@ bool supportsWiredNetworkCondition()
     return runningAtLeast(4);
 }
 
-// A time of day from hours and minutes alone; those out of range carry over, as in a lenient calendar. Nothing when
-// there is no such time.
-std::optional<TimeOfDay> timeOfDay(std::int64_t hour, std::int64_t minute)
-{
-    constexpr std::int64_t minutesPerDay = 24 * 60;
-    std::int64_t total = 0;
-    if (__builtin_mul_overflow(hour, 60, &total) || __builtin_add_overflow(total, minute, &total))
-        return std::nullopt;
-    const auto minutes = static_cast<int>((total % minutesPerDay + minutesPerDay) % minutesPerDay);
-    return TimeOfDay{minutes / 60, minutes % 60};
-}
-
 void setPicker(DatePicker& picker, const platform::Dictionary& settings, const char* hourKey, const char* minuteKey)
 {
-    if (const auto time = timeOfDay(settings.integerForKey(hourKey), settings.integerForKey(minuteKey)))
+    const auto time =
+        platform::timeOfDayFromComponents(settings.integerForKey(hourKey), settings.integerForKey(minuteKey));
+    if (time)
         picker.setTimeOfDay(*time);
 }
 
@@ -54,7 +46,7 @@ std::shared_ptr<BRVViewController> createViewController(int mode)
     case OperationModeInterval:
         return BRVIntervalViewController::create();
     default:
-        return nullptr;
+        return BRVCalendarIntervalViewController::create();
     }
 }
 
@@ -78,8 +70,10 @@ std::shared_ptr<BRVViewController> BREditorController::editorForMode(int mode)
     if (mode < 0 || mode >= OperationModeCount)
         return nullptr;
     std::shared_ptr<BRVViewController>& editor = _viewControllers[static_cast<std::size_t>(mode)];
-    if (!editor && (editor = createViewController(mode)))
+    if (!editor) {
+        editor = createViewController(mode);
         editor->setSettings(_currentSettings ? _currentSettings->dictionaryForKey(editor->name()) : nullptr);
+    }
     return editor;
 }
 
@@ -222,8 +216,8 @@ ScheduleSettings BREditorController::settingsFromControls() const
     }
 
     settings.set(ScheduleKey::Suspend, _outlets.suspendCheckBox->isOn());
-    const TimeOfDay start = _outlets.suspendFromPicker->timeOfDay();
-    const TimeOfDay end = _outlets.suspendToPicker->timeOfDay();
+    const platform::TimeOfDay start = _outlets.suspendFromPicker->timeOfDay();
+    const platform::TimeOfDay end = _outlets.suspendToPicker->timeOfDay();
     settings.set(ScheduleKey::SuspendSettings,
                  platform::Dictionary{{ScheduleKey::StartHour, start.hour},
                                       {ScheduleKey::StartMinute, start.minute},

@@ -18,6 +18,7 @@ sys.dont_write_bytecode = True
 from desktop import Desktop, Failure, wait_for  # noqa: E402
 from sandbox import SETTINGS, TOOL, Sandbox  # noqa: E402
 
+DEFAULTS = "home/Library/Preferences/com.zerkolin.brevane.application.plist"
 APPLIED = "Settings applied successfully."
 ENFORCED = "Brevane will now enforce the new scheduling."
 ALREADY = "Settings already applied."
@@ -45,11 +46,19 @@ class Story:
         os.environ.update(self.sandbox.variables)
         self.desktop = Desktop()
         self.application = None
+        self.settle_question()
 
     def close(self):
         self.sandbox.end(self.application)
         self.desktop.close()
         self.sandbox.close()
+
+    def settle_question(self):
+        """The first end of the application shall ask nothing."""
+        path = self.sandbox.path(DEFAULTS)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            plistlib.dump({"DidAskAboutAutoUpdates": True}, file)
 
     # The programs
 
@@ -70,6 +79,12 @@ class Story:
     def kill_helper(self):
         self.sandbox.helper.send_signal(signal.SIGKILL)
         self.sandbox.helper.wait()
+
+    def give_battery(self):
+        battery = self.sandbox.path("sys/class/power_supply/BAT0")
+        os.makedirs(battery)
+        with open(os.path.join(battery, "type"), "w", encoding="utf-8") as file:
+            file.write("Battery\n")
 
     # The window
 
@@ -93,6 +108,39 @@ class Story:
         self.desktop.type(str(count))
         wait_for("the number", lambda: field.text == str(count))
         self.choose("minutes?|hours?|days?|weeks?", unit)
+
+    def choose_calendar(self):
+        self.check("Back up automatically:?")
+        self.choose("When Inactive|Interval|Times of Day", 2)
+        self.desktop.find("combo box", "Row 1, weekday")
+
+    def enter_time(self, field, time):
+        """With the keyboard already on the field's hour."""
+        self.desktop.type(time.replace(":", ""))
+        wait_for(f"the time {time}", lambda: field.text == time)
+
+    def enter_row(self, number, weekday, time):
+        """The weekday counts from 1 for Monday; 0 is every day."""
+        self.choose(f"Row {number}, weekday", weekday)
+        self.desktop.key("Tab")
+        field = self.desktop.find("spin button", f"Row {number}, time")
+        wait_for("the keyboard in the time", lambda: field.focused)
+        self.enter_time(field, time)
+
+    def enter_rows(self, rows):
+        for number, (weekday, time) in enumerate(rows, 1):
+            if number > 1:
+                self.desktop.find("push button", f"Row {number - 1}, add a row below").click()
+                self.desktop.find("combo box", f"Row {number}, weekday")
+            self.enter_row(number, weekday, time)
+
+    def suspend(self, start, end):
+        self.check("Suspend backups from")
+        for name, time in (("from", start), ("until", end)):
+            self.desktop.key("Tab")
+            field = self.desktop.find("spin button", f"Suspend backups {name}")
+            wait_for("the keyboard in the time", lambda shown=field: shown.focused)
+            self.enter_time(field, time)
 
     def press_apply(self):
         self.desktop.find("push button", "Apply").click()
@@ -219,6 +267,68 @@ class Story:
         self.answer_alert(ALREADY, "already the ones installed in your system", "OK", ["OK"])
         self.quit_application()
 
+    def the_schedule_of_a_week_is_applied_and_seen_again(self):
+        self.give_battery()
+        week = [(day, time) for day in range(1, 6) for time in ("09:00", "17:30")] + [(7, "03:00")]
+        self.start_all()
+        self.choose_calendar()
+        self.enter_rows(week)
+        self.check("Back up as soon as possible after a missed time")
+        self.suspend("22:00", "06:00")
+        expect(not self.desktop.find("check box", "Back up on battery power").checked, "backups on battery are on")
+        self.press_apply()
+        self.answer_prompt("Authenticate")
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        stored = self.stored()
+        entries = [{"Weekday": day, "Hour": int(time[:2]), "Minute": int(time[3:])} for day, time in week]
+        expect(stored["BackupsMode"] == "CalendarIntervals", f"stored is {stored}")
+        expect(stored["CalendarIntervals"] == {"Intervals": entries, "ASAP": True}, f"stored is {stored}")
+        expect(stored["Suspend"] is True and stored["SuspendSettings"]
+               == {"StartHour": 22, "StartMinute": 0, "EndHour": 6, "EndMinute": 0}, f"stored is {stored}")
+        expect(stored["AllowBattery"] is False, f"stored is {stored}")
+        self.quit_application()
+        self.kill_helper()
+        self.sandbox.start_helper()
+
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        desktop = self.desktop
+        names = ["", "Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday", "Sunday"]
+        wait_for("the keyboard on the first check box",
+                 lambda: desktop.find("check box", "Back up automatically:?").focused)
+        desktop.key("Tab")  # to the mode; the rows follow
+        for number, (day, time) in enumerate(week, 1):
+            desktop.key("Tab")
+            pop_up = desktop.find("combo box", f"Row {number}, weekday")
+            wait_for(f"the keyboard in row {number}", lambda shown=pop_up: shown.focused)
+            expect(pop_up.name == names[day], f"row {number} shows {pop_up.name}")
+            shown = desktop.find("spin button", f"Row {number}, time").text
+            expect(shown == time, f"row {number} shows {shown}")
+            desktop.key("Tab", "Tab", "Tab", "Tab")  # hour, minute, the two buttons
+        asap = desktop.find("check box", "Back up as soon as possible after a missed time")
+        expect(asap.checked, "not as soon as possible")
+        expect(desktop.find("spin button", "Suspend backups from").text == "22:00", "another start")
+        expect(desktop.find("spin button", "Suspend backups until").text == "06:00", "another end")
+        self.press_apply()
+        self.answer_alert(ALREADY, "already the ones installed in your system", "OK", ["OK"])
+        self.quit_application()
+
+    def rows_come_and_go_and_the_last_one_stays(self):
+        self.start_all()
+        self.choose_calendar()
+        self.enter_rows([(0, "08:15"), (6, "12:00"), (7, "23:59")])
+        self.desktop.find("push button", "Row 2, remove this row").click()
+        wait_for("two rows", lambda: not self.desktop.is_shown("combo box", "Row 3, weekday"))
+        self.press_apply()
+        self.answer_prompt("Authenticate")
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        expect(self.stored()["CalendarIntervals"]["Intervals"]
+               == [{"Hour": 8, "Minute": 15}, {"Weekday": 7, "Hour": 23, "Minute": 59}], f"stored is {self.stored()}")
+        self.desktop.find("push button", "Row 1, remove this row").click()
+        wait_for("one row", lambda: not self.desktop.is_shown("combo box", "Row 2, weekday"))
+        expect(not self.desktop.find("push button", "Row 1, remove this row").enabled, "the last row can be removed")
+        self.quit_application()
+
     def the_keyboard_alone_is_enough(self):
         self.start_all()
         desktop = self.desktop
@@ -271,9 +381,10 @@ class Story:
             subprocess.run(["umount", "-l", preferences], check=False)
 
 
-def main(build, name):
+def run(kind, build, name):
+    """Plays a story of this class; the exit status."""
     with tempfile.TemporaryDirectory(prefix="brevane-story-") as folder:
-        story = Story(build, folder)
+        story = kind(build, folder)
         try:
             getattr(story, name)()
         except Skipped as reason:
@@ -290,4 +401,4 @@ def main(build, name):
 
 
 if __name__ == "__main__":
-    sys.exit(main(*sys.argv[1:]))
+    sys.exit(run(Story, *sys.argv[1:]))

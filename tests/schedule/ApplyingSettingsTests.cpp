@@ -2,6 +2,8 @@
 #include "messaging/ZRKAuthorizationManager.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
+#include "tests/schedule/RowsUser.h"
+#include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
 
 #include <doctest/doctest.h>
@@ -198,16 +200,73 @@ TEST_CASE("all modes that were opened contribute, whichever is selected")
     CHECK(sent->dictionaryForKey("WhenInactive")->empty());
 }
 
-TEST_CASE("a mode without an editor can be selected, and its sub-record is carried through")
+TEST_CASE("both sub-records are sent when the mode goes from an edited interval to an edited calendar")
 {
     EditorTest editor(completeRecord());
     editor.user.replaceText("intervalField", "30");
     editor.user.choose("operationModePopUp", 2);
+    RowsUser().setTime(0, {10, 45});
     const auto sent = editor.apply();
     REQUIRE(sent);
     CHECK(*sent->stringForKey("BackupsMode") == "CalendarIntervals");
     CHECK(*sent->dictionaryForKey("Interval") == Dictionary{{"Minutes", 30}});
+    CHECK(*sent->dictionaryForKey("CalendarIntervals")
+          == Dictionary{{"Intervals", platform::Array{Dictionary{{"Hour", 10}, {"Minute", 45}}}}, {"ASAP", true}});
+}
+
+TEST_CASE("with no mode selected the record names the calendar")
+{
+    EditorTest editor(completeRecord());
+    selectNothing("operationModePopUp");
+    const auto sent = editor.apply();
+    REQUIRE(sent);
+    CHECK(*sent->stringForKey("BackupsMode") == "CalendarIntervals");
     CHECK(*sent->find("CalendarIntervals") == *completeRecord().find("CalendarIntervals"));
+}
+
+TEST_CASE("entries that the calendar editor does not show are gone once it was opened, and kept while it was not")
+{
+    ScheduleSettings fetched = completeRecord();
+    const Dictionary monthly{
+        {"Intervals", platform::Array{Dictionary{{"Day", 1}, {"Hour", 9}}, Dictionary{{"Hour", 9}, {"Minute", 0}}}},
+        {"ASAP", false}};
+    fetched.set("CalendarIntervals", monthly);
+    EditorTest editor(fetched);
+    editor.user.click("suspendCheckBox");
+    CHECK(*editor.applyAndDismiss()->dictionaryForKey("CalendarIntervals") == monthly);
+    editor.user.choose("operationModePopUp", 2);
+    CHECK(*editor.applyAndDismiss()->dictionaryForKey("CalendarIntervals")->arrayForKey("Intervals")
+          == platform::Array{Dictionary{{"Hour", 9}, {"Minute", 0}}});
+}
+
+TEST_CASE("a check box in the mixed state counts as off")
+{
+    EditorTest editor(completeRecord());
+    for (const char* box : {"suspendCheckBox", "allowBatteryCheckBox", "snapshotsCheckBox"})
+        makeMixed(box);
+    const auto sent = editor.apply();
+    REQUIRE(sent);
+    for (const char* key : {"Suspend", "AllowBattery", "Snapshots"}) {
+        REQUIRE(sent->find(key));
+        CHECK_FALSE(sent->boolForKey(key));
+    }
+    CHECK(sent->boolForKey("Backups"));
+}
+
+TEST_CASE("a record with a hundred thousand calendar entries is shown and written without harm")
+{
+    platform::Array entries(100'000, Dictionary{{"Weekday", 0}, {"Hour", 99}});
+    ScheduleSettings fetched = completeRecordWith("BackupsMode", "CalendarIntervals");
+    fetched.set("CalendarIntervals", Dictionary{{"Intervals", std::move(entries)}});
+    fetched.set("Future", "kept");
+    EditorTest editor(std::move(fetched));
+    CHECK(RowsUser().count() == 100'000);
+    const auto sent = editor.apply();
+    REQUIRE(sent);
+    const auto& written = *sent->dictionaryForKey("CalendarIntervals")->arrayForKey("Intervals");
+    CHECK(written.size() == 100'000);
+    CHECK(written.back() == platform::PropertyList(Dictionary{{"Weekday", 7}, {"Hour", 3}, {"Minute", 0}}));
+    CHECK(*sent->stringForKey("Future") == "kept");
 }
 
 TEST_CASE("hiding the advanced settings switches all three conditions off, whatever their boxes show")

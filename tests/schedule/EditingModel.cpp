@@ -1,9 +1,12 @@
 #include "tests/schedule/EditingModel.h"
 
+#include "tests/platform/ScriptedCalendar.h"
+
 #include <algorithm>
+#include <utility>
 
 using platform::Dictionary;
-using platform::ui::TimeOfDay;
+using platform::TimeOfDay;
 
 namespace {
 
@@ -12,6 +15,7 @@ const std::array<const char*, 3> advancedKeys{"DontRunWhenPassive", "DontRunWith
 const std::array<const char*, 3> advancedBoxes{"dontRunWhenPassiveCheckBox", "dontRunWithSleepPreventersCheckBox",
                                                "dontRunWhenNotNetworkWiredCheckBox"};
 const std::array<const char*, 3> modes{"WhenInactive", "Interval", "CalendarIntervals"};
+const std::array<const char*, 3> editorViews{"whenInactiveView", "intervalView", "calendarIntervalsView"};
 const std::array<const char*, 4> units{"Minutes", "Hours", "Days", "Weeks"};
 
 } // namespace
@@ -47,12 +51,14 @@ void EditingModel::show()
     }
     const std::string* mode = _current.stringForKey("BackupsMode");
     _mode = mode && *mode == modes[1] ? 1 : mode && *mode == modes[2] ? 2 : 0;
-    if (_hasIntervalEditor) {
-        const Dictionary* settings = _current.dictionaryForKey("Interval");
-        _keptInterval = settings ? std::optional(*settings) : std::nullopt;
-        if (_wasIntervalShown)
-            showInterval();
-    }
+    if (_intervalEditor.exists)
+        keep(_intervalEditor, modes[1]);
+    if (_intervalEditor.wasShown)
+        showInterval();
+    if (_calendarEditor.exists)
+        keep(_calendarEditor, modes[2]);
+    if (_calendarEditor.wasShown)
+        showCalendar();
     createEditor();
     layOut();
 }
@@ -61,19 +67,75 @@ void EditingModel::createEditor()
 {
     if (_mode == 0)
         _hasWhenInactiveEditor = true;
-    if (_mode == 1 && !_hasIntervalEditor) {
-        _hasIntervalEditor = true;
-        const Dictionary* settings = _current.dictionaryForKey("Interval");
-        _keptInterval = settings ? std::optional(*settings) : std::nullopt;
-    }
+    if (_mode == 1 && !_intervalEditor.exists)
+        keep(_intervalEditor, modes[1]);
+    if (_mode == 2 && !_calendarEditor.exists)
+        keep(_calendarEditor, modes[2]);
+}
+
+void EditingModel::keep(Editor& editor, const char* key) const
+{
+    editor.exists = true;
+    const Dictionary* settings = _current.dictionaryForKey(key);
+    editor.kept = settings ? std::optional(*settings) : std::nullopt;
 }
 
 void EditingModel::layOut()
 {
-    if (backups && _mode == 1 && !_wasIntervalShown) {
-        _wasIntervalShown = true;
+    if (backups && _mode == 1 && !std::exchange(_intervalEditor.wasShown, true))
         showInterval();
+    if (backups && _mode == 2 && !std::exchange(_calendarEditor.wasShown, true))
+        showCalendar();
+}
+
+void EditingModel::showCalendar()
+{
+    _calendarRows.clear();
+    asap = _calendarEditor.kept && _calendarEditor.kept->boolForKey("ASAP");
+    const auto* entries = _calendarEditor.kept ? _calendarEditor.kept->arrayForKey("Intervals") : nullptr;
+    for (const platform::PropertyList& value : entries ? *entries : platform::Array()) {
+        const Dictionary* entry = value.dictionary();
+        const auto has = [entry](const char* key) { return entry->find(key) && entry->find(key)->isNumber(); };
+        if (!entry || has("Day") || (!has("Weekday") && !has("Hour")))
+            continue;
+        const std::int64_t weekday = entry->integerForKey("Weekday");
+        const bool exists = weekday >= 0 && weekday <= 7;
+        CalendarRow row;
+        row.weekday = !has("Weekday") ? 0 : !exists ? -1 : weekday == 0 ? 8 : static_cast<int>(weekday) + 1;
+        // Small numbers only: those that no calendar can count have a test of their own.
+        const std::int64_t minutes = entry->integerForKey("Hour") * 60 + entry->integerForKey("Minute") + 1'440'000;
+        row.time = {static_cast<int>(minutes / 60 % 24), static_cast<int>(minutes % 60)};
+        _calendarRows.push_back(row);
     }
+    if (_calendarRows.empty())
+        _calendarRows.push_back({0, scripted::calendar::usualTime});
+}
+
+Dictionary EditingModel::calendar() const
+{
+    if (!_calendarEditor.wasShown)
+        return _calendarEditor.kept.value_or(Dictionary{{"Intervals", platform::Array()}, {"ASAP", false}});
+    platform::Array entries;
+    for (const CalendarRow& row : _calendarRows) {
+        Dictionary entry;
+        if (row.weekday != 0)
+            entry.set("Weekday", row.weekday - 1);
+        entry.set("Hour", row.time.hour);
+        entry.set("Minute", row.time.minute);
+        entries.emplace_back(std::move(entry));
+    }
+    return {{"Intervals", std::move(entries)}, {"ASAP", asap}};
+}
+
+void EditingModel::addRow(std::size_t below)
+{
+    const auto place = _calendarRows.begin() + static_cast<std::ptrdiff_t>(below) + 1;
+    _calendarRows.insert(place, {0, scripted::calendar::usualTime});
+}
+
+void EditingModel::removeRow(std::size_t row)
+{
+    _calendarRows.erase(_calendarRows.begin() + static_cast<std::ptrdiff_t>(row));
 }
 
 void EditingModel::showInterval()
@@ -81,7 +143,8 @@ void EditingModel::showInterval()
     _unit = 0;
     std::int64_t count = 0;
     for (int unit = 3; unit >= 0; --unit) {
-        const auto* value = _keptInterval ? _keptInterval->find(units[static_cast<std::size_t>(unit)]) : nullptr;
+        const auto* value =
+            _intervalEditor.kept ? _intervalEditor.kept->find(units[static_cast<std::size_t>(unit)]) : nullptr;
         if (value && value->isNumber()) {
             _unit = unit;
             count = value->integerValue();
@@ -132,8 +195,8 @@ std::array<bool, 3> EditingModel::judgedConditions() const
 
 Dictionary EditingModel::interval() const
 {
-    if (!_wasIntervalShown)
-        return _keptInterval.value_or(Dictionary{{"Minutes", 1}});
+    if (!_intervalEditor.wasShown)
+        return _intervalEditor.kept.value_or(Dictionary{{"Minutes", 1}});
     if (_unit == 0 && _count % 60 == 0)
         return {{"Hours", _count / 60}};
     if (_unit == 1 && _count % 24 == 0)
@@ -149,8 +212,10 @@ ScheduleSettings EditingModel::record() const
     record.set("BackupsMode", modes[static_cast<std::size_t>(_mode)]);
     if (_hasWhenInactiveEditor)
         record.set("WhenInactive", Dictionary());
-    if (_hasIntervalEditor)
+    if (_intervalEditor.exists)
         record.set("Interval", interval());
+    if (_calendarEditor.exists)
+        record.set("CalendarIntervals", calendar());
     record.set("Suspend", suspend);
     record.set("SuspendSettings",
                Dictionary{{"StartHour", _from.hour},
@@ -170,8 +235,7 @@ std::vector<std::string> EditingModel::rows() const
 {
     std::vector<std::string> rows{"modeStackView"};
     if (backups) {
-        if (_mode < 2)
-            rows.push_back(_mode == 0 ? "whenInactiveView" : "intervalView");
+        rows.push_back(editorViews[static_cast<std::size_t>(_mode)]);
         rows.push_back("suspendStackView");
         if (_machine.battery == true)
             rows.push_back("allowBatteryCheckBox");

@@ -23,17 +23,23 @@ public:
     void setCount(std::int64_t count);
     void chooseUnit(int unit) { _unit = unit; }
     void toggleAdvancedSettings();
-    void setTimes(platform::ui::TimeOfDay from, platform::ui::TimeOfDay to);
+    void setTimes(platform::TimeOfDay from, platform::TimeOfDay to);
+    void chooseWeekday(std::size_t row, int index) { _calendarRows[row].weekday = index; }
+    void setRowTime(std::size_t row, platform::TimeOfDay time) { _calendarRows[row].time = time; }
+    void addRow(std::size_t below);
+    void removeRow(std::size_t row);
     void accept(const ScheduleSettings& applied) { _current = applied; }
 
     bool backups = false;
     bool suspend = false;
     bool battery = false;
     bool snapshots = false;
+    bool asap = false;
     std::array<bool, 3> advanced{}; // passive, sleep preventers, no wired network
 
     const ScheduleSettings& current() const { return _current; }
     std::int64_t count() const { return _count; }
+    std::size_t calendarRows() const { return _calendarRows.size(); }
     ScheduleSettings record() const;
     std::vector<std::string> rows() const;
 
@@ -42,21 +48,35 @@ private:
     void layOut();
     void showInterval();
     platform::Dictionary interval() const;
+    void showCalendar();
+    platform::Dictionary calendar() const;
     bool isAtLeast(std::int64_t minor) const;
     std::array<bool, 3> judgedConditions() const;
+
+    // A mode's editor is made when the mode is first chosen, and has controls once it was on screen.
+    struct Editor {
+        bool exists = false;
+        bool wasShown = false;
+        std::optional<platform::Dictionary> kept;
+    };
+    struct CalendarRow {
+        int weekday = 0; // the pop-up's index
+        platform::TimeOfDay time;
+    };
+    void keep(Editor& editor, const char* key) const;
 
     Machine _machine;
     ScheduleSettings _current;
     int _mode = 0;
     bool _showsAdvanced = false;
     // As the interface file has them.
-    platform::ui::TimeOfDay _from{9, 0};
-    platform::ui::TimeOfDay _to{17, 0};
+    platform::TimeOfDay _from{9, 0};
+    platform::TimeOfDay _to{17, 0};
 
     bool _hasWhenInactiveEditor = false;
-    bool _hasIntervalEditor = false;
-    bool _wasIntervalShown = false;
-    std::optional<platform::Dictionary> _keptInterval;
+    Editor _intervalEditor;
+    Editor _calendarEditor;
+    std::vector<CalendarRow> _calendarRows;
     std::int64_t _count = 1;
     int _unit = 0;
 };

@@ -1,3 +1,5 @@
+#include "tests/schedule/RowsUser.h"
+#include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
 
 #include <cstdint>
@@ -7,7 +9,7 @@
 #include <vector>
 
 using platform::Dictionary;
-using platform::ui::TimeOfDay;
+using platform::TimeOfDay;
 using Rows = std::vector<std::string>;
 
 namespace {
@@ -66,11 +68,18 @@ TEST_CASE("an unknown mode, or one of another type, shows the when-inactive mode
     }
 }
 
-TEST_CASE("a mode whose editor does not exist is selected and shows no editor")
+TEST_CASE("the calendar mode shows its rows in the mode's place")
 {
     EditorTest editor(completeRecordWith("BackupsMode", "CalendarIntervals"));
     CHECK(editor.user.selectedIndex("operationModePopUp") == 2);
-    CHECK(editor.user.rows() == Rows{"modeStackView", "suspendStackView", "allowBatteryCheckBox", "snapshotsCheckBox"});
+    CHECK(editor.user.rows()
+          == Rows{"modeStackView", "calendarIntervalsView", "suspendStackView", "allowBatteryCheckBox",
+                  "snapshotsCheckBox"});
+    CHECK(editor.user.isOn("asapCheckBox"));
+    const RowsUser rows;
+    CHECK(rows.count() == 1);
+    CHECK(rows.weekday(0) == 0);
+    CHECK(rows.time(0) == TimeOfDay{9, 30});
 }
 
 TEST_CASE("a disabled record shows backups and snapshots off whatever else it says")
@@ -274,6 +283,7 @@ TEST_CASE("choosing a mode shows its editor in the mode's row")
     CHECK_FALSE(editor.user.sees("intervalView"));
     editor.user.choose("operationModePopUp", 2);
     CHECK_FALSE(editor.user.sees("whenInactiveView"));
+    CHECK(editor.user.rows()[1] == "calendarIntervalsView");
     editor.user.choose("operationModePopUp", 1);
     CHECK(editor.user.rows()[1] == "intervalView");
 }
@@ -285,6 +295,22 @@ TEST_CASE("edits of a mode survive a look at another mode")
     editor.user.choose("operationModePopUp", 0);
     editor.user.choose("operationModePopUp", 1);
     CHECK(editor.user.text("intervalField") == "45");
+}
+
+TEST_CASE("the selected mode's editor is the same however often its mode is chosen, and there is none for no mode")
+{
+    EditorTest editor(completeRecord());
+    const auto interval = editor.controller->viewController();
+    CHECK(interval == editor.controller->intervalViewController());
+    CHECK(interval->name() == "Interval");
+    editor.user.choose("operationModePopUp", 2);
+    CHECK(editor.controller->viewController() == editor.controller->calendarIntervalsViewController());
+    editor.user.choose("operationModePopUp", 0);
+    CHECK(editor.controller->viewController() == editor.controller->whenInactiveViewController());
+    editor.user.choose("operationModePopUp", 1);
+    CHECK(editor.controller->viewController() == interval);
+    selectNothing("operationModePopUp");
+    CHECK_FALSE(editor.controller->viewController());
 }
 
 TEST_CASE("a mode's editor is filled from the fetched record when it is first shown")

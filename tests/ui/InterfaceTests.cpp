@@ -42,9 +42,12 @@ const std::vector<std::string> SharedIdentifiers{
     "intervalField",
     "intervalStepper",
     "intervalUnitsPopUp",
+    "ruleEditor",
+    "asapCheckBox",
 };
 
-constexpr std::array Names{"MainWindow", "BRVIntervalViewController", "BRVWhenInactiveViewController"};
+constexpr std::array Names{"MainWindow", "BRVCalendarIntervalViewController", "BRVIntervalViewController",
+                           "BRVWhenInactiveViewController"};
 
 // What a program that does this writes before it dies of an abort; empty when it lives.
 template <class Deed>

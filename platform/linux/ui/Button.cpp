@@ -10,7 +10,7 @@ namespace platform::ui {
 Button::Button(std::unique_ptr<Native> native) : Control(std::move(native))
 {
     auto& control = controlNative(*this);
-    QObject::connect(&widgetOf<QPushButton>(*this), &QAbstractButton::clicked, &control.receiver,
+    QObject::connect(&widgetOf<QPushButton>(*this), &QAbstractButton::clicked, control.receiver(),
                      [&control] { control.sendAction(); });
 }
 

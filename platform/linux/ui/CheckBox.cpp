@@ -11,7 +11,7 @@ CheckBox::CheckBox(std::unique_ptr<Native> native) : Control(std::move(native))
 {
     auto& box = widgetOf<QCheckBox>(*this);
     auto& control = controlNative(*this);
-    QObject::connect(&box, &QAbstractButton::clicked, &control.receiver, [&box, &control] {
+    QObject::connect(&box, &QAbstractButton::clicked, control.receiver(), [&box, &control] {
         // Showing the mixed state makes it one that the user can choose, which lasts until the user chose another.
         box.setTristate(false);
         control.sendAction();

@@ -3,6 +3,7 @@
 #include "platform/linux/ui/ViewNative.h"
 #include "platform/ui/Control.h"
 
+#include <memory>
 #include <QObject>
 #include <QString>
 #include <string>
@@ -21,8 +22,21 @@ struct ControlNative : View::Native {
             kept();
     }
 
+    // Connections made to it end with the view, and when the view lets its widget go.
+    QObject* receiver()
+    {
+        if (!_receiver)
+            _receiver = std::make_unique<QObject>();
+        return _receiver.get();
+    }
+
+    void willDropWidget() override { _receiver.reset(); }
+
     Control::Action action;
-    QObject receiver; // connections made to it end with the view
+    ControlSize size = ControlSize::Regular;
+
+private:
+    std::unique_ptr<QObject> _receiver;
 };
 
 // A view's widget as the class that its wrapper checked. Views are not used after their window is gone.

@@ -1,7 +1,10 @@
 #include "platform/ui/DatePicker.h"
 
 #include "platform/linux/ui/ControlNative.h"
+#include "platform/linux/ui/TextBaseline.h"
+#include "platform/linux/ui/WrapControls.h"
 
+#include <cmath>
 #include <QLocale>
 #include <QRegularExpression>
 #include <QSignalBlocker>
@@ -19,30 +22,87 @@ QString hourAndMinuteFormat()
     return format;
 }
 
+QTime qtTime(TimeOfDay time)
+{
+    return {time.hour, time.minute};
+}
+
+// What the picker shows, whether it has a widget at the moment or not.
+struct DatePickerNative : ControlNative {
+    explicit DatePickerNative(QWidget* theWidget);
+    DatePickerNative() : ControlNative(nullptr) { }
+
+    QWidget* newWidget() override;
+    QTimeEdit* edit() const { return as<QTimeEdit>(); }
+    void take(QTime shown) { time = {.hour = shown.hour(), .minute = shown.minute()}; }
+    void follow(QTimeEdit& edit);
+
+    TimeOfDay time;
+};
+
+DatePickerNative::DatePickerNative(QWidget* theWidget) : ControlNative(theWidget)
+{
+    take(edit()->time());
+    follow(*edit());
+}
+
+QWidget* DatePickerNative::newWidget()
+{
+    auto* const edit = new QTimeEdit(qtTime(time));
+    follow(*edit);
+    return edit;
+}
+
+void DatePickerNative::follow(QTimeEdit& edit)
+{
+    edit.setDisplayFormat(hourAndMinuteFormat());
+    QObject::connect(&edit, &QDateTimeEdit::timeChanged, receiver(), [this](QTime shown) {
+        take(shown);
+        sendAction();
+    });
+}
+
+DatePickerNative& pickerNative(const View& view)
+{
+    return static_cast<DatePickerNative&>(view.native());
+}
+
 } // namespace
 
-DatePicker::DatePicker(std::unique_ptr<Native> native) : Control(std::move(native))
+std::shared_ptr<DatePicker> DatePicker::create()
 {
-    auto& edit = widgetOf<QTimeEdit>(*this);
-    auto& control = controlNative(*this);
-    edit.setDisplayFormat(hourAndMinuteFormat());
-    QObject::connect(&edit, &QDateTimeEdit::timeChanged, &control.receiver, [&control] { control.sendAction(); });
+    return std::make_shared<DatePicker>(std::make_unique<DatePickerNative>());
 }
+
+std::shared_ptr<DatePicker> wrapDatePicker(QTimeEdit& edit)
+{
+    return wrapWidget<DatePicker, DatePickerNative>(&edit);
+}
+
+DatePicker::DatePicker(std::unique_ptr<Native> native) : Control(std::move(native)) { }
 
 TimeOfDay DatePicker::timeOfDay() const
 {
-    const auto time = widgetOf<QTimeEdit>(*this).time();
-    return {.hour = time.hour(), .minute = time.minute()};
+    return pickerNative(*this).time;
 }
 
 void DatePicker::setTimeOfDay(TimeOfDay time)
 {
-    auto& edit = widgetOf<QTimeEdit>(*this);
-    const QTime value(time.hour, time.minute);
-    if (!value.isValid())
+    auto& native = pickerNative(*this);
+    if (!qtTime(time).isValid())
         return;
-    const QSignalBlocker quietly(edit);
-    edit.setTime(value);
+    native.time = time;
+    if (auto* const edit = native.edit()) {
+        const QSignalBlocker quietly(edit);
+        edit->setTime(qtTime(time));
+    }
+}
+
+void DatePicker::setLayoutCorrection(double baselineOffsetFromBottom, double height)
+{
+    auto* const edit = realizedWidget(*this);
+    setBaselineCorrection(*edit, baselineOffsetFromBottom);
+    edit->setFixedHeight(edit->sizeHint().height() + static_cast<int>(std::lround(height)));
 }
 
 } // namespace platform::ui

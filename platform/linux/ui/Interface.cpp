@@ -5,6 +5,7 @@
 #include "platform/linux/ui/MenuItemNative.h"
 #include "platform/linux/ui/WindowNative.h"
 #include "platform/linux/ui/WrapNamedWidgets.h"
+#include "ui_BRVCalendarIntervalViewController.h"
 #include "ui_BRVConsole.h"
 #include "ui_BRVIntervalViewController.h"
 #include "ui_BRVWhenInactiveViewController.h"
@@ -45,6 +46,8 @@ std::unique_ptr<QWidget> build(std::string_view name)
         return build<Ui::MainWindow, InterfaceWindow>();
     if (name == "BRVConsole")
         return build<Ui::BRVConsole, InterfaceWindow>();
+    if (name == "BRVCalendarIntervalViewController")
+        return build<Ui::BRVCalendarIntervalViewController>();
     if (name == "BRVIntervalViewController")
         return build<Ui::BRVIntervalViewController>();
     if (name == "BRVWhenInactiveViewController")

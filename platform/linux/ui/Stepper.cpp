@@ -11,7 +11,7 @@ namespace platform::ui {
 Stepper::Stepper(std::unique_ptr<Native> native) : Control(std::move(native))
 {
     auto& control = controlNative(*this);
-    QObject::connect(&widgetOf<StepperBox>(*this), &QSpinBox::valueChanged, &control.receiver,
+    QObject::connect(&widgetOf<StepperBox>(*this), &QSpinBox::valueChanged, control.receiver(),
                      [&control] { control.sendAction(); });
 }
 

@@ -11,6 +11,8 @@ namespace platform::ui {
 
 namespace {
 
+constexpr char CorrectionProperty[] = "brevaneBaselineCorrection";
+
 TextBaseline ofLabel(const QLabel& label, int width)
 {
     const QFontMetrics metrics(label.font());
@@ -35,9 +37,15 @@ TextBaseline textBaseline(const QWidget* widget, int width)
     if (qobject_cast<const QAbstractButton*>(widget) || qobject_cast<const QComboBox*>(widget)
         || qobject_cast<const QLineEdit*>(widget) || qobject_cast<const QAbstractSpinBox*>(widget)) {
         const QFontMetrics metrics(widget->font());
-        return {0.5, metrics.height() / 2.0 - metrics.descent()};
+        const double correction = widget->property(CorrectionProperty).toDouble();
+        return {0.5, metrics.height() / 2.0 - metrics.descent() - correction};
     }
     return {};
+}
+
+void setBaselineCorrection(QWidget& widget, double points)
+{
+    widget.setProperty(CorrectionProperty, points);
 }
 
 } // namespace platform::ui

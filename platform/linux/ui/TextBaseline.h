@@ -13,4 +13,7 @@ struct TextBaseline {
 // For the given width, which decides how a label's text wraps. The bottom edge for a widget without text of its own.
 TextBaseline textBaseline(const QWidget* widget, int width);
 
+// The widget's baseline counts as this much higher from then on. Points.
+void setBaselineCorrection(QWidget& widget, double points);
+
 } // namespace platform::ui

@@ -48,11 +48,11 @@ TextField::TextField(std::unique_ptr<Native> native) : Control(std::move(native)
         const auto delegate = field.delegate.lock();
         return delegate && delegate->doCommand(*this, command);
     });
-    QObject::connect(line, &LineEdit::valueEdited, &field.receiver, [this, &field] {
+    QObject::connect(line, &LineEdit::valueEdited, field.receiver(), [this, &field] {
         if (const auto delegate = field.delegate.lock())
             delegate->controlTextDidChange(*this);
     });
-    QObject::connect(line, &QLineEdit::returnPressed, &field.receiver, [&field] { field.sendAction(); });
+    QObject::connect(line, &QLineEdit::returnPressed, field.receiver(), [&field] { field.sendAction(); });
 }
 
 std::string TextField::stringValue() const

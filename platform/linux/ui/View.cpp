@@ -5,6 +5,7 @@
 #include "platform/linux/ui/WindowFit.h"
 
 #include <algorithm>
+#include <QComboBox>
 #include <QVariant>
 #include <typeinfo>
 #include <utility>
@@ -54,8 +55,9 @@ void arrange(QWidget* widget)
 
 View::Native::Native(QWidget* theWidget)
     : widget(theWidget),
-      hidden(theWidget->parentWidget() && theWidget->isHidden()
-             && theWidget->testAttribute(Qt::WA_WState_ExplicitShowHide))
+      hidden(theWidget && theWidget->parentWidget() && theWidget->isHidden()
+             && theWidget->testAttribute(Qt::WA_WState_ExplicitShowHide)),
+      makesOwnWidget(!theWidget)
 {
 }
 
@@ -77,6 +79,37 @@ std::shared_ptr<View> viewForWidget(const QWidget* widget)
     return view ? view->weak_from_this().lock() : nullptr;
 }
 
+void setAccessibleName(QWidget& widget, const QString& name)
+{
+    widget.setAccessibleName(name);
+    // The toolkit tells assistive tools a pop-up's value in place of its name.
+    if (qobject_cast<QComboBox*>(&widget))
+        widget.setAccessibleDescription(name);
+}
+
+QWidget* realizedWidget(View& view)
+{
+    View::Native& native = view.native();
+    if (native.widget || !native.makesOwnWidget)
+        return native.widget;
+    native.widget = native.newWidget();
+    native.widget->setProperty(ViewProperty, QVariant::fromValue(static_cast<void*>(&view)));
+    native.widget->setObjectName(QString::fromStdString(native.identifier));
+    setAccessibleName(*native.widget, QString::fromStdString(native.accessibleName));
+    native.widget->setEnabled(native.enabled);
+    return native.widget;
+}
+
+void dropWidget(View& view)
+{
+    View::Native& native = view.native();
+    if (!native.widget || !native.makesOwnWidget)
+        return;
+    native.willDropWidget();
+    native.widget->setProperty(ViewProperty, {});
+    native.widget.clear();
+}
+
 void joinSuperview(const std::shared_ptr<View>& view)
 {
     if (const auto parent = view->superview())
@@ -95,7 +128,8 @@ std::shared_ptr<View> View::create()
 
 View::View(std::unique_ptr<Native> native) : _native(std::move(native))
 {
-    _native->widget->setProperty(ViewProperty, QVariant::fromValue(static_cast<void*>(this)));
+    if (_native->widget)
+        _native->widget->setProperty(ViewProperty, QVariant::fromValue(static_cast<void*>(this)));
 }
 
 View::~View()
@@ -106,12 +140,26 @@ View::~View()
 
 std::string View::identifier() const
 {
-    return _native->widget ? _native->widget->objectName().toStdString() : std::string();
+    return _native->widget ? _native->widget->objectName().toStdString() : _native->identifier;
+}
+
+void View::setIdentifier(const std::string& identifier)
+{
+    _native->identifier = identifier;
+    if (_native->widget)
+        _native->widget->setObjectName(QString::fromStdString(identifier));
 }
 
 std::string View::accessibleName() const
 {
-    return _native->widget ? _native->widget->accessibleName().toStdString() : std::string();
+    return _native->widget ? _native->widget->accessibleName().toStdString() : _native->accessibleName;
+}
+
+void View::setAccessibleName(const std::string& name)
+{
+    _native->accessibleName = name;
+    if (_native->widget)
+        ui::setAccessibleName(*_native->widget, QString::fromStdString(name));
 }
 
 bool View::isHidden() const
@@ -140,7 +188,7 @@ std::shared_ptr<View> View::superview() const
 void View::addSubview(const std::shared_ptr<View>& view)
 {
     view->removeFromSuperview();
-    QWidget* child = view->native().widget;
+    QWidget* child = realizedWidget(*view);
     if (!_native->widget || !child)
         return;
     if (!_native->widget->layout())
@@ -208,6 +256,12 @@ Rect View::frame() const
     const auto parent = superview();
     const QPoint origin = parent ? widget->mapTo(parent->native().widget.data(), QPoint()) : widget->pos();
     return {double(origin.x()), double(origin.y()), double(widget->width()), double(widget->height())};
+}
+
+void View::sizeToFit()
+{
+    if (_native->widget)
+        _native->widget->resize(_native->widget->sizeHint());
 }
 
 void View::layoutIfNeeded()

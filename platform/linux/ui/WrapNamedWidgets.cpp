@@ -1,14 +1,14 @@
 #include "platform/linux/ui/WrapNamedWidgets.h"
 
 #include "platform/linux/ui/ControlNative.h"
+#include "platform/linux/ui/RuleEditorBox.h"
 #include "platform/linux/ui/Spinner.h"
 #include "platform/linux/ui/StepperBox.h"
 #include "platform/linux/ui/StyledTextView.h"
 #include "platform/linux/ui/TextFieldNative.h"
+#include "platform/linux/ui/WrapControls.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/CheckBox.h"
-#include "platform/ui/DatePicker.h"
-#include "platform/ui/PopUpButton.h"
 #include "platform/ui/ProgressIndicator.h"
 #include "platform/ui/Stepper.h"
 #include "platform/ui/TextView.h"
@@ -29,12 +29,14 @@ std::shared_ptr<View> wrap(QWidget& widget)
         return wrapWidget<CheckBox, ControlNative>(&widget);
     if (qobject_cast<QPushButton*>(&widget))
         return wrapWidget<Button, ControlNative>(&widget);
-    if (qobject_cast<QComboBox*>(&widget))
-        return wrapWidget<PopUpButton, ControlNative>(&widget);
+    if (auto* const box = qobject_cast<QComboBox*>(&widget))
+        return wrapPopUpButton(*box);
     if (qobject_cast<StepperBox*>(&widget))
         return wrapWidget<Stepper, ControlNative>(&widget);
-    if (qobject_cast<QTimeEdit*>(&widget))
-        return wrapWidget<DatePicker, ControlNative>(&widget);
+    if (auto* const edit = qobject_cast<QTimeEdit*>(&widget))
+        return wrapDatePicker(*edit);
+    if (auto* const box = qobject_cast<RuleEditorBox*>(&widget))
+        return wrapRuleEditor(*box);
     if (qobject_cast<LineEdit*>(&widget) || qobject_cast<QLabel*>(&widget))
         return wrapWidget<TextField, TextFieldNative>(&widget);
     if (qobject_cast<StyledTextView*>(&widget))

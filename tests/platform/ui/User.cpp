@@ -177,6 +177,8 @@ void runEvents()
 {
     QCoreApplication::sendPostedEvents();
     QCoreApplication::processEvents();
+    // Without a loop of the application's own nobody else deletes what is to be deleted later.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 } // namespace user

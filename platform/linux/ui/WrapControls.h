@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/ui/DatePicker.h"
+#include "platform/ui/PopUpButton.h"
+#include "platform/ui/RuleEditor.h"
+
+#include <memory>
+
+class QComboBox;
+class QTimeEdit;
+
+namespace platform::ui {
+
+class RuleEditorBox;
+
+// Views for widgets of an interface file whose controls keep more than the widget.
+std::shared_ptr<PopUpButton> wrapPopUpButton(QComboBox& box);
+std::shared_ptr<DatePicker> wrapDatePicker(QTimeEdit& edit);
+std::shared_ptr<RuleEditor> wrapRuleEditor(RuleEditorBox& box);
+
+} // namespace platform::ui
