@@ -16,8 +16,11 @@ from desktop import end_with_parent
 
 SOURCE = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SERVICE = "com.zerkolin.brevane.scheduler"
-TOOL = "Library/Brevane/" + SERVICE
+PRODUCT = "Library/Brevane"
+TOOL = PRODUCT + "/" + SERVICE
 SETTINGS = "Library/Preferences/" + SERVICE + ".plist"
+UPDATES = "feed/configuration.plist"
+RULES = "etc/polkit-1/rules.d"
 MARKER = ".brevane-sandbox"
 POLICY = os.path.join(SOURCE, "resources", "linux", "com.zerkolin.brevane.policy")
 LONGEST_SOCKET_PATH = 107  # bytes
@@ -72,11 +75,11 @@ class Sandbox:
         os.makedirs(self.root, exist_ok=True)
         with open(marker, "w", encoding="ascii") as file:
             file.write("Made by script/run, which may empty this folder.\n")
-        for name in ("Library/Brevane", "Library/LaunchDaemons", "Library/Preferences", "home", "run", "run/user"):
+        self._install()
+        for name in ("home", "run", "run/user", RULES):
             os.makedirs(self.path(name), exist_ok=True)
         for name in ("run", "run/user"):
             os.chmod(self.path(name), 0o700)
-        self._install_helper()
 
     def _empty(self):
         for name in os.listdir(self.root):
@@ -88,13 +91,27 @@ class Sandbox:
             else:
                 os.remove(path)
 
-    def _install_helper(self):
-        tool = self.path(TOOL)
-        shutil.copy2(os.path.join(self.build, "helper", SERVICE), tool + ".new")
-        os.replace(tool + ".new", tool)
-        with open(self.path(f"Library/LaunchDaemons/{SERVICE}.plist"), "wb") as file:
-            plistlib.dump({"Label": SERVICE, "Program": "/" + TOOL, "ProgramArguments": ["/" + TOOL],
-                           "MachServices": {SERVICE: True}, "RunAtLoad": True}, file)
+    def _install(self):
+        """As on a real machine, but for the root. Over what is there: the build may be newer."""
+        command = ["cmake", "--install", self.build, "--component", "brevane", "--prefix", self.root, "--strip"]
+        done = subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True, check=False)
+        if done.returncode != 0:
+            raise SandboxError(f"The installation failed: {done.stderr.strip()}")
+
+    def offer_update(self):
+        """A feed with a newer version, which holds what is installed now under a higher number."""
+        import feed
+        with open(self.path(PRODUCT + "/" + feed.MANIFEST), "rb") as file:
+            numbers = plistlib.load(file)["HumanVersion"].split(".")
+        version = ".".join(numbers[:-1] + [str(int(numbers[-1]) + 1)])
+        os.makedirs(self.path("feed"), exist_ok=True)
+        key, package, address = (self.path("feed/" + name) for name in ("key.pem", "Brevane.pkg", "update.plist"))
+        if not os.path.exists(key):
+            feed.make_key(key)
+        feed.make_package(key, self.root, version, version, package)
+        feed.make_feed(package, version, version, address)
+        feed.make_configuration(key, "file://" + quote(address), self.path(UPDATES))
+        return version
 
     def _socket_path(self):
         path = self.path("run/bus")
@@ -154,12 +171,18 @@ class Sandbox:
     def start_helper(self):
         environment = dict(self.environment)
         environment.pop("BREVANE_ROOT")  # it is told its root
-        self.helper = self._start([self.path(TOOL), "--root", self.root], environment)
+        self.helper = self._start(self.helper_command(), environment)
         self._wait_until(lambda: self._owns_name(SERVICE, self.helper), self.helper, "The scheduler helper")
+
+    def helper_command(self):
+        command = [self.path(TOOL), "--root", self.root, "--rules", self.path(RULES)]
+        if os.path.exists(self.path(UPDATES)):
+            command += ["--updates", self.path(UPDATES)]
+        return command
 
     def start_authority(self, environment=None):
         program = os.path.join(self.build, "sandbox", "brevane_sandbox_authority")
-        self.authority = self._start([program, POLICY], environment)
+        self.authority = self._start([program, POLICY, self.path(RULES)], environment)
         self._wait_until(lambda: self._owns_name("org.freedesktop.PolicyKit1", self.authority), self.authority,
                          "The authority")
 
@@ -168,7 +191,7 @@ class Sandbox:
         self.backup_daemon = self._start([os.path.join(self.build, "sandbox", "backupd")])
 
     def start_application(self, environment=None):
-        return self._start([os.path.join(self.build, "shell", "brevane")], environment)
+        return self._start([self.path(PRODUCT + "/bin/brevane")], environment)
 
     def stored_settings(self):
         """What the helper has on disk; None when nothing was applied yet."""

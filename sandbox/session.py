@@ -7,7 +7,7 @@ import sys
 import history
 from demo import play
 from desktop import Failure
-from sandbox import SETTINGS, SOURCE, TOOL, Sandbox, SandboxError
+from sandbox import SETTINGS, SOURCE, Sandbox, SandboxError
 
 BUILD = os.path.join(SOURCE, "build", "release")
 
@@ -16,9 +16,9 @@ def end_on_signal(number, _frame):
     sys.exit(128 + number)
 
 
-def welcome(sandbox):
+def welcome(sandbox, version):
     restart = shlex.join(["env", "-u", "BREVANE_ROOT", f"DBUS_SYSTEM_BUS_ADDRESS={sandbox.address}",
-                          f"HOME={sandbox.path('home')}", sandbox.path(TOOL), "--root", sandbox.root])
+                          f"HOME={sandbox.path('home')}", *sandbox.helper_command()])
     print(f"""
 Brevane runs in a sandbox below {sandbox.root}.
 
@@ -29,6 +29,7 @@ Brevane runs in a sandbox below {sandbox.root}.
   The schedule that it stores, once one was applied:
       python3 -c 'import plistlib, sys; print(plistlib.load(open(sys.argv[1], "rb")))' \\
           {shlex.quote(sandbox.path(SETTINGS))}
+  A feed offers version {version}: Check for Updates in the menu installs it, and docs/updates.md says how.
 
 Close the window, or press Control-C here, to end everything.
 """, flush=True)
@@ -51,11 +52,12 @@ def main(arguments):
     root = os.environ.get("BREVANE_ROOT") or os.path.join(SOURCE, "build", "root")
     try:
         with Sandbox(root, BUILD, fresh="--fresh" in arguments) as sandbox:
+            version = sandbox.offer_update()
             history.seed(sandbox.root)
             sandbox.start_bus()
             sandbox.start_helper()
             sandbox.start_backup_daemon()
-            welcome(sandbox)
+            welcome(sandbox, version)
             if has_display and "--demo" not in arguments:
                 return use(sandbox)
             return play(sandbox, virtual=not os.environ.get("DISPLAY"))

@@ -26,6 +26,9 @@ public:
     Authority(QDBusConnection bus, PolicyFile::Prompts prompts);
     ~Authority() override;
 
+    // From now on, while the product's rules file is in this folder, what it allows needs no question.
+    void setRulesFolder(const QString& folder) { _rulesFolder = folder; }
+
     // Takes polkit's name on the bus. False when it is taken.
     bool serve();
 
@@ -47,6 +50,7 @@ private:
 
     std::optional<Process> processOfSubject(const Subject& subject);
     std::optional<AuthorizationResult> knownAnswer(const Process& process, const QString& action);
+    bool isAllowedByRule(const QString& action) const;
     void askNext();
     void answer(bool consent);
     void drop(const std::function<bool(const Question&)>& unwanted, bool tell);
@@ -54,6 +58,7 @@ private:
 
     QDBusConnection _bus;
     PolicyFile::Prompts _prompts;
+    QString _rulesFolder;
     Grants _grants;
     QDBusServiceWatcher _askers;
     std::deque<Question> _questions; // the first is the one on the screen

@@ -20,8 +20,8 @@ int main(int count, char** arguments)
 {
     QApplication application(count, arguments);
     application.setQuitOnLastWindowClosed(false);
-    if (count != 2)
-        return fail("usage: brevane_sandbox_authority POLICY-FILE (with DBUS_SYSTEM_BUS_ADDRESS set)");
+    if (count < 2 || count > 3)
+        return fail("usage: brevane_sandbox_authority POLICY-FILE [RULES-FOLDER] (with DBUS_SYSTEM_BUS_ADDRESS set)");
     // Never the machine's own bus.
     auto address = qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
     if (address.isEmpty())
@@ -32,6 +32,8 @@ int main(int count, char** arguments)
 
     auto bus = QDBusConnection::connectToBus(address, "sandbox");
     Authority authority(bus, *prompts);
+    if (count == 3)
+        authority.setRulesFolder(QString::fromLocal8Bit(arguments[2]));
     if (!bus.isConnected() || !authority.serve())
         return fail("there is no bus, or another authority serves it");
     bus.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected", &application,
