@@ -2,6 +2,7 @@
 #include "helper/DefaultRights.h"
 #include "helper/HelperOptions.h"
 #include "helper/SchedulerHelper.h"
+#include "helper/snapshots/SnapshotCommand.h"
 #include "messaging/BRVHelperMessager.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/Root.h"
@@ -101,6 +102,8 @@ int main(int count, char** arguments)
         std::fputs(HelperOptions::usage, stdout);
         return EXIT_SUCCESS;
     }
+    if (auto status = runSnapshotCommand(count, arguments))
+        return *status;
     auto options = HelperOptions::inArguments(count, arguments);
     if (!options) {
         const bool isUnderstood = !options.error().empty();

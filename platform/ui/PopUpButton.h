@@ -8,6 +8,8 @@
 
 namespace platform::ui {
 
+class Image;
+
 class PopUpButton : public Control {
 public:
     // The titles of the items. An empty one stands for a separator. Buttons may share them.
@@ -27,6 +29,11 @@ public:
 
     std::string itemTitleAtIndex(int index) const; // empty out of range
     void setItemTitleAtIndex(int index, const std::string& title);
+
+    // At the end; the image may be null. The only item is the selected one.
+    void addItem(const std::string& title, const std::shared_ptr<Image>& image);
+    // When it is the selected one, an item beside it is selected.
+    void removeItemAtIndex(int index);
 };
 
 } // namespace platform::ui

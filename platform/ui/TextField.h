@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Color.h"
 #include "platform/ui/Control.h"
 
 #include <cstddef>
@@ -42,6 +43,9 @@ public:
     // Leading white space, sign and Unicode decimal digits; 0 when there are none. Held in the 64-bit range.
     std::int64_t integerValue() const;
     void setIntegerValue(std::int64_t value);
+
+    // In the user's current appearance.
+    void setTextColor(const Color& color);
 
     // Held weakly.
     void setDelegate(std::weak_ptr<TextFieldDelegate> delegate);

@@ -2,11 +2,14 @@
 
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
+#include "tests/platform/ScriptedNotifications.h"
 #include "tests/platform/ScriptedPowerSources.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/platform/ScriptedServiceConnection.h"
+#include "tests/platform/ScriptedSnapshots.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ScriptedSystemLog.h"
+#include "tests/platform/ScriptedVolumes.h"
 #include "tests/platform/ScriptedWorkspace.h"
 
 namespace scripted {
@@ -16,7 +19,10 @@ void reset()
     service::reset(); // first: old connections still log that they became invalid
     authorization::reset();
     background::reset();
+    notifications::reset();
     power::reset();
+    snapshots::reset();
+    volumes::reset();
     preferences::reset();
     system::reset();
     workspace::reset();

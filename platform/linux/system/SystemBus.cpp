@@ -1,11 +1,12 @@
 #include "platform/linux/system/SystemBus.h"
 
+#include "platform/linux/system/BlockedSignals.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <poll.h>
 #include <pthread.h>
-#include <signal.h>
 #include <sys/epoll.h>
 #include <system_error>
 #include <thread>
@@ -41,23 +42,6 @@ timespec timeUntil(std::uint64_t moment)
     return {static_cast<time_t>(left / 1'000'000), static_cast<long>(left % 1'000'000) * 1000};
 }
 
-// Signals are for the threads that the program knows.
-class BlockedSignals {
-public:
-    BlockedSignals()
-    {
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &_previous);
-    }
-    ~BlockedSignals() { pthread_sigmask(SIG_SETMASK, &_previous, nullptr); }
-    BlockedSignals(const BlockedSignals&) = delete;
-    BlockedSignals& operator=(const BlockedSignals&) = delete;
-
-private:
-    sigset_t _previous = {};
-};
-
 } // namespace
 
 class SystemBus::Call {
@@ -84,6 +68,7 @@ public:
 
     SystemBus& bus;
     ChangeHandler handler;
+    SignalHandler received;
     BusSlot slot;
 };
 
@@ -283,16 +268,33 @@ std::shared_ptr<SystemBus::Watch> SystemBus::watchOwner(const std::string& name,
                              "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0='"
         + name + "'";
     auto watch = std::make_shared<Watch>(*this, std::move(handler));
+    return addWatch(watch, rule, &SystemBus::handleOwnerChange) ? watch : nullptr;
+}
+
+std::shared_ptr<SystemBus::Watch> SystemBus::watchSignal(const Signal& signal, SignalHandler received,
+                                                         ChangeHandler handler)
+{
+    const Lock lock(_mutex);
+    if (!needThread())
+        return nullptr;
+    const std::string rule = std::string("type='signal',path='") + signal.path + "',interface='"
+        + signal.interface + "',member='" + signal.member + "'";
+    auto watch = std::make_shared<Watch>(*this, std::move(handler));
+    watch->received = std::move(received);
+    return addWatch(watch, rule, &SystemBus::handleSignal) ? watch : nullptr;
+}
+
+bool SystemBus::addWatch(const std::shared_ptr<Watch>& watch, const std::string& rule, sd_bus_message_handler_t handle)
+{
     sd_bus_slot* slot = nullptr;
-    // A bus that refuses the match leaves the owner unwatched; without a handler sd-bus would close the connection.
+    // A bus that refuses the match leaves it unwatched; without a handler sd-bus would close the connection.
     const auto ignore = [](sd_bus_message*, void*, sd_bus_error*) { return 0; };
-    const int result =
-        sd_bus_add_match_async(_bus.get(), &slot, rule.c_str(), &SystemBus::handleOwnerChange, ignore, watch.get());
+    const int result = sd_bus_add_match_async(_bus.get(), &slot, rule.c_str(), handle, ignore, watch.get());
     watch->slot.reset(slot);
     if (!checkSending(result))
-        return nullptr;
+        return false;
     _watches.push_back(watch);
-    return watch;
+    return true;
 }
 
 void SystemBus::unwatch(const std::shared_ptr<Watch>& watch)
@@ -310,6 +312,17 @@ int SystemBus::handleOwnerChange(sd_bus_message* signal, void* context, sd_bus_e
     const char* previous = nullptr;
     if (sd_bus_message_read(signal, "sss", nullptr, &previous, nullptr) >= 0 && *previous)
         watch.bus.tell(watch.shared_from_this(), Change::OwnerLost);
+    return 0;
+}
+
+int SystemBus::handleSignal(sd_bus_message* signal, void* context, sd_bus_error*)
+{
+    Watch& watch = *static_cast<Watch*>(context);
+    const char* argument = nullptr;
+    if (sd_bus_message_read_basic(signal, SD_BUS_TYPE_STRING, &argument) > 0) {
+        watch.bus._deferred.push_back(
+            {[watch = watch.shared_from_this(), text = std::string(argument)] { watch->received(text); }, nullptr});
+    }
     return 0;
 }
 

@@ -43,6 +43,13 @@ public:
     enum class Change { OwnerLost, BusLost };
     using ChangeHandler = std::function<void(Change)>; // runs without the lock
 
+    struct Signal {
+        const char* path;
+        const char* interface;
+        const char* member;
+    };
+    using SignalHandler = std::function<void(const std::string& argument)>; // runs without the lock
+
     // The connection that the process shares, opened when there is none. Null when there is no bus.
     static std::shared_ptr<SystemBus> current();
     // Lets current() open another one. Calls that are outstanding here are still answered.
@@ -67,6 +74,8 @@ public:
 
     // Null when the name is malformed or the connection is lost.
     std::shared_ptr<Watch> watchOwner(const std::string& name, ChangeHandler handler);
+    // A signal, whoever sends it, whose first argument is a string. Null when the connection is lost.
+    std::shared_ptr<Watch> watchSignal(const Signal& signal, SignalHandler received, ChangeHandler handler);
     void unwatch(const std::shared_ptr<Watch>& watch);
 
 private:
@@ -76,9 +85,11 @@ private:
     static std::shared_ptr<SystemBus> open();
     static int handleReply(sd_bus_message* reply, void* call, sd_bus_error* error);
     static int handleOwnerChange(sd_bus_message* signal, void* watch, sd_bus_error* error);
+    static int handleSignal(sd_bus_message* signal, void* watch, sd_bus_error* error);
 
     std::shared_ptr<Call> begin(const void* owner, const Compose& compose, Completion completion, std::uint64_t limit);
     void finish(Call& call, const Answer& answer);
+    bool addWatch(const std::shared_ptr<Watch>& watch, const std::string& rule, sd_bus_message_handler_t handle);
     void tell(const std::shared_ptr<Watch>& watch, Change change);
     void dispatch(Lock& lock);
     bool isUsable();

@@ -8,6 +8,7 @@
 #include "ui_BRVCalendarIntervalViewController.h"
 #include "ui_BRVConsole.h"
 #include "ui_BRVIntervalViewController.h"
+#include "ui_BRVLocalSnapshotsController.h"
 #include "ui_BRVWhenInactiveViewController.h"
 #include "ui_MainWindow.h"
 
@@ -52,6 +53,8 @@ std::unique_ptr<QWidget> build(std::string_view name)
         return build<Ui::BRVIntervalViewController>();
     if (name == "BRVWhenInactiveViewController")
         return build<Ui::BRVWhenInactiveViewController>();
+    if (name == "BRVLocalSnapshotsController")
+        return build<Ui::BRVLocalSnapshotsController, InterfaceWindow>();
     fail("No interface of this name", name);
 }
 

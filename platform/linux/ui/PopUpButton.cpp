@@ -1,6 +1,7 @@
 #include "platform/ui/PopUpButton.h"
 
 #include "platform/linux/ui/ControlNative.h"
+#include "platform/linux/ui/ImageNative.h"
 #include "platform/linux/ui/WrapControls.h"
 
 #include <QComboBox>
@@ -18,8 +19,10 @@ struct PopUpButtonNative : ControlNative {
     QComboBox* box() const { return as<QComboBox>(); }
     bool hasItem(int index) const { return index >= 0 && index < static_cast<int>(items->size()); }
     void follow(QComboBox& box);
+    void append(QComboBox& box, std::size_t index) const;
 
     PopUpButton::Items items;
+    std::vector<std::shared_ptr<Image>> images; // of the first items; null for none
     int selected = 0;
 };
 
@@ -38,15 +41,23 @@ PopUpButtonNative::PopUpButtonNative(QWidget* theWidget) : ControlNative(theWidg
 QWidget* PopUpButtonNative::newWidget()
 {
     auto* const box = new QComboBox;
-    for (const std::string& title : *items) {
-        if (title.empty())
-            box->insertSeparator(box->count());
-        else
-            box->addItem(qtString(title));
-    }
+    for (std::size_t i = 0; i < items->size(); ++i)
+        append(*box, i);
     box->setCurrentIndex(selected);
     follow(*box);
     return box;
+}
+
+void PopUpButtonNative::append(QComboBox& box, std::size_t index) const
+{
+    const std::string& title = (*items)[index];
+    const auto* const image = index < images.size() ? images[index].get() : nullptr;
+    if (image)
+        box.setIconSize(image->native().size);
+    if (title.empty())
+        box.insertSeparator(box.count());
+    else
+        box.addItem(image ? image->native().icon : QIcon(), qtString(title));
 }
 
 void PopUpButtonNative::follow(QComboBox& box)
@@ -108,6 +119,37 @@ void PopUpButton::setItemTitleAtIndex(int index, const std::string& title)
     native.items = std::make_shared<const std::vector<std::string>>(std::move(titles));
     if (auto* const box = native.box())
         box->setItemText(index, qtString(title));
+}
+
+void PopUpButton::addItem(const std::string& title, const std::shared_ptr<Image>& image)
+{
+    auto& native = popUpNative(*this);
+    auto titles = *native.items;
+    titles.push_back(title);
+    native.items = std::make_shared<const std::vector<std::string>>(std::move(titles));
+    native.images.resize(native.items->size());
+    native.images.back() = image;
+    if (native.items->size() == 1)
+        native.selected = 0;
+    if (auto* const box = native.box())
+        native.append(*box, native.items->size() - 1);
+}
+
+void PopUpButton::removeItemAtIndex(int index)
+{
+    auto& native = popUpNative(*this);
+    if (!native.hasItem(index))
+        return;
+    auto titles = *native.items;
+    titles.erase(titles.begin() + index);
+    native.items = std::make_shared<const std::vector<std::string>>(std::move(titles));
+    if (index < static_cast<int>(native.images.size()))
+        native.images.erase(native.images.begin() + index);
+    const auto last = static_cast<int>(native.items->size()) - 1;
+    if (native.selected > index || native.selected > last)
+        --native.selected;
+    if (auto* const box = native.box())
+        box->removeItem(index);
 }
 
 } // namespace platform::ui

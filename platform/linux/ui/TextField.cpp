@@ -3,6 +3,7 @@
 #include "platform/linux/ui/LineEdit.h"
 #include "platform/linux/ui/TextFieldNative.h"
 #include "platform/Localization.h"
+#include "platform/ui/TextAppearance.h"
 
 #include <limits>
 #include <QLabel>
@@ -98,6 +99,18 @@ std::int64_t TextField::integerValue() const
 void TextField::setIntegerValue(std::int64_t value)
 {
     setStringValue(std::to_string(value));
+}
+
+void TextField::setTextColor(const Color& color)
+{
+    auto& widget = widgetOf<QWidget>(*this);
+    auto palette = widget.palette();
+    const bool isDark = palette.color(QPalette::Window).lightness() < 128;
+    const auto components = resolvedColor(color, isDark ? Appearance::Dark : Appearance::Light);
+    const auto resolved = QColor::fromRgbF(static_cast<float>(components.red), static_cast<float>(components.green),
+                                           static_cast<float>(components.blue), static_cast<float>(components.alpha));
+    palette.setColor(widget.foregroundRole(), resolved);
+    widget.setPalette(palette);
 }
 
 void TextField::setDelegate(std::weak_ptr<TextFieldDelegate> delegate)

@@ -1,6 +1,7 @@
 #include "platform/linux/ui/WrapNamedWidgets.h"
 
 #include "platform/linux/ui/ControlNative.h"
+#include "platform/linux/ui/DataTable.h"
 #include "platform/linux/ui/RuleEditorBox.h"
 #include "platform/linux/ui/Spinner.h"
 #include "platform/linux/ui/StepperBox.h"
@@ -37,6 +38,8 @@ std::shared_ptr<View> wrap(QWidget& widget)
         return wrapDatePicker(*edit);
     if (auto* const box = qobject_cast<RuleEditorBox*>(&widget))
         return wrapRuleEditor(*box);
+    if (auto* const table = qobject_cast<DataTable*>(&widget))
+        return wrapTableView(*table);
     if (qobject_cast<LineEdit*>(&widget) || qobject_cast<QLabel*>(&widget))
         return wrapWidget<TextField, TextFieldNative>(&widget);
     if (qobject_cast<StyledTextView*>(&widget))

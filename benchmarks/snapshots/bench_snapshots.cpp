@@ -1,0 +1,131 @@
+// Listing 5,000 snapshots of one btrfs volume, as the window does it and as `btrfs subvolume list -s` does it, by
+// turns; and the time from the listed records to the painted table. Prints "SKIPPED: reason" where no btrfs can be
+// mounted.
+
+#include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
+#include "platform/linux/system/SnapshotCreation.h"
+#include "platform/linux/ui/ApplicationInstance.h"
+#include "platform/linux/ui/DataTable.h"
+#include "platform/linux/ui/WindowNative.h"
+#include "tests/integration/snapshots/support/BtrfsVolume.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <spawn.h>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+namespace {
+
+constexpr int SnapshotCount = 5000;
+constexpr int Rounds = 15;
+
+[[noreturn]] void fail(const char* what)
+{
+    std::fprintf(stderr, "bench_snapshots: %s\n", what);
+    std::exit(1);
+}
+
+double median(std::vector<double>& values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+template <class Work>
+double milliseconds(const Work& work)
+{
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
+// From the start of the process to its end, its output thrown away.
+void listWithTool(const std::string& path)
+{
+    std::string arguments[] = {"btrfs", "subvolume", "list", "-s", path};
+    char* pointers[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(),
+                        arguments[3].data(), arguments[4].data(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = -1;
+    int status = 1;
+    if (posix_spawnp(&child, "btrfs", &actions, nullptr, pointers, environ) != 0 || waitpid(child, &status, 0) != child
+        || status != 0)
+        fail("btrfs subvolume list failed");
+    posix_spawn_file_actions_destroy(&actions);
+}
+
+// A table of the controller's own, so that only it is measured.
+class ShownTable {
+public:
+    explicit ShownTable(BRVLocalSnapshotsController& controller) : _controller(controller)
+    {
+        _controller.showWindow();
+        for (auto* const window : QApplication::topLevelWidgets()) {
+            if (auto* const table = window->findChild<platform::ui::DataTable*>())
+                _table = table;
+        }
+        QApplication::processEvents();
+    }
+
+    int rowCount() const { return _table->rows().rowCount(); }
+
+    // Asks the data source anew and paints.
+    void show()
+    {
+        _table->reload(rowCount());
+        _table->window()->repaint();
+        QApplication::processEvents();
+    }
+
+private:
+    BRVLocalSnapshotsController& _controller;
+    platform::ui::DataTable* _table = nullptr;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    if (const auto reason = reasonWithoutBtrfs(); !reason.empty()) {
+        std::printf("SKIPPED: %s\n", reason.c_str());
+        return 0;
+    }
+    const BtrfsVolume volume("Benchmark");
+    for (int i = 0; i < SnapshotCount; ++i) {
+        if (!platform::createBtrfsSnapshot(volume.path(), "2026-11-21-" + std::to_string(100000 + i)))
+            fail("a snapshot could not be made");
+    }
+
+    platform::ui::ApplicationInstance application(argc, argv);
+    const auto controller = BRVLocalSnapshotsController::create();
+    std::vector<double> ours;
+    std::vector<double> theirs;
+    for (int round = 0; round < Rounds; ++round) {
+        theirs.push_back(milliseconds([&] { listWithTool(volume.path()); }));
+        ours.push_back(milliseconds([&] {
+            const auto list = controller->snapshotsAtURL(volume.path(), nullptr);
+            if (!list || list->size() != SnapshotCount)
+                fail("not every snapshot was listed");
+        }));
+    }
+
+    ShownTable table(*controller);
+    if (table.rowCount() != SnapshotCount)
+        fail("the window shows another volume"); // this machine's own are in the way
+    std::vector<double> shown;
+    for (int round = 0; round < Rounds; ++round)
+        shown.push_back(milliseconds([&] { table.show(); }));
+
+    std::printf("snapshots.ours %.2f ms\nsnapshots.tool %.2f ms\nsnapshots.table %.2f ms\n", median(ours),
+                median(theirs), median(shown));
+    return 0;
+}

@@ -1,0 +1,7 @@
+#pragma once
+
+#include <optional>
+
+// "--snapshot VOLUME": makes a read-only snapshot of the btrfs volume, named after the present time, prints its path
+// and lets the other programs of the product know. The exit status; nothing when the arguments ask for something else.
+std::optional<int> runSnapshotCommand(int count, const char* const* arguments);

@@ -1,0 +1,133 @@
+#include "platform/linux/system/VolumeWatcher.h"
+
+#include "platform/linux/system/BlockedSignals.h"
+#include "platform/linux/system/UdevHandles.h"
+#include "platform/Queue.h"
+
+#include <array>
+#include <cerrno>
+#include <libmount/libmount.h>
+#include <memory>
+#include <poll.h>
+#include <pthread.h>
+#include <system_error>
+#include <thread>
+
+namespace platform {
+
+namespace {
+
+struct MonitorDeleter {
+    void operator()(libmnt_monitor* monitor) const { mnt_unref_monitor(monitor); }
+};
+using MountMonitor = std::unique_ptr<libmnt_monitor, MonitorDeleter>;
+
+MountMonitor openMountMonitor()
+{
+    MountMonitor monitor(mnt_new_monitor());
+    return monitor && mnt_monitor_enable_kernel(monitor.get(), 1) == 0 && mnt_monitor_get_fd(monitor.get()) >= 0
+        ? std::move(monitor)
+        : nullptr;
+}
+
+// The kernel's own events, which are there without a daemon too. The name of a volume is asked of the kernel anyway.
+UdevMonitor openDeviceMonitor(udev& context)
+{
+    UdevMonitor monitor(udev_monitor_new_from_netlink(&context, "kernel"));
+    return monitor && udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "block", nullptr) >= 0
+            && udev_monitor_enable_receiving(monitor.get()) >= 0
+        ? std::move(monitor)
+        : nullptr;
+}
+
+} // namespace
+
+VolumeWatcher& VolumeWatcher::shared()
+{
+    static auto& watcher = *new VolumeWatcher; // its thread may outlive main()
+    return watcher;
+}
+
+void VolumeWatcher::start()
+{
+    if (_started)
+        return;
+    if (const auto mounts = readMountTable())
+        _known = volumesOfMounts(*mounts);
+    try {
+        const BlockedSignals blocked;
+        std::thread([this] { watch(); }).detach();
+        _started = true;
+    } catch (const std::system_error&) {
+        // Volumes are listed, but changes go unseen until another observer comes.
+    }
+}
+
+void VolumeWatcher::didRead(const std::vector<Mount>& mounts)
+{
+    if (_started)
+        _known = volumesOfMounts(mounts);
+}
+
+VolumeWatcher::Volumes VolumeWatcher::volumesOfMounts(const std::vector<Mount>& mounts)
+{
+    Volumes volumes;
+    for (const auto& mount : mounts) {
+        // Other file systems keep no snapshots here, and nobody needs to know of them.
+        if (isBtrfs(mount) && mount.representsFileSystem)
+            volumes[{mount.device, mount.source}] = {mount.identifier, mount.path, nameOfMount(mount)};
+    }
+    return volumes;
+}
+
+void VolumeWatcher::watch()
+{
+    ::pthread_setname_np(::pthread_self(), "volumes");
+    const auto mounts = openMountMonitor();
+    const Udev context(udev_new());
+    const auto devices = context ? openDeviceMonitor(*context) : nullptr;
+    std::array<pollfd, 2> sources = {{{mounts ? mnt_monitor_get_fd(mounts.get()) : -1, POLLIN, 0},
+                                      {devices ? udev_monitor_get_fd(devices.get()) : -1, POLLIN, 0}}};
+    // What happened before the monitors were open.
+    for (;;) {
+        if (!_refreshing.exchange(true))
+            Queue::main()->async([this] { refresh(); });
+        if (::poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR)
+            return;
+        while (mounts && mnt_monitor_next_change(mounts.get(), nullptr, nullptr) == 0) { }
+        while (devices && UdevDevice(udev_monitor_receive_device(devices.get()))) { }
+    }
+}
+
+void VolumeWatcher::refresh()
+{
+    _refreshing = false;
+    const auto mounts = readMountTable();
+    if (!mounts)
+        return;
+    const auto before = std::exchange(_known, volumesOfMounts(*mounts));
+    const auto now = _known; // observers may read the table
+    for (const auto& [key, volume] : before) {
+        const auto found = now.find(key);
+        tellChange(&volume, found == now.end() ? nullptr : &found->second);
+    }
+    for (const auto& [key, volume] : now) {
+        if (!before.contains(key))
+            tellChange(nullptr, &volume);
+    }
+}
+
+void VolumeWatcher::tellChange(const Volume* before, const Volume* now) const
+{
+    using enum VolumeNotification::Event;
+    // Mounted anew in the same place, it may be another disk.
+    const bool isNew = before && now && before->path == now->path && before->mount != now->mount;
+    if (before && (!now || isNew))
+        observers.tell({DidUnmount, before->path, {}, {}});
+    if (now && (!before || isNew))
+        observers.tell({DidMount, now->path, {}, now->name});
+    if (before && now && !isNew && (before->path != now->path || before->name != now->name))
+        observers.tell({DidRename, now->path, before->path, now->name});
+}
+
+} // namespace platform
