@@ -406,8 +406,10 @@ std::string report(std::uint64_t seed, const Sequence& sequence)
 
 TEST_CASE("whatever a person does, in any order, what is shown and sent follows the rules")
 {
-    const std::string note = isInstrumented ? " sequences, fewer since every access to memory is checked" : " sequences";
-    MESSAGE(std::to_string(sequences) + note);
+    const std::string note =
+        isInstrumented ? " sequences, fewer since every access to memory is checked" : " sequences";
+    const std::string told = std::to_string(sequences) + note;
+    MESSAGE(told);
     for (std::uint64_t seed = 1; seed <= sequences; ++seed) {
         const Sequence sequence = randomSequence(seed);
         if (!differenceIn(sequence).empty()) {
