@@ -3,7 +3,10 @@
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
 #include "tests/platform/ScriptedNotifications.h"
+#include "tests/platform/ScriptedFiles.h"
+#include "tests/platform/ScriptedLegacyLogSearch.h"
 #include "tests/platform/ScriptedPowerSources.h"
+#include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/platform/ScriptedSnapshots.h"
@@ -20,7 +23,10 @@ void reset()
     authorization::reset();
     background::reset();
     notifications::reset();
+    files::reset();
+    legacylog::reset();
     power::reset();
+    process::reset();
     snapshots::reset();
     volumes::reset();
     preferences::reset();

@@ -41,8 +41,9 @@ bool isDark(const QColor& background)
 
 double contrast(const QColor& one, const QColor& other)
 {
-    const auto [less, more] = std::minmax(luminance(one), luminance(other));
-    return (more + 0.05) / (less + 0.05);
+    const double first = luminance(one);
+    const double second = luminance(other);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
 QColor legibleOn(const QColor& background, QColor color)

@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <utility>
 
 namespace platform {
@@ -38,6 +40,17 @@ public:
     {
         _bytes.reset();
         _size = _capacity = 0;
+    }
+
+    // Gives the memory before the offset back to the system; what was there is lost.
+    void forgetBefore(std::size_t offset)
+    {
+        const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+        const auto start = reinterpret_cast<std::uintptr_t>(_bytes.get());
+        const auto first = (start + page - 1) / page * page;
+        const auto end = (start + offset) / page * page;
+        if (first < end)
+            ::madvise(reinterpret_cast<void*>(first), end - first, MADV_DONTNEED);
     }
 
     char& operator[](std::size_t offset) { return _bytes.get()[offset]; }
@@ -116,6 +129,7 @@ Result<void> JSONRecords::read(std::span<const std::string_view> keys, const Vis
             return std::unexpected(corruptJSONError(parser.failure()));
         if (*count == 0 && cuts.size() > 2)
             return std::unexpected(corruptJSONError(localizedString("An element is missing.")));
+        buffer.forgetBefore(end);
     }
     return {};
 }

@@ -1,0 +1,119 @@
+#include "platform/JSONRecords.h"
+
+#include <array>
+#include <doctest/doctest.h>
+#include <optional>
+#include <string>
+#include <vector>
+
+using platform::JSONField;
+using platform::JSONRecords;
+
+namespace {
+
+constexpr std::array<std::string_view, 2> readKeys = {"a", "b"};
+
+std::string shown(const JSONField& field)
+{
+    if (field.kind == JSONField::Kind::Absent)
+        return "-";
+    return (field.kind == JSONField::Kind::String ? "s:" : "o:") + std::string(field.text);
+}
+
+// The values of "a" and "b" of each element; nothing after an error.
+std::optional<std::vector<std::string>> readAll(const std::string& json, std::size_t piece = 2048)
+{
+    JSONRecords records;
+    for (std::size_t place = 0; place < json.size(); place += piece)
+        records.append(std::string_view(json).substr(place, piece));
+    std::vector<std::string> found;
+    const auto read = records.read(readKeys, [&](std::span<const JSONField> fields) {
+        found.push_back(shown(fields[0]) + " " + shown(fields[1]));
+    });
+    return read ? std::optional(found) : std::nullopt;
+}
+
+using Lines = std::vector<std::string>;
+
+} // namespace
+
+TEST_CASE("Strings, missing keys and other values are told apart")
+{
+    CHECK(readAll(R"([{"a":"x","b":"y"},{"b":"z"},{},{"a":null,"b":12},{"a":true,"b":-1.5},{"a":[],"b":{}}])")
+          == Lines{"s:x s:y", "- s:z", "- -", "o:<null> o:12", "o:1 o:-1.5", "o:(\n) o:{\n}"});
+}
+
+TEST_CASE("Elements that are no objects have no values")
+{
+    CHECK(readAll(R"([1,"a",null,[{"a":"x"}],{"a":"y"}])") == Lines{"- -", "- -", "- -", "- -", "s:y -"});
+}
+
+TEST_CASE("Of a key that is there twice the last value counts, and keys may be escaped")
+{
+    CHECK(readAll(R"([{"a":"1","a":"2"},{"\u0061":"3"}])") == Lines{"s:2 -", "s:3 -"});
+}
+
+TEST_CASE("Escapes are resolved and may fall on the edge of two pieces")
+{
+    const std::string json = R"([{"a":"q\"\\\"\\","b":"\u00e9\ud83d\ude00\n\u0000."}])";
+    for (std::size_t piece = 1; piece < json.size(); ++piece) {
+        CAPTURE(piece);
+        CHECK(readAll(json, piece) == Lines{std::string("s:q\"\\\"\\ s:é😀\n") + '\0' + "."});
+    }
+}
+
+TEST_CASE("An array that is longer than a part is read as a whole, and its damage found wherever it is")
+{
+    const auto element = [](int number) {
+        return "{\"a\":\"" + std::to_string(number) + "\",\"pad\":\"" + std::string(900, 'x') + "\"}";
+    };
+    std::string json = "[";
+    for (int number = 0; number < 2000; ++number)
+        json += (number ? "," : "") + element(number);
+    const auto whole = readAll(json + "]");
+    REQUIRE(whole);
+    REQUIRE(whole->size() == 2000);
+    CHECK(whole->front() == "s:0 -");
+    CHECK(whole->back() == "s:1999 -");
+
+    CHECK_FALSE(readAll(json));
+    CHECK_FALSE(readAll(json + ",]"));
+    CHECK_FALSE(readAll(json + ",,1]"));
+    CHECK_FALSE(readAll(json + "}"));
+    CHECK_FALSE(readAll(json + "]]"));
+    for (const std::size_t place : {std::size_t(20), json.size() / 2, json.size() - 20}) {
+        auto damaged = json + "]";
+        damaged[damaged.find('x', place) + 1] = '\x01';
+        CHECK_FALSE(readAll(damaged));
+    }
+    // Nothing but space where an element should be, as long as a part.
+    const std::string space(std::size_t(600) << 10, ' ');
+    CHECK_FALSE(readAll("[" + space + ",1]"));
+    CHECK_FALSE(readAll("[1," + space + ",1]"));
+    CHECK_FALSE(readAll("[1," + space + "]"));
+    CHECK(readAll("[1," + space + "1" + space + "]")->size() == 2);
+}
+
+TEST_CASE("Text that cannot become an array is not kept")
+{
+    for (const char* const start : {"nonsense", "{", "[x", "[1]1", "[\x01"}) {
+        JSONRecords records;
+        records.append(start);
+        for (int piece = 0; piece < 1000; ++piece)
+            records.append(std::string(2048, 'n'));
+        CAPTURE(start);
+        CHECK(records.size() == 0);
+        CHECK_FALSE(records.read(readKeys, [](auto) { FAIL("no element"); }));
+    }
+}
+
+TEST_CASE("An error describes itself")
+{
+    JSONRecords records;
+    records.append("[{\"a\":tru}]");
+    const auto read = records.read(readKeys, [](auto) { });
+    REQUIRE_FALSE(read);
+    CHECK(read.error().domain == platform::CocoaErrorDomain);
+    CHECK(read.error().code == 3840);
+    CHECK(platform::localizedDescription(read.error()).starts_with("The data is not valid JSON. ("));
+}

@@ -1,0 +1,108 @@
+#include "diagnostics/console/LogLineWriter.h"
+#include "tests/console/ConsoleFixture.h"
+
+#include <doctest/doctest.h>
+
+using namespace platform;
+
+namespace {
+
+std::string linesOf(const std::string& elements)
+{
+    setToolOutput("[" + elements + "]");
+    return BRVConsoleController::fetchLog().string();
+}
+
+std::string element(const std::string& members)
+{
+    return R"({"timestamp":"2026-11-20 09:56:22.123456+0000","messageType":"Default")" + members + "}";
+}
+
+const std::string theDate = "11/20/26, 9:56:22\u202FAM";
+
+} // namespace
+
+TEST_CASE("The last component of a path is what the platform takes for it")
+{
+    CHECK(lastPathComponent("/usr/bin/log") == "log");
+    CHECK(lastPathComponent("/usr/bin/") == "bin");
+    CHECK(lastPathComponent("log") == "log");
+    CHECK(lastPathComponent("a//") == "a");
+    CHECK(lastPathComponent("/") == "/");
+    CHECK(lastPathComponent("//") == "/");
+    CHECK(lastPathComponent("").empty());
+}
+
+TEST_CASE("Thermal pressure messages of the backup daemon are left out in any letter case, those of the product not")
+{
+    ConsoleFixture fixture;
+    for (const char* const message : {"Thermal Pressure Level", "thermal pressure level",
+                                      "now THERMAL PRESSURE LEVEL 2", "a v and a thermal pressure leVel"})
+        CHECK(linesOf(record("com.apple.TimeMachine", "Default", message)).empty());
+    for (const char* const message : {"thermal pressure leve", "hermal pressure level", "thermal  pressure level",
+                                      "level thermal pressure", "thermal pressure le", "v"})
+        CHECK_FALSE(linesOf(record("com.apple.TimeMachine", "Default", message)).empty());
+    CHECK(linesOf(record("com.zerkolin.brevane", "Default", "Thermal Pressure Level"))
+          == theDate + " brevane Thermal Pressure Level\n");
+    CHECK(linesOf(element(R"(,"eventMessage":"thermal pressure level")")).empty());
+}
+
+TEST_CASE("The scheduler helper has a label of its own, with a space that does not break")
+{
+    ConsoleFixture fixture;
+    CHECK(linesOf(record("com.zerkolin.brevane", "Default", "m", "/Library/Brevane/com.zerkolin.brevane.scheduler"))
+          == theDate + " Brevane\u00A0Scheduler m\n");
+    CHECK(linesOf(record("com.zerkolin.brevane", "Default", "m", "/x/com.zerkolin.brevane.schedulers"))
+          == theDate + " com.zerkolin.brevane.schedulers m\n");
+    // The backup daemon's lines do not look at the path.
+    CHECK(linesOf(record("com.apple.TimeMachine", "Default", "m", "/x/com.zerkolin.brevane.scheduler"))
+          == theDate + " Time Machine m\n");
+}
+
+TEST_CASE("Missing keys, null and values of unknown types are met")
+{
+    ConsoleFixture fixture;
+    CHECK(linesOf("{}") == "??? Time Machine (null)\n");
+    CHECK(linesOf("null") == "??? Time Machine (null)\n");
+    CHECK(linesOf(element("")) == theDate + " Time Machine (null)\n");
+    CHECK(linesOf(element(R"(,"subsystem":null,"eventMessage":null)")) == theDate + " Time Machine <null>\n");
+    CHECK(linesOf(element(R"(,"subsystem":7,"eventMessage":7)")) == theDate + " Time Machine 7\n");
+    CHECK(linesOf(element(R"(,"eventMessage":true)")) == theDate + " Time Machine 1\n");
+    CHECK(linesOf(element(R"(,"eventMessage":"")")) == theDate + " Time Machine \n");
+    CHECK(linesOf(element(R"(,"subsystem":"com.zerkolin.brevane","eventMessage":"m")")) == theDate + "  m\n");
+    CHECK(linesOf(element(R"(,"subsystem":"COM.ZERKOLIN.BREVANE","eventMessage":"m")"))
+          == theDate + " Time Machine m\n");
+}
+
+TEST_CASE("Dates show with the separators of the tool and of the format; what is no date shows as question marks")
+{
+    ConsoleFixture fixture;
+    const auto dateOf = [](const std::string& timestamp) {
+        const auto line = linesOf(R"({"eventMessage":"m","timestamp":)" + timestamp + "}");
+        return line.substr(0, line.find(" Time Machine"));
+    };
+    CHECK(dateOf(R"("2026-11-20 09:56:22.123456+0000")") == theDate);
+    CHECK(dateOf(R"("2026.11.20 09:56:22.123456+0000")") == theDate);
+    CHECK(dateOf(R"("2026-11-20 10:56:22.123456+0100")") == theDate);
+    CHECK(dateOf(R"("2026-11-20 09:56:22.999999+0000")") == theDate);
+    for (const char* const timestamp :
+         {R"("")", R"("yesterday")", "null", "1795164982", R"("2026-11-20 09:56:22")",
+          R"("2026-13-20 09:56:22.123456+0000")", R"("2026/11/20 09:56:22.123456+0000")"}) {
+        CAPTURE(timestamp);
+        CHECK(dateOf(timestamp) == "???");
+    }
+}
+
+TEST_CASE("Records of the same second, of another and without a date follow each other with their own dates")
+{
+    ConsoleFixture fixture;
+    const auto at = [](const char* timestamp) {
+        return std::string(R"({"eventMessage":"m","timestamp":")") + timestamp + "\"}";
+    };
+    CHECK(linesOf(at("2026-11-20 09:56:22.123456+0000") + "," + at("2026-11-20 09:56:22.654321+0000") + "," + at("x")
+                  + "," + at("2026-11-20 09:56:23.000000+0000") + "," + at("2026-11-20 09:56:22.123456+0100") + ","
+                  + at("x"))
+          == theDate + " Time Machine m\n" + theDate + " Time Machine m\n??? Time Machine m\n"
+              + "11/20/26, 9:56:23\u202FAM Time Machine m\n11/20/26, 8:56:22\u202FAM Time Machine m\n??? Time Machine "
+                "m\n");
+}

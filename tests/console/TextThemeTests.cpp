@@ -1,0 +1,65 @@
+#include "platform/linux/ui/TextTheme.h"
+#include "platform/ui/TextAppearance.h"
+
+#include <doctest/doctest.h>
+#include <QApplication>
+
+using namespace platform;
+using namespace platform::ui;
+
+namespace {
+
+QPalette paletteOn(const QColor& base)
+{
+    QPalette palette(base);
+    palette.setColor(QPalette::Base, base);
+    palette.setColor(QPalette::Text, contrast(base, Qt::white) > contrast(base, Qt::black) ? Qt::white : Qt::black);
+    palette.setColor(QPalette::Highlight, QColor(61, 126, 217));
+    return palette;
+}
+
+} // namespace
+
+TEST_CASE("Contrast is measured from the same colour to black on white")
+{
+    CHECK(contrast(Qt::white, Qt::white) == doctest::Approx(1));
+    CHECK(contrast(Qt::black, Qt::white) == doctest::Approx(21));
+}
+
+TEST_CASE("Every colour of the console can be read on light and dark, the fixed ones of old systems too")
+{
+    for (const auto& base : {QColor(Qt::white), QColor(25, 25, 25), QColor(53, 53, 53), QColor(239, 240, 241)}) {
+        const TextTheme theme(paletteOn(base), QApplication::font(), {});
+        for (const Color& color :
+             {Color(NamedColor::Text), Color(NamedColor::SystemBlue), Color(NamedColor::SystemGreen),
+              Color(NamedColor::SystemOrange), Color(NamedColor::SystemRed), Color(FixedColor{0, 0, 1, 1}),
+              Color(FixedColor{0, 0.58, 0, 1}), Color(FixedColor{0.81, 0.41, 0, 1}),
+              Color(FixedColor{0.96, 0, 0, 1})}) {
+            const auto drawn =
+                theme.format({.font = TextFont::UserFixedPitch, .foreground = color}).foreground().color();
+            CAPTURE(base.name().toStdString());
+            CAPTURE(drawn.name().toStdString());
+            CHECK(contrast(base, drawn) >= 4.5);
+        }
+    }
+}
+
+TEST_CASE("A colour that can be read stays as it is")
+{
+    CHECK(legibleOn(Qt::white, QColor(0, 0, 139)) == QColor(0, 0, 139));
+}
+
+TEST_CASE("A fixed colour is the same in every appearance, a system colour is not")
+{
+    const FixedColor fixed{0.1, 0.2, 0.3, 1};
+    CHECK(resolvedColor(fixed, Appearance::Light) == fixed);
+    CHECK(resolvedColor(fixed, Appearance::Dark) == fixed);
+    CHECK(resolvedColor(NamedColor::SystemBlue, Appearance::Light)
+          != resolvedColor(NamedColor::SystemBlue, Appearance::Dark));
+}
+
+TEST_CASE("The user's fixed-pitch font has a name and a size")
+{
+    CHECK_FALSE(userFixedPitchFont().family.empty());
+    CHECK(userFixedPitchFont().pointSize > 4);
+}

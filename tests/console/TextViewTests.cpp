@@ -1,0 +1,284 @@
+#include "platform/linux/ui/StyledTextView.h"
+#include "platform/linux/ui/TextStretchData.h"
+
+#include <doctest/doctest.h>
+#include <QApplication>
+#include <QClipboard>
+#include <QElapsedTimer>
+#include <QScrollBar>
+#include <QTest>
+
+using namespace platform;
+using namespace platform::ui;
+
+namespace {
+
+std::shared_ptr<const StyledText> textOf(const std::string& string)
+{
+    auto text = std::make_shared<StyledText>();
+    text->appendString(string, {.font = TextFont::UserFixedPitch, .foreground = NamedColor::SystemGreen});
+    return text;
+}
+
+std::string numberedLines(int count, const std::string& tail = "")
+{
+    std::string lines;
+    for (int number = 0; number < count; ++number)
+        lines += "line " + std::to_string(number) + tail + "\n";
+    return lines;
+}
+
+struct ShownText {
+    explicit ShownText(const std::string& string, QSize size = {500, 300})
+    {
+        view.resize(size);
+        view.show();
+        QApplication::processEvents();
+        area.setText(textOf(string));
+        area.setFocus();
+    }
+
+    int value() const { return area.verticalScrollBar()->value(); }
+    int maximum() const { return area.verticalScrollBar()->maximum(); }
+    std::string lineInSight() { return std::string(area.text()->line(area.linesInSight().first)); }
+    std::string lastLineInSight() { return std::string(area.text()->line(area.linesInSight().second - 1)); }
+    std::string selected() const { return area.selectedText().toStdString(); }
+    QPoint middleOf(std::size_t offset) { return area.characterRect(offset).center(); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = {}) { QTest::keyClick(&area, key, modifiers); }
+
+    StyledTextView view;
+    StyledTextArea& area = view.area();
+};
+
+} // namespace
+
+TEST_CASE("A text of many lines is scrolled by lines, pages and to its ends by the keyboard")
+{
+    ShownText shown(numberedLines(1000));
+    CHECK(shown.value() == 0);
+    CHECK(shown.lineInSight() == "line 0\n");
+    shown.press(Qt::Key_Down);
+    CHECK(shown.lineInSight() == "line 1\n");
+    shown.press(Qt::Key_Up);
+    CHECK(shown.lineInSight() == "line 0\n");
+    shown.press(Qt::Key_PageDown);
+    CHECK(shown.value() == shown.area.verticalScrollBar()->pageStep());
+    shown.press(Qt::Key_End);
+    CHECK(shown.value() == shown.maximum());
+    CHECK(shown.lastLineInSight() == "line 999\n");
+    shown.press(Qt::Key_PageUp);
+    shown.press(Qt::Key_Home);
+    CHECK(shown.lineInSight() == "line 0\n");
+}
+
+TEST_CASE("Wrapped lines are counted as they are laid out, and going up by rows meets every row")
+{
+    ShownText shown(numberedLines(300,
+                                  " with words that have to be wrapped because they are many more than fit in a row, "
+                                  "and a café with 日本語 and \U0001F600 besides"));
+    shown.area.scrollToEnd();
+    CHECK(shown.value() == shown.maximum());
+    CHECK(shown.lastLineInSight().starts_with("line 299 "));
+    std::size_t last = shown.area.linesInSight().first;
+    for (int row = 0; row < 900; ++row) {
+        shown.press(Qt::Key_Up);
+        const auto now = shown.area.linesInSight().first;
+        REQUIRE(now <= last);
+        REQUIRE(last - now <= 1);
+        last = now;
+    }
+}
+
+TEST_CASE("Jumping into the middle and back to the end shows the end")
+{
+    ShownText shown(numberedLines(5000, std::string(300, 'w') + " " + std::string(200, 'm')));
+    for (const int part : {2, 3, 7}) {
+        shown.area.verticalScrollBar()->setValue(shown.maximum() / part);
+        shown.area.verticalScrollBar()->setValue(shown.maximum());
+        CHECK(shown.value() == shown.maximum());
+        CHECK(shown.lastLineInSight().starts_with("line 4999"));
+    }
+}
+
+TEST_CASE("A narrower view keeps the line at the top, or the end if that was shown")
+{
+    ShownText shown(numberedLines(500, " some words for a row of its own, and more of them so that it wraps"));
+    shown.area.verticalScrollBar()->setValue(200);
+    const auto line = shown.lineInSight();
+    shown.view.resize(300, 300);
+    QApplication::processEvents();
+    CHECK(shown.lineInSight() == line);
+    shown.area.scrollToEnd();
+    shown.view.resize(420, 350);
+    QApplication::processEvents();
+    CHECK(shown.value() == shown.maximum());
+    CHECK(shown.lastLineInSight().starts_with("line 499 "));
+}
+
+TEST_CASE("A new text takes the place of the old one, which is given back, and nothing stays selected")
+{
+    ShownText shown("first\n");
+    shown.area.selectAll();
+    const auto earlier = shown.area.setText(textOf("second\n"));
+    CHECK(earlier->string() == "first\n");
+    CHECK(shown.area.text()->string() == "second\n");
+    CHECK(shown.area.selection().isEmpty());
+    shown.area.setText(textOf(""));
+    shown.area.scrollToEnd();
+    shown.press(Qt::Key_Down);
+    shown.press(Qt::Key_End, Qt::ShiftModifier);
+    CHECK(shown.area.offsetAt({10, 10}) == 0);
+}
+
+TEST_CASE("All of the text is selected and copied by the keyboard")
+{
+    ShownText shown("one\ncaf\u00e9 \U0001F600\n");
+    QTest::keySequence(&shown.area, QKeySequence::SelectAll);
+    QTest::keySequence(&shown.area, QKeySequence::Copy);
+    CHECK(QApplication::clipboard()->text() == QString::fromUtf8("one\ncaf\u00e9 \U0001F600\n"));
+    const auto* const data = QApplication::clipboard()->mimeData();
+    CHECK(data->hasText());
+    CHECK_FALSE(data->hasHtml());
+}
+
+TEST_CASE("Nothing selected copies nothing")
+{
+    QApplication::clipboard()->setText("before");
+    ShownText shown("one\n");
+    shown.area.copy();
+    CHECK(QApplication::clipboard()->text() == "before");
+}
+
+TEST_CASE("Dragging selects characters, in both directions and across lines")
+{
+    ShownText shown("first line\nsecond line\nthird line\n");
+    auto* const viewport = shown.area.viewport();
+    const auto left = [&](std::size_t offset) {
+        const auto rect = shown.area.characterRect(offset);
+        return QPoint(rect.left() + 1, rect.center().y());
+    };
+    const auto drag = [&](std::size_t from, std::size_t to) {
+        QTest::mousePress(viewport, Qt::LeftButton, {}, left(from));
+        QMouseEvent move(QEvent::MouseMove, left(to), viewport->mapToGlobal(left(to)), Qt::NoButton, Qt::LeftButton,
+                         {});
+        QApplication::sendEvent(viewport, &move);
+        QTest::mouseRelease(viewport, Qt::LeftButton, {}, left(to));
+    };
+    drag(2, 7);
+    CHECK(shown.selected() == "rst l");
+    drag(7, 2);
+    CHECK(shown.selected() == "rst l");
+    drag(6, 13);
+    CHECK(shown.selected() == "line\nse");
+    QTest::mouseClick(viewport, Qt::LeftButton, {}, left(3));
+    CHECK(shown.selected().empty());
+    QTest::mouseClick(viewport, Qt::LeftButton, Qt::ShiftModifier, left(5));
+    CHECK(shown.selected() == "st");
+}
+
+TEST_CASE("A double click selects a word, a third click the line")
+{
+    ShownText shown("first line\nsecond word here\n");
+    auto* const viewport = shown.area.viewport();
+    const auto place = shown.middleOf(20);
+    QTest::mouseDClick(viewport, Qt::LeftButton, {}, place);
+    CHECK(shown.selected() == "word");
+    QTest::mouseClick(viewport, Qt::LeftButton, {}, place);
+    CHECK(shown.selected() == "second word here\n");
+}
+
+TEST_CASE("The keyboard extends a selection by characters, words, rows and to the ends")
+{
+    ShownText shown("one two\nthree \U0001F600!\nlast\n");
+    const auto shift = Qt::ShiftModifier;
+    const auto both = Qt::ShiftModifier | Qt::ControlModifier;
+    shown.area.select(0, 0);
+    shown.press(Qt::Key_Right, shift);
+    CHECK(shown.selected() == "o");
+    shown.press(Qt::Key_Right, both);
+    CHECK(shown.selected() == "one ");
+    shown.press(Qt::Key_End, shift);
+    CHECK(shown.selected() == "one two");
+    shown.press(Qt::Key_Right, shift);
+    CHECK(shown.selected() == "one two\n");
+    shown.press(Qt::Key_Left, shift);
+    CHECK(shown.selected() == "one two");
+    shown.press(Qt::Key_Down, shift);
+    CHECK(shown.selected().starts_with("one two\nthree"));
+    shown.press(Qt::Key_End, both);
+    CHECK(shown.selected() == shown.area.text()->string());
+    shown.press(Qt::Key_Home, both);
+    CHECK(shown.selected().empty());
+    const auto emoji = shown.area.text()->string().find("\U0001F600");
+    shown.area.select(emoji, emoji);
+    shown.press(Qt::Key_Right, shift);
+    CHECK(shown.selected() == "\U0001F600");
+}
+
+TEST_CASE("Every character is where a click finds it, in wrapped lines and beside wide characters")
+{
+    ShownText shown("ascii text\n\u65e5\u672c\u8a9e and caf\u00e9\n" + std::string(200, 'w') + "\nend\n");
+    const auto& string = shown.area.text()->string();
+    for (std::size_t offset = 0; offset < string.size(); ++offset) {
+        if ((static_cast<unsigned char>(string[offset]) & 0xC0U) == 0x80 || string[offset] == '\n')
+            continue;
+        const auto rect = shown.area.characterRect(offset);
+        REQUIRE_FALSE(rect.isNull());
+        CAPTURE(offset);
+        CHECK(shown.area.offsetAt({rect.left() + rect.width() / 4, rect.center().y()}) == offset);
+    }
+}
+
+TEST_CASE("Two million lines are taken, scrolled and resized in little time")
+{
+    auto text = std::make_shared<StyledText>();
+    for (int number = 0; number < 2000000; ++number)
+        text->appendString("a line\n", {});
+    ShownText shown("");
+    QElapsedTimer time;
+    const auto check = [&time](const char* what, const auto& deed) {
+        time.start();
+        deed();
+        CAPTURE(what);
+        CHECK(time.elapsed() < 500); // it takes about 30, without sanitizers
+    };
+    check("taking", [&] { shown.area.setText(text); });
+    check("scrolling", [&] { shown.area.scrollToEnd(); });
+    check("resizing", [&] {
+        shown.view.resize(300, 200);
+        QApplication::processEvents();
+    });
+    check("selecting and copying", [&] {
+        shown.area.selectAll();
+        shown.area.copy();
+    });
+    CHECK(shown.lastLineInSight() == "a line\n");
+    QApplication::clipboard()->clear();
+}
+
+TEST_CASE("A line of a million characters is laid out in parts")
+{
+    ShownText shown(std::string(1000000, 'x') + "\n" + "end\n");
+    QElapsedTimer time;
+    time.start();
+    shown.area.verticalScrollBar()->setValue(shown.maximum() / 2);
+    shown.view.grab();
+    shown.area.scrollToEnd();
+    shown.view.grab();
+    CHECK(time.elapsed() < 2000);
+    CHECK(shown.lastLineInSight() == "end\n");
+}
+
+TEST_CASE("A change of the palette changes the colours of what is shown")
+{
+    ShownText shown("green words\n");
+    auto dark = QPalette(QColor(50, 50, 50));
+    dark.setColor(QPalette::Base, Qt::black);
+    dark.setColor(QPalette::Text, Qt::white);
+    const auto light = shown.area.viewport()->grab().toImage();
+    shown.view.setPalette(dark);
+    QApplication::processEvents();
+    const auto now = shown.area.viewport()->grab().toImage();
+    CHECK(now.pixelColor(now.width() - 3, now.height() - 3) == QColor(Qt::black));
+    CHECK(light.pixelColor(light.width() - 3, light.height() - 3) != QColor(Qt::black));
+}
