@@ -1,9 +1,26 @@
 #include "platform/Folder.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <ftw.h>
 #include <sys/stat.h>
 
 namespace platform {
+
+namespace {
+
+constexpr int openFolders = 16; // beyond that depth they are closed and opened again
+
+thread_local int firstRemovalFailure = 0; // nftw hands its function nothing of ours
+
+int removeEntry(const char* path, const struct stat*, int, struct FTW*)
+{
+    if (std::remove(path) != 0 && firstRemovalFailure == 0)
+        firstRemovalFailure = errno;
+    return 0;
+}
+
+} // namespace
 
 std::expected<void, int> createFolder(const std::string& path)
 {
@@ -20,6 +37,16 @@ std::expected<void, int> createFolder(const std::string& path)
         return std::unexpected(failure);
     if (!S_ISDIR(status.st_mode))
         return std::unexpected(ENOTDIR);
+    return {};
+}
+
+std::expected<void, int> removeFolder(const std::string& path)
+{
+    firstRemovalFailure = 0;
+    if (::nftw(path.c_str(), removeEntry, openFolders, FTW_DEPTH | FTW_PHYS | FTW_MOUNT) != 0)
+        return std::unexpected(errno);
+    if (firstRemovalFailure != 0)
+        return std::unexpected(firstRemovalFailure);
     return {};
 }
 

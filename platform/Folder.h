@@ -9,4 +9,9 @@ namespace platform {
 // already there. The failure is an errno value.
 std::expected<void, int> createFolder(const std::string& path);
 
+// Removes the folder with everything in it, or the file or link of that name. Links are removed, never followed, and
+// nothing on another file system is touched. What can be removed is, also when something else cannot. The failure is
+// the first errno value; ENOENT when there is nothing.
+std::expected<void, int> removeFolder(const std::string& path);
+
 } // namespace platform

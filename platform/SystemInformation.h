@@ -22,6 +22,9 @@ std::int32_t processIdentifier();
 std::string homeDirectory(); // no trailing slash
 std::string bundleVersion(); // CFBundleVersion
 
+// From now on the system never ends this process without asking it to terminate.
+void disableSuddenTermination();
+
 // Where a fixed path of the product, such as "/Library/Brevane/...", stands on this edition.
 std::string systemPath(std::string_view path);
 bool fileExists(const std::string& path);

@@ -13,6 +13,7 @@
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ScriptedSystemLog.h"
 #include "tests/platform/ScriptedVolumes.h"
+#include "tests/platform/ScriptedUserDefaults.h"
 #include "tests/platform/ScriptedWorkspace.h"
 
 namespace scripted {
@@ -31,6 +32,7 @@ void reset()
     volumes::reset();
     preferences::reset();
     system::reset();
+    defaults::reset();
     workspace::reset();
     log::reset();
 }

@@ -17,6 +17,7 @@ struct Machine {
     std::string bundleVersion = "1234";
     std::string root;
     std::set<std::string> files;
+    int suddenTerminationDisabled = 0;
 };
 
 std::mutex& mutex()
@@ -72,6 +73,11 @@ void setHomeDirectory(const std::string& path)
 void setBundleVersion(const std::string& version)
 {
     locked([&](Machine& it) { it.bundleVersion = version; });
+}
+
+int suddenTerminationDisabled()
+{
+    return locked([](Machine& it) { return it.suddenTerminationDisabled; });
 }
 
 void setRoot(const std::string& root)
@@ -132,6 +138,11 @@ std::string homeDirectory()
 std::string bundleVersion()
 {
     return locked([](Machine& it) { return it.bundleVersion; });
+}
+
+void disableSuddenTermination()
+{
+    locked([](Machine& it) { ++it.suddenTerminationDisabled; });
 }
 
 std::string systemPath(std::string_view path)

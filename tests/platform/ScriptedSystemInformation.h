@@ -17,6 +17,9 @@ void setProcessIdentifier(std::int32_t identifier);
 void setHomeDirectory(const std::string& path);
 void setBundleVersion(const std::string& version);
 
+// How often sudden termination was disabled since reset().
+int suddenTerminationDisabled();
+
 // What systemPath puts before a path.
 void setRoot(const std::string& root);
 

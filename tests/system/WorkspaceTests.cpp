@@ -115,3 +115,51 @@ TEST_CASE_FIXTURE(DesktopFixture, "Services are approved in the program that the
     CHECK(platform::openBackgroundItemSettings());
     CHECK(recorded() == "systemadm\n");
 }
+
+TEST_CASE_FIXTURE(DesktopFixture, "A program is launched by its path, without arguments and in a session of its own")
+{
+    addRecorder("tool");
+    const auto program = platform::launchProgram(_programs.file("tool"));
+    REQUIRE(program);
+    CHECK(recorded() == "tool\n");
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "A launched program takes signals, and none any more when it has ended")
+{
+    addProgram("tool",
+               "trap 'echo terminated > " + _programs.file("new") + "; /bin/mv " + _programs.file("new") + " "
+                   + _programs.file("arguments") + "; exit' TERM\necho > '" + _programs.file("ready")
+                   + "'\nwhile :; do /bin/sleep 0.01; done\n");
+    const auto program = platform::launchProgram(_programs.file("tool"));
+    REQUIRE(program);
+    for (int turn = 0; turn < 500 && !std::filesystem::exists(_programs.file("ready")); ++turn)
+        std::this_thread::sleep_for(10ms);
+    CHECK((*program)->sendSignal(SIGTERM));
+    CHECK(recorded() == "terminated\n");
+    bool reached = true;
+    for (int turn = 0; turn < 500 && reached; ++turn) {
+        reached = (*program)->sendSignal(SIGTERM);
+        if (reached)
+            std::this_thread::sleep_for(10ms);
+    }
+    CHECK_FALSE(reached);
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "A launched program goes on when nobody holds it")
+{
+    addProgram("tool", "/bin/sleep 0.2\necho done > '" + _programs.file("arguments") + "'\n");
+    CHECK(platform::launchProgram(_programs.file("tool")));
+    CHECK(recorded() == "done\n");
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "A program that cannot be launched is told with the system's own error")
+{
+    const auto missing = platform::launchProgram(_programs.file("none"));
+    REQUIRE_FALSE(missing);
+    CHECK(missing.error().domain == platform::POSIXErrorDomain);
+    CHECK(missing.error().code == ENOENT);
+    _programs.write("plain", "not a program");
+    CHECK(platform::launchProgram(_programs.file("plain")).error().code == EACCES);
+    CHECK(platform::launchProgram(std::string("a\0b", 3)).error().code == EINVAL);
+    CHECK_FALSE(platform::launchProgram(""));
+}

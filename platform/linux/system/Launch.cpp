@@ -40,25 +40,39 @@ private:
 
 } // namespace
 
-bool launch(const std::vector<std::string>& command)
+std::expected<pid_t, int> spawn(const std::vector<std::string>& command)
 {
     std::vector<char*> arguments;
     for (const auto& argument : command) {
         if (argument.find('\0') != std::string::npos)
-            return false;
+            return std::unexpected(EINVAL);
         arguments.push_back(const_cast<char*>(argument.c_str()));
     }
     if (arguments.empty())
-        return false;
+        return std::unexpected(EINVAL);
     arguments.push_back(nullptr);
 
     pid_t child = -1;
-    if (::posix_spawnp(&child, arguments[0], nullptr, SpawnAttributes().get(), arguments.data(), environ) != 0)
-        return false;
+    const int failure =
+        ::posix_spawnp(&child, arguments[0], nullptr, SpawnAttributes().get(), arguments.data(), environ);
+    if (failure != 0)
+        return std::unexpected(failure);
+    return child;
+}
+
+void reap(pid_t child)
+{
     Queue::global()->async([child] {
         while (::waitpid(child, nullptr, 0) < 0 && errno == EINTR) { }
     });
-    return true;
+}
+
+bool launch(const std::vector<std::string>& command)
+{
+    const auto child = spawn(command);
+    if (child)
+        reap(*child);
+    return child.has_value();
 }
 
 } // namespace platform

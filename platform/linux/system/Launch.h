@@ -1,6 +1,8 @@
 #pragma once
 
+#include <expected>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace platform {
@@ -8,5 +10,10 @@ namespace platform {
 // Starts a program, found along PATH, that outlives this one and is not waited for. No shell is involved. False when
 // it cannot be started.
 bool launch(const std::vector<std::string>& command);
+
+// The same, for a caller that waits for the process, as it has to in the end. The failure is an errno value.
+std::expected<pid_t, int> spawn(const std::vector<std::string>& command);
+// Waits for it, on a thread of its own.
+void reap(pid_t child);
 
 } // namespace platform

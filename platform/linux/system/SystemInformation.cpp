@@ -109,6 +109,8 @@ std::string bundleVersion()
     return BREVANE_BUNDLE_VERSION;
 }
 
+void disableSuddenTermination() { } // a session here always asks first, with a signal
+
 std::string systemPath(std::string_view path)
 {
     return systemRoot().append(path);
