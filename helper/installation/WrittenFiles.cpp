@@ -13,8 +13,7 @@ namespace {
 
 constexpr std::array settingsFiles{"com.zerkolin.brevane.scheduler.plist", "com.zerkolin.brevane.updates.plist",
                                    "com.zerkolin.brevane.rights.plist"};
-constexpr std::array logFiles{"scheduler.log",   "scheduler.0.log", "scheduler.1.log",
-                              "scheduler.2.log", "scheduler.3.log", "scheduler.4.log"};
+constexpr std::array programs{"scheduler", "application", "post-update"};
 
 // The file, what was kept of it when it was damaged, and what an interrupted replacement left.
 bool isSettingsFile(std::string_view name)
@@ -25,9 +24,24 @@ bool isSettingsFile(std::string_view name)
     });
 }
 
-bool isLogFile(std::string_view name)
+// The program's log, or one that was rotated away.
+bool isLogOf(std::string_view program, std::string_view name)
 {
-    return std::ranges::find(logFiles, name) != logFiles.end();
+    if (!name.starts_with(program))
+        return false;
+    name.remove_prefix(program.size());
+    return name == ".log"
+        || (name.size() == 6 && name[0] == '.' && name.substr(2) == ".log" && name[1] >= '0' && name[1] <= '4');
+}
+
+bool isProductLog(std::string_view name)
+{
+    return std::ranges::any_of(programs, [name](std::string_view program) { return isLogOf(program, name); });
+}
+
+bool isOwnLog(std::string_view name)
+{
+    return isLogOf(programs[0], name);
 }
 
 void collect(const std::string& folder, bool (*isWritten)(std::string_view), std::vector<std::string>& files)
@@ -45,8 +59,10 @@ std::vector<std::string> writtenFiles()
 {
     std::vector<std::string> files;
     collect(platform::systemPath("/Library/Preferences"), isSettingsFile, files);
-    // Those of a program that runs as an ordinary user are in that user's home.
-    if (auto logs = ZRKLogGetParentPath(); logs.starts_with(platform::systemRoot() + "/"))
-        collect(logs, isLogFile, files);
+    auto systemLogs = platform::systemPath("/Library/Logs/Brevane");
+    collect(systemLogs, isProductLog, files);
+    // One that runs as an ordinary user, in a sandbox, logs in that user's home, where the others' logs are the user's.
+    if (auto logs = ZRKLogGetParentPath(); logs != systemLogs && logs.starts_with(platform::systemRoot() + "/"))
+        collect(logs, isOwnLog, files);
     return files;
 }

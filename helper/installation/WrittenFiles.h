@@ -3,6 +3,6 @@
 #include <string>
 #include <vector>
 
-// The files below the root that this program itself has written: settings, rights, logs, and what is kept of damaged
-// ones. Whole paths.
+// The files below the root that the product has written since it was installed: settings, rights, what is kept of
+// damaged ones, and the logs of its programs that ran as root. Whole paths.
 std::vector<std::string> writtenFiles();

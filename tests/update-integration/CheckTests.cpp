@@ -1,0 +1,238 @@
+#include "messaging/BRVHelperMessager.h"
+#include "messaging/ErrorCodes.h"
+#include "tests/update-integration/UpdateMachine.h"
+
+#include <chrono>
+#include <doctest/doctest.h>
+#include <vector>
+
+using platform::Array;
+using platform::Dictionary;
+using platform::PropertyList;
+using Transport = UpdateMachine::Transport;
+
+namespace {
+
+Dictionary feedOf(const std::string& version)
+{
+    return {{"Version", version}, {"HumanVersion", "Version " + version}, {"Package", "Brevane.pkg"}};
+}
+
+Dictionary feedWith(const char* key, PropertyList value)
+{
+    auto feed = feedOf("2.0");
+    feed.set(key, std::move(value));
+    return feed;
+}
+
+Dictionary feedWithout(const char* key)
+{
+    auto feed = feedOf("2.0");
+    feed.remove(key);
+    return feed;
+}
+
+platform::ServiceReply check(UpdateMachine& machine)
+{
+    return machine.send(BRVMessageCheckForUpdates);
+}
+
+} // namespace
+
+TEST_CASE("A check tells of a newer version, with its address when the feed has one")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.serveFeed(feedOf("1.0.1"));
+    CHECK(resultIn(check(machine)) == Dictionary{{"Version", "1.0.1"}, {"HumanVersion", "Version 1.0.1"}});
+    machine.serveFeed(feedWith("URL", "https://example.invalid/Brevane.pkg"));
+    CHECK(resultIn(check(machine))
+          == Dictionary{
+              {"Version", "2.0"}, {"HumanVersion", "Version 2.0"}, {"URL", "https://example.invalid/Brevane.pkg"}});
+    CHECK(machine.authority().calls().empty());
+}
+
+TEST_CASE("The same version and an older one are up to date")
+{
+    UpdateMachine machine;
+    machine.start();
+    for (const char* version : {"1.0", "1", "1.0.0.0", "0.9.9", "0"}) {
+        machine.serveFeed(feedOf(version));
+        checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
+    }
+}
+
+TEST_CASE("A server's status is told, and too many requests have an error of their own")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.serveFeed(feedOf("2.0"));
+    for (std::int64_t status : {400, 403, 404, 410, 500, 503}) {
+        machine.answer("update.plist", "status " + std::to_string(status));
+        auto error = errorIn(check(machine));
+        CHECK(error.domain == ZRKUpdaterErrorDomain);
+        CHECK(error.code == ZRKUpdaterErrorFetchInfo);
+        CHECK(error.userInfo == Dictionary{{"status-code", status}});
+    }
+    machine.answer("update.plist", "status 429");
+    checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorTooManyRequests);
+    machine.serveAgain("update.plist");
+    CHECK(resultIn(check(machine)).contains("Version"));
+}
+
+TEST_CASE("What is no property list, or endless, is data that could not be read")
+{
+    UpdateMachine machine;
+    machine.start();
+    for (const auto& content : {std::string("<html>"), std::string("bplist00"), std::string("{ a = "),
+                                std::string(9, '\0'), std::string((1 << 20) + 1, ' ')}) {
+        machine.serve("update.plist", content);
+        checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorReadData);
+    }
+    machine.answer("update.plist", "endless");
+    checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorReadData);
+}
+
+TEST_CASE("A feed that says too little, or nonsense, is invalid and told")
+{
+    UpdateMachine machine;
+    machine.start();
+    const std::vector<Dictionary> feeds{
+        Dictionary(),
+        feedWithout("Version"),
+        feedWithout("HumanVersion"),
+        feedWithout("Package"),
+        feedWith("Version", "new"),
+        feedWith("Version", "1..2"),
+        feedWith("Version", "1.2."),
+        feedWith("Version", "-1"),
+        feedWith("Version", 2),
+        feedWith("HumanVersion", ""),
+        feedWith("HumanVersion", std::string(3000, 'x')),
+        feedWith("Package", "file:///etc/passwd"),
+        feedWith("Package", "ftp://127.0.0.1/Brevane.pkg"),
+        feedWith("URL", 1),
+        feedWith("Size", -1),
+        feedWith("Size", std::int64_t(1) << 40),
+        feedWith("Share", 101),
+        feedWith("Share", "all"),
+    };
+    for (const auto& feed : feeds) {
+        machine.serveFeed(feed);
+        auto error = errorIn(check(machine));
+        CHECK(error.code == ZRKUpdaterErrorInvalidInfo);
+        CHECK(error.userInfo == Dictionary{{"info", feed}});
+    }
+    machine.serve("update.plist", "(a, b)");
+    CHECK(errorIn(check(machine)).userInfo == Dictionary{{"info", Array{"a", "b"}}});
+}
+
+TEST_CASE("A server that is not there, cuts off or stays silent is told within the limit of time")
+{
+    UpdateMachine machine;
+    machine.serveFeed(feedOf("2.0"));
+    machine.writeConfiguration({{"Feed", "http://127.0.0.1:1/update.plist"}});
+    machine.start();
+    auto error = errorIn(check(machine));
+    CHECK(error.code == ZRKUpdaterErrorFetchInfo);
+    CHECK(error.userInfo == Dictionary());
+    REQUIRE(error.underlying);
+    CHECK(error.underlying->domain == "NSURLErrorDomain");
+    CHECK(error.underlying->code == -1004);
+
+    machine.writeConfiguration();
+    machine.start();
+    machine.answer("update.plist", "cut 40");
+    error = errorIn(check(machine));
+    CHECK(error.code == ZRKUpdaterErrorFetchInfo);
+    CHECK(error.underlying->code == -1005);
+
+    machine.answer("update.plist", "silent");
+    const auto begin = std::chrono::steady_clock::now();
+    error = errorIn(check(machine));
+    CHECK(error.code == ZRKUpdaterErrorFetchInfo);
+    CHECK(error.underlying->code == -1001);
+    CHECK(std::chrono::steady_clock::now() - begin < std::chrono::seconds(10));
+}
+
+TEST_CASE("A certificate that nobody vouches for is an untrusted server")
+{
+    UpdateMachine machine(Transport::Foreign);
+    machine.serveFeed(feedOf("2.0"));
+    machine.start();
+    auto error = errorIn(check(machine));
+    CHECK(error.code == ZRKUpdaterErrorUntrustedServer);
+    REQUIRE(error.underlying);
+    CHECK(error.underlying->code == -1202);
+}
+
+TEST_CASE("Over TLS with a certificate that is vouched for updates are found, and never led away from TLS")
+{
+    UpdateMachine machine(Transport::Trusted);
+    machine.serveFeed(feedOf("2.0"));
+    machine.start();
+    CHECK(resultIn(check(machine)).contains("Version"));
+    machine.answer("update.plist", "redirect http://127.0.0.1:1/update.plist");
+    auto error = errorIn(check(machine));
+    CHECK(error.code == ZRKUpdaterErrorFetchInfo);
+    CHECK(error.underlying->code == -1002);
+    machine.serveAgain("update.plist");
+    machine.serveFeed(feedWith("Package", "http://127.0.0.1:1/Brevane.pkg"));
+    checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorInvalidInfo);
+}
+
+TEST_CASE("A redirection is followed, but not for ever and not to a file")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.serveFeed(feedOf("2.0"));
+    run({"cp", machine.served("update.plist"), machine.served("elsewhere.plist")});
+    machine.answer("update.plist", "redirect /elsewhere.plist");
+    CHECK(resultIn(check(machine)).contains("Version"));
+    machine.answer("update.plist", "redirect /update.plist");
+    CHECK(errorIn(check(machine)).underlying->code == -1007);
+    machine.answer("update.plist", "redirect file://" + machine.served("elsewhere.plist"));
+    checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
+}
+
+TEST_CASE("A phased version is for no machine, some or all")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.serveFeed(feedWith("Share", 0));
+    checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorPhasedDeferral);
+    machine.serveFeed(feedWith("Share", 100));
+    CHECK(resultIn(check(machine)).contains("Version"));
+}
+
+TEST_CASE("A feed may be a file")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Feed", "file://" + machine.served("update.plist")}});
+    machine.start();
+    checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
+    machine.serveFeed(feedOf("2.0"));
+    CHECK(resultIn(check(machine)).contains("Version"));
+}
+
+TEST_CASE("While a check is under way other work on the installation is refused, and settings are served and changed")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Patience", 6}});
+    machine.start();
+    machine.answer("update.plist", "silent");
+    auto first = machine.sendLater(BRVMessageCheckForUpdates);
+    REQUIRE(waitUntil([&] {
+        auto reply = check(machine);
+        return reply && reply->contains("error") && errorIn(reply).domain == BRVErrorDomain;
+    }));
+    for (auto message : {BRVMessageCheckForUpdates, BRVMessageInstallUpdate, BRVMessageUninstall})
+        checkError(machine.send(message), BRVErrorDomain, BRVErrorUpdateRunning);
+    CHECK(resultIn(machine.send(BRVMessageGetSettings)).contains("Backups"));
+    CHECK(resultIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
+    CHECK(first.wait_for(std::chrono::seconds(0)) != std::future_status::ready);
+    checkError(first.get(), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
+    machine.serveAgain("update.plist");
+    machine.serveFeed(feedOf("2.0"));
+    CHECK(resultIn(check(machine)).contains("Version"));
+}

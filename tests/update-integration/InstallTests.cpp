@@ -1,0 +1,389 @@
+#include "messaging/BRVHelperMessager.h"
+#include "messaging/ErrorCodes.h"
+#include "messaging/ZRKAuthorizationManager.h"
+#include "platform/Authorization.h"
+#include "tests/update-integration/UpdateMachine.h"
+
+#include <cerrno>
+#include <csignal>
+#include <doctest/doctest.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace files = std::filesystem;
+using platform::Dictionary;
+using Transport = UpdateMachine::Transport;
+
+namespace {
+
+constexpr const char* packages = BREVANE_SOURCE "/tests/update-integration/packages.py";
+
+platform::ServiceReply install(UpdateMachine& machine)
+{
+    return machine.send(BRVMessageInstallUpdate);
+}
+
+void checkUntouched(UpdateMachine& machine)
+{
+    CHECK(machine.wholeVersion() == "1.0");
+    CHECK_FALSE(machine.isStaging());
+    CHECK_FALSE(files::exists(machine.file("climbed")));
+    CHECK_FALSE(files::exists(machine.root() + "/climbed"));
+}
+
+// The failure of an install is the updater's, with the cause below it.
+void checkFailure(const platform::ServiceReply& reply, std::int64_t code, const char* causeDomain,
+                  std::int64_t causeCode)
+{
+    auto error = errorIn(reply);
+    CHECK(error.domain == ZRKUpdaterErrorDomain);
+    CHECK(error.code == code);
+    REQUIRE(error.underlying);
+    CHECK(error.underlying->domain == causeDomain);
+    CHECK(error.underlying->code == causeCode);
+}
+
+std::string contentAt(const std::string& path)
+{
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::map<std::string, std::string> withoutLogs(std::map<std::string, std::string> tree)
+{
+    std::erase_if(tree,
+                  [](const auto& entry) { return entry.first.ends_with(".log") || entry.first.ends_with(".jsonl"); });
+    return tree;
+}
+
+void change(const std::string& path, std::streamoff offset, char byte)
+{
+    std::fstream stream(path, std::ios::binary | std::ios::in | std::ios::out);
+    stream.seekp(offset, offset < 0 ? std::ios::end : std::ios::beg).put(byte);
+    REQUIRE(stream.flush());
+}
+
+} // namespace
+
+TEST_CASE("An update replaces the installation, and the helper goes on as the new version")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    REQUIRE(resultIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
+    const auto process = machine.helperProcess();
+    CHECK(resultIn(install(machine)) == Dictionary{{"Applied", true}});
+    CHECK(machine.wholeVersion() == "2.0");
+    CHECK_FALSE(machine.isStaging());
+    CHECK_FALSE(files::exists(machine.product() + "/share/only-in-1.0"));
+
+    // The same process runs the new program, with the settings of before.
+    const auto program = "/proc/" + std::to_string(process) + "/exe";
+    REQUIRE(waitUntil([&] {
+        std::error_code failure;
+        auto path = files::read_symlink(program, failure);
+        return !failure && contentAt(program).ends_with("version 2.0") && machine.helperProcess() == process;
+    }));
+    REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetAutoUpdates).has_value(); }));
+    CHECK(resultIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
+    checkError(machine.send(BRVMessageCheckForUpdates), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
+    checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
+
+    machine.offer("2.1");
+    CHECK(resultIn(install(machine)).contains("Applied"));
+    CHECK(machine.wholeVersion() == "2.1");
+}
+
+TEST_CASE("What is installed belongs to the helper's user, with plain modes, whatever the package says")
+{
+    UpdateMachine machine;
+    machine.start();
+    const auto layout = machine.layoutOf("2.0");
+    REQUIRE(::chmod((layout + "/Library/Brevane/bin/brevane").c_str(), 06777) == 0);
+    REQUIRE(::chmod((layout + "/Library/Brevane/share/text").c_str(), 0666) == 0);
+    machine.offer("2.0");
+    REQUIRE(resultIn(install(machine)).contains("Applied"));
+    for (const auto& [name, mode] :
+         {std::pair{"", 040755}, std::pair{"/bin", 040755}, std::pair{"/bin/brevane", 0100755},
+          std::pair{"/share/text", 0100644}, std::pair{"/installation.plist", 0100644}}) {
+        struct stat status{};
+        REQUIRE(::lstat((machine.product() + name).c_str(), &status) == 0);
+        CHECK(status.st_mode == static_cast<mode_t>(mode));
+        CHECK(status.st_uid == ::geteuid());
+    }
+}
+
+TEST_CASE("What somebody else had put beside the product's files is still there after an update")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    std::ofstream(machine.product() + "/share/mine") << "mine";
+    REQUIRE(resultIn(install(machine)).contains("Applied"));
+    CHECK(contentAt(machine.product() + "/share/mine") == "mine");
+    files::remove(machine.product() + "/share/mine");
+    CHECK(machine.wholeVersion() == "2.0");
+}
+
+TEST_CASE("A download that fails leaves the installation as it was")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    for (std::int64_t status : {403, 404, 500}) {
+        machine.answer("Brevane.pkg", "status " + std::to_string(status));
+        auto error = errorIn(install(machine));
+        CHECK(error.code == ZRKUpdaterErrorDownload);
+        CHECK(error.userInfo == Dictionary{{"status-code", status}});
+        checkUntouched(machine);
+    }
+    machine.answer("Brevane.pkg", "status 429");
+    checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorTooManyRequests);
+    machine.answer("Brevane.pkg", "cut 5000");
+    checkFailure(install(machine), ZRKUpdaterErrorDownload, "NSURLErrorDomain", -1005);
+    machine.answer("Brevane.pkg", "silent");
+    checkFailure(install(machine), ZRKUpdaterErrorDownload, "NSURLErrorDomain", -1001);
+    // Longer than the feed says.
+    machine.answer("Brevane.pkg", "endless");
+    checkFailure(install(machine), ZRKUpdaterErrorDownload, "NSURLErrorDomain", -1103);
+    machine.answer("update.plist", "status 404");
+    checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
+    checkUntouched(machine);
+
+    machine.serveAgain("update.plist");
+    machine.serveAgain("Brevane.pkg");
+    CHECK(resultIn(install(machine)).contains("Applied"));
+    CHECK(machine.wholeVersion() == "2.0");
+}
+
+TEST_CASE("Over TLS a package is taken from a server that is vouched for, and from no other")
+{
+    {
+        UpdateMachine machine(Transport::Trusted);
+        machine.start();
+        machine.offer("2.0");
+        CHECK(resultIn(install(machine)).contains("Applied"));
+        CHECK(machine.wholeVersion() == "2.0");
+    }
+    UpdateMachine machine(Transport::Foreign);
+    machine.start();
+    machine.offer("2.0");
+    checkFailure(install(machine), ZRKUpdaterErrorUntrustedServer, "NSURLErrorDomain", -1202);
+    checkUntouched(machine);
+    // Also when only the package is on that server.
+    machine.serveFeed({{"Version", "2.0"}, {"HumanVersion", "2"}, {"Package", machine.url("Brevane.pkg")}});
+    machine.writeConfiguration({{"Feed", "file://" + machine.served("update.plist")}});
+    machine.start();
+    checkFailure(install(machine), ZRKUpdaterErrorUntrustedServer, "NSURLErrorDomain", -1202);
+    checkUntouched(machine);
+}
+
+TEST_CASE("A package without a signature, with a damaged one or with somebody else's is refused")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    const auto package = machine.served("Brevane.pkg");
+    const auto good = contentAt(package);
+    const auto unsignedPackage = good.substr(0, good.size() - 72);
+    for (const auto& content : {unsignedPackage, std::string(), std::string("short"), good + "x"}) {
+        machine.serveFeed({{"Version", "2.0"}, {"HumanVersion", "2"}, {"Package", "Brevane.pkg"}});
+        machine.serve("Brevane.pkg", content);
+        checkFailure(install(machine), ZRKUpdaterErrorValidate, ZRKInstallerPackageErrorDomain,
+                     ZRKInstallerPackageErrorNotSigned);
+        checkUntouched(machine);
+    }
+    for (std::streamoff offset : {0L, 1000L, static_cast<long>(good.size() / 2), -73L, -72L, -10L}) {
+        machine.serve("Brevane.pkg", good);
+        const auto at = static_cast<std::size_t>(offset < 0 ? static_cast<long>(good.size()) + offset : offset);
+        change(package, offset, static_cast<char>(good[at] ^ 1));
+        checkFailure(install(machine), ZRKUpdaterErrorValidate, ZRKInstallerPackageErrorDomain,
+                     ZRKInstallerPackageErrorInvalidSignature);
+        checkUntouched(machine);
+    }
+    run({"/usr/bin/python3", "-B", BREVANE_SOURCE "/sandbox/feed.py", "key", machine.file("other.pem")});
+    run({"/usr/bin/python3", "-B", packages, machine.file("other.pem"), machine.layoutOf("2.0"), "2.0", "good",
+         package});
+    checkFailure(install(machine), ZRKUpdaterErrorValidate, ZRKInstallerPackageErrorDomain,
+                 ZRKInstallerPackageErrorInvalidSignature);
+    checkUntouched(machine);
+    machine.serve("Brevane.pkg", good);
+    CHECK(resultIn(install(machine)).contains("Applied"));
+}
+
+TEST_CASE(
+    "A package of another key is refused, and a configuration that others may write or that has no key is not taken")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    const auto feed = "file://" + machine.served("update.plist");
+    machine.writeConfiguration({{"PublicKey", platform::Data(32, 7)}, {"Feed", feed}});
+    machine.start();
+    checkFailure(install(machine), ZRKUpdaterErrorValidate, ZRKInstallerPackageErrorDomain,
+                 ZRKInstallerPackageErrorInvalidSignature);
+    checkUntouched(machine);
+    REQUIRE(::chmod(machine.file("updates.plist").c_str(), 0666) == 0);
+    CHECK_THROWS(machine.start());
+    REQUIRE(::chmod(machine.file("updates.plist").c_str(), 0644) == 0);
+    machine.writeConfiguration({{"PublicKey", platform::Data(31, 7)}});
+    CHECK_THROWS(machine.start());
+}
+
+TEST_CASE("A signed package that leads outside, is damaged or is not newer is refused, and nothing of it is left")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.serveFeed({{"Version", "2.0"}, {"HumanVersion", "2"}, {"Package", "Brevane.pkg"}});
+    const auto layout = machine.layoutOf("2.0");
+    const auto before = treeBelow(machine.root());
+    for (const char* kind : {"dots",
+                             "dots-inside",
+                             "absolute",
+                             "link-up",
+                             "link-absolute",
+                             "link-chain",
+                             "through-link",
+                             "hard-link",
+                             "device",
+                             "pipe",
+                             "twice",
+                             "deep",
+                             "long-name",
+                             "unlisted",
+                             "missing",
+                             "list-dots",
+                             "list-less",
+                             "list-link-out",
+                             "list-older",
+                             "list-same",
+                             "cut",
+                             "list-link-place",
+                             "list-no-version",
+                             "no-archive",
+                             "empty"}) {
+        CAPTURE(kind);
+        run({"/usr/bin/python3", "-B", packages, machine.keyPath(), layout, "2.0", kind,
+             machine.served("Brevane.pkg")});
+        checkFailure(install(machine), ZRKUpdaterErrorValidate, platform::POSIXErrorDomain, EBADMSG);
+        checkUntouched(machine);
+    }
+    CHECK(withoutLogs(treeBelow(machine.root())) == withoutLogs(before));
+    run({"/usr/bin/python3", "-B", packages, machine.keyPath(), layout, "2.0", "good", machine.served("Brevane.pkg")});
+    CHECK(resultIn(install(machine)).contains("Applied"));
+    CHECK(machine.wholeVersion() == "2.0");
+}
+
+TEST_CASE("What was not installed cannot be updated or uninstalled")
+{
+    UpdateMachine machine;
+    machine.offer("2.0");
+    files::remove(machine.product() + "/installation.plist");
+    machine.start();
+    const auto before = treeBelow(machine.product());
+    checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorCannotUpdateNow);
+    checkError(machine.send(BRVMessageUninstall), platform::POSIXErrorDomain, ENOENT);
+    CHECK(treeBelow(machine.product()) == before);
+}
+
+TEST_CASE("An install needs the right to change settings")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    for (const auto* right : {BRVRightModifySettings1, BRVRightModifySettings2})
+        machine.authority().setAnswer(right, PolkitAuthority::Answer::Denied);
+    checkError(install(machine), ZRKAuthorizationErrorDomain, ZRKAuthorizationErrorValidateRights);
+    checkUntouched(machine);
+    CHECK(machine.authority().calls().size() == 2);
+}
+
+TEST_CASE("While a backup runs nothing is installed or removed, but a check is made")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    files::create_directories(machine.root() + "/var/run");
+    const int lock = ::open((machine.root() + "/var/run/backupd.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    REQUIRE(::flock(lock, LOCK_EX) == 0);
+    for (auto message : {BRVMessageInstallUpdate, BRVMessageUninstall})
+        checkError(machine.send(message), BRVErrorDomain, BRVErrorBackupRunning);
+    CHECK(resultIn(machine.send(BRVMessageCheckForUpdates)).contains("Version"));
+    checkUntouched(machine);
+    ::close(lock);
+    CHECK(resultIn(install(machine)).contains("Applied"));
+}
+
+TEST_CASE("While an install is under way others are refused, and settings are served and changed")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    machine.answer("Brevane.pkg", "hold");
+    auto first = machine.sendLater(BRVMessageInstallUpdate);
+    REQUIRE(waitUntil([&] { return machine.isStaging(); }));
+    for (auto message : {BRVMessageCheckForUpdates, BRVMessageInstallUpdate, BRVMessageUninstall})
+        checkError(machine.send(message), BRVErrorDomain, BRVErrorUpdateRunning);
+    auto settings = resultIn(machine.send(BRVMessageGetSettings));
+    settings.set("AllowBattery", true);
+    CHECK(resultIn(machine.send(BRVMessageApplySettings, settings)).contains("Applied"));
+    CHECK(resultIn(machine.send(BRVMessageGetSettings)) == settings);
+    CHECK(first.wait_for(std::chrono::seconds(0)) != std::future_status::ready);
+    machine.serve("Brevane.pkg.go", "");
+    CHECK(resultIn(first.get()).contains("Applied"));
+    CHECK(machine.wholeVersion() == "2.0");
+    REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetSettings).has_value(); }));
+    CHECK(resultIn(machine.send(BRVMessageGetSettings)) == settings);
+}
+
+TEST_CASE("A helper that is told to stop during an install stops, and the next one begins afresh")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.offer("2.0");
+    machine.answer("Brevane.pkg", "hold");
+    auto first = machine.sendLater(BRVMessageInstallUpdate);
+    REQUIRE(waitUntil([&] { return machine.isStaging(); }));
+    machine.helper().signal(SIGTERM);
+    CHECK(machine.helper().wait() == 0);
+    CHECK_FALSE(first.get().has_value());
+    CHECK(machine.wholeVersion() == "1.0");
+    machine.start();
+    checkUntouched(machine);
+    CHECK(machine.log().contains("An update was interrupted. Version 1.0 is in place."));
+}
+
+TEST_CASE("On a full disk an install fails with the system's error, and the old version stays")
+{
+    const std::vector<std::string> unshare =
+        ::geteuid() == 0 ? std::vector<std::string>{"unshare", "-m"} : std::vector<std::string>{"unshare", "-Urm"};
+    auto attempt = unshare;
+    attempt.insert(attempt.end(), {"mount", "-t", "tmpfs", "-o", "size=64k", "none", "/mnt"});
+    if (ChildProcess(attempt).wait() != 0) {
+        MESSAGE("SKIPPED: a small disk cannot be mounted here");
+        return;
+    }
+    UpdateMachine machine;
+    machine.offer("2.0");
+    // The root is a disk with room for one version and a little of another.
+    auto size = std::to_string(files::file_size(machine.product() + "/com.zerkolin.brevane.scheduler") * 3 / 2);
+    auto command = unshare;
+    command.insert(command.end(),
+                   {"sh", "-c",
+                    "cp -a \"$0\" \"$0.copy\" && mount -t tmpfs -o size=" + size
+                        + " none \"$0\" && cp -a \"$0.copy/.\" \"$0\" && exec \"$@\"",
+                    machine.root()});
+    machine.start(command);
+    auto error = errorIn(install(machine));
+    CHECK((error.code == ZRKUpdaterErrorDownload || error.code == ZRKUpdaterErrorInstall));
+    REQUIRE(error.underlying);
+    CHECK(error.underlying->domain == platform::POSIXErrorDomain);
+    CHECK(error.underlying->code == ENOSPC);
+    const auto seen = "/proc/" + std::to_string(machine.helperProcess()) + "/root" + machine.root();
+    CHECK(treeBelow(seen + "/Library/Brevane") == treeBelow(machine.product()));
+    CHECK_FALSE(files::exists(seen + "/Library/.com.zerkolin.brevane.update"));
+}

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "messaging/ZRKXPCClient.h"
+#include "platform/Error.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/PolkitAuthority.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/TemporaryDirectory.h"
+
+#include <functional>
+#include <future>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+// A machine with an installation of the product, small but for the helper, which is the real one; a server of updates;
+// and whatever the test lets happen between them.
+class UpdateMachine {
+public:
+    // Without TLS the helper's feed is http; with it https, of a certificate that is trusted only if it is said to be.
+    enum class Transport { Plain, Foreign, Trusted };
+
+    explicit UpdateMachine(Transport transport = Transport::Plain);
+
+    std::string root() const { return _folder.file("root"); }
+    std::string file(const std::string& name) const { return _folder.file(name); }
+    std::string product() const { return root() + "/Library/Brevane"; }
+    std::string served(const std::string& name) const { return _folder.file("served/" + name); }
+    std::string url(const std::string& name) const { return _url + name; }
+    const std::string& keyPath() const { return _keyPath; }
+
+    // Lays a version out below the root, over whatever is there.
+    void layOut(const std::string& version);
+    // The version whose every file is there as it was laid out or packed; empty when the installation is not whole.
+    std::string wholeVersion() const;
+
+    // A layout of the version beside the root, and a good package of it in the served folder, beside a feed.
+    std::string layoutOf(const std::string& version);
+    void offer(const std::string& version);
+    void serveFeed(platform::Dictionary feed) const;
+    void serve(const std::string& name, const std::string& content) const;
+    // What the server does instead of serving the file; see server.py.
+    void answer(const std::string& name, const std::string& what) const;
+    void serveAgain(const std::string& name) const;
+
+    void writeConfiguration(platform::Dictionary more = {}) const;
+
+    void start(ChildProcess::Arguments before = {}, const ChildProcess::Arguments& more = {});
+    ChildProcess& helper() { return *_helper; }
+    PolkitAuthority& authority() { return *_authority; }
+    // The process that has the helper's name; 0 when there is none.
+    pid_t helperProcess() const;
+    std::string log() const;
+
+    platform::ServiceReply send(std::int64_t message, const std::optional<platform::PropertyList>& payload = {});
+    std::future<platform::ServiceReply> sendLater(std::int64_t message);
+
+    bool isStaging() const;
+
+private:
+    std::map<std::string, std::string> contentOf(const std::string& version) const;
+    void startServer(Transport transport);
+
+    TemporaryDirectory _folder;
+    EnvironmentVariable _rootVariable;
+    EnvironmentVariable _home;
+    EnvironmentVariable _noProxy;
+    PrivateBus _bus;
+    std::unique_ptr<PolkitAuthority> _authority;
+    std::unique_ptr<ChildProcess> _server;
+    std::unique_ptr<ChildProcess> _helper;
+    std::unique_ptr<ZRKXPCClient> _client;
+    std::string _url;
+    std::string _keyPath;
+    std::string _authorities;
+};
+
+// What a reply says, read as the application reads it.
+platform::Dictionary resultIn(const platform::ServiceReply& reply);
+platform::Error errorIn(const platform::ServiceReply& reply);
+void checkError(const platform::ServiceReply& reply, const char* domain, std::int64_t code);
+
+// Runs a program to its end, which must be a good one; what it printed.
+std::string run(const ChildProcess::Arguments& arguments);
+bool waitUntil(const std::function<bool()>& condition);
+
+// Every path below a folder with its kind, mode and content.
+std::map<std::string, std::string> treeBelow(const std::string& folder);

@@ -1,0 +1,101 @@
+"""Packages that no honest hand makes, but for their signature, which is good.
+
+    packages.py PRIVATE-KEY-FILE LAYOUT VERSION KIND PACKAGE
+"""
+import gzip
+import io
+import os
+import plistlib
+import sys
+import tarfile
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "sandbox"))
+sys.dont_write_bytecode = True
+import feed  # noqa: E402
+
+
+class Package:
+    def __init__(self, key, layout, version):
+        self.key, self.layout, self.version = key, layout, version
+        self.stream = io.BytesIO()
+        self.archive = tarfile.open(fileobj=self.stream, mode="w")
+
+    def add(self, name, content=b"evil\n", kind=tarfile.REGTYPE, link="", mode=0o644):
+        entry = tarfile.TarInfo(name)
+        entry.type, entry.linkname, entry.mode = kind, link, mode
+        entry.size = len(content) if kind == tarfile.REGTYPE else 0
+        self.archive.addfile(entry, io.BytesIO(content))
+
+    def add_all(self, more=(), less=(), links=None, version=None):
+        """The honest content, with a list that names more or fewer files."""
+        product = os.path.join(self.layout, feed.PRODUCT)
+        with open(os.path.join(product, feed.MANIFEST), "rb") as file:
+            manifest = plistlib.load(file)
+        for name in manifest["Files"]:
+            self.archive.add(os.path.join(product, name), name, recursive=False)
+        manifest.pop("Folders", None)
+        manifest["Version"] = version or self.version
+        manifest["Files"] = [name for name in manifest["Files"] if name not in less] + list(more)
+        manifest["Links"].update(links or {})
+        self.add(feed.MANIFEST, plistlib.dumps(manifest))
+
+    def write(self, output, damage=lambda archive: archive):
+        self.archive.close()
+        feed.write(output, feed.signed(damage(gzip.compress(self.stream.getvalue(), 1)), self.key))
+
+
+def chain(package):
+    # Each link by itself stays inside as names go; the second one would start from where the first one leads.
+    package.add("p/q/l", kind=tarfile.SYMTYPE, link="../../share")
+    package.add("m", kind=tarfile.SYMTYPE, link="p/q/l/../../outside")
+
+
+def through(package):
+    package.add("way", kind=tarfile.SYMTYPE, link="share")
+    package.add("way/file")
+
+
+ENTRIES = {
+    "dots": lambda package: package.add("../climbed"),
+    "dots-inside": lambda package: package.add("share/../../climbed"),
+    "absolute": lambda package: package.add(os.path.join(os.path.dirname(package.layout), "climbed")),
+    "link-up": lambda package: package.add("evil", kind=tarfile.SYMTYPE, link="../../climbed"),
+    "link-absolute": lambda package: package.add("evil", kind=tarfile.SYMTYPE, link="/etc/passwd"),
+    "link-chain": chain,
+    "through-link": through,
+    "hard-link": lambda package: package.add("evil", kind=tarfile.LNKTYPE, link="bin/brevane"),
+    "device": lambda package: package.add("evil", kind=tarfile.CHRTYPE),
+    "pipe": lambda package: package.add("evil", kind=tarfile.FIFOTYPE),
+    "twice": lambda package: package.add("bin/brevane"),
+    "deep": lambda package: package.add("/".join(["d"] * 100)),
+    "long-name": lambda package: package.add("n" * 300),
+    "unlisted": lambda package: package.add("unlisted"),
+}
+LISTS = {
+    "missing": {"more": ["missing"]},
+    "list-dots": {"more": ["../../climbed"]},
+    "list-less": {"less": ["bin/brevane"]},
+    "list-link-out": {"links": {"usr/bin/evil": "/etc/passwd"}},
+    "list-link-place": {"links": {"../evil": "Library/Brevane/bin/brevane"}},
+    "list-older": {"version": "0.9"},
+    "list-same": {"version": "1.0"},
+    "list-no-version": {"version": "new"},
+}
+
+
+def main(key, layout, version, kind, output):
+    package = Package(key, layout, version)
+    package.add_all(**LISTS.get(kind, {}))
+    if kind in ENTRIES:
+        ENTRIES[kind](package)
+    if kind == "cut":
+        package.write(output, lambda archive: archive[:len(archive) // 2])
+    elif kind == "no-archive":
+        package.write(output, lambda archive: b"x" * 5000)
+    elif kind == "empty":
+        package.write(output, lambda archive: b"")
+    else:
+        package.write(output)
+
+
+main(*sys.argv[1:])
