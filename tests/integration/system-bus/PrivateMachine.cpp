@@ -125,7 +125,7 @@ void PrivateMachine::layOut()
     write(std::string(SystemServices) + "/" + name + ".service",
           replaced(contentOf(Resources + name + ".service.dbus"),
                    "Exec=/opt/brevane/Library/Brevane/" + name + " --root /opt/brevane",
-                   "Exec=" BREVANE_SCHEDULER_HELPER " --root " + _directory.file("root")));
+                   "Exec=" BREVANE_SCHEDULER_HELPER " --root " + _directory.file("root") + " --rules " + LocalRules));
     write(std::string(LocalRules) + "/10-administrators.rules",
           "polkit.addAdminRule(function(action, subject) { return [\"unix-group:sudo\"]; });\n");
 

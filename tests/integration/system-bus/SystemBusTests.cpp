@@ -159,3 +159,30 @@ TEST_CASE("On a system bus the token of a destroyed authorization is worth nothi
     // Without a login session polkit refuses to revoke a grant, so this process may still be trusted without a dialog.
     CHECK(tell(*client, "set") == "ok");
 }
+
+TEST_CASE(
+    "On a system bus administrators change settings without a password while that is allowed, and nobody else does")
+{
+    PrivateMachine* machine = PrivateMachine::shared();
+    if (!machine)
+        return;
+    // The authority reads its rules again in its own time; each client is a process without a grant.
+    const auto isAnswered = [&](unsigned user, const std::string& answer) {
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            if (tell(*machine->startClient(user), "silent") == answer)
+                return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        }
+        return false;
+    };
+    const auto client = machine->startClient(PrivateMachine::Administrator);
+    CHECK(tell(*client, "allow 1") == NotAuthorized);
+    const auto agent = machine->startAgent(*client, "yes", PrivateMachine::Administrator);
+    REQUIRE(tell(*client, "allow 1") == "ok");
+    CHECK(isAnswered(PrivateMachine::Administrator, "0"));
+    CHECK(isAnswered(PrivateMachine::PlainUser, "-60007"));
+    const auto second = machine->startClient(PrivateMachine::Administrator);
+    CHECK(tell(*second, "set") == "ok");
+    CHECK(tell(*second, "allow 0") == "ok");
+    CHECK(isAnswered(PrivateMachine::Administrator, "-60007"));
+}

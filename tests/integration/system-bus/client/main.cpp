@@ -7,6 +7,7 @@
 //   silent            the result code for the first right without interaction
 //   ask               the result code for the first right with interaction
 //   token NAME        the change again, with a token that names NAME: the same as `get`
+//   allow 1|0         whether administrators need no password from now on: the same
 //   invalidate        destroys the authorization: "ok"
 
 #include "messaging/BRVHelperMessager.h"
@@ -95,6 +96,9 @@ std::string answer(const std::string& command)
         return copyRight(Authorization::ExtendRights | Authorization::InteractionAllowed);
     if (command.starts_with("token "))
         return sendWithToken(command.substr(6));
+    if (command.starts_with("allow "))
+        return describe(BRVHelperMessager::sharedMessager()->sendSynchronousMessage(
+            BRVMessageSetAllowWithoutPassword, platform::Dictionary{{"Allow", command.ends_with("1")}}));
     if (command != "invalidate")
         return "unknown command";
     ZRKAuthorizationManager::sharedManager().invalidate();
