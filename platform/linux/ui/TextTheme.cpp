@@ -59,7 +59,7 @@ TextTheme::TextTheme(const QPalette& palette, const QFont& ownFont, const Select
       _fixedPitchFont(QFontDatabase::systemFont(QFontDatabase::FixedFont)),
       _text(palette.color(QPalette::Text)),
       _base(palette.color(QPalette::Base)),
-      _selectedBackground(mixture(_base, palette.color(QPalette::Highlight), isDark(_base) ? 0.45 : 0.3))
+      _selectedBackground(mixture(_base, palette.color(QPalette::Highlight), isDark(_base) ? 0.4 : 0.2))
 {
     const QFontMetricsF own(_ownFont);
     const QFontMetricsF fixed(_fixedPitchFont);
