@@ -99,7 +99,7 @@ int main(int argc, char** argv)
         std::printf("SKIPPED: %s\n", reason.c_str());
         return 0;
     }
-    const BtrfsVolume volume("Benchmark");
+    const BtrfsVolume volume("Benchmark", 2048);
     for (int i = 0; i < SnapshotCount; ++i) {
         if (!platform::createBtrfsSnapshot(volume.path(), "2026-11-21-" + std::to_string(100000 + i)))
             fail("a snapshot could not be made");

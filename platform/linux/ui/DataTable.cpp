@@ -20,7 +20,7 @@ DataTable::DataTable(QWidget* parent) : QTreeView(parent)
     setEditTriggers(NoEditTriggers);
     setTextElideMode(Qt::ElideMiddle);
     header()->setStretchLastSection(false);
-    header()->setResizeContentsPrecision(0);
+    header()->setResizeContentsPrecision(100); // rows from the first one in sight
     header()->setSectionsMovable(false);
 }
 
@@ -68,7 +68,8 @@ void DataTable::fitColumns()
         if (header()->sectionResizeMode(column) == QHeaderView::Stretch)
             continue;
         resizeColumnToContents(column);
-        setColumnWidth(column, columnWidth(column) + space);
+        const auto least = fontMetrics().horizontalAdvance(QStringLiteral("8,888.88 MB"));
+        setColumnWidth(column, std::max(columnWidth(column), least) + space);
     }
 }
 
@@ -78,7 +79,9 @@ void DataTable::paintEvent(QPaintEvent* event)
     if (_model.rowCount() > 0 || _placeholderText.isEmpty())
         return;
     QPainter painter(viewport());
-    painter.setPen(palette().color(QPalette::PlaceholderText));
+    auto color = palette().color(QPalette::Text);
+    color.setAlphaF(0.6F);
+    painter.setPen(color);
     const auto margin = fontMetrics().averageCharWidth() * 2;
     painter.drawText(viewport()->rect().adjusted(margin, 0, -margin, 0), Qt::AlignCenter | Qt::TextWordWrap,
                      _placeholderText);

@@ -62,10 +62,10 @@ std::string reasonWithoutBtrfs()
     return reason;
 }
 
-BtrfsVolume::BtrfsVolume(const std::string& label) : _path(_directory.file("mounted"))
+BtrfsVolume::BtrfsVolume(const std::string& label, unsigned megabytes) : _path(_directory.file("mounted"))
 {
     const auto image = _directory.write("image", "");
-    std::filesystem::resize_file(image, std::uintmax_t(256) << 20);
+    std::filesystem::resize_file(image, std::uintmax_t(megabytes) << 20);
     std::filesystem::create_directory(_path);
     std::vector<std::string> command{"mkfs.btrfs", "-q", "-f"};
     if (!label.empty())

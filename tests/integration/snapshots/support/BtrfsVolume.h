@@ -20,7 +20,7 @@ std::string reasonWithoutBtrfs();
 // A new btrfs file system in a file, mounted through a loop device.
 class BtrfsVolume {
 public:
-    explicit BtrfsVolume(const std::string& label);
+    explicit BtrfsVolume(const std::string& label, unsigned megabytes = 256);
     ~BtrfsVolume();
     BtrfsVolume(const BtrfsVolume&) = delete;
     BtrfsVolume& operator=(const BtrfsVolume&) = delete;
