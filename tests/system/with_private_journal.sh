@@ -25,7 +25,7 @@ for _ in $(seq 100); do
     sleep 0.05
 done
 
-# By its number, which the socket tells: a program that has ended already has no path to be found by.
+# By its number, which the socket tells; its path is only known if the journal looked in time.
 "$program" 2>/dev/null &
 probe=$!
 wait "$probe"

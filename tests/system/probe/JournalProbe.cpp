@@ -1,6 +1,8 @@
 #include "platform/linux/system/Root.h"
 #include "platform/SystemLog.h"
 
+#include <unistd.h>
+
 int main()
 {
     platform::setSystemRoot(platform::InstalledRoot);
@@ -14,4 +16,5 @@ int main()
     platform::LegacyLog::open("com.zerkolin.brevane")->send("Warning", "a legacy warning");
     platform::LegacyLog::open("com.zerkolin.brevane")->send("Error", "a legacy error");
     platform::reportToDefaultLog("a report");
+    ::usleep(500'000); // the journal looks up a sender's path while the sender lives
 }
