@@ -409,6 +409,24 @@ TEST_CASE("Rows that are replaced give the keyboard back to the same place")
     CHECK(rows.focused() == "Row 1, time");
 }
 
+TEST_CASE("The wheel scrolls the list and never changes the control that it passes over")
+{
+    const Rows rows(50);
+    for (const auto* const name : {"weekdayPopUp", "timePicker"}) {
+        auto& control = rows.part(1, name);
+        control.setFocus();
+        const int before = rows.bar().value();
+        const QPointF middle(control.rect().center());
+        QWheelEvent turn(middle, control.mapToGlobal(middle), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                         Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&turn); // the toolkit passes others to nobody else
+        QApplication::instance()->notify(&control, &turn);
+        user::runEvents();
+        CHECK(rows.bar().value() > before);
+    }
+    CHECK(rows.minutes()[1] == 1);
+}
+
 TEST_CASE("Assistive tools hear the row's number and what each part is, also after rows came and went")
 {
     Rows rows(3);
