@@ -32,13 +32,13 @@ std::shared_ptr<T> outletOf(const BRVConsoleController& console, const char* ide
 
 ConsoleFixture::ConsoleFixture()
 {
-    scripted::reset();
     ::tzset();
     static const bool opened = [] {
         ZRKLogInit("com.zerkolin.brevane", "application");
         return true;
     }();
     static_cast<void>(opened);
+    scripted::reset(); // after the log has told that this machine has no folder for its file
     console = BRVConsoleController::create();
 }
 
