@@ -1,10 +1,10 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "platform/PowerSources.h"
 #include "platform/SystemInformation.h"
-#include "platform/Workspace.h"
+#include "platform/UserDefaults.h"
 #include "schedule/BRVDatePicker.h"
 #include "shell/BREditorController.h"
-#include "shell/ProductLinks.h"
+#include "shell/UserDefaultKeys.h"
 #include "shell/version/ZRKSystemVersionManager.h"
 
 using namespace platform::ui;
@@ -38,11 +38,7 @@ void BREditorController::connectActions()
         action([](Self& self) { self.changeAllowBatteryPower(*self._outlets.allowBatteryCheckBox); }));
     _outlets.advancedSettingsButton->setAction(action([](Self& self) { self.changeAdvancedSettings(); }));
     _outlets.applyButton->setAction(action([](Self& self) { self.apply(); }));
-
-    _outlets.showCurrentSettingsMenuItem->setAction(action([](Self& self) { self.showCurrentSettings(); }));
-    _outlets.openWebSiteMenuItem->setAction(action([](Self& self) { self.openWebSite(); }));
-    _outlets.contactByMailMenuItem->setAction(action([](Self& self) { self.contactByMail(); }));
-    _outlets.quitMenuItem->setAction(action([](Self& self) { self.quit(); }));
+    connectMenuItems();
 }
 
 void BREditorController::awakeFromNib()
@@ -64,6 +60,8 @@ void BREditorController::awakeFromNib()
 void BREditorController::applicationDidFinishLaunching()
 {
     ZRKLogMessage(LogLevelInfo, "Running version %@.", {platform::bundleVersion()});
+    if (!platform::userDefaultBool(BRVDidAskAboutAutoUpdates))
+        platform::disableSuddenTermination(); // or the question could not be asked
     if (!reloadSettings()) {
         terminateApplication();
         return;
@@ -74,32 +72,14 @@ void BREditorController::applicationDidFinishLaunching()
     _outlets.window->makeKeyAndOrderFront();
 }
 
-bool BREditorController::applicationShouldTerminate()
-{
-    return true;
-}
-
 bool BREditorController::applicationShouldTerminateAfterLastWindowClosed()
 {
     return true;
 }
 
-void BREditorController::showCurrentSettings()
+void BREditorController::applicationDidReopen()
 {
-    updateSettings();
-}
-
-void BREditorController::openWebSite()
-{
-    platform::openURL(BRVWebSiteURL);
-}
-
-void BREditorController::contactByMail()
-{
-    platform::openURL(BRVSupportMailURL);
-}
-
-void BREditorController::quit()
-{
-    terminateApplication();
+    // Not while the launch still fetches the schedule, nor when the window was closed already.
+    if (_outlets.window->isVisible())
+        showMainWindow();
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "diagnostics/console/BRVConsoleController.h"
+#include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
 #include "platform/Error.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/Application.h"
@@ -7,6 +9,7 @@
 #include "schedule/ScheduleSettings.h"
 #include "shell/layout/ZRKStackView.h"
 #include "shell/MainWindowOutlets.h"
+#include "update/BRVPreferencesController.h"
 
 #include <array>
 #include <memory>
@@ -26,12 +29,22 @@ public:
     void applicationDidFinishLaunching() override;
     bool applicationShouldTerminate() override;
     bool applicationShouldTerminateAfterLastWindowClosed() override;
+    void applicationDidReopen() override;
 
-    // Throws away edits that were not applied.
-    void showCurrentSettings();
+    // The menus' actions.
+    void showAbout();
+    void showPreferences();
+    void checkUpdates();
+    void uninstall();           // after asking
+    void showCurrentSettings(); // throws away edits that were not applied
+    void showMainWindow();
+    void showConsole();
+    void showLocalSnapshots();
     void openWebSite();
     void contactByMail();
     void quit();
+    // Whether the item can be chosen now.
+    bool validateMenuItem(const platform::ui::MenuItem& item) const;
 
     // Fetches the schedule. On failure says so, and there are no current settings.
     bool reloadSettings();
@@ -67,6 +80,8 @@ public:
 private:
     explicit BREditorController(std::unique_ptr<platform::ui::Interface> interface);
     void connectActions();
+    void connectMenuItems();
+    void connect(const std::shared_ptr<platform::ui::MenuItem>& item, void (BREditorController::*action)());
 
     std::shared_ptr<BRVViewController> editorForMode(int mode);
     ScheduleSettings settingsFromControls() const;
@@ -86,4 +101,10 @@ private:
     bool _supportsBattery = false;
     bool _supportsSnapshots = false;
     bool _showAdvancedSettings = false;
+    bool _checkingUpdates = false;
+
+    // The other windows, each made when it is first asked for.
+    std::shared_ptr<BRVPreferencesController> _preferencesController;
+    std::shared_ptr<BRVConsoleController> _consoleController;
+    std::shared_ptr<BRVLocalSnapshotsController> _localSnapshotsController;
 };

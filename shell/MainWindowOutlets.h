@@ -27,8 +27,14 @@ struct MainWindowOutlets {
     std::shared_ptr<platform::ui::View> modeStackView;
     std::shared_ptr<platform::ui::View> suspendStackView;
 
+    std::shared_ptr<platform::ui::MenuItem> aboutMenuItem;
+    std::shared_ptr<platform::ui::MenuItem> preferencesMenuItem;
+    std::shared_ptr<platform::ui::MenuItem> checkUpdatesMenuItem;
+    std::shared_ptr<platform::ui::MenuItem> uninstallMenuItem;
     std::shared_ptr<platform::ui::MenuItem> showCurrentSettingsMenuItem;
+    std::shared_ptr<platform::ui::MenuItem> mainWindowMenuItem;
     std::shared_ptr<platform::ui::MenuItem> localSnapshotsMenuItem;
+    std::shared_ptr<platform::ui::MenuItem> consoleMenuItem;
     std::shared_ptr<platform::ui::MenuItem> openWebSiteMenuItem;
     std::shared_ptr<platform::ui::MenuItem> contactByMailMenuItem;
     std::shared_ptr<platform::ui::MenuItem> quitMenuItem;

@@ -119,6 +119,7 @@ void BRVLocalSnapshotsController::windowDidLoad()
                                                            : platform::Color(platform::FixedColor{1, 0, 0}));
     observeVolumes();
     _snapshotObserver.emplace(newSnapshotNotification, [this] { newSnapshot(); });
+    _tableView->setPlaceholder(placeholderForList(false, false, false));
     reloadDisks();
     _interface->window()->layoutIfNeeded();
     _interface->window()->center();

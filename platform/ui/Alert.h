@@ -6,6 +6,7 @@
 
 namespace platform::ui {
 
+class View;
 class Window;
 
 // Warning is the style of every ordinary notice, good news included; only Critical looks alarming.
@@ -28,6 +29,8 @@ public:
     void setMessageText(const std::string& text);
     void setInformativeText(const std::string& text);
     void addButton(const std::string& title);
+    // Shown below the texts; it must be in no other view, and is in none again when the alert was answered.
+    void setAccessoryView(const std::shared_ptr<View>& view);
 
     // Blocks until answered, while the application's events are served.
     int runModal();

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace platform::ui {
 
@@ -12,15 +13,21 @@ public:
     virtual void applicationDidFinishLaunching() = 0;
     virtual bool applicationShouldTerminate() = 0;
     virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
+    // The user started the application once more; that start came to nothing but this.
+    virtual void applicationDidReopen() = 0;
 };
 
 // Runs the application's main loop: makes the delegate once the toolkit is up, tells it of the launch, serves the main
-// queue and ends when the application terminates. The result is the process's exit status.
+// queue and ends when the application terminates. The result is the process's exit status. While an application of the
+// user runs on the same display, a second one only tells it so and ends at once with 0.
 int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<ApplicationDelegate>()>& makeDelegate);
 
 // Ends the main loop after asking the delegate. Returns at once.
 void terminateApplication();
 
 void setAutomaticWindowTabbing(bool allowed);
+
+// The panel that tells the application's name and this version; shows the same one again.
+void orderFrontAboutPanel(const std::string& version);
 
 } // namespace platform::ui

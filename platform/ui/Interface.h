@@ -16,7 +16,7 @@ namespace platform::ui {
 // ends.
 class Interface {
 public:
-    // Names: "MainWindow", "BRVIntervalViewController", "BRVWhenInactiveViewController".
+    // The names are those of the files, such as "MainWindow".
     static std::unique_ptr<Interface> load(std::string_view name);
     ~Interface();
 

@@ -2,18 +2,18 @@
 
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
-#include "tests/platform/ScriptedNotifications.h"
 #include "tests/platform/ScriptedFiles.h"
 #include "tests/platform/ScriptedLegacyLogSearch.h"
+#include "tests/platform/ScriptedNotifications.h"
 #include "tests/platform/ScriptedPowerSources.h"
-#include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ScriptedPreferences.h"
+#include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/platform/ScriptedSnapshots.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ScriptedSystemLog.h"
-#include "tests/platform/ScriptedVolumes.h"
 #include "tests/platform/ScriptedUserDefaults.h"
+#include "tests/platform/ScriptedVolumes.h"
 #include "tests/platform/ScriptedWorkspace.h"
 
 namespace scripted {

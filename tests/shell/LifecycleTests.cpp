@@ -1,6 +1,7 @@
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ScriptedSystemLog.h"
+#include "tests/platform/ScriptedUserDefaults.h"
 #include "tests/platform/ScriptedWorkspace.h"
 #include "tests/shell/support/EditorTest.h"
 
@@ -119,6 +120,7 @@ TEST_CASE("before macOS 10.13 the item after the local snapshots takes their key
         CHECK(item->isHidden());
         CHECK(item->keyEquivalent().empty());
         REQUIRE(item->next());
+        CHECK(item->next()->identifier() == "consoleMenuItem");
         CHECK(item->next()->keyEquivalent() == "1");
     }
 }
@@ -129,7 +131,55 @@ TEST_CASE("from macOS 10.13 on the local snapshots keep their key")
     const auto item = editor.user.menuItem("localSnapshotsMenuItem");
     CHECK(item->keyEquivalent() == "1");
     REQUIRE(item->next());
-    CHECK(item->next()->keyEquivalent().empty());
+    CHECK(item->next()->keyEquivalent() == "2");
+}
+
+TEST_CASE("as long as the question about automatic updates is open, the process must be asked before it ends")
+{
+    {
+        EditorTest editor(completeRecord());
+        CHECK(scripted::system::suddenTerminationDisabled() == 1);
+    }
+    setUp({});
+    PlayedScheduler scheduler(completeRecord());
+    platform::setUserDefault("DidAskAboutAutoUpdates", true);
+    const auto controller = BREditorController::create();
+    user::launch(controller);
+    CHECK(scripted::system::suddenTerminationDisabled() == 0);
+}
+
+TEST_CASE("a machine without a battery, and one that cannot say, offer nothing about battery power")
+{
+    for (const std::optional<bool> battery : {std::optional(false), std::optional<bool>()}) {
+        EditorTest editor(completeRecord(), {.battery = battery});
+        CHECK_FALSE(editor.user.sees("allowBatteryCheckBox"));
+    }
+    EditorTest editor(completeRecord());
+    CHECK(editor.user.sees("allowBatteryCheckBox"));
+}
+
+TEST_CASE("a second start brings the main window forward, minimised or behind another")
+{
+    EditorTest editor(completeRecord());
+    editor.user.clickMenuItem("preferencesMenuItem");
+    CHECK(user::activeWindow() == "preferencesWindow");
+    editor.controller->applicationDidReopen();
+    user::runEvents();
+    CHECK(user::activeWindow() == "mainWindow");
+
+    editor.user.clickMenuItem("minimiseMenuItem");
+    CHECK(user::isMinimised("mainWindow"));
+    editor.controller->applicationDidReopen();
+    user::runEvents();
+    CHECK_FALSE(user::isMinimised("mainWindow"));
+}
+
+TEST_CASE("a second start shows no window that is not on screen yet, or not anymore")
+{
+    setUp({});
+    const auto controller = BREditorController::create();
+    controller->applicationDidReopen();
+    CHECK_FALSE(MainWindowUser().seesWindow());
 }
 
 TEST_CASE("the menus open the web site and a mail to support")

@@ -98,6 +98,7 @@ TEST_CASE("when the system does not tell how many file systems there are, nothin
         CHECK(volumes::timesRead() == 0);
         CHECK(test.volumes().empty());
         CHECK(test.rows().empty());
+        CHECK(test.placeholder() == "No volume that can keep local snapshots is mounted.");
     }
 }
 

@@ -1,13 +1,18 @@
 #include "platform/linux/ui/AlertBox.h"
+#include "platform/linux/ui/ViewNative.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/Button.h"
+#include "platform/ui/CheckBox.h"
 #include "platform/ui/Interface.h"
+#include "tests/platform/ui/AlertWatcher.h"
 #include "tests/platform/ui/User.h"
 
 #include <doctest/doctest.h>
 #include <QAccessible>
 #include <QApplication>
+#include <QCheckBox>
 #include <QLabel>
+#include <QLayout>
 #include <QPushButton>
 #include <QTest>
 
@@ -161,4 +166,77 @@ TEST_CASE("An alert's message is bold, both its texts can be selected, and assis
     CHECK(accessible->text(QAccessible::Name) == "Failed to apply settings.");
     CHECK(accessible->text(QAccessible::Description) == box.informativeText());
     user::answer(0);
+}
+
+TEST_CASE("An accessory view stands between the texts and the buttons, and is free again afterwards")
+{
+    const auto box = CheckBox::create("Install updates automatically");
+    CHECK(box->title() == "Install updates automatically");
+    CHECK_FALSE(box->isOn());
+    CHECK_FALSE(box->superview());
+    auto alert = alertWithButtons({});
+    alert.setAccessoryView(box);
+    QRect text, check, button;
+    user::answerEveryAlert([&](const user::ShownAlert&) {
+        const auto& shown = *user::AlertWatcher::front();
+        shown.layout()->activate();
+        const auto frame = [&](const QWidget* widget) {
+            return QRect(widget->mapTo(&shown, QPoint()), widget->size());
+        };
+        text = frame(shown.findChild<QLabel*>("qt_msgbox_informativelabel"));
+        check = frame(shown.findChild<QCheckBox*>());
+        button = frame(shown.buttonsInOrder().first());
+        return 0;
+    });
+    alert.runModal();
+    user::answerEveryAlert(nullptr);
+    user::takeAnsweredAlerts();
+    CHECK(text.bottom() < check.top());
+    CHECK(check.bottom() < button.top());
+    CHECK(check.left() == text.left());
+
+    user::tickAndAnswerNextAlert(0);
+    alert.runModal();
+    CHECK(box->isOn());
+    CHECK_FALSE(box->native().widget->parentWidget());
+    const auto shown = user::takeAnsweredAlerts();
+    CHECK(shown.at(0).checkBox == "Install updates automatically");
+}
+
+TEST_CASE("A sheet keeps its accessory view until it is answered")
+{
+    Sheet sheet;
+    const auto box = CheckBox::createSwitchButton("Accessory");
+    auto alert = alertWithButtons({"OK"});
+    alert.setAccessoryView(box);
+    alert.beginSheet(sheet.interface->window(), {});
+    CHECK(user::currentAlert()->checkBox == "Accessory");
+    user::answer(0);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    REQUIRE(box->native().widget);
+    CHECK_FALSE(box->native().widget->parentWidget());
+    CHECK_FALSE(box->isOn());
+}
+
+TEST_CASE("An accessory view that nobody holds anymore goes with its alert")
+{
+    user::tickAndAnswerNextAlert(0);
+    {
+        auto alert = alertWithButtons({});
+        alert.setAccessoryView(CheckBox::create("Accessory"));
+        alert.runModal();
+    }
+    CHECK(user::takeAnsweredAlerts().size() == 1);
+}
+
+TEST_CASE("A large control is higher than a regular one, and can be made regular again")
+{
+    const auto box = CheckBox::create("Large");
+    CHECK(box->controlSize() == ControlSize::Regular);
+    box->setControlSize(ControlSize::Large);
+    CHECK(box->controlSize() == ControlSize::Large);
+    const auto& widget = *box->native().widget;
+    CHECK(widget.minimumHeight() > widget.sizeHint().height());
+    box->setControlSize(ControlSize::Regular);
+    CHECK(widget.minimumHeight() == 0);
 }

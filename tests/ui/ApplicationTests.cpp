@@ -2,15 +2,19 @@
 #include "platform/ui/Alert.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/Interface.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <csignal>
 #include <cstdlib>
+#define DOCTEST_CONFIG_IMPLEMENT
 #include <doctest/doctest.h>
 #include <functional>
 #include <QApplication>
 #include <QTimer>
 #include <QWidget>
 #include <string>
+#include <string_view>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -44,6 +48,11 @@ public:
         return mayTerminate();
     }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
+    void applicationDidReopen() override
+    {
+        report("reopened ");
+        terminateApplication();
+    }
 
     std::function<bool()> mayTerminate = [] { return true; };
     std::function<void()> whenAsked;
@@ -53,14 +62,17 @@ private:
     std::function<void(Delegate&)> _whenLaunched;
 };
 
-// Runs an application whose delegate does this after the launch. What it reported, and its exit status.
+// Runs an application whose delegate does this after the launch, in a home of its own. What it reported, and its exit
+// status.
 std::string run(const std::function<void(Delegate&)>& whenLaunched)
 {
     int ends[2];
     REQUIRE(pipe(ends) == 0);
+    const TemporaryDirectory home;
     const auto child = fork();
     if (child == 0) {
         alarm(30); // no case may hang the others
+        setenv("HOME", home.path().c_str(), 1);
         setenv("QT_QPA_PLATFORM", "offscreen", 0);
         close(ends[0]);
         reportDescriptor = ends[1];
@@ -79,6 +91,22 @@ std::string run(const std::function<void(Delegate&)>& whenLaunched)
     int status = 0;
     waitpid(child, &status, 0);
     return WIFSIGNALED(status) ? "killed by signal " + std::to_string(WTERMSIG(status)) : reported;
+}
+
+// A further start of the application that is running, as seen from it: what it ends with, once it has.
+std::string startAgain(const char* home = nullptr)
+{
+    const auto child = fork();
+    if (child == 0) {
+        alarm(30);
+        if (home)
+            setenv("HOME", home, 1);
+        execl("/proc/self/exe", "application", "--launch-once", nullptr);
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? std::to_string(WEXITSTATUS(status)) : "killed";
 }
 
 } // namespace
@@ -179,4 +207,83 @@ TEST_CASE("Closing the last window terminates the application, and an alert that
               platform::Queue::main()->async([&delegate] { delegate.interface->window()->close(); });
           })
           == "awake launched asked answer 1000 status 0");
+}
+
+TEST_CASE("A second start tells the first one, and ends with status 0 without a delegate")
+{
+    const auto reported = run([](Delegate& delegate) {
+        const auto starting = std::make_shared<std::thread>([] { report("second " + startAgain() + " "); });
+        delegate.whenAsked = [starting] { starting->join(); };
+    });
+    for (const char* const part : {"awake launched ", "reopened ", "second 0 ", "asked "})
+        CHECK(reported.find(part) != std::string::npos);
+    CHECK(reported.ends_with("status 0"));
+}
+
+TEST_CASE("A second start while the first one is busy ends all the same, and is heard later")
+{
+    CHECK(run([](Delegate&) { report("second " + startAgain() + " "); })
+          == "awake launched second 0 reopened asked status 0");
+}
+
+TEST_CASE("Another user's or display's application is no second start")
+{
+    CHECK(run([](Delegate&) {
+              report("other " + startAgain("/dev/null/elsewhere") + " ");
+              terminateApplication();
+          })
+          == "awake launched other 42 asked status 0");
+}
+
+TEST_CASE("An application that was killed leaves nothing behind that a next start would take for it")
+{
+    const TemporaryDirectory home;
+    const EnvironmentVariable variable("HOME", home.path());
+    for (int turn = 0; turn < 2; ++turn) {
+        const auto child = fork();
+        if (child == 0) {
+            execl("/proc/self/exe", "application", "--launch-and-hang", nullptr);
+            _exit(127);
+        }
+        usleep(300'000);
+        kill(child, SIGKILL);
+        int status = 0;
+        waitpid(child, &status, 0);
+        CHECK(WIFSIGNALED(status));
+        CHECK(startAgain() == "42");
+    }
+}
+
+namespace {
+
+// An application of its own program: once launched it ends with 42, or never.
+int launchOnly(bool hangs)
+{
+    struct LaunchedDelegate : ApplicationDelegate {
+        explicit LaunchedDelegate(bool theHangs) : hangs(theHangs) { }
+        void awakeFromNib() override { }
+        void applicationDidFinishLaunching() override
+        {
+            if (!hangs)
+                _exit(42);
+        }
+        bool applicationShouldTerminate() override { return true; }
+        bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
+        void applicationDidReopen() override { }
+        bool hangs;
+    };
+    char name[] = "application";
+    char* arguments[] = {name, nullptr};
+    return applicationMain(1, arguments, [hangs] { return std::make_shared<LaunchedDelegate>(hangs); });
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    setenv("QT_QPA_PLATFORM", "offscreen", 0);
+    const std::string_view argument = argc > 1 ? argv[1] : "";
+    if (argument == "--launch-once" || argument == "--launch-and-hang")
+        return launchOnly(argument == "--launch-and-hang");
+    return doctest::Context(argc, argv).run();
 }

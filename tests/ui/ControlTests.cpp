@@ -218,13 +218,13 @@ TEST_CASE("A time that is set shows without running the action, and one that doe
     MainWindow window;
     const auto picker = window.control<DatePicker>("suspendFromPicker");
     picker->setTimeOfDay({.hour = 23, .minute = 59});
-    CHECK(picker->timeOfDay() == TimeOfDay{.hour = 23, .minute = 59});
+    CHECK(picker->timeOfDay() == platform::TimeOfDay{.hour = 23, .minute = 59});
     picker->setTimeOfDay({.hour = 0, .minute = 0});
-    CHECK(picker->timeOfDay() == TimeOfDay{});
+    CHECK(picker->timeOfDay() == platform::TimeOfDay{});
     picker->setTimeOfDay({.hour = 24, .minute = 0});
     picker->setTimeOfDay({.hour = 7, .minute = 60});
     picker->setTimeOfDay({.hour = -1, .minute = 0});
-    CHECK(picker->timeOfDay() == TimeOfDay{});
+    CHECK(picker->timeOfDay() == platform::TimeOfDay{});
     CHECK(window.actions == 0);
 }
 
@@ -233,7 +233,7 @@ TEST_CASE("Picking a time runs the action")
     MainWindow window;
     const auto picker = window.control<DatePicker>("suspendToPicker");
     user::pick(*picker, {.hour = 18, .minute = 3});
-    CHECK(picker->timeOfDay() == TimeOfDay{.hour = 18, .minute = 3});
+    CHECK(picker->timeOfDay() == platform::TimeOfDay{.hour = 18, .minute = 3});
     CHECK(window.actions > 0);
 }
 

@@ -42,12 +42,14 @@ const std::vector<std::string> SharedIdentifiers{
     "intervalField",
     "intervalStepper",
     "intervalUnitsPopUp",
+    "autoUpdatesCheckBox",
+    "requirePasswordCheckBox",
     "ruleEditor",
     "asapCheckBox",
 };
 
 constexpr std::array Names{"MainWindow", "BRVCalendarIntervalViewController", "BRVIntervalViewController",
-                           "BRVWhenInactiveViewController"};
+                           "BRVWhenInactiveViewController", "BRVPreferencesController"};
 
 // What a program that does this writes before it dies of an abort; empty when it lives.
 template <class Deed>

@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QLineEdit>
+#include <QMainWindow>
+#include <QPlainTextEdit>
 #include <QTest>
 
 using namespace platform::ui;
@@ -54,6 +56,7 @@ TEST_CASE("A hidden menu item has no key")
     const auto item = interface->menuItem("localSnapshotsMenuItem");
     int actions = 0;
     item->setAction([&] { ++actions; });
+    item->setHidden(true);
     CHECK(item->isHidden());
     CHECK(item->keyEquivalent() == "1");
     auto& window = *interface->window()->native().window;
@@ -67,7 +70,7 @@ TEST_CASE("A hidden menu item has no key")
 TEST_CASE("A key equivalent is one character, of which a capital needs the shift key")
 {
     const auto interface = Interface::load("MainWindow");
-    const auto item = interface->menuItem("showCurrentSettingsMenuItem");
+    const auto item = interface->menuItem("aboutMenuItem");
     CHECK(item->keyEquivalent().empty());
     for (const auto* const key : {"1", "w", "W", ",", ""}) {
         item->setKeyEquivalent(key);
@@ -78,15 +81,15 @@ TEST_CASE("A key equivalent is one character, of which a capital needs the shift
 TEST_CASE("The item that follows is found, hidden ones and separators included, to the menu's end")
 {
     const auto interface = Interface::load("MainWindow");
-    const auto separator = interface->menuItem("showCurrentSettingsMenuItem")->next();
+    const auto separator = interface->menuItem("closeMenuItem")->next();
     REQUIRE(separator);
     CHECK(separator->title().empty());
-    const auto snapshots = separator->next();
-    REQUIRE(snapshots);
-    CHECK(snapshots->identifier() == "localSnapshotsMenuItem");
-    CHECK(snapshots->isHidden());
+    CHECK(separator->next()->identifier() == "mainWindowMenuItem");
+    const auto snapshots = interface->menuItem("localSnapshotsMenuItem");
+    snapshots->setHidden(true);
+    CHECK(interface->menuItem("mainWindowMenuItem")->next()->identifier() == "localSnapshotsMenuItem");
     snapshots->next()->setKeyEquivalent("1");
-    CHECK(interface->menuItem("localSnapshotsMenuItem")->next()->keyEquivalent() == "1");
+    CHECK(interface->menuItem("consoleMenuItem")->keyEquivalent() == "1");
     CHECK_FALSE(interface->menuItem("quitMenuItem")->next());
 }
 
@@ -126,4 +129,83 @@ TEST_CASE("The Edit menu acts on the field that has the keyboard")
 
     line->clearFocus();
     CHECK_THROWS_AS(user::click(*interface->menuItem("pasteMenuItem")), std::logic_error);
+}
+
+TEST_CASE("An item of the Edit menu is there only when it has something to do")
+{
+    const auto interface = Interface::load("MainWindow");
+    auto& window = *interface->window()->native().window;
+    auto* const line = new QLineEdit(window.centralWidget());
+    interface->window()->makeKeyAndOrderFront();
+    user::runEvents();
+    line->setFocus();
+    QApplication::clipboard()->clear();
+    const auto choosable = [&] {
+        std::vector<std::string> names;
+        for (const char* const name : {"undo", "redo", "cut", "copy", "paste", "selectAll"}) {
+            try {
+                user::click(*interface->menuItem(std::string(name) + "MenuItem"));
+                names.emplace_back(name);
+                break;                          // it may have changed what the others find
+            } catch (const std::logic_error&) { // disabled
+            }
+        }
+        return names.empty() ? "" : names.front();
+    };
+    CHECK(choosable().empty());
+    line->setText("a");
+    CHECK(choosable() == "selectAll");
+    CHECK(choosable() == "cut");
+    CHECK(choosable() == "undo");
+    line->setReadOnly(true);
+    line->selectAll();
+    CHECK(choosable() == "copy");
+    QApplication::clipboard()->setText("b");
+    line->setReadOnly(false);
+    line->clear();
+    line->setEchoMode(QLineEdit::Password);
+    line->setText("secret");
+    line->selectAll();
+    CHECK_THROWS_AS(user::click(*interface->menuItem("copyMenuItem")), std::logic_error);
+    CHECK_THROWS_AS(user::click(*interface->menuItem("cutMenuItem")), std::logic_error);
+    user::click(*interface->menuItem("pasteMenuItem"));
+    CHECK(line->text() == "b");
+}
+
+TEST_CASE("The Edit menu copies from a text that cannot be edited, also in another window")
+{
+    const auto interface = Interface::load("MainWindow");
+    interface->window()->makeKeyAndOrderFront();
+    QMainWindow other;
+    auto* const plain = new QPlainTextEdit(QStringLiteral("one\ntwo"));
+    plain->setReadOnly(true);
+    other.setCentralWidget(plain);
+    other.show();
+    other.activateWindow();
+    plain->setFocus();
+    user::runEvents();
+    REQUIRE(QApplication::focusWidget() == plain);
+    user::click(*interface->menuItem("selectAllMenuItem"));
+    user::click(*interface->menuItem("copyMenuItem"));
+    CHECK(QApplication::clipboard()->text() == "one\ntwo");
+    for (const char* const name : {"undoMenuItem", "redoMenuItem", "cutMenuItem", "pasteMenuItem"})
+        CHECK_THROWS_AS(user::click(*interface->menuItem(name)), std::logic_error);
+}
+
+TEST_CASE("The Window menu acts on the window that the user is in")
+{
+    const auto interface = Interface::load("MainWindow");
+    const auto preferences = Interface::load("BRVPreferencesController");
+    interface->window()->makeKeyAndOrderFront();
+    preferences->window()->makeKeyAndOrderFront();
+    user::runEvents();
+    user::click(*interface->menuItem("minimiseMenuItem"));
+    CHECK(user::isMinimised("preferencesWindow"));
+    CHECK_FALSE(user::isMinimised("mainWindow"));
+    preferences->window()->makeKeyAndOrderFront();
+    user::runEvents();
+    CHECK_FALSE(user::isMinimised("preferencesWindow"));
+    user::click(*interface->menuItem("closeMenuItem"));
+    CHECK_FALSE(preferences->window()->isVisible());
+    CHECK(interface->window()->isVisible());
 }

@@ -37,6 +37,11 @@ void Alert::addButton(const std::string& title)
     _native->content.buttons.push_back(title);
 }
 
+void Alert::setAccessoryView(const std::shared_ptr<View>& view)
+{
+    _native->content.accessoryView = view;
+}
+
 int Alert::runModal()
 {
     AlertBox box(_native->content, QApplication::activeWindow());

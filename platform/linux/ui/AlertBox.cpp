@@ -1,9 +1,12 @@
 #include "platform/linux/ui/AlertBox.h"
 
 #include "platform/linux/ui/Title.h"
+#include "platform/linux/ui/ViewNative.h"
 #include "platform/Localization.h"
 
 #include <algorithm>
+#include <QDialogButtonBox>
+#include <QGridLayout>
 #include <QGuiApplication>
 #include <QLabel>
 #include <QPushButton>
@@ -21,7 +24,7 @@ int comfortableTextWidth(const QWidget& box)
 
 } // namespace
 
-AlertBox::AlertBox(const Content& content, QWidget* parent) : QMessageBox(parent)
+AlertBox::AlertBox(const Content& content, QWidget* parent) : QMessageBox(parent), _accessoryView(content.accessoryView)
 {
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QGuiApplication::applicationDisplayName());
@@ -39,6 +42,32 @@ AlertBox::AlertBox(const Content& content, QWidget* parent) : QMessageBox(parent
         addButtons({localizedString("OK")});
     else
         addButtons(content.buttons);
+    if (_accessoryView && _accessoryView->native().widget)
+        insertAccessory(*_accessoryView->native().widget);
+}
+
+AlertBox::~AlertBox()
+{
+    if (_accessoryView && _accessoryView->native().widget)
+        _accessoryView->native().widget->setParent(nullptr);
+}
+
+// Between the texts, in whose column it stands, and the buttons.
+void AlertBox::insertAccessory(QWidget& accessory)
+{
+    auto* const grid = qobject_cast<QGridLayout*>(layout());
+    auto* const buttons = findChild<QDialogButtonBox*>();
+    auto* const message = findChild<QLabel*>(QStringLiteral("qt_msgbox_label"));
+    if (!grid || !buttons || !message)
+        return;
+    int row = 0, column = 0, rows = 0, columns = 0, textColumn = 0;
+    grid->getItemPosition(grid->indexOf(message), &row, &textColumn, &rows, &columns);
+    grid->getItemPosition(grid->indexOf(buttons), &row, &column, &rows, &columns);
+    grid->removeWidget(buttons);
+    grid->addWidget(&accessory, row, textColumn, Qt::AlignLeading);
+    grid->addWidget(buttons, row + 1, column, rows, columns);
+    setTabOrder(&accessory, _inOrder.first());
+    accessory.show();
 }
 
 void AlertBox::setTexts(const Content& content)

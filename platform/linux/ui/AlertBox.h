@@ -2,6 +2,7 @@
 
 #include "platform/ui/Alert.h"
 
+#include <memory>
 #include <QMessageBox>
 #include <string>
 #include <vector>
@@ -19,9 +20,11 @@ public:
         std::string messageText;
         std::string informativeText;
         std::vector<std::string> buttons;
+        std::shared_ptr<View> accessoryView = nullptr;
     };
 
     AlertBox(const Content& content, QWidget* parent);
+    ~AlertBox() override;
 
     const QList<QPushButton*>& buttonsInOrder() const { return _inOrder; }
     // Of the button that was pressed, or of the last one.
@@ -31,7 +34,10 @@ private:
     void addButtons(const std::vector<std::string>& titles);
     void setTexts(const Content& content);
 
+    void insertAccessory(QWidget& accessory);
+
     QList<QPushButton*> _inOrder;
+    std::shared_ptr<View> _accessoryView;
 };
 
 } // namespace platform::ui

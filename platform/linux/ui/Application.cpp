@@ -1,7 +1,9 @@
 #include "platform/ui/Application.h"
 
 #include "platform/linux/system/queue/MainQueue.h"
+#include "platform/linux/ui/AboutPanel.h"
 #include "platform/linux/ui/ApplicationInstance.h"
+#include "platform/linux/ui/FirstInstance.h"
 #include "platform/linux/ui/FontPreparation.h"
 #include "platform/linux/ui/TerminationSignals.h"
 
@@ -13,6 +15,9 @@ int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<A
 {
     const FontPreparation fonts;
     ApplicationInstance application(argc, argv);
+    FirstInstance instance;
+    if (!instance.isFirst())
+        return 0;
     const TerminationSignals signals([&application] { application.terminateSoon(); });
     QSocketNotifier mainQueue(mainQueueDescriptor(), QSocketNotifier::Read);
     QObject::connect(&mainQueue, &QSocketNotifier::activated, &application, [] { serveMainQueue(); });
@@ -20,6 +25,7 @@ int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<A
 
     const auto delegate = makeDelegate();
     application.setDelegate(delegate);
+    QObject::connect(&instance, &FirstInstance::startedAgain, &application, [&application] { application.reopen(); });
     delegate->awakeFromNib();
     // Inside the loop, so that terminating ends it, also from an alert that is shown at launch.
     QMetaObject::invokeMethod(
@@ -34,5 +40,10 @@ void terminateApplication()
 }
 
 void setAutomaticWindowTabbing(bool) { } // windows here never merge into tabs
+
+void orderFrontAboutPanel(const std::string& version)
+{
+    AboutPanel::orderFront(version);
+}
 
 } // namespace platform::ui

@@ -2,6 +2,8 @@
 
 #include "platform/linux/ui/ToolkitTranslation.h"
 
+#include <QWidget>
+
 namespace platform::ui {
 
 ApplicationInstance::ApplicationInstance(int& argc, char** argv) : QApplication(argc, argv)
@@ -30,6 +32,17 @@ void ApplicationInstance::terminate()
     _terminating = !delegate || delegate->applicationShouldTerminate();
     if (_terminating)
         Q_EMIT terminated();
+}
+
+void ApplicationInstance::reopen()
+{
+    if (const auto delegate = _delegate.lock())
+        delegate->applicationDidReopen();
+    // What waits for an answer must not lie hidden.
+    if (auto* const modal = activeModalWidget()) {
+        modal->raise();
+        modal->activateWindow();
+    }
 }
 
 void ApplicationInstance::lastWindowDidClose()

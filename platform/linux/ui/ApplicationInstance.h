@@ -20,6 +20,7 @@ public:
     }
     // From the main loop, once, however often it is asked for.
     void terminateSoon();
+    void reopen();
 
 Q_SIGNALS:
     void terminated();

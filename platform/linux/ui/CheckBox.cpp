@@ -7,6 +7,18 @@
 
 namespace platform::ui {
 
+std::shared_ptr<CheckBox> CheckBox::create(const std::string& title)
+{
+    return wrapWidget<CheckBox, ControlNative>(new QCheckBox(markedTitle(title, {})));
+}
+
+std::shared_ptr<CheckBox> CheckBox::createSwitchButton(const std::string& title)
+{
+    auto box = create(title); // one and the same here
+    widgetOf<QCheckBox>(*box).adjustSize();
+    return box;
+}
+
 CheckBox::CheckBox(std::unique_ptr<Native> native) : Control(std::move(native))
 {
     auto& box = widgetOf<QCheckBox>(*this);

@@ -4,12 +4,11 @@
 #include <QPointer>
 
 class QAction;
-class QLineEdit;
 
 namespace platform::ui {
 
 // The Edit menu: an action whose property "editCommand" names a command of a text field ("cut", "selectAll" ...) acts
-// on the field that has the keyboard.
+// on the field or text that has the keyboard, in whichever window, when there is something for the command to do.
 class EditCommands : public QObject {
     Q_OBJECT
 
@@ -19,7 +18,8 @@ public:
 
 private:
     void connectAction(QAction& action);
-    QLineEdit* field() const;
+    QWidget* field() const;
+    bool isPossible(const QByteArray& command) const;
 
     QPointer<QWidget> _focused; // unlike the application's, kept while the menu bar has the keyboard
 };

@@ -3,12 +3,14 @@
 #include "platform/linux/ui/EditCommands.h"
 #include "platform/linux/ui/LocalizeWidgets.h"
 #include "platform/linux/ui/MenuItemNative.h"
+#include "platform/linux/ui/WindowCommands.h"
 #include "platform/linux/ui/WindowNative.h"
 #include "platform/linux/ui/WrapNamedWidgets.h"
 #include "ui_BRVCalendarIntervalViewController.h"
 #include "ui_BRVConsole.h"
 #include "ui_BRVIntervalViewController.h"
 #include "ui_BRVLocalSnapshotsController.h"
+#include "ui_BRVPreferencesController.h"
 #include "ui_BRVWhenInactiveViewController.h"
 #include "ui_MainWindow.h"
 
@@ -45,10 +47,12 @@ std::unique_ptr<QWidget> build(std::string_view name)
 {
     if (name == "MainWindow")
         return build<Ui::MainWindow, InterfaceWindow>();
-    if (name == "BRVConsole")
-        return build<Ui::BRVConsole, InterfaceWindow>();
+    if (name == "BRVPreferencesController")
+        return build<Ui::BRVPreferencesController, InterfaceWindow>();
     if (name == "BRVCalendarIntervalViewController")
         return build<Ui::BRVCalendarIntervalViewController>();
+    if (name == "BRVConsole")
+        return build<Ui::BRVConsole, InterfaceWindow>();
     if (name == "BRVIntervalViewController")
         return build<Ui::BRVIntervalViewController>();
     if (name == "BRVWhenInactiveViewController")
@@ -66,6 +70,7 @@ std::unique_ptr<Interface> Interface::load(std::string_view name)
     auto top = build(name);
     localizeWidgets(*top);
     for (auto* const action : top->findChildren<QAction*>()) {
+        action->setShortcutContext(Qt::ApplicationShortcut); // one menu bar serves all windows
         if (!action->objectName().isEmpty() && !action->isSeparator())
             native->menuItems.emplace(
                 action->objectName().toStdString(),
@@ -75,6 +80,7 @@ std::unique_ptr<Interface> Interface::load(std::string_view name)
     if (auto* const window = qobject_cast<InterfaceWindow*>(top.get())) {
         top.release();
         new EditCommands(*window);
+        new WindowCommands(*window);
         native->views = wrapNamedWidgets(*window->centralWidget());
         auto parts = std::unique_ptr<Window::Native>(
             new Window::Native{std::unique_ptr<InterfaceWindow>(window), viewForWidget(window->centralWidget())});

@@ -1,6 +1,8 @@
 #include "platform/linux/ui/InterfaceWindow.h"
 
 #include <algorithm>
+#include <QApplication>
+#include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPushButton>
 
@@ -63,11 +65,27 @@ QPushButton* InterfaceWindow::buttonForReturn() const
     return nullptr;
 }
 
+void InterfaceWindow::closeEvent(QCloseEvent* event)
+{
+    QMainWindow::closeEvent(event);
+    if (!menuWidget() || !event->isAccepted())
+        return;
+    for (auto* const widget : QApplication::topLevelWidgets()) {
+        if (auto* const other = qobject_cast<InterfaceWindow*>(widget); other && other != this)
+            other->close();
+    }
+}
+
 void InterfaceWindow::keyPressEvent(QKeyEvent* event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
     if (auto* const button = isReturn ? buttonForReturn() : nullptr)
         return button->click();
+    // The menu's key, which does not work while the window that has the menus shows a sheet.
+    if (!menuWidget() && event->matches(QKeySequence::Close)) {
+        close();
+        return;
+    }
     QMainWindow::keyPressEvent(event);
 }
 

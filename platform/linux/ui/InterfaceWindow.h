@@ -17,6 +17,8 @@ public:
     void setOrdersTabsByPosition(bool orders) { _ordersTabsByPosition = orders; }
 
 protected:
+    // Without the window that has the menus nothing could be reached, so the others close before it.
+    void closeEvent(QCloseEvent* event) override;
     bool focusNextPrevChild(bool next) override;
     void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;

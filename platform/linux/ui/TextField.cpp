@@ -1,11 +1,10 @@
 #include "platform/ui/TextField.h"
 
+#include "platform/IntegerText.h"
 #include "platform/linux/ui/LineEdit.h"
 #include "platform/linux/ui/TextFieldNative.h"
-#include "platform/Localization.h"
 #include "platform/ui/TextAppearance.h"
 
-#include <limits>
 #include <QLabel>
 
 namespace platform::ui {
@@ -75,25 +74,7 @@ std::size_t TextField::length() const
 
 std::int64_t TextField::integerValue() const
 {
-    const auto characters = text(*this).trimmed().toUcs4();
-    qsizetype next = 0;
-    const bool negative = !characters.isEmpty() && characters[0] == U'-';
-    if (!characters.isEmpty() && (characters[0] == U'-' || characters[0] == U'+'))
-        ++next;
-    // Counted downwards, where there is room for one more.
-    std::int64_t value = 0;
-    for (; next < characters.size(); ++next) {
-        const int digit = decimalDigitValue(characters[next]);
-        if (digit < 0)
-            break;
-        if (__builtin_mul_overflow(value, 10, &value) || __builtin_sub_overflow(value, digit, &value)) {
-            value = std::numeric_limits<std::int64_t>::min();
-            break;
-        }
-    }
-    if (negative)
-        return value;
-    return value == std::numeric_limits<std::int64_t>::min() ? std::numeric_limits<std::int64_t>::max() : -value;
+    return integerOfText(stringValue());
 }
 
 void TextField::setIntegerValue(std::int64_t value)

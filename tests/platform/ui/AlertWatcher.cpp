@@ -1,15 +1,18 @@
 #include "tests/platform/ui/AlertWatcher.h"
 
 #include "platform/linux/ui/AlertBox.h"
+#include "platform/linux/ui/ControlNative.h"
 #include "platform/linux/ui/Title.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <QApplication>
+#include <QCheckBox>
 #include <QPushButton>
 #include <QTest>
 
 using platform::ui::AlertBox;
+using platform::ui::Control;
 
 namespace user {
 
@@ -21,7 +24,21 @@ ShownAlert AlertWatcher::describe(const AlertBox& box)
                      .isSheet = box.windowModality() == Qt::WindowModal};
     for (const auto* const button : box.buttonsInOrder())
         shown.buttons.push_back(platform::ui::plainTitle(button->text()));
+    if (const auto* const check = box.findChild<QCheckBox*>(); check && check->isVisible()) {
+        shown.checkBox = platform::ui::plainTitle(check->text());
+        shown.checkBoxIsOn = check->isChecked();
+        const auto view = std::dynamic_pointer_cast<Control>(platform::ui::viewForWidget(check));
+        shown.checkBoxIsLarge = view && view->controlSize() == platform::ui::ControlSize::Large;
+    }
     return shown;
+}
+
+void AlertWatcher::tick(AlertBox& box)
+{
+    auto* const check = box.findChild<QCheckBox*>();
+    if (!check)
+        throw std::logic_error("The alert has no check box");
+    QTest::mouseClick(check, Qt::LeftButton, {}, QPoint(8, check->height() / 2));
 }
 
 void AlertWatcher::answer(AlertBox& box, int buttonIndex)
@@ -54,14 +71,22 @@ bool AlertWatcher::eventFilter(QObject* object, QEvent* event)
 
 void AlertWatcher::alertDidShow(AlertBox& box)
 {
+    std::optional<Answer> chosen;
     if (!prepared.empty()) {
-        const auto answerWhenShown = [this, alert = QPointer(&box), button = prepared.front()] {
+        chosen = prepared.front();
+        prepared.pop_front();
+    } else if (choose) {
+        chosen = Answer{choose(describe(box)), false};
+    }
+    if (chosen) {
+        const auto answerWhenShown = [this, alert = QPointer(&box), what = *chosen] {
             if (!alert)
                 return;
             answered.push_back(describe(*alert));
-            answer(*alert, button);
+            if (what.ticksCheckBox)
+                tick(*alert);
+            answer(*alert, what.button);
         };
-        prepared.pop_front();
         QMetaObject::invokeMethod(this, answerWhenShown, Qt::QueuedConnection);
     } else if (box.windowModality() != Qt::WindowModal) {
         const auto alert = describe(box);

@@ -23,11 +23,18 @@ public:
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
-    std::deque<int> prepared;
+    struct Answer {
+        int button = 0;
+        bool ticksCheckBox = false;
+    };
+
+    std::deque<Answer> prepared;
+    std::function<int(const ShownAlert&)> choose;
     std::vector<ShownAlert> answered;
 
 private:
     void alertDidShow(platform::ui::AlertBox& box);
+    static void tick(platform::ui::AlertBox& box);
 };
 
 } // namespace user

@@ -4,10 +4,12 @@
 #include "platform/linux/ui/MenuItemNative.h"
 #include "tests/platform/ui/AlertWatcher.h"
 
+#include <algorithm>
+#include <QLabel>
 #include <QMenu>
 #include <QPointer>
 #include <QSocketNotifier>
-#include <algorithm>
+#include <QTest>
 #include <stdexcept>
 
 using namespace platform::ui;
@@ -79,7 +81,22 @@ void answer(int buttonIndex)
 
 void answerNextAlert(int buttonIndex)
 {
-    current->alerts.prepared.push_back(buttonIndex);
+    current->alerts.prepared.push_back({buttonIndex, false});
+}
+
+void tickAndAnswerNextAlert(int buttonIndex)
+{
+    current->alerts.prepared.push_back({buttonIndex, true});
+}
+
+void answerEveryAlert(std::function<int(const ShownAlert&)> choose)
+{
+    current->alerts.choose = std::move(choose);
+}
+
+std::size_t preparedAnswers()
+{
+    return current->alerts.prepared.size();
 }
 
 std::vector<ShownAlert> takeAnsweredAlerts()
@@ -95,19 +112,69 @@ void launch(const std::shared_ptr<ApplicationDelegate>& delegate)
     delegate->applicationDidFinishLaunching();
 }
 
+namespace {
+
+QWidget& windowOnScreen(std::string_view identifier)
+{
+    for (auto* const widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget->objectName().toStdString() == identifier)
+            return *widget;
+    }
+    throw std::logic_error("No such window is on screen: " + std::string(identifier));
+}
+
+} // namespace
+
+std::vector<std::string> windows()
+{
+    std::vector<std::string> names;
+    for (const auto* const widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible())
+            names.push_back(widget->objectName().toStdString());
+    }
+    std::ranges::sort(names);
+    return names;
+}
+
+std::string activeWindow()
+{
+    const auto* const window = QApplication::activeWindow();
+    return window ? window->objectName().toStdString() : "";
+}
+
+bool isMinimised(std::string_view window)
+{
+    return windowOnScreen(window).isMinimized();
+}
+
+std::vector<std::string> textsIn(std::string_view window)
+{
+    auto labels = windowOnScreen(window).findChildren<QLabel*>();
+    std::ranges::stable_sort(labels, {}, [](const QLabel* label) { return label->y(); });
+    std::vector<std::string> texts;
+    for (const auto* const label : labels) {
+        if (label->isVisible() && !label->text().isEmpty())
+            texts.push_back(label->text().toStdString());
+    }
+    return texts;
+}
+
+void pressKeys(std::string_view window, std::string_view keys)
+{
+    auto& widget = windowOnScreen(window);
+    widget.activateWindow();
+    QTest::keySequence(&widget, QKeySequence(QString::fromUtf8(keys.data(), static_cast<qsizetype>(keys.size()))));
+    runEvents();
+}
+
 void closeWindow(std::string_view identifier)
 {
-    const auto windows = QApplication::topLevelWidgets();
-    const auto window = std::find_if(windows.begin(), windows.end(), [identifier](const QWidget* widget) {
-        return widget->isVisible() && widget->objectName().toStdString() == identifier;
-    });
-    if (window == windows.end())
-        throw std::logic_error("No such window is on screen: " + std::string(identifier));
+    auto& window = windowOnScreen(identifier);
     // The toolkit tells of the last window only while the application's own loop runs.
     QMetaObject::invokeMethod(
-        *window,
-        [window = *window] {
-            window->close();
+        &window,
+        [&window] {
+            window.close();
             QCoreApplication::exit();
         },
         Qt::QueuedConnection);

@@ -156,7 +156,7 @@ void step(Stepper& stepper, StepDirection direction)
     QTest::mouseClick(&box, Qt::LeftButton, {}, place.center());
 }
 
-void pick(DatePicker& picker, TimeOfDay time)
+void pick(DatePicker& picker, platform::TimeOfDay time)
 {
     auto& edit = dynamic_cast<QDateTimeEdit&>(reachable(picker));
     const auto walk = [&](QDateTimeEdit::Section section, auto component, int wanted) {

@@ -8,6 +8,7 @@
 #include "platform/ui/Stepper.h"
 #include "platform/ui/TextField.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -46,13 +47,17 @@ enum class StepDirection { Up, Down };
 void step(platform::ui::Stepper& stepper, StepDirection direction);
 
 // The action runs for every step on the way.
-void pick(platform::ui::DatePicker& picker, platform::ui::TimeOfDay time);
+void pick(platform::ui::DatePicker& picker, platform::TimeOfDay time);
 
 struct ShownAlert {
     std::string messageText;
     std::string informativeText;
     std::vector<std::string> buttons;
     bool isSheet = false;
+    // The check box below the texts.
+    std::optional<std::string> checkBox = std::nullopt;
+    bool checkBoxIsOn = false;
+    bool checkBoxIsLarge = false;
 };
 
 // The front one on screen.
@@ -62,6 +67,13 @@ void answer(int buttonIndex);
 // The next alert, modal or sheet, is answered as soon as it shows, and is noted. Calls add up, one for each alert. A
 // modal alert for which nothing was prepared ends the test program with its texts, since nobody would answer it.
 void answerNextAlert(int buttonIndex);
+// The same, after a click on its check box.
+void tickAndAnswerNextAlert(int buttonIndex);
+// How many of them still wait for their alert.
+std::size_t preparedAnswers();
+// From now on every alert for which nothing was prepared is answered so, with the index of a button; without a
+// function as before. Sheets are answered too.
+void answerEveryAlert(std::function<int(const ShownAlert&)> choose);
 // Those that were answered, oldest first; forgets them.
 std::vector<ShownAlert> takeAnsweredAlerts();
 
@@ -72,6 +84,14 @@ void runEvents();
 
 // The toolkit's application of the test program tells this delegate what applicationMain would. Held weakly.
 void launch(const std::shared_ptr<platform::ui::ApplicationDelegate>& delegate);
+// The windows on screen, by their identifiers: all, and the one with the keyboard ("" for none).
+std::vector<std::string> windows();
+std::string activeWindow();
+bool isMinimised(std::string_view window);
+// What its labels say, from top to bottom.
+std::vector<std::string> textsIn(std::string_view window);
+// Keys with modifiers, such as "Ctrl+,", in a window that is on screen.
+void pressKeys(std::string_view window, std::string_view keys);
 // With its frame's close button.
 void closeWindow(std::string_view identifier);
 // The application asked its delegate and would have ended.

@@ -1,0 +1,71 @@
+#include "messaging/BRVHelperMessager.h"
+#include "messaging/ZRKError.h"
+#include "platform/Folder.h"
+#include "platform/Localization.h"
+#include "platform/Queue.h"
+#include "platform/SystemInformation.h"
+#include "platform/UserDefaults.h"
+#include "shell/BREditorController.h"
+#include "shell/UserDefaultKeys.h"
+
+using namespace platform::ui;
+using platform::Dictionary;
+using platform::localizedString;
+
+namespace {
+
+bool userWantsAutoUpdates()
+{
+    Alert alert;
+    alert.setMessageText(localizedString("Do you want to enable automatic updates?"));
+    alert.setInformativeText(localizedString(
+        "Updates are downloaded securely and verified before installation. You can change this setting at any time "
+        "from the preferences."));
+    alert.addButton(localizedString("Enable"));
+    alert.addButton(localizedString("Maybe Later"));
+    return alert.runModal() == Alert::FirstButtonReturn;
+}
+
+bool userWantsToUninstall()
+{
+    Alert alert;
+    alert.setMessageText(localizedString("Are you sure you want to uninstall Brevane?"));
+    alert.setInformativeText(localizedString("You can't undo this action."));
+    alert.addButton(localizedString("Uninstall"));
+    alert.addButton(localizedString("Cancel"));
+    return alert.runModal() == Alert::FirstButtonReturn;
+}
+
+} // namespace
+
+bool BREditorController::applicationShouldTerminate()
+{
+    if (platform::userDefaultBool(BRVDidAskAboutAutoUpdates))
+        return true;
+    const auto& messager = BRVHelperMessager::sharedMessager();
+    const auto reply = messager->sendSynchronousMessage(BRVMessageGetAutoUpdates);
+    if (!reply)
+        return true; // the question comes at a later end
+    platform::setUserDefault(BRVDidAskAboutAutoUpdates, true);
+    const auto* const settings = reply->dictionary();
+    const bool enabled = settings && settings->boolForKey("Enabled");
+    if (!enabled && userWantsAutoUpdates())
+        (void)messager->sendSynchronousMessage(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}});
+    return true;
+}
+
+void BREditorController::uninstall()
+{
+    if (!userWantsToUninstall())
+        return;
+    // What is the user's goes first, and stays gone whatever becomes of the rest.
+    (void)platform::removeFolder(platform::homeDirectory() + "/Library/Logs/Brevane");
+    platform::removeUserDefaults();
+    BRVHelperMessager::sharedMessager()->sendMessage(BRVMessageUninstall, {}, platform::Queue::main(),
+                                                     [weak = weak_from_this()](const BRVHelperMessager::Reply& reply) {
+                                                         const auto self = weak.lock();
+                                                         if (self && !reply
+                                                             && !userCanceledAuthentication(reply.error()))
+                                                             self->didFailToUninstallWithError(reply.error());
+                                                     });
+}

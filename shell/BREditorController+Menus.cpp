@@ -1,0 +1,108 @@
+#include "platform/SystemInformation.h"
+#include "platform/Workspace.h"
+#include "shell/BREditorController.h"
+#include "shell/ProductLinks.h"
+#include "update/BRUpdateController.h"
+
+using namespace platform::ui;
+
+namespace {
+
+// Makes the window's controller when it is first asked for.
+template <class Controller>
+void showWindowOf(std::shared_ptr<Controller>& controller)
+{
+    if (!controller)
+        controller = Controller::create();
+    controller->showWindow();
+}
+
+} // namespace
+
+void BREditorController::connect(const std::shared_ptr<MenuItem>& item, void (BREditorController::*action)())
+{
+    item->setAction([weak = weak_from_this(), action] {
+        if (const auto self = weak.lock())
+            ((*self).*action)();
+    });
+    item->setValidator([weak = weak_from_this(), weakItem = std::weak_ptr(item)] {
+        const auto self = weak.lock();
+        const auto validated = weakItem.lock();
+        return self && validated && self->validateMenuItem(*validated);
+    });
+}
+
+void BREditorController::connectMenuItems()
+{
+    using Self = BREditorController;
+    connect(_outlets.aboutMenuItem, &Self::showAbout);
+    connect(_outlets.preferencesMenuItem, &Self::showPreferences);
+    connect(_outlets.checkUpdatesMenuItem, &Self::checkUpdates);
+    connect(_outlets.uninstallMenuItem, &Self::uninstall);
+    connect(_outlets.showCurrentSettingsMenuItem, &Self::showCurrentSettings);
+    connect(_outlets.mainWindowMenuItem, &Self::showMainWindow);
+    connect(_outlets.localSnapshotsMenuItem, &Self::showLocalSnapshots);
+    connect(_outlets.consoleMenuItem, &Self::showConsole);
+    connect(_outlets.openWebSiteMenuItem, &Self::openWebSite);
+    connect(_outlets.contactByMailMenuItem, &Self::contactByMail);
+    connect(_outlets.quitMenuItem, &Self::quit);
+}
+
+bool BREditorController::validateMenuItem(const MenuItem& item) const
+{
+    return !_checkingUpdates || item.identifier() != _outlets.checkUpdatesMenuItem->identifier();
+}
+
+void BREditorController::showAbout()
+{
+    orderFrontAboutPanel(platform::bundleVersion());
+}
+
+void BREditorController::showPreferences()
+{
+    showWindowOf(_preferencesController);
+}
+
+void BREditorController::showConsole()
+{
+    showWindowOf(_consoleController);
+}
+
+void BREditorController::showLocalSnapshots()
+{
+    showWindowOf(_localSnapshotsController);
+}
+
+void BREditorController::checkUpdates()
+{
+    _checkingUpdates = true;
+    BRUpdateController::checkUpdatesWithCompletionHandler([weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->_checkingUpdates = false;
+    });
+}
+
+void BREditorController::showCurrentSettings()
+{
+    updateSettings();
+}
+
+void BREditorController::showMainWindow()
+{
+    _outlets.window->makeKeyAndOrderFront();
+}
+
+void BREditorController::openWebSite()
+{
+    platform::openURL(BRVWebSiteURL);
+}
+
+void BREditorController::contactByMail()
+{
+    platform::openURL(BRVSupportMailURL);
+}
+
+void BREditorController::quit()
+{
+    terminateApplication();
+}

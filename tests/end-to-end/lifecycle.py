@@ -1,0 +1,235 @@
+"""What a person does with Brevane's windows, preferences, updates and its end, done with real clicks and keys.
+
+    lifecycle.py BUILD-FOLDER STORY
+"""
+import os
+import plistlib
+import subprocess
+import sys
+
+from stories import DEFAULTS, Story, expect, run, wait_for
+
+UPDATES = "Library/Preferences/com.zerkolin.brevane.updates.plist"
+QUESTION = "Do you want to enable automatic updates?"
+ANSWERS = ["Enable", "Maybe Later"]
+AUTOMATIC = "Install updates automatically"
+PASSWORD = "Require a password to change the schedule"
+UP_TO_DATE = "You are up to date."
+NEW_VERSION = "New version available."
+NOT_CHECKED = "Brevane was unable to check for updates."
+
+
+class Lifecycle(Story):
+    # What is kept
+
+    def defaults(self):
+        return self._read(DEFAULTS)
+
+    def installs_updates(self):
+        return self._read(UPDATES).get("Enabled", False)
+
+    def _read(self, name):
+        try:
+            with open(self.sandbox.path(name), "rb") as file:
+                return plistlib.load(file)
+        except FileNotFoundError:
+            return {}
+
+    def forget_question(self):
+        os.remove(self.sandbox.path(DEFAULTS))
+
+    # The windows
+
+    def active_window(self):
+        shown = subprocess.run(["xdotool", "getactivewindow", "getwindowname"], env=self.desktop.environment,
+                               capture_output=True, text=True, check=False)
+        return shown.stdout.strip()
+
+    def wait_active(self, name):
+        wait_for(f"the keyboard in {name}", lambda: self.active_window() == name)
+
+    def choose_from_menu(self, menu, item):
+        """By the letters that the menus show."""
+        self.desktop.key(f"alt+{menu}")
+        self.desktop.find("menu item", item)
+        self.desktop.find("menu item", item).click()
+
+    def ask_to_quit(self):
+        self.desktop.key("ctrl+q")
+
+    def wait_for_end(self):
+        wait_for("the application to end", lambda: self.application.poll() is not None)
+        expect(self.application.returncode == 0, f"the application ended with {self.application.returncode}")
+
+    def is_checked(self, name):
+        return self.desktop.find("check box", name).checked
+
+    def switch(self, name):
+        box = self.desktop.find("check box", name)
+        before = box.checked
+        box.click()
+        wait_for(f"{name} to change", lambda: box.checked != before)
+
+    def open_preferences(self):
+        self.desktop.key("ctrl+comma")
+        self.desktop.find("frame", "Preferences")
+        self.wait_active("Preferences")
+
+    # The stories
+
+    def every_window_opens_from_the_menus_and_by_its_key(self):
+        self.start_all()
+        self.wait_active("Brevane")
+        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console")):
+            self.desktop.key(key)
+            self.desktop.find("frame", name)
+            self.wait_active(name)
+            # From there back to the main window, and again to the same one.
+            self.desktop.key("ctrl+0")
+            self.wait_active("Brevane")
+            self.desktop.key(key)
+            self.wait_active(name)
+            expect(len(self.desktop.matching("frame", name)) == 1, f"there is more than one {name}")
+            self.desktop.key("ctrl+w")
+            self.desktop.wait_gone("frame", name)
+            self.wait_active("Brevane")
+        for menu, item, name in (("r", "Preferences.*", "Preferences"), ("d", "Local Snapshots", "Local Snapshots"),
+                                 ("d", "Console", "Console")):
+            self.choose_from_menu(menu, item)
+            self.wait_active(name)
+            self.desktop.key("ctrl+0")
+            self.wait_active("Brevane")
+        self.choose_from_menu("r", "About Brevane")
+        about = self.desktop.find("dialog", "About Brevane")
+        program = os.readlink(f"/proc/{self.application.pid}/exe")
+        version = subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout.split()
+        expect(f"Version {version[1]}" in about.texts(), f"the panel says {about.texts()}")
+        about.button("OK").click()
+        self.desktop.wait_gone("dialog", "About Brevane")
+        expect(self.application.poll() is None, "the application ended")
+        self.quit_application()
+
+    def quitting_asks_once_about_automatic_updates(self):
+        self.forget_question()
+        self.start_all()
+        self.ask_to_quit()
+        self.answer_alert(QUESTION, "You can change this setting at any time from the preferences.", "Maybe Later",
+                          ANSWERS)
+        self.wait_for_end()
+        expect(self.defaults() == {"DidAskAboutAutoUpdates": True}, f"the defaults are {self.defaults()}")
+        expect(not self.installs_updates(), "automatic updates are on")
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        self.quit_application()
+
+    def enabling_automatic_updates_when_quitting_asks_for_the_password(self):
+        self.forget_question()
+        self.start_all()
+        self.wait_active("Brevane")
+        self.desktop.key("alt+F4")
+        self.answer_alert(QUESTION, "Updates are downloaded securely", "Enable", ANSWERS)
+        self.answer_prompt("Authenticate")
+        self.wait_for_end()
+        expect(self.installs_updates(), "automatic updates are off")
+
+    def the_preferences_hold_after_a_restart(self):
+        self.start_all()
+        self.open_preferences()
+        expect(not self.is_checked(AUTOMATIC) and self.is_checked(PASSWORD), "the boxes do not show the defaults")
+        self.switch(AUTOMATIC)
+        self.answer_prompt("Authenticate")
+        wait_for("automatic updates to be on", self.installs_updates)
+        self.quit_application()
+        self.kill_helper()
+        self.sandbox.start_helper()
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        self.open_preferences()
+        expect(self.is_checked(AUTOMATIC), "automatic updates are shown as off")
+        self.quit_application()
+
+    def a_refused_preference_goes_back(self):
+        self.start_all()
+        self.open_preferences()
+        for name in (AUTOMATIC, PASSWORD):
+            before = self.is_checked(name)
+            self.desktop.find("check box", name).click()
+            self.answer_prompt("Cancel")
+            wait_for(f"{name} to go back", lambda shown=name, was=before: self.is_checked(shown) == was)
+        self.expect_no_alert()
+        expect(not self.installs_updates(), "automatic updates are on")
+        self.quit_application()
+
+    def without_a_password_the_schedule_changes_without_a_question(self):
+        self.start_all()
+        self.open_preferences()
+        self.switch(PASSWORD)
+        self.answer_prompt("Authenticate")
+        expect(not self.is_checked(PASSWORD), "the password is still required")
+        self.desktop.key("ctrl+0")
+        self.wait_active("Brevane")
+        self.enter_interval(75)
+        self.press_apply()
+        self.expect_no_prompt()
+        self.answer_alert("Settings applied successfully.", "Brevane will now enforce the new scheduling.", "OK", ["OK"])
+        self.quit_application()
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        self.open_preferences()
+        expect(not self.is_checked(PASSWORD), "the password is required again")
+        self.quit_application()
+
+    def a_second_start_brings_the_first_ones_window_forward(self):
+        self.start_all()
+        self.open_preferences()
+        second = self.sandbox.start_application(self.desktop.environment)
+        wait_for("the second start to end", lambda: second.poll() is not None)
+        expect(second.returncode == 0, f"the second start ended with {second.returncode}")
+        self.wait_active("Brevane")
+        expect(self.application.poll() is None, "the first one ended")
+        expect(len(self.desktop.matching("frame", "Brevane")) == 1, "there are two main windows")
+
+        self.desktop.key("ctrl+m")
+        wait_for("the window to be minimised", lambda: self.active_window() != "Brevane")
+        second = self.sandbox.start_application(self.desktop.environment)
+        wait_for("the second start to end", lambda: second.poll() is not None)
+        self.wait_active("Brevane")
+
+        # One that was killed is no obstacle.
+        self.application.kill()
+        self.application.wait()
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        self.quit_application()
+
+    def a_check_without_a_feed_says_why(self):
+        self.start_all()
+        self.choose_from_menu("r", "Check for Updates.*")
+        alert = self.desktop.dialog(NOT_CHECKED)
+        alert.button("OK").click()
+        wait_for("the alert to close", lambda: not self.is_alert_shown(NOT_CHECKED))
+        self.quit_application()
+
+    def a_new_version_can_wait(self):
+        version = self.sandbox.offer_update()
+        self.start_all()
+        for _ in range(2):
+            self.choose_from_menu("r", "Check for Updates.*")
+            self.answer_alert(NEW_VERSION, f"Brevane {version} is available. Would you like to update now?", "Later",
+                              ["Update", "Download", "Later"])
+        self.quit_application()
+
+    def an_update_whose_prompt_is_dismissed_leaves_everything_as_it_is(self):
+        self.sandbox.offer_update()
+        self.start_all()
+        self.choose_from_menu("r", "Check for Updates.*")
+        self.answer_alert(NEW_VERSION, "is available.", "Update", ["Update", "Download", "Later"])
+        self.answer_prompt("Cancel")
+        self.expect_no_alert()
+        self.choose_from_menu("r", "Check for Updates.*")
+        self.answer_alert(NEW_VERSION, "is available.", "Later", ["Update", "Download", "Later"])
+        self.quit_application()
+
+
+if __name__ == "__main__":
+    sys.exit(run(Lifecycle, *sys.argv[1:]))
