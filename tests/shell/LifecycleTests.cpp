@@ -58,7 +58,7 @@ TEST_CASE("a launch without a scheduler helper says that it is disabled and ends
     CHECK(alert.informativeText.starts_with("The background scheduler appears to be disabled."));
     CHECK(alert.buttons == Texts{"Go to Web Site", "Ask for Support", "OK"});
     CHECK(scripted::workspace::openedURLs().empty());
-    CHECK(scripted::service::requests().size() == 1);
+    CHECK(scripted::service::requests().size() == 2); // the schedule and, at the end, the automatic updates
 }
 
 TEST_CASE("a launch without an installed scheduler helper says so and offers the web site")
@@ -85,7 +85,7 @@ TEST_CASE("a schedule that is no dictionary counts as one that cannot be read")
     setUp({});
     PlayedScheduler scheduler({});
     const std::string list = R"(<plist version="1.0"><array/></plist>)";
-    scheduler.answerWith(platform::ServiceDictionary{{"payload", platform::Data(list.begin(), list.end())}});
+    scheduler.answerMessage(1, platform::ServiceDictionary{{"payload", platform::Data(list.begin(), list.end())}});
     const auto alert = alertOfFailedLaunch(2);
     CHECK(alert.informativeText.starts_with("Could not deserialize reply for message (1)."));
 }

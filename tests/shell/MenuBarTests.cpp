@@ -258,12 +258,13 @@ TEST_CASE("the Edit menu works in the interval's field")
     MenuTest test;
     test.user.press("intervalField", Key::End);
     test.choose("selectAllMenuItem");
-    test.choose("cutMenuItem");
-    CHECK(test.user.text("intervalField").empty());
+    test.choose("copyMenuItem");
+    test.user.replaceText("intervalField", "7");
+    test.choose("selectAllMenuItem");
     test.choose("pasteMenuItem");
     CHECK(test.user.text("intervalField") == "90");
     test.choose("undoMenuItem");
-    CHECK(test.user.text("intervalField").empty());
+    CHECK(test.user.text("intervalField") == "7");
     test.choose("redoMenuItem");
     CHECK(test.user.text("intervalField") == "90");
 }

@@ -1,6 +1,7 @@
 #include "platform/Calendar.h"
 
 #include <ctime>
+#include <cstdlib>
 #include <doctest/doctest.h>
 
 namespace {

@@ -33,6 +33,7 @@ public:
     explicit PreferencesTest(const std::optional<Dictionary>& right = Dictionary{{"rule", Array{"authenticate-admin"}}})
         : scheduler((setUp({}), ScheduleSettings()))
     {
+        authorization::reset(); // what was held before is gone, which is of no interest
         if (right)
             authorization::setDefinition(BRVRightModifySettings1, *right);
     }

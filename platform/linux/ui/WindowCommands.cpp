@@ -14,7 +14,7 @@ void bringAllToFront()
         if (widget->isVisible() && widget->windowType() == Qt::Window)
             widget->raise();
     }
-    if (active)
+    if (active && active->windowType() == Qt::Window)
         active->raise();
 }
 

@@ -138,6 +138,7 @@ std::vector<std::string> windows()
 
 std::string activeWindow()
 {
+    runEvents(); // it becomes so with an event
     const auto* const window = QApplication::activeWindow();
     return window ? window->objectName().toStdString() : "";
 }
