@@ -1,7 +1,7 @@
 #include "platform/Calendar.h"
 
-#include <ctime>
 #include <cstdlib>
+#include <ctime>
 #include <doctest/doctest.h>
 
 namespace {
