@@ -16,6 +16,7 @@ AUTOMATIC = "Install updates automatically"
 PASSWORD = "Require a password to change the schedule"
 UP_TO_DATE = "You are up to date."
 NEW_VERSION = "New version available."
+UNINSTALL = "Are you sure you want to uninstall Brevane?"
 NOT_CHECKED = "Brevane was unable to check for updates."
 
 
@@ -27,6 +28,9 @@ class Lifecycle(Story):
 
     def installs_updates(self):
         return self._read(UPDATES).get("Enabled", False)
+
+    def installed_version(self):
+        return self._read("Library/Brevane/installation.plist").get("HumanVersion")
 
     def _read(self, name):
         try:
@@ -45,8 +49,11 @@ class Lifecycle(Story):
                                capture_output=True, text=True, check=False)
         return shown.stdout.strip()
 
+    def is_active(self, name):
+        return self.active_window() in (name, f"{name} \N{EM DASH} Brevane")
+
     def wait_active(self, name):
-        wait_for(f"the keyboard in {name}", lambda: self.active_window() == name)
+        wait_for(f"the keyboard in {name}", lambda: self.is_active(name))
 
     def choose_from_menu(self, menu, item):
         """By the letters that the menus show."""
@@ -65,10 +72,11 @@ class Lifecycle(Story):
         return self.desktop.find("check box", name).checked
 
     def switch(self, name):
-        box = self.desktop.find("check box", name)
-        before = box.checked
-        box.click()
-        wait_for(f"{name} to change", lambda: box.checked != before)
+        """A check box whose change the user allows."""
+        before = self.is_checked(name)
+        self.desktop.find("check box", name).click()
+        self.answer_prompt("Authenticate")
+        wait_for(f"{name} to change", lambda: self.is_checked(name) != before)
 
     def open_preferences(self):
         self.desktop.key("ctrl+comma")
@@ -137,7 +145,6 @@ class Lifecycle(Story):
         self.open_preferences()
         expect(not self.is_checked(AUTOMATIC) and self.is_checked(PASSWORD), "the boxes do not show the defaults")
         self.switch(AUTOMATIC)
-        self.answer_prompt("Authenticate")
         wait_for("automatic updates to be on", self.installs_updates)
         self.quit_application()
         self.kill_helper()
@@ -164,7 +171,6 @@ class Lifecycle(Story):
         self.start_all()
         self.open_preferences()
         self.switch(PASSWORD)
-        self.answer_prompt("Authenticate")
         expect(not self.is_checked(PASSWORD), "the password is still required")
         self.desktop.key("ctrl+0")
         self.wait_active("Brevane")
@@ -190,7 +196,7 @@ class Lifecycle(Story):
         expect(len(self.desktop.matching("frame", "Brevane")) == 1, "there are two main windows")
 
         self.desktop.key("ctrl+m")
-        wait_for("the window to be minimised", lambda: self.active_window() != "Brevane")
+        wait_for("the window to be minimised", lambda: not self.is_active("Brevane"))
         second = self.sandbox.start_application(self.desktop.environment)
         wait_for("the second start to end", lambda: second.poll() is not None)
         self.wait_active("Brevane")
@@ -229,6 +235,38 @@ class Lifecycle(Story):
         self.choose_from_menu("r", "Check for Updates.*")
         self.answer_alert(NEW_VERSION, "is available.", "Later", ["Update", "Download", "Later"])
         self.quit_application()
+
+    def an_update_is_installed_and_the_new_version_starts(self):
+        version = self.sandbox.offer_update()
+        self.start_all()
+        self.choose_from_menu("r", "Check for Updates.*")
+        self.answer_alert(NEW_VERSION, f"Brevane {version} is available.", "Update", ["Update", "Download", "Later"])
+        self.answer_prompt("Authenticate")
+        self.wait_for_end()
+        wait_for("the new version to be installed", lambda: self.installed_version() == version, 40)
+        self.desktop.find("frame", "Brevane", seconds=40)
+        self.ask_to_quit()
+        self.desktop.wait_gone("frame", "Brevane")
+
+    def an_uninstallation_leaves_nothing_behind(self):
+        self.start_all()
+        logs = self.sandbox.path("home/Library/Logs/Brevane")
+        os.makedirs(logs, exist_ok=True)  # there is none when root plays this
+        with open(os.path.join(logs, "application.1.log"), "w", encoding="utf-8") as file:
+            file.write("a line\n")
+        self.choose_from_menu("r", "Uninstall Brevane.*")
+        self.answer_alert(UNINSTALL, "You can't undo this action.", "Cancel", ["Uninstall", "Cancel"])
+        expect(os.path.exists(logs) and self.defaults(), "something is gone already")
+
+        self.choose_from_menu("r", "Uninstall Brevane.*")
+        self.answer_alert(UNINSTALL, "You can't undo this action.", "Uninstall", ["Uninstall", "Cancel"])
+        self.answer_prompt("Authenticate")
+        wait_for("the product's folder to go", lambda: not os.path.exists(self.sandbox.path("Library/Brevane")))
+        expect(not os.path.exists(logs), "the log is still there")
+        expect(not self.defaults(), "the defaults are still there")
+        self.expect_no_alert()
+        self.quit_application()
+        expect(not self.defaults(), "the defaults are there again")
 
 
 if __name__ == "__main__":

@@ -51,12 +51,15 @@ void click(MenuItem& item)
     auto& action = *item.native().action;
     if (!action.isVisible())
         throw std::logic_error("\"" + item.identifier() + "\" is hidden");
+    auto* const active = QApplication::activeWindow();
     // Opening the menu lets the item's validator speak.
     for (auto* const object : action.associatedObjects()) {
         if (auto* const menu = qobject_cast<QMenu*>(object)) {
             menu->popup({});
             const bool enabled = action.isEnabled();
             menu->hide();
+            if (active)
+                active->activateWindow(); // as a desktop does
             if (!enabled)
                 throw std::logic_error("\"" + item.identifier() + "\" is disabled");
         }
