@@ -14,7 +14,8 @@ namespace platform {
 struct JSONField {
     enum class Kind { Absent, String, Other };
     Kind kind = Kind::Absent;
-    // A string itself; of other values what "%@" prints of them, "<null>" for null. UTF-8.
+    // A string itself, or the digits of a number that is beyond 64 bits; of other values what "%@" prints of them,
+    // "<null>" for null. UTF-8.
     std::string_view text;
 
     bool isString(std::string_view string) const { return kind == Kind::String && text == string; }

@@ -151,6 +151,18 @@ TEST_CASE("Before 10.12 the backup daemon's old messages are shown, each run set
     CHECK(process::starts().empty());
 }
 
+TEST_CASE("On an old system the text never starts with an empty line, even with the start of a backup")
+{
+    ConsoleFixture fixture;
+    scripted::system::setOperatingSystemVersion({10, 11, 6});
+    for (const char* const start : {"Starting automatic backup", "Starting manual backup"}) {
+        scripted::legacylog::setMessages("com.apple.backupd", {{"1763632582", start}, {"1763632583", start}});
+        const std::string line = std::string("11/20/25, 9:56:2%\u202FAM: ") + start + "\n";
+        const auto at = [&line](char second) { return std::string(line).replace(line.find('%'), 1, 1, second); };
+        CHECK(BRVConsoleController::fetchASL().string() == at('2') + "\n" + at('3'));
+    }
+}
+
 TEST_CASE("Without old messages the text is empty")
 {
     ConsoleFixture fixture;

@@ -74,6 +74,33 @@ TEST_CASE("Missing keys, null and values of unknown types are met")
           == theDate + " Time Machine m\n");
 }
 
+TEST_CASE("A record with a number beyond 64 bits is shown, and so are all others")
+{
+    ConsoleFixture fixture;
+    CHECK(linesOf(element(R"(,"eventMessage":"before")") + ","
+                  + element(R"(,"traceID":340282366920938463463374607431768211456,"eventMessage":"beside")") + ","
+                  + element(R"(,"eventMessage":18446744073709551616)"))
+          == theDate + " Time Machine before\n" + theDate + " Time Machine beside\n" + theDate
+              + " Time Machine 18446744073709551616\n");
+}
+
+TEST_CASE("Messages of the types Info and Fault are plain, and the case of a type matters")
+{
+    ConsoleFixture fixture;
+    for (const char* const type : {"Info", "Fault", "error", "DEFAULT", "debug", ""}) {
+        CAPTURE(type);
+        setToolOutput("[" + record("com.apple.TimeMachine", type, "m") + "]");
+        CHECK(styled(BRVConsoleController::fetchLog()) == "p[" + theDate + " ]b[Time Machine]p[ m\n]");
+    }
+}
+
+TEST_CASE("The application's own lines show the last component of its executable's path")
+{
+    ConsoleFixture fixture;
+    CHECK(linesOf(record("com.zerkolin.brevane", "Default", "m", "/opt/brevane/Brevane")) == theDate + " Brevane m\n");
+    CHECK(linesOf(record("com.zerkolin.brevane", "Default", "m", "/opt/brevane/")) == theDate + " brevane m\n");
+}
+
 TEST_CASE("Dates show with the separators of the tool and of the format; what is no date shows as question marks")
 {
     ConsoleFixture fixture;

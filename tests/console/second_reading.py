@@ -20,7 +20,8 @@ PATHS = ["/opt/brevane/brevane", "/Library/Brevane/com.zerkolin.brevane.schedule
          "/a/b/", "com.zerkolin.brevane.scheduler/"]
 PIECES = ["backup", " ", "Thermal Pressure Level", "thermal", "pressure level", "\u00e9", "\u20ac", "\U0001f600", "\n", "\t",
           "\\", '"', "{", "[", "]", ",", "v", "VOLUME", "\u00a0", "/", "\u007f", "THERMAL PRESSURE LEVEL 3", "\u2028"]
-SCALARS = [None, True, False, 0, 12, -3, 1.5, 1e300, 18446744073709551615, [], {}]
+SCALARS = [None, True, False, 0, 12, -3, 1.5, 1e300, 18446744073709551615, 18446744073709551616, -(10 ** 30),
+           [], {}]
 
 
 def message():

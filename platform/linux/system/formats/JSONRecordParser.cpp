@@ -1,9 +1,9 @@
 #include "platform/linux/system/formats/JSONRecordParser.h"
 
 #include "platform/Format.h"
+#include "platform/linux/system/formats/LargeNumbers.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <simdjson.h>
 #include <string>
 #include <vector>
@@ -40,19 +40,6 @@ PropertyList propertyListOfObject(dom::object object)
     return members;
 }
 
-std::string realText(double number)
-{
-    char text[32];
-    std::snprintf(text, sizeof text, "%.17g", number);
-    for (int digits = 1; digits < 17; ++digits) {
-        char shorter[32];
-        std::snprintf(shorter, sizeof shorter, "%.*g", digits, number);
-        if (std::strtod(shorter, nullptr) == number)
-            return shorter;
-    }
-    return text;
-}
-
 // The texts of what a property list does not hold.
 PropertyList propertyList(dom::element value)
 {
@@ -64,7 +51,7 @@ PropertyList propertyList(dom::element value)
     case dom::element_type::UINT64:
         return std::to_string(value.get_uint64().value_unsafe());
     case dom::element_type::DOUBLE:
-        return realText(value.get_double().value_unsafe());
+        return value.get_double().value_unsafe();
     case dom::element_type::BOOL:
         return value.get_bool().value_unsafe();
     case dom::element_type::ARRAY:
@@ -77,6 +64,22 @@ PropertyList propertyList(dom::element value)
     return std::string("<null>");
 }
 
+void readMembers(dom::object object, std::span<const std::string_view> keys, std::span<JSONField> fields,
+                 std::span<std::string> descriptions)
+{
+    for (const dom::key_value_pair member : object) {
+        const auto place = static_cast<std::size_t>(std::ranges::find(keys, member.key) - keys.begin());
+        if (place == keys.size())
+            continue;
+        if (member.value.is_string()) {
+            fields[place] = {JSONField::Kind::String, member.value.get_string().value_unsafe()};
+            continue;
+        }
+        descriptions[place] = description(propertyList(member.value));
+        fields[place] = {JSONField::Kind::Other, descriptions[place]};
+    }
+}
+
 } // namespace
 
 JSONRecordParser::JSONRecordParser() : _native(std::make_unique<Native>()) { }
@@ -86,8 +89,13 @@ JSONRecordParser::~JSONRecordParser() = default;
 std::optional<std::size_t> JSONRecordParser::parse(std::string_view array, std::span<const std::string_view> keys,
                                                    const JSONRecords::Visitor& visit)
 {
+    auto& parser = _native->parser;
     dom::array elements;
-    const auto failure = _native->parser.parse(array.data(), array.size(), false).get_array().get(elements);
+    auto failure = parser.parse(array.data(), array.size(), false).get_array().get(elements);
+    if (failure) {
+        if (const auto quoted = quoteLargeNumbers(array))
+            failure = parser.parse(*quoted).get_array().get(elements);
+    }
     if (failure) {
         _failure = simdjson::error_message(failure);
         return std::nullopt;
@@ -100,22 +108,8 @@ std::optional<std::size_t> JSONRecordParser::parse(std::string_view array, std::
         ++count;
         fields.assign(keys.size(), {});
         dom::object object;
-        if (element.get_object().get(object) != simdjson::SUCCESS)
-            object = {};
-        else {
-            for (const dom::key_value_pair member : object) {
-                const auto place = static_cast<std::size_t>(std::ranges::find(keys, member.key) - keys.begin());
-                if (place == keys.size())
-                    continue;
-                auto& field = fields[place];
-                if (member.value.is_string()) {
-                    field = {JSONField::Kind::String, member.value.get_string().value_unsafe()};
-                    continue;
-                }
-                descriptions[place] = description(propertyList(member.value));
-                field = {JSONField::Kind::Other, descriptions[place]};
-            }
-        }
+        if (element.get_object().get(object) == simdjson::SUCCESS)
+            readMembers(object, keys, fields, descriptions);
         visit(fields);
     }
     return count;
