@@ -1,6 +1,7 @@
 #include "diagnostics/console/BRVConsoleController.h"
 
 #include "diagnostics/console/RichText.h"
+#include "diagnostics/log/ZRKQueue.h"
 #include "platform/FileWriting.h"
 #include "platform/Localization.h"
 #include "platform/Queue.h"
@@ -36,6 +37,13 @@ Result<void> writeChoice(const SavePanel::Choice& choice, const StyledText& text
 }
 
 } // namespace
+
+BRVConsoleController::BRVConsoleController() : _exportQueue(ZRKQueueContextCreate("com.zerkolin.brevane.export")) { }
+
+BRVConsoleController::~BRVConsoleController()
+{
+    _exportQueue->sync([] { });
+}
 
 std::shared_ptr<BRVConsoleController> BRVConsoleController::create()
 {
@@ -124,7 +132,7 @@ void BRVConsoleController::exportLog()
 void BRVConsoleController::write(const SavePanel::Choice& choice)
 {
     // A long text takes a while to write, too; it is the one of this moment, whatever is fetched meanwhile.
-    Queue::global()->async(
+    _exportQueue->async(
         [weak = weak_from_this(), choice, text = _textView->textStorage(), font = userFixedPitchFont()] {
             const auto written = writeChoice(choice, *text, font);
             if (written)

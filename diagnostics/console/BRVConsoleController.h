@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Queue.h"
 #include "platform/StyledText.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/Interface.h"
@@ -16,6 +17,10 @@ public:
     static constexpr const char* windowNibName = "BRVConsole";
 
     static std::shared_ptr<BRVConsoleController> create();
+    // Waits for what the user is saving, which is not lost when the application ends.
+    ~BRVConsoleController();
+    BRVConsoleController(const BRVConsoleController&) = delete;
+    BRVConsoleController& operator=(const BRVConsoleController&) = delete;
 
     // Brings the window to the front. Loads it, and fetches the log, the first time.
     void showWindow();
@@ -38,12 +43,13 @@ public:
     static platform::Color redColor();
 
 private:
-    BRVConsoleController() = default;
+    BRVConsoleController();
     void loadWindow();
     void finishRefresh(std::shared_ptr<const platform::StyledText> text);
     void write(const platform::ui::SavePanel::Choice& choice);
     void presentError(const platform::Error& error);
 
+    std::shared_ptr<platform::Queue> _exportQueue;
     std::unique_ptr<platform::ui::Interface> _interface;
     std::shared_ptr<platform::ui::TextView> _textView;
     std::shared_ptr<platform::ui::ProgressIndicator> _spinningIndicator;

@@ -142,6 +142,36 @@ TEST_CASE("Tags that the user entered are set on the file, and failing at that i
     CHECK_FALSE(user::currentAlert());
 }
 
+TEST_CASE("What is being saved when the application ends is saved, with its tags")
+{
+    Exporting fixture;
+    scripted::files::setDuration(std::chrono::milliseconds(300));
+    fixture.save("log.txt", "backup");
+    // The panel's answer comes with the next turn of the main loop; the file comes later.
+    user::runEvents();
+    CHECK(scripted::files::written().empty());
+    const auto text = fixture.string();
+    fixture.console.reset();
+    REQUIRE(scripted::files::written().size() == 1);
+    CHECK(scripted::files::written()[0].bytes == text);
+    CHECK(scripted::files::written()[0].tagNames == std::vector<std::string>{"backup"});
+}
+
+TEST_CASE("Two files that are saved one right after the other are both there, the later one last")
+{
+    Exporting fixture;
+    scripted::files::setDuration(std::chrono::milliseconds(100));
+    for (const char* const name : {"one.txt", "two.rtf"}) {
+        fixture.save(name);
+        user::runEvents();
+    }
+    fixture.console.reset();
+    const auto files = scripted::files::written();
+    REQUIRE(files.size() == 2);
+    CHECK(files[0].path == fixture.folder.file("one.txt"));
+    CHECK(files[1].path == fixture.folder.file("two.rtf"));
+}
+
 TEST_CASE("A file that cannot be written is told in a sheet of the console")
 {
     Exporting fixture;

@@ -1,6 +1,7 @@
 #include "tests/platform/ScriptedFiles.h"
 
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace scripted::files {
@@ -10,6 +11,7 @@ namespace {
 std::mutex filesMutex;
 std::vector<File> filesWritten;
 std::optional<platform::Error> filesFailure;
+std::chrono::milliseconds filesDuration{};
 
 } // namespace
 
@@ -18,12 +20,19 @@ void reset()
     const std::lock_guard lock(filesMutex);
     filesWritten.clear();
     filesFailure.reset();
+    filesDuration = {};
 }
 
 void setFailure(std::optional<platform::Error> error)
 {
     const std::lock_guard lock(filesMutex);
     filesFailure = std::move(error);
+}
+
+void setDuration(std::chrono::milliseconds duration)
+{
+    const std::lock_guard lock(filesMutex);
+    filesDuration = duration;
 }
 
 std::vector<File> written()
@@ -39,7 +48,11 @@ namespace platform {
 Result<void> writeFileAtomically(const std::string& path, std::string_view bytes)
 {
     using namespace scripted::files;
-    const std::lock_guard lock(filesMutex);
+    std::unique_lock lock(filesMutex);
+    const auto duration = filesDuration;
+    lock.unlock();
+    std::this_thread::sleep_for(duration);
+    lock.lock();
     if (filesFailure)
         return std::unexpected(*filesFailure);
     filesWritten.push_back({path, std::string(bytes), {}});

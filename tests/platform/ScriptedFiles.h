@@ -2,6 +2,7 @@
 
 #include "platform/FileWriting.h"
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,8 @@ struct File {
 void reset();
 // Of writing from now on.
 void setFailure(std::optional<platform::Error> error);
+// Each writing takes so long from now on.
+void setDuration(std::chrono::milliseconds duration);
 std::vector<File> written();
 
 } // namespace scripted::files
