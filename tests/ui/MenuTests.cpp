@@ -1,6 +1,9 @@
 #include "platform/linux/ui/MenuItemNative.h"
+#include "platform/linux/ui/StyledTextView.h"
+#include "platform/linux/ui/ViewNative.h"
 #include "platform/linux/ui/WindowNative.h"
 #include "platform/ui/Interface.h"
+#include "platform/ui/TextView.h"
 #include "tests/platform/ui/User.h"
 
 #include <doctest/doctest.h>
@@ -190,6 +193,32 @@ TEST_CASE("The Edit menu copies from a text that cannot be edited, also in anoth
     CHECK(QApplication::clipboard()->text() == "one\ntwo");
     for (const char* const name : {"undoMenuItem", "redoMenuItem", "cutMenuItem", "pasteMenuItem"})
         CHECK_THROWS_AS(user::click(*interface->menuItem(name)), std::logic_error);
+}
+
+TEST_CASE("The Edit menu selects and copies in the log's text, and leaves it to itself otherwise")
+{
+    const auto interface = Interface::load("MainWindow");
+    const auto console = Interface::load("BRVConsole");
+    interface->window()->makeKeyAndOrderFront();
+    console->window()->makeKeyAndOrderFront();
+    auto& area = console->outlet<TextView>("consoleTextView")->native().as<StyledTextView>()->area();
+    area.setFocus();
+    user::runEvents();
+    REQUIRE(QApplication::focusWidget() == &area);
+    const auto check = [&](std::initializer_list<const char*> disabled) {
+        for (const char* const name : disabled)
+            CHECK_THROWS_AS(user::click(*interface->menuItem(name)), std::logic_error);
+    };
+    QApplication::clipboard()->setText("earlier");
+    check({"selectAllMenuItem", "copyMenuItem"});
+    auto text = std::make_shared<platform::StyledText>();
+    text->appendString("one\ntwo\n", {});
+    area.setText(text);
+    check({"copyMenuItem", "undoMenuItem", "redoMenuItem", "cutMenuItem", "pasteMenuItem"});
+    user::click(*interface->menuItem("selectAllMenuItem"));
+    CHECK(area.selectedText() == "one\ntwo\n");
+    user::click(*interface->menuItem("copyMenuItem"));
+    CHECK(QApplication::clipboard()->text() == "one\ntwo\n");
 }
 
 TEST_CASE("The Window menu acts on the window that the user is in")

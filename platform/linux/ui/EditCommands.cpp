@@ -1,6 +1,7 @@
 #include "platform/linux/ui/EditCommands.h"
 
 #include "platform/linux/ui/MenuItemBinding.h"
+#include "platform/linux/ui/StyledTextArea.h"
 
 #include <QAbstractSpinBox>
 #include <QAction>
@@ -54,6 +55,13 @@ bool mayRunInText(const QByteArray& command, const Text& text)
     return !text.document()->isEmpty();
 }
 
+bool mayRun(const QByteArray& command, const StyledTextArea& text)
+{
+    if (command == "copy")
+        return !text.selection().isEmpty();
+    return command == "selectAll" && !text.text()->empty();
+}
+
 } // namespace
 
 EditCommands::EditCommands(QMainWindow& window) : QObject(&window)
@@ -94,6 +102,8 @@ bool EditCommands::isPossible(const QByteArray& command) const
         return mayRunInText(command, *text);
     if (const auto* const text = qobject_cast<QTextEdit*>(focused))
         return mayRunInText(command, *text);
+    if (const auto* const text = qobject_cast<StyledTextArea*>(focused))
+        return mayRun(command, *text);
     return false;
 }
 

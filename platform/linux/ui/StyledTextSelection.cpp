@@ -20,11 +20,6 @@ constexpr int dragScrollMilliseconds = 50;
 
 constexpr QKeySequence::StandardKey ownKeys[] = {QKeySequence::Copy, QKeySequence::SelectAll};
 
-QString localizedText(std::string_view key)
-{
-    return QString::fromStdString(localizedString(key));
-}
-
 } // namespace
 
 TextStretch StyledTextArea::selection() const
@@ -259,10 +254,13 @@ void StyledTextArea::contextMenuEvent(QContextMenuEvent* event)
 {
     QMenu menu(this);
     const bool any = !_text->empty();
-    menu.addAction(localizedText("Copy"), this, &StyledTextArea::copy)->setEnabled(!selection().isEmpty());
-    menu.addAction(localizedText("Select All"), this, &StyledTextArea::selectAll)->setEnabled(any);
+    const auto add = [&](const std::string& title, auto action, bool enabled) {
+        menu.addAction(QString::fromStdString(title), this, action)->setEnabled(enabled);
+    };
+    add(localizedString("Copy"), &StyledTextArea::copy, !selection().isEmpty());
+    add(localizedString("Select All"), &StyledTextArea::selectAll, any);
     menu.addSeparator();
-    menu.addAction(localizedText("Find…"), this, &StyledTextArea::findRequested)->setEnabled(any);
+    add(localizedString("Find…"), &StyledTextArea::findRequested, any);
     menu.exec(event->globalPos());
 }
 
