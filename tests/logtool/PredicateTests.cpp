@@ -86,6 +86,8 @@ TEST_CASE("A wrong predicate is told with what is wrong and where")
     CHECK(failureOf("subsystem == 'a' subsystem == 'b'") == "expected '&&', '||' or the end at column 18");
     CHECK(failureOf("subsystem == 'a") == "the text at column 14 has no closing quotation mark");
     CHECK(failureOf("subsystem == 'a\\") == "the text at column 14 has no closing quotation mark");
+    CHECK(failureOf("subsystem == \u00e9") == "'\u00e9' at column 14 has no meaning");
+    CHECK(failureOf("subsystem == \xE9") == "'\uFFFD' at column 14 has no meaning");
     CHECK(failureOf("()") == "expected a key or '(' at column 2");
     CHECK(failureOf("subsystem == 'a' & subsystem == 'b'") == "'&' at column 18 has no meaning");
     CHECK(failureOf(std::string(100000, '(')) == "it is too long");

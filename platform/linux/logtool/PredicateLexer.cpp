@@ -1,5 +1,7 @@
 #include "platform/linux/logtool/PredicateLexer.h"
 
+#include "platform/Unicode.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -38,6 +40,13 @@ std::string lowerCase(std::string text)
     return text;
 }
 
+std::string firstCharacter(std::string_view text)
+{
+    std::string character;
+    platform::appendCharacter(character, platform::takeCharacter(text));
+    return character;
+}
+
 } // namespace
 
 std::expected<Token, std::string> PredicateLexer::next()
@@ -53,7 +62,7 @@ std::expected<Token, std::string> PredicateLexer::next()
         return word();
     const auto sign = std::ranges::find_if(signs, [rest](const Sign& each) { return rest.starts_with(each.text); });
     if (sign == signs.end())
-        return std::unexpected("'" + std::string(1, rest.front()) + "' at column " + std::to_string(_position + 1)
+        return std::unexpected("'" + firstCharacter(rest) + "' at column " + std::to_string(_position + 1)
                                + " has no meaning");
     _position += sign->text.size();
     return Token{sign->kind, {}, _position + 1 - sign->text.size()};
