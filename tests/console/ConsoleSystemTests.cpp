@@ -7,6 +7,7 @@
 #include "tests/platform/ui/User.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileContent.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <chrono>
@@ -14,7 +15,6 @@
 #include <cstdlib>
 #include <doctest/doctest.h>
 #include <fstream>
-#include <iterator>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -22,12 +22,6 @@
 using namespace platform;
 
 namespace {
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // A root in which the log tool is a shell script.
 struct Root {
@@ -42,7 +36,7 @@ struct Root {
         ::chmod(path.c_str(), 0755);
     }
     std::string file(const char* name) const { return folder.file(name); }
-    std::string log() const { return contentOf(file("var/log/system.jsonl")); }
+    std::string log() const { return contentOfFile(file("var/log/system.jsonl")); }
 
     TemporaryDirectory folder;
     EnvironmentVariable root;
@@ -73,7 +67,7 @@ pid_t pidIn(const std::string& path)
 {
     pid_t pid = 0;
     for (int attempt = 0; attempt < 400 && pid == 0; ++attempt) {
-        pid = std::atoi(contentOf(path).c_str());
+        pid = std::atoi(contentOfFile(path).c_str());
         ::usleep(25000);
     }
     return pid;
@@ -97,7 +91,7 @@ TEST_CASE("A real tool is given its arguments and its output is read")
     root.setTool("printf '%s\\n' \"$0\" \"$@\" > \"$BREVANE_ROOT/arguments\"\nprintf '%s' '" + std::string(oneRecord)
                  + "'");
     CHECK(BRVConsoleController::fetchLog().string() == "11/20/26, 9:56:22\u202FAM Time Machine real\n");
-    CHECK(contentOf(root.file("arguments"))
+    CHECK(contentOfFile(root.file("arguments"))
           == root.file("usr/bin/log")
               + "\nshow\n--debug\n--info\n--predicate\n(subsystem == \"com.zerkolin.brevane\") || ((subsystem == "
                 "\"com.apple.TimeMachine\") && (processImagePath endswith \"backupd\"))\n--style\njson\n");
@@ -200,10 +194,10 @@ TEST_CASE("A file is replaced as a whole with its permissions, and tags are set 
     const TemporaryDirectory folder;
     const auto path = folder.file("a file");
     CHECK(writeFileAtomically(path, "one"));
-    CHECK(contentOf(path) == "one");
+    CHECK(contentOfFile(path) == "one");
     ::chmod(path.c_str(), 0600);
     CHECK(writeFileAtomically(path, "two"));
-    CHECK(contentOf(path) == "two");
+    CHECK(contentOfFile(path) == "two");
     struct stat status{};
     ::stat(path.c_str(), &status);
     CHECK((status.st_mode & 0777) == 0600);

@@ -1,12 +1,11 @@
 #include "tests/console/ConsoleFixture.h"
 #include "tests/platform/ScriptedProcess.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/FileContent.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <cstdlib>
 #include <doctest/doctest.h>
-#include <fstream>
-#include <iterator>
 #include <random>
 
 using namespace platform;
@@ -43,8 +42,7 @@ TEST_CASE("Ten thousand random arrays of records read as a slow and plain second
     const auto path = folder.file("arrays");
     ChildProcess python({"python3", SECOND_READING, "10000", path});
     REQUIRE(python.wait() == 0);
-    std::ifstream file(path, std::ios::binary);
-    const std::string content{std::istreambuf_iterator<char>(file), {}};
+    const auto content = contentOfFile(path);
     std::string_view rest = content;
     std::mt19937 random(1);
     int arrays = 0;

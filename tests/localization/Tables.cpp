@@ -1,9 +1,8 @@
 #include "tests/localization/Tables.h"
 
 #include "platform/PropertyListCoding.h"
+#include "tests/support/FileContent.h"
 
-#include <fstream>
-#include <iterator>
 #include <regex>
 
 namespace tables {
@@ -21,8 +20,7 @@ std::string path(std::string_view language)
 
 std::string bytes(std::string_view language)
 {
-    std::ifstream file(path(language), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    return contentOfFile(path(language));
 }
 
 Texts read(std::string_view language)

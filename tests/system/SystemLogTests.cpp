@@ -1,5 +1,6 @@
 #include "platform/SystemLog.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileContent.h"
 #include "tests/support/ForkedProcess.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -9,8 +10,6 @@
 #include <doctest/doctest.h>
 #include <errno.h>
 #include <fcntl.h>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 #include <thread>
 #include <unistd.h>
@@ -19,11 +18,7 @@
 namespace {
 
 struct StoreFixture {
-    std::string content(const std::string& name) const
-    {
-        std::ifstream stream(_root.file("var/log/" + name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string content(const std::string& name) const { return contentOfFile(_root.file("var/log/" + name)); }
     std::vector<std::string> lines(const std::string& name) const
     {
         std::vector<std::string> lines;
@@ -151,8 +146,7 @@ TEST_CASE_FIXTURE(StoreFixture, "A failure of logging is an error of no subsyste
     REQUIRE(found.size() == 1);
     CHECK(membersAfterTimestamp(found[0]).starts_with(R"(,"messageType":"Error","subsystem":"","category":"",)"
                                                       R"("eventMessage":"Failed to open log file (13).",)"));
-    std::ifstream told(_root.file("stderr"));
-    CHECK(std::string(std::istreambuf_iterator<char>(told), {}) == "Failed to open log file (13).\n");
+    CHECK(contentOfFile(_root.file("stderr")) == "Failed to open log file (13).\n");
 }
 
 TEST_CASE_FIXTURE(StoreFixture, "A sandbox's legacy log holds time, sender, facility, level and message")
@@ -181,6 +175,5 @@ TEST_CASE("A store that cannot be made loses its messages and nothing else")
     auto log = platform::SystemLog::create("s", "c");
     log->message(0, "lost");
     platform::LegacyLog::open("f")->send("Error", "lost");
-    std::ifstream stream(file);
-    CHECK(std::string(std::istreambuf_iterator<char>(stream), {}).empty());
+    CHECK(contentOfFile(file).empty());
 }

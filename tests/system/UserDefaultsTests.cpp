@@ -1,12 +1,11 @@
 #include "platform/PropertyListCoding.h"
 #include "platform/UserDefaults.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileContent.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <doctest/doctest.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sys/stat.h>
 
 using platform::PropertyList;
@@ -15,11 +14,7 @@ namespace {
 
 struct HomeFixture {
     std::string path() const { return _home.file("Library/Preferences/com.zerkolin.brevane.application.plist"); }
-    std::string content() const
-    {
-        std::ifstream stream(path());
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
+    std::string content() const { return contentOfFile(path()); }
 
     TemporaryDirectory _home;
     EnvironmentVariable _variable{"HOME", _home.path()};

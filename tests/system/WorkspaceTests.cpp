@@ -1,14 +1,13 @@
 #include "platform/BackgroundItem.h"
 #include "platform/Workspace.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileContent.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <chrono>
 #include <cstdlib>
 #include <doctest/doctest.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -37,8 +36,7 @@ struct DesktopFixture {
         const auto path = _programs.file("arguments");
         for (int turn = 0; turn < 500 && !std::filesystem::exists(path); ++turn)
             std::this_thread::sleep_for(10ms);
-        std::ifstream stream(path);
-        std::string text(std::istreambuf_iterator<char>(stream), {});
+        const auto text = contentOfFile(path);
         std::filesystem::remove(path);
         return text.starts_with(_programs.path()) ? text.substr(_programs.path().size() + 1) : text;
     }

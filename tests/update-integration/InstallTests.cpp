@@ -2,6 +2,7 @@
 #include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
+#include "tests/support/FileContent.h"
 #include "tests/update-integration/UpdateMachine.h"
 
 #include <cerrno>
@@ -47,12 +48,6 @@ void checkFailure(const platform::ServiceReply& reply, std::int64_t code, const 
     CHECK(error.underlying->code == causeCode);
 }
 
-std::string contentAt(const std::string& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 std::map<std::string, std::string> withoutLogs(std::map<std::string, std::string> tree)
 {
     std::erase_if(tree,
@@ -86,7 +81,7 @@ TEST_CASE("An update replaces the installation, and the helper goes on as the ne
     REQUIRE(waitUntil([&] {
         std::error_code failure;
         auto path = files::read_symlink(program, failure);
-        return !failure && contentAt(program).ends_with("version 2.0") && machine.helperProcess() == process;
+        return !failure && contentOfFile(program).ends_with("version 2.0") && machine.helperProcess() == process;
     }));
     REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetAutoUpdates).has_value(); }));
     CHECK(resultIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
@@ -124,7 +119,7 @@ TEST_CASE("What somebody else had put beside the product's files is still there 
     machine.offer("2.0");
     std::ofstream(machine.product() + "/share/mine") << "mine";
     REQUIRE(resultIn(install(machine)).contains("Applied"));
-    CHECK(contentAt(machine.product() + "/share/mine") == "mine");
+    CHECK(contentOfFile(machine.product() + "/share/mine") == "mine");
     files::remove(machine.product() + "/share/mine");
     CHECK(machine.wholeVersion() == "2.0");
 }
@@ -188,7 +183,7 @@ TEST_CASE("A package without a signature, with a damaged one or with somebody el
     machine.start();
     machine.offer("2.0");
     const auto package = machine.served("Brevane.pkg");
-    const auto good = contentAt(package);
+    const auto good = contentOfFile(package);
     const auto unsignedPackage = good.substr(0, good.size() - 72);
     for (const auto& content : {unsignedPackage, std::string(), std::string("short"), good + "x"}) {
         machine.serveFeed({{"Version", "2.0"}, {"HumanVersion", "2"}, {"Package", "Brevane.pkg"}});

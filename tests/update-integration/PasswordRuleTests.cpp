@@ -2,12 +2,11 @@
 #include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
+#include "tests/support/FileContent.h"
 #include "tests/update-integration/UpdateMachine.h"
 
 #include <doctest/doctest.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sys/stat.h>
 
 namespace files = std::filesystem;
@@ -57,8 +56,7 @@ TEST_CASE("Where an authority reads rules, a file says the same, readable by eve
     struct stat status{};
     REQUIRE(::stat((folder + ruleName).c_str(), &status) == 0);
     CHECK(status.st_mode == 0100644);
-    std::ifstream stream(folder + ruleName);
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    const auto text = contentOfFile(folder + ruleName);
     CHECK(text.contains("action.id == \"com.zerkolin.brevane.settings.modify-1\""));
     CHECK(text.contains("polkit.Result.YES"));
     CHECK(std::distance(files::directory_iterator(folder), {}) == 1);

@@ -7,12 +7,12 @@
 #include "platform/linux/system/AtomicFile.h"
 #include "platform/linux/system/BusPeer.h"
 #include "platform/PropertyListCoding.h"
+#include "tests/support/FileContent.h"
 
 #include <chrono>
 #include <doctest/doctest.h>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
@@ -27,12 +27,6 @@ namespace {
 constexpr const char* python = "/usr/bin/python3";
 constexpr const char* feedProgram = BREVANE_SOURCE "/sandbox/feed.py";
 constexpr const char* testFolder = BREVANE_SOURCE "/tests/update-integration/";
-
-std::string contentOfFile(const std::string& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
-}
 
 void writeFile(const std::string& path, const std::string& content)
 {

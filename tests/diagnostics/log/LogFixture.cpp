@@ -1,12 +1,11 @@
 #include "tests/diagnostics/log/LogFixture.h"
 
 #include "tests/diagnostics/log/CountedCalls.h"
+#include "tests/support/FileContent.h"
 
 #include <algorithm>
 #include <doctest/doctest.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <sstream>
 
 LogFixture::LogFixture()
@@ -34,8 +33,7 @@ std::uint64_t LogFixture::size(const std::string& suffix) const
 
 std::string LogFixture::content(const std::string& suffix) const
 {
-    std::ifstream stream(path(suffix), std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return contentOfFile(path(suffix));
 }
 
 std::vector<std::string> LogFixture::files() const

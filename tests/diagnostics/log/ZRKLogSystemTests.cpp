@@ -1,5 +1,6 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileContent.h"
 #include "tests/support/ForkedProcess.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -9,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <grp.h>
-#include <iterator>
 #include <sched.h>
 #include <stdexcept>
 #include <sys/mount.h>
@@ -31,12 +31,6 @@ void becomeUser(uid_t real, uid_t effective)
     require(::setgroups(0, nullptr), "setgroups");
     require(::setresgid(nobody, nobody, nobody), "setresgid");
     require(::setresuid(real, effective, effective), "setresuid");
-}
-
-std::string contentOf(const std::string& path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 // The real machine with a home and a root that every user may write to.
@@ -64,9 +58,9 @@ struct MachineFixture {
             return said;
         });
     }
-    std::string userLog() const { return contentOf(_home.file("Library/Logs/Brevane/application.log")); }
-    std::string rootLog() const { return contentOf(_root.file("Library/Logs/Brevane/application.log")); }
-    std::string systemLog() const { return contentOf(_root.file("var/log/system.jsonl")); }
+    std::string userLog() const { return contentOfFile(_home.file("Library/Logs/Brevane/application.log")); }
+    std::string rootLog() const { return contentOfFile(_root.file("Library/Logs/Brevane/application.log")); }
+    std::string systemLog() const { return contentOfFile(_root.file("var/log/system.jsonl")); }
 
     TemporaryDirectory _root;
     TemporaryDirectory _home;
