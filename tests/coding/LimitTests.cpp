@@ -130,6 +130,39 @@ TEST_CASE("a million different numbers are written and read in time linear in th
     CHECK(secondsOf([&] { CHECK(propertyListWithData(binaryPropertyList(value).value()).value() == value); }) < enough);
 }
 
+TEST_CASE("a million small dictionaries are written within what a bus carries in one message, and read again")
+{
+    constexpr std::size_t mostOfBus = 32U << 20;
+    Array array;
+    for (int i = 0; i < 1'000'000; ++i)
+        array.emplace_back(Dictionary{{"Weekday", i % 7 + 1}, {"Hour", i % 24}, {"Minute", i % 60}});
+    const PropertyList value(std::move(array));
+    const Data bytes = binaryPropertyList(value).value();
+    CHECK(bytes.size() < mostOfBus);
+    CHECK(propertyListWithData(bytes).value() == value);
+}
+
+TEST_CASE("a large input may unfold into as many values as it has bytes, and no more than there is room for")
+{
+    const auto counted = [](char marker, std::size_t count) {
+        std::string text{marker, '\x12'};
+        for (const int shift : {24, 16, 8, 0})
+            text += static_cast<char>(count >> shift);
+        return text;
+    };
+    const auto unfolding = [&](std::size_t nodes, std::size_t size) {
+        // An array of arrays of a thousand, beside data that fills the input up.
+        const auto outer = counted('\xAF', nodes / 1000) + std::string(nodes / 1000, '\2');
+        const auto thousand = counted('\xAF', 1000) + std::string(1000, '\3');
+        return binary({"\xA2\1\4", outer, thousand, "\x09", counted('\x4F', size) + std::string(size, 'x')});
+    };
+    CHECK(propertyListWithData(unfolding(3'900'000, 1000)));
+    CHECK(isDamaged(unfolding(4'100'000, 1000)));
+    CHECK(propertyListWithData(unfolding(5'900'000, 6'000'000)));
+    CHECK(isDamaged(unfolding(6'100'000, 6'000'000)));
+    CHECK(isDamaged(unfolding(10'100'000, 20'000'000)));
+}
+
 TEST_CASE("three hundred thousand different keys are written and read in time linear in their count")
 {
     Dictionary dictionary;

@@ -2,6 +2,7 @@
 #include "platform/Format.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/schedule/EditingModel.h"
+#include "tests/schedule/Instrumented.h"
 #include "tests/schedule/RowsUser.h"
 
 #include <doctest/doctest.h>
@@ -384,11 +385,6 @@ Sequence shrunk(Sequence sequence)
     return sequence;
 }
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool isInstrumented = true;
-#else
-constexpr bool isInstrumented = false;
-#endif
 constexpr std::uint64_t sequences = isInstrumented ? 100 : 2000;
 
 std::string report(std::uint64_t seed, const Sequence& sequence)

@@ -19,8 +19,11 @@ namespace {
 using namespace BinaryFormat;
 using namespace BinaryMarker;
 
-// What a value may unfold into. Text and data may be shared, but not so often that a small input becomes a vast value.
-constexpr std::uint64_t maximumNodes = 4'000'000;
+// What a value may unfold into. Objects may be shared, but not so often that a small input becomes a vast value. A
+// large one may have a node for each of its bytes, which lists of a million dictionaries need, up to what memory has
+// room for.
+constexpr std::uint64_t sharedNodes = 4'000'000;
+constexpr std::uint64_t maximumNodes = 10'000'000;
 constexpr std::uint64_t sharedBytes = 16U << 20;
 
 using Bytes = std::span<const std::uint8_t>;
@@ -59,7 +62,11 @@ struct Extent {
 
 class Guard {
 public:
-    explicit Guard(Bytes bytes) : _bytes(bytes) { }
+    explicit Guard(Bytes bytes)
+        : _bytes(bytes),
+          _mostNodes(std::clamp<std::uint64_t>(bytes.size(), sharedNodes, maximumNodes))
+    {
+    }
 
     bool isSound()
     {
@@ -86,6 +93,7 @@ private:
     bool add(std::uint64_t parent, std::uint64_t child);
 
     Bytes _bytes;
+    std::uint64_t _mostNodes;
     std::size_t _offsetSize = 0;
     std::size_t _referenceSize = 0;
     std::uint64_t _objectCount = 0;
@@ -110,7 +118,7 @@ bool Guard::readTrailer()
         return false;
     const std::uint64_t end = _bytes.size() - trailerSize;
     return _root < _objectCount && _table >= header.size() && _table < end
-        && _objectCount <= (end - _table) / _offsetSize && _objectCount <= maximumNodes;
+        && _objectCount <= (end - _table) / _offsetSize && _objectCount <= _mostNodes;
 }
 
 // Content lies between the header and the offset table.
@@ -235,7 +243,7 @@ bool Guard::add(std::uint64_t parent, std::uint64_t child)
     extent.depth = std::max<std::uint16_t>(extent.depth, part.depth + 1);
     extent.nodes += part.nodes;
     extent.bytes += part.bytes;
-    return extent.depth <= maximumPropertyListDepth && extent.nodes <= maximumNodes
+    return extent.depth <= maximumPropertyListDepth && extent.nodes <= _mostNodes
         && extent.bytes <= sharedBytes + 4 * _bytes.size();
 }
 
@@ -254,7 +262,7 @@ bool Guard::measure(std::uint64_t root)
         }
         const auto at = visit.object.content + visit.next * _referenceSize;
         const auto child = bigEndian(_bytes.subspan(at, _referenceSize));
-        if (child >= _objectCount || ++_visited > 2 * maximumNodes || _extents[child].state == Extent::Entered)
+        if (child >= _objectCount || ++_visited > 2 * _mostNodes || _extents[child].state == Extent::Entered)
             return false;
         if (_extents[child].state == Extent::Unknown) {
             if (!enter(child, path))

@@ -82,6 +82,9 @@ BinaryWriter::Object BinaryWriter::addBoolean(bool value)
 
 BinaryWriter::Object BinaryWriter::addInteger(std::int64_t value)
 {
+    const auto [found, isNew] = _integers.try_emplace(value, static_cast<Object>(_entries.size()));
+    if (!isNew)
+        return found->second;
     encodeInteger(value);
     return endObject();
 }

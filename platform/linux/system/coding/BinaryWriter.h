@@ -20,7 +20,7 @@ public:
     using Object = std::uint32_t;
 
     Object addBoolean(bool value);
-    Object addInteger(std::int64_t value);
+    Object addInteger(std::int64_t value); // equal ones are kept once
     Object addReal(double value);
     Object addDate(Date value);
     Object addData(std::span<const std::uint8_t> value);
@@ -60,6 +60,7 @@ private:
     std::vector<Object> _references;
     std::vector<Entry> _entries;
     std::unordered_map<std::string, Object, Hash, std::equal_to<>> _strings;
+    std::unordered_map<std::int64_t, Object> _integers;
 };
 
 } // namespace platform
