@@ -5,11 +5,12 @@
 #include "platform/ui/PopUpButton.h"
 #include "schedule/ScheduleSettings.h"
 
+#include <algorithm>
+
 using namespace platform::ui;
 
 namespace {
 
-constexpr int noIndex = -1;
 constexpr int everyDayIndex = 0;
 constexpr int mondayIndex = 2; // the separator is between
 constexpr int sundayIndex = 8;
@@ -30,8 +31,8 @@ bool isShown(const platform::Dictionary& entry)
         && (hasNumber(entry, ScheduleKey::Weekday) || hasNumber(entry, ScheduleKey::Hour));
 }
 
-// For a weekday that there is not, an index that selects nothing: the row is then written back as one that the
-// scheduler helper refuses by its key, rather than as another day.
+// A weekday for which the pop-up has no item selects none: the row is then written back as one that the scheduler
+// helper refuses by its key, rather than as another day.
 int popUpIndexOfEntry(const platform::Dictionary& entry)
 {
     if (!hasNumber(entry, ScheduleKey::Weekday))
@@ -39,7 +40,8 @@ int popUpIndexOfEntry(const platform::Dictionary& entry)
     const std::int64_t weekday = entry.integerForKey(ScheduleKey::Weekday);
     if (weekday == 0)
         return sundayIndex;
-    return weekday >= 1 && weekday <= 7 ? static_cast<int>(weekday) - 1 + mondayIndex : noIndex;
+    constexpr std::int64_t beyond = sundayIndex + 1; // held in the range of an index
+    return static_cast<int>(std::clamp(weekday, -beyond, beyond)) - 1 + mondayIndex;
 }
 
 template <class T>

@@ -173,11 +173,17 @@ TEST_CASE("a time that cannot be counted leaves the row's picker at the current 
 
 TEST_CASE("a weekday that there is not selects nothing and is written as none, which the scheduler helper refuses")
 {
-    for (const std::int64_t weekday : {std::int64_t{8}, std::int64_t{100}, std::int64_t{-1}, largest, smallest}) {
+    for (const std::int64_t weekday : {std::int64_t{8}, std::int64_t{100}, std::int64_t{-2}, largest, smallest}) {
         CAPTURE(weekday);
         CHECK(rewritten(Array{Dictionary{{"Weekday", weekday}, {"Hour", 9}, {"Minute", 0}}})
               == Array{Dictionary{{"Weekday", -2}, {"Hour", 9}, {"Minute", 0}}});
     }
+}
+
+TEST_CASE("a weekday stands one place further down the pop-up than its number, so that -1 is every day")
+{
+    CHECK(rewritten(Array{Dictionary{{"Weekday", -1}, {"Hour", 9}, {"Minute", 0}}})
+          == Array{Dictionary{{"Hour", 9}, {"Minute", 0}}});
 }
 
 TEST_CASE("the sub-record and its entries have their keys in order, with values of their own types")

@@ -99,7 +99,7 @@ void EditingModel::showCalendar()
         if (!entry || has("Day") || (!has("Weekday") && !has("Hour")))
             continue;
         const std::int64_t weekday = entry->integerForKey("Weekday");
-        const bool exists = weekday >= 0 && weekday <= 7;
+        const bool exists = weekday >= -1 && weekday <= 7;
         CalendarRow row;
         row.weekday = !has("Weekday") ? 0 : !exists ? -1 : weekday == 0 ? 8 : static_cast<int>(weekday) + 1;
         // Small numbers only: those that no calendar can count have a test of their own.
