@@ -19,7 +19,9 @@ std::shared_ptr<BREditorController> BREditorController::create()
 BREditorController::BREditorController(std::unique_ptr<Interface> interface)
     : _interface(std::move(interface)),
       _outlets(*_interface),
-      _stackView(ZRKStackView::create(_outlets.stackView))
+      _stackView(ZRKStackView::create(_outlets.stackView)),
+      _modeStackView(ZRKStackView::create(_outlets.modeStackView)),
+      _suspendStackView(ZRKStackView::create(_outlets.suspendStackView))
 {
 }
 
@@ -48,6 +50,10 @@ void BREditorController::awakeFromNib()
     BRVDatePicker::correctLayout(*_outlets.suspendToPicker);
     _supportsSnapshots = ZRKSystemVersionManager::sharedManager().runningAtLeast(3);
     _stackView->setOrientation(ZRKStackView::Vertical);
+    // The last view takes the room that the controls leave.
+    _modeStackView->setViews({_outlets.backupsCheckBox, _outlets.operationModePopUp, View::create()});
+    _suspendStackView->setViews({_outlets.suspendCheckBox, _outlets.suspendFromPicker, _outlets.suspendToLabel,
+                                 _outlets.suspendToPicker, View::create()});
     if (!_supportsSnapshots) {
         _outlets.localSnapshotsMenuItem->setHidden(true);
         _outlets.localSnapshotsMenuItem->setKeyEquivalent("");

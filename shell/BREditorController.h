@@ -95,6 +95,8 @@ private:
     std::unique_ptr<platform::ui::Interface> _interface;
     MainWindowOutlets _outlets;
     std::shared_ptr<ZRKStackView> _stackView;
+    std::shared_ptr<ZRKStackView> _modeStackView;
+    std::shared_ptr<ZRKStackView> _suspendStackView;
     std::shared_ptr<BRVViewController> _currentViewController;
     std::array<std::shared_ptr<BRVViewController>, OperationModeCount> _viewControllers; // by OperationMode
     std::optional<ScheduleSettings> _currentSettings;                                    // as last fetched or applied

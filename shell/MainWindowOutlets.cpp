@@ -10,6 +10,7 @@ MainWindowOutlets::MainWindowOutlets(const Interface& interface)
       snapshotsCheckBox(interface.outlet<CheckBox>("snapshotsCheckBox")),
       suspendCheckBox(interface.outlet<CheckBox>("suspendCheckBox")),
       suspendFromPicker(interface.outlet<DatePicker>("suspendFromPicker")),
+      suspendToLabel(interface.outlet<View>("suspendToLabel")),
       suspendToPicker(interface.outlet<DatePicker>("suspendToPicker")),
       dontRunWhenPassiveCheckBox(interface.outlet<CheckBox>("dontRunWhenPassiveCheckBox")),
       dontRunWithSleepPreventersCheckBox(interface.outlet<CheckBox>("dontRunWithSleepPreventersCheckBox")),

@@ -17,6 +17,7 @@ struct MainWindowOutlets {
     std::shared_ptr<platform::ui::CheckBox> snapshotsCheckBox;
     std::shared_ptr<platform::ui::CheckBox> suspendCheckBox;
     std::shared_ptr<platform::ui::DatePicker> suspendFromPicker;
+    std::shared_ptr<platform::ui::View> suspendToLabel;
     std::shared_ptr<platform::ui::DatePicker> suspendToPicker;
     std::shared_ptr<platform::ui::CheckBox> dontRunWhenPassiveCheckBox;
     std::shared_ptr<platform::ui::CheckBox> dontRunWithSleepPreventersCheckBox;
