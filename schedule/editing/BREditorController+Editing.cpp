@@ -59,7 +59,7 @@ bool BREditorController::reloadSettings()
         reply = std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeReply,
                                                           {{"message", std::int64_t{BRVMessageGetSettings}}}));
     }
-    _currentSettings = reply ? std::optional(*reply->dictionary()) : std::nullopt;
+    _currentSettings = reply ? std::optional(std::move(*reply->dictionary())) : std::nullopt;
     if (!reply)
         displayAlertWithTitle(localizedString("Could not get settings."), reply.error(), false);
     return reply.has_value();
