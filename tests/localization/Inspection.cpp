@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QAbstractSpinBox>
 #include <QComboBox>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -86,6 +87,16 @@ void complainOfRoom(const QWidget& widget, Complaints& complaints)
                              + std::to_string(missingItemWidth(*box)));
 }
 
+void complainOfHeaders(const QWidget& window, Complaints& complaints)
+{
+    for (const auto* const header : window.findChildren<QHeaderView*>()) {
+        for (int section = 0; header->isVisible() && section < header->count(); ++section) {
+            if (header->sectionSize(section) < header->sectionSizeHint(section))
+                complaints.push_back("The title of column " + std::to_string(section) + " does not fit");
+        }
+    }
+}
+
 void complainOfEdges(const QWidget& window, const QWidget& widget, Complaints& complaints)
 {
     for (const auto* holder = widget.parentWidget(); holder; holder = holder->parentWidget()) {
@@ -122,6 +133,7 @@ Complaints complaintsAbout(const QWidget& window)
         complainOfRoom(*control, complaints);
         complainOfEdges(window, *control, complaints);
     }
+    complainOfHeaders(window, complaints);
     complainOfOverlaps(window, controls, complaints);
     return complaints;
 }

@@ -2,8 +2,9 @@
 #include "platform/linux/system/coding/StringTable.h"
 #include "platform/linux/ui/AlertBox.h"
 #include "tests/localization/Inspection.h"
+#include "tests/pictures/Onlooker.h"
+#include "tests/pictures/States.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
-#include "tests/platform/ScriptedPreferences.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ui/AlertWatcher.h"
 #include "tests/shell/support/EditorTest.h"
@@ -13,23 +14,20 @@
 #include <functional>
 #include <QAbstractButton>
 #include <QApplication>
+#include <QLabel>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
-#include <QPointer>
 #include <QScreen>
 
 // Every case here runs in each language and at each scale, in a process of its own whose environment says which.
 
 using inspection::complaintsAbout;
-using platform::ui::AlertBox;
 
 namespace {
 
 // An ordinary screen: at twice the scale a window has half of it.
 constexpr QSize OrdinaryScreen{1920, 1080};
-// What a list's frame may take from one side more than from the other.
-constexpr int FrameEdge = 2;
 
 QMainWindow& mainWindow()
 {
@@ -72,6 +70,24 @@ private:
     QString _letters;
 };
 
+void checkLetters(const QWidget& window)
+{
+    Letters letters;
+    if (const auto* const mainWindow = qobject_cast<const QMainWindow*>(&window);
+        mainWindow && mainWindow->menuWidget()) {
+        for (const auto* const action : mainWindow->menuWidget()->actions())
+            letters.add(action->text());
+    }
+    for (const auto* const button : window.findChildren<QAbstractButton*>()) {
+        if (button->isVisible() && button->window() == &window)
+            letters.add(button->text());
+    }
+    for (const auto* const label : window.findChildren<QLabel*>()) {
+        if (label->isVisible() && label->buddy())
+            letters.add(label->text());
+    }
+}
+
 // The main window in each state that a person can bring it into.
 void forEachState(const std::function<void(EditorTest&)>& look)
 {
@@ -111,28 +127,31 @@ void lookAtSheet()
     checkNothingIsWrong(*box);
 }
 
-// Looks at an alert that shows by itself before it is answered.
-class ModalInspector : public QObject {
+// Complains of whatever is wrong with what it is shown.
+class Critic : public Onlooker {
 public:
-    ModalInspector() { qApp->installEventFilter(this); }
-    bool eventFilter(QObject* object, QEvent* event) override
-    {
-        if (event->type() != QEvent::Show)
-            return false;
-        if (const QPointer box = qobject_cast<AlertBox*>(object)) {
-            QMetaObject::invokeMethod(
-                this,
-                [this, box] {
-                    ++seen;
-                    checkNothingIsWrongNow(*box);
-                },
-                Qt::QueuedConnection);
-        }
-        return false;
-    }
-
     int seen = 0;
+
+protected:
+    void see(QWidget& window, QWidget* sheet) override
+    {
+        ++seen;
+        const QWidget& front = sheet ? *sheet : window;
+        checkNothingIsWrongNow(front);
+        checkLetters(front);
+    }
 };
+
+void checkEveryState()
+{
+    for (const State& state : states()) {
+        CAPTURE(state.name);
+        Critic critic;
+        state.show(critic);
+        CHECK(critic.seen == 1);
+        user::runEvents();
+    }
+}
 
 // Each way in which the scheduler helper may be out of reach.
 void forEachDiagnosis(const std::function<void(std::int64_t)>& show)
@@ -247,10 +266,7 @@ TEST_CASE("from right to left the main window is its own mirror image")
         for (const auto& [name, frame] : straight[state]) {
             CAPTURE(name.toStdString());
             REQUIRE(frames.contains(name));
-            const auto expected = inspection::mirrored(frame, widths[state]);
-            CHECK(std::abs(frames.at(name).left() - expected.left()) <= FrameEdge);
-            CHECK(frames.at(name).size() == expected.size());
-            CHECK(frames.at(name).top() == expected.top());
+            CHECK(frames.at(name) == inspection::mirrored(frame, widths[state]));
         }
         ++state;
     });
@@ -271,19 +287,6 @@ TEST_CASE("the menus fit on the screen and their letters are told apart")
     }
 }
 
-TEST_CASE("in the main window each letter for Alt has one meaning")
-{
-    EditorTest editor(completeRecordWith("BackupsMode", "CalendarIntervals"));
-    editor.user.click("advancedSettingsButton");
-    Letters letters;
-    for (const auto* const action : mainWindow().menuBar()->actions())
-        letters.add(action->text());
-    for (const auto* const button : mainWindow().centralWidget()->findChildren<QAbstractButton*>()) {
-        if (button->isVisible())
-            letters.add(button->text());
-    }
-}
-
 TEST_CASE("no diagnosis on a sheet is cut off")
 {
     EditorTest editor(completeRecord());
@@ -294,62 +297,15 @@ TEST_CASE("no diagnosis on a sheet is cut off")
     });
 }
 
-TEST_CASE("no diagnosis at launch is cut off")
+TEST_CASE("nothing is cut off in any window or alert, and each letter for Alt has one meaning there")
 {
-    EditorTest editor(completeRecord());
-    const std::string title = platform::StringTable::shared().stringForKey("Could not get settings.");
-    ModalInspector inspector;
-    forEachDiagnosis([&](std::int64_t code) {
-        user::answerNextAlert(0);
-        editor.controller->displayAlertWithTitle(title, messagerError(code), false);
-        CHECK(inspector.seen == 1);
-    });
+    checkEveryState();
 }
 
-TEST_CASE("no notice is cut off")
+TEST_CASE("the same holds from right to left")
 {
-    EditorTest editor(completeRecordWith("AllowBattery", false));
-    SUBCASE("applied")
-    {
-        editor.user.click("suspendCheckBox");
-        REQUIRE(editor.apply());
-    }
-    SUBCASE("applied, while the system's own backups are on")
-    {
-        scripted::preferences::set("AutoBackup", "com.apple.TimeMachine", true);
-        editor.user.click("suspendCheckBox");
-        REQUIRE(editor.apply());
-    }
-    SUBCASE("already applied")
-    {
-        scripted::preferences::set("AutoBackup", "com.apple.TimeMachine", true);
-        CHECK_FALSE(editor.apply());
-    }
-    SUBCASE("nothing scheduled anymore")
-    {
-        editor.user.click("snapshotsCheckBox");
-        editor.user.click("backupsCheckBox");
-        REQUIRE(editor.apply());
-    }
-    SUBCASE("on battery power")
-    {
-        editor.user.click("allowBatteryCheckBox");
-    }
-    SUBCASE("no settings to open")
-    {
-        scripted::background::setSettingsOpen(false);
-        editor.controller->finishDisplayAlertWithResponse(1000, false, true);
-    }
-    lookAtSheet();
-}
-
-TEST_CASE("the news that Brevane stays installed is not cut off")
-{
-    EditorTest editor(completeRecord());
-    ModalInspector inspector;
-    user::answerNextAlert(0);
-    editor.controller->didFailToUninstallWithError(messagerError(ZRKMessagerErrorServiceDisappeared));
-    CHECK(inspector.seen == 1);
+    const RightToLeft direction;
+    checkEveryState();
 }
 
 TEST_CASE("alerts read from right to left as well")

@@ -1,27 +1,10 @@
 #include "tests/pictures/Photographer.h"
 
-#include "platform/linux/ui/AlertBox.h"
-#include "tests/platform/ui/AlertWatcher.h"
-
 #include <cstdio>
-#include <QApplication>
-#include <QEvent>
 #include <QPainter>
-#include <QPointer>
-#include <stdexcept>
-
-using platform::ui::AlertBox;
+#include <QWidget>
 
 namespace {
-
-QWidget& windowNamed(const char* identifier)
-{
-    for (auto* const widget : QApplication::topLevelWidgets()) {
-        if (widget->isVisible() && widget->objectName() == QLatin1String(identifier))
-            return *widget;
-    }
-    throw std::logic_error(std::string("No such window is on screen: ") + identifier);
-}
 
 QPixmap framed(QWidget& widget)
 {
@@ -51,51 +34,11 @@ QPixmap inFront(QWidget& sheet, QWidget& window)
 
 } // namespace
 
-Photographer::Photographer(QDir folder, QString prefix) : _folder(std::move(folder)), _prefix(std::move(prefix))
-{
-    qApp->installEventFilter(this);
-}
+Photographer::Photographer(QDir folder, QString prefix) : _folder(std::move(folder)), _prefix(std::move(prefix)) { }
 
-Photographer::~Photographer() = default;
-
-void Photographer::photographWindow(const char* identifier)
+void Photographer::see(QWidget& window, QWidget* sheet)
 {
-    user::runEvents();
-    save(framed(windowNamed(identifier)));
-}
-
-void Photographer::photographSheet(const char* identifier)
-{
-    user::runEvents();
-    auto* const sheet = user::AlertWatcher::front();
-    if (!sheet)
-        throw std::logic_error("No alert is on screen for " + _name);
-    save(inFront(*sheet, windowNamed(identifier)));
-}
-
-void Photographer::photographNextAlert()
-{
-    _awaitsAlert = true;
-}
-
-bool Photographer::eventFilter(QObject* object, QEvent* event)
-{
-    auto* const box = event->type() == QEvent::Show ? qobject_cast<AlertBox*>(object) : nullptr;
-    if (box && _awaitsAlert) {
-        _awaitsAlert = false;
-        QMetaObject::invokeMethod(
-            this,
-            [this, alert = QPointer(box)] {
-                if (alert)
-                    save(framed(*alert));
-            },
-            Qt::QueuedConnection);
-    }
-    return false;
-}
-
-void Photographer::save(const QPixmap& picture)
-{
+    const auto picture = sheet ? inFront(*sheet, window) : framed(window);
     const auto path = _folder.filePath(_prefix + QString::fromStdString(_name) + QStringLiteral(".png"));
     if (picture.save(path)) {
         ++_saved;

@@ -2,13 +2,17 @@
 
 #include "messaging/ErrorCodes.h"
 #include "platform/Localization.h"
-#include "tests/pictures/Photographer.h"
+#include "tests/pictures/Onlooker.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
 #include "tests/platform/ScriptedPreferences.h"
+#include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/snapshots/support/BrowserTest.h"
 #include "update/BRUpdateController.h"
+
+#include <cerrno>
 
 using platform::Array;
 using platform::Dictionary;
@@ -43,120 +47,120 @@ platform::Error messagerError(std::int64_t code)
 }
 
 // What a launch shows that cannot reach the scheduler helper.
-void photographDiagnosis(Photographer& photographer, EditorTest& editor)
+void showDiagnosis(Onlooker& onlooker, EditorTest& editor)
 {
-    photographer.photographNextAlert();
+    onlooker.lookAtNextAlert();
     user::answerNextAlert(0);
     editor.controller->displayAlertWithTitle(localizedString("Could not get settings."),
                                              messagerError(ZRKMessagerErrorServiceUnavailable), false);
 }
 
-void whenInactive(Photographer& photographer)
+void whenInactive(Onlooker& onlooker)
 {
     const EditorTest editor(inMode("WhenInactive"));
-    photographer.photographWindow();
+    onlooker.lookAtWindow();
 }
 
-void interval(Photographer& photographer)
+void interval(Onlooker& onlooker)
 {
     const EditorTest editor(completeRecord());
-    photographer.photographWindow();
+    onlooker.lookAtWindow();
 }
 
-void timesOfDay(Photographer& photographer)
+void timesOfDay(Onlooker& onlooker)
 {
     const EditorTest editor(atTimesOfDay());
-    photographer.photographWindow();
+    onlooker.lookAtWindow();
 }
 
-void advanced(Photographer& photographer)
+void advanced(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     editor.user.click("advancedSettingsButton");
     editor.user.click("dontRunWithSleepPreventersCheckBox");
-    photographer.photographWindow();
+    onlooker.lookAtWindow();
 }
 
-void off(Photographer& photographer)
+void off(Onlooker& onlooker)
 {
     const EditorTest editor(completeRecordWith("Backups", false));
-    photographer.photographWindow();
+    onlooker.lookAtWindow();
 }
 
-void applied(Photographer& photographer)
+void applied(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     editor.user.click("suspendCheckBox");
     editor.apply();
-    photographer.photographSheet();
+    onlooker.lookAtSheet();
 }
 
-void appliedBesideTheSystem(Photographer& photographer)
+void appliedBesideTheSystem(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     scripted::preferences::set("AutoBackup", "com.apple.TimeMachine", true);
     editor.user.click("suspendCheckBox");
     editor.apply();
-    photographer.photographSheet();
+    onlooker.lookAtSheet();
 }
 
-void alreadyApplied(Photographer& photographer)
+void alreadyApplied(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     editor.apply();
-    photographer.photographSheet();
+    onlooker.lookAtSheet();
 }
 
-void nothingScheduled(Photographer& photographer)
+void nothingScheduled(Onlooker& onlooker)
 {
     EditorTest editor(completeRecordWith("Snapshots", false));
     editor.user.click("backupsCheckBox");
     editor.apply();
-    photographer.photographSheet();
+    onlooker.lookAtSheet();
 }
 
-void onBattery(Photographer& photographer)
+void onBattery(Onlooker& onlooker)
 {
     EditorTest editor(completeRecordWith("AllowBattery", false));
     editor.user.click("allowBatteryCheckBox");
-    photographer.photographSheet();
+    onlooker.lookAtSheet();
 }
 
-void notInstalled(Photographer& photographer)
+void notInstalled(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     scripted::system::removeFile("/Library/LaunchDaemons/com.zerkolin.brevane.scheduler.plist");
-    photographDiagnosis(photographer, editor);
+    showDiagnosis(onlooker, editor);
 }
 
-void disabled(Photographer& photographer)
+void disabled(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     scripted::background::setStatus(platform::BackgroundItemStatus::Enabled);
-    photographDiagnosis(photographer, editor);
+    showDiagnosis(onlooker, editor);
 }
 
-void awaitingApproval(Photographer& photographer)
+void awaitingApproval(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     scripted::background::setStatus(platform::BackgroundItemStatus::RequiresApproval);
-    photographDiagnosis(photographer, editor);
+    showDiagnosis(onlooker, editor);
 }
 
-void unreachable(Photographer& photographer)
+void unreachable(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     editor.scheduler.answerWith(std::unexpected(platform::ServiceError::Interrupted));
     editor.user.click("suspendCheckBox");
     editor.apply();
-    photographer.photographSheet();
+    onlooker.lookAtSheet();
 }
 
 // A check for updates with this answer of the scheduler helper; this button of its alert is pressed.
-void photographCheck(Photographer& photographer, EditorTest& editor, const platform::ServiceReply& reply, int button)
+void showCheck(Onlooker& onlooker, EditorTest& editor, const platform::ServiceReply& reply, int button)
 {
     editor.scheduler.answerMessage(26, reply);
-    photographer.photographNextAlert();
+    onlooker.lookAtNextAlert();
     user::answerNextAlert(button);
     editor.user.clickMenuItem("checkUpdatesMenuItem");
     user::runEventsUntil([&] { return editor.user.menuItem("checkUpdatesMenuItem")->isEnabled(); }, 10000);
@@ -172,72 +176,178 @@ platform::ServiceReply newVersion()
     return replyWith(Dictionary{{"HumanVersion", "2.1"}});
 }
 
-void newVersionAvailable(Photographer& photographer)
+void newVersionAvailable(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
-    photographCheck(photographer, editor, newVersion(), 2);
+    showCheck(onlooker, editor, newVersion(), 2);
 }
 
-void upToDate(Photographer& photographer)
+void upToDate(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
-    photographCheck(photographer, editor, replyWithError(updaterError(ZRKUpdaterErrorUpToDate)), 0);
+    showCheck(onlooker, editor, replyWithError(updaterError(ZRKUpdaterErrorUpToDate)), 0);
 }
 
-void upToDateWithOffer(Photographer& photographer)
+void upToDateWithOffer(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     editor.scheduler.setInstallsUpdates(false);
-    photographCheck(photographer, editor, replyWithError(updaterError(ZRKUpdaterErrorUpToDate)), 0);
+    showCheck(onlooker, editor, replyWithError(updaterError(ZRKUpdaterErrorUpToDate)), 0);
 }
 
-void checkFailed(Photographer& photographer)
+void checkFailed(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
-    photographCheck(photographer, editor, replyWithError(updaterError(ZRKUpdaterErrorUntrustedServer)), 0);
+    showCheck(onlooker, editor, replyWithError(updaterError(ZRKUpdaterErrorUntrustedServer)), 0);
 }
 
-void updateFailed(Photographer& photographer)
+void updateFailed(Onlooker& onlooker)
 {
     const EditorTest editor(completeRecord());
-    photographer.photographNextAlert();
+    onlooker.lookAtNextAlert();
     user::answerNextAlert(0);
     BRUpdateController::displayUpdateAlertWithError(
         {ZRKInstallerPackageErrorDomain, ZRKInstallerPackageErrorInvalidSignature, {}, nullptr});
 }
 
-void askAboutUpdates(Photographer& photographer)
+void askAboutUpdates(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     editor.scheduler.setInstallsUpdates(false);
-    photographer.photographNextAlert();
+    onlooker.lookAtNextAlert();
     user::answerNextAlert(1);
     editor.controller->applicationShouldTerminate();
 }
 
-void askToUninstall(Photographer& photographer)
+void askToUninstall(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
-    photographer.photographNextAlert();
+    onlooker.lookAtNextAlert();
     user::answerNextAlert(1);
     editor.user.clickMenuItem("uninstallMenuItem");
 }
 
-void preferences(Photographer& photographer)
+void preferences(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     scripted::authorization::setDefinition("com.zerkolin.brevane.settings.modify-1",
                                            {{"rule", Array{"authenticate-admin"}}});
     editor.user.clickMenuItem("preferencesMenuItem");
-    photographer.photographWindow("preferencesWindow");
+    onlooker.lookAtWindow("preferencesWindow");
 }
 
-void about(Photographer& photographer)
+void about(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
     scripted::system::setBundleVersion("1.0.0.1");
     editor.user.clickMenuItem("aboutMenuItem");
-    photographer.photographWindow("aboutPanel");
+    onlooker.lookAtWindow("aboutPanel");
+}
+
+// As the log tool prints it.
+std::string logOfAMorning()
+{
+    struct Line {
+        const char* time;
+        const char* subsystem;
+        const char* sender;
+        const char* type;
+        const char* message;
+    };
+    constexpr const char* product = "com.zerkolin.brevane";
+    constexpr const char* timeMachine = "com.apple.TimeMachine";
+    constexpr const char* scheduler = "/Library/Brevane/com.zerkolin.brevane.scheduler";
+    constexpr const char* application = "/Applications/Brevane.app/Contents/MacOS/Brevane";
+    constexpr const char* daemon = "/System/Library/CoreServices/backupd.bundle/Contents/Resources/backupd";
+    std::string text = "[";
+    for (const Line& line : {
+             Line{"09:00:00", product, scheduler, "Info", "Running version 1.0.0.1."},
+             Line{"09:00:04", product, application, "Info", "Running version 1.0.0.1."},
+             Line{"10:31:37", timeMachine, daemon, "Default", "Starting automatic backup"},
+             Line{"10:31:39", timeMachine, daemon, "Debug", "Mounted the backup volume"},
+             Line{"10:31:52", timeMachine, daemon, "Error", "The backup volume is nearly full"},
+             Line{"10:34:08", timeMachine, daemon, "Default", "Backup completed"},
+             Line{"11:12:20", product, application, "Error", "Connection became invalid with server."},
+         }) {
+        text += text.size() > 1 ? "," : "";
+        text += std::string(R"({"timestamp":"2026-11-20 )") + line.time + R"(.000000+0000","subsystem":")"
+            + line.subsystem + R"(","category":"main","processImagePath":")" + line.sender
+            + R"(","processID":71,"messageType":")" + line.type + R"(","eventMessage":")" + line.message + R"("})";
+    }
+    return text + "]";
+}
+
+void settingsNotOpened(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    scripted::background::setSettingsOpen(false);
+    editor.controller->finishDisplayAlertWithResponse(1000, false, true);
+    onlooker.lookAtSheet();
+}
+
+void notUninstalled(Onlooker& onlooker)
+{
+    const EditorTest editor(completeRecord());
+    onlooker.lookAtNextAlert();
+    user::answerNextAlert(0);
+    editor.controller->didFailToUninstallWithError(messagerError(ZRKMessagerErrorServiceDisappeared));
+}
+
+void console(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    scripted::process::setOutput({logOfAMorning()});
+    editor.user.clickMenuItem("consoleMenuItem");
+    const WindowUser console("consoleWindow");
+    user::runEventsUntil([&] { return console.isEnabled("consoleRefreshButton"); }, 20000);
+    onlooker.lookAtWindow("consoleWindow");
+}
+
+void openSnapshots(EditorTest& editor, const scripted::snapshots::Snapshots& snapshots)
+{
+    scripted::volumes::add({.path = "/", .name = "Linux"});
+    scripted::volumes::add({.path = "/media/disk", .name = "Backup Disk", .icon = "drive-removable-media-usb"});
+    scripted::snapshots::set("/", snapshots);
+    editor.user.clickMenuItem("localSnapshotsMenuItem");
+}
+
+void localSnapshots(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    auto snapshots =
+        snapshotsNamed({"2026-11-21-070315", "2026-11-21-070415", "before the upgrade", "2026-11-21-070615"});
+    snapshots.sizes = {{256, 7'654'321}, {257, 345'678'901}, {259, 12'345'678'901}};
+    openSnapshots(editor, snapshots);
+    onlooker.lookAtWindow("localSnapshotsWindow");
+}
+
+void noSnapshots(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    openSnapshots(editor, {});
+    onlooker.lookAtWindow("localSnapshotsWindow");
+}
+
+void noVolume(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    editor.user.clickMenuItem("localSnapshotsMenuItem");
+    onlooker.lookAtWindow("localSnapshotsWindow");
+}
+
+void noFullDiskAccess(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    openSnapshots(editor, {.answers = {}, .sizes = {}, .refusal = EPERM});
+    onlooker.lookAtWindow("localSnapshotsWindow");
+}
+
+void aboutFullDiskAccess(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    openSnapshots(editor, {.answers = {}, .sizes = {}, .refusal = EPERM});
+    WindowUser("localSnapshotsWindow").click("fullDiskAccessButton");
+    onlooker.lookAtSheet("localSnapshotsWindow");
 }
 
 } // namespace
@@ -266,7 +376,15 @@ const std::vector<State>& states()
         {"update-failed", updateFailed},
         {"ask-about-updates", askAboutUpdates},
         {"ask-to-uninstall", askToUninstall},
+        {"not-uninstalled", notUninstalled},
+        {"settings-not-opened", settingsNotOpened},
         {"preferences", preferences},
+        {"console", console},
+        {"local-snapshots", localSnapshots},
+        {"no-snapshots", noSnapshots},
+        {"no-volume", noVolume},
+        {"no-full-disk-access", noFullDiskAccess},
+        {"about-full-disk-access", aboutFullDiskAccess},
         {"about", about},
     };
     return all;

@@ -3,12 +3,12 @@
 #include <string>
 #include <vector>
 
-class Photographer;
+class Onlooker;
 
 // One state of the application, brought about by what a person does or meets.
 struct State {
     std::string name;
-    void (*show)(Photographer& photographer);
+    void (*show)(Onlooker& onlooker);
 };
 
 const std::vector<State>& states();

@@ -34,7 +34,7 @@ bool isKeyOfTheList(const QKeyEvent& event, const QWidget& widget)
 RuleRow::RuleRow(const RuleEditor::DisplayValues& values, QWidget* parent) : QWidget(parent)
 {
     auto* const sentence = new QHBoxLayout(this);
-    sentence->setContentsMargins(8, 3, 6, 3);
+    sentence->setContentsMargins(8, 3, 8, 3);
     sentence->setSpacing(6);
     for (const RuleDisplayValue& value : values) {
         if (const auto* const text = std::get_if<std::string>(&value)) {
