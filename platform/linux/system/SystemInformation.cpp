@@ -1,6 +1,9 @@
 #include "platform/SystemInformation.h"
 
+#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/coding/ProgramPath.h"
 #include "platform/linux/system/Root.h"
+#include "platform/PropertyListCoding.h"
 
 #include <atomic>
 #include <charconv>
@@ -62,6 +65,22 @@ std::string accountHome()
     return account.pw_dir;
 }
 
+// That of the installation which this program is part of, for whoever packages it may count it up without building it
+// anew.
+std::optional<std::string> installedVersion()
+{
+    const auto folder = programFolder();
+    for (const auto* list : {"/installation.plist", "/../installation.plist"}) {
+        const auto bytes = readFile(folder + list);
+        const auto value = bytes ? propertyListWithData(*bytes) : Result<PropertyList>();
+        const auto* const record = value ? value->dictionary() : nullptr;
+        const auto* const version = record ? record->stringForKey("Version") : nullptr;
+        if (version)
+            return *version;
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 bool offersOperatingSystemQuery()
@@ -106,7 +125,9 @@ std::string homeDirectory()
 
 std::string bundleVersion()
 {
-    return BREVANE_BUNDLE_VERSION;
+    // Read once: an update replaces the list while this process goes on as the old version.
+    static const auto& version = *new std::string(installedVersion().value_or(BREVANE_BUNDLE_VERSION));
+    return version;
 }
 
 void disableSuddenTermination() { } // a session here always asks first, with a signal

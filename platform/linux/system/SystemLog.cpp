@@ -2,6 +2,7 @@
 
 #include "platform/FileDescriptor.h"
 #include "platform/Folder.h"
+#include "platform/linux/system/coding/ProgramPath.h"
 #include "platform/linux/system/JsonText.h"
 #include "platform/linux/system/LogStore.h"
 #include "platform/linux/system/Root.h"
@@ -95,14 +96,6 @@ std::string timestamp()
     return logTimestamp(now);
 }
 
-std::string processImagePath()
-{
-    std::string path(4096, '\0');
-    auto length = ::readlink("/proc/self/exe", path.data(), path.size());
-    path.resize(length < 0 ? 0 : static_cast<std::size_t>(length));
-    return path;
-}
-
 std::string unifiedRecord(std::uint8_t type, std::string_view subsystem, std::string_view category,
                           std::string_view text)
 {
@@ -112,7 +105,7 @@ std::string unifiedRecord(std::uint8_t type, std::string_view subsystem, std::st
     appendMember(record, "subsystem", subsystem);
     appendMember(record, "category", category);
     appendMember(record, "eventMessage", text);
-    appendMember(record, "processImagePath", processImagePath());
+    appendMember(record, "processImagePath", programPath());
     return record + ",\"processID\":" + std::to_string(processIdentifier()) + "}\n";
 }
 

@@ -1,15 +1,13 @@
 #include "platform/linux/system/coding/StringTable.h"
 
+#include "platform/linux/system/coding/ProgramPath.h"
 #include "platform/linux/system/coding/PropertyListReader.h"
 
-#include <array>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <limits.h>
 #include <sstream>
 #include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace platform {
@@ -115,11 +113,7 @@ std::string resourceFolder()
 {
     if (const char* named = variable("BREVANE_RESOURCES"))
         return named;
-    std::array<char, PATH_MAX> path{};
-    const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size() - 1);
-    std::string folder(path.data(), length > 0 ? static_cast<std::size_t>(length) : 0);
-    folder.erase(folder.rfind('/') == std::string::npos ? 0 : folder.rfind('/'));
-    folder += "/../share/brevane/resources";
+    const auto folder = programFolder() + "/../share/brevane/resources";
     struct stat status{};
     if (::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         return folder;
