@@ -4,8 +4,10 @@
 #include "tests/platform/ScriptedUserDefaults.h"
 #include "tests/platform/ScriptedWorkspace.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/support/EnvironmentVariable.h"
 
 #include <doctest/doctest.h>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -57,6 +59,7 @@ TEST_CASE("every menu item that acts has its key")
                              {"localSnapshotsMenuItem", "1"},
                              {"consoleMenuItem", "2"},
                              {"bringAllToFrontMenuItem", ""},
+                             {"helpMenuItem", ""}, // F1, which is no key equivalent of letters
                              {"openWebSiteMenuItem", ""},
                              {"contactByMailMenuItem", ""}}) {
         CAPTURE(each.item);
@@ -251,6 +254,23 @@ TEST_CASE("a check whose answer comes after the application is gone is told to n
     CHECK(user::runEventsUntil([] { return user::preparedAnswers() == 0; }, 10000));
     user::runEvents();
     CHECK(user::takeAnsweredAlerts().at(0).messageText == "You are up to date.");
+}
+
+TEST_CASE("help opens from the menu and by its key, in the user's language")
+{
+    MenuTest test;
+    CHECK(scripted::workspace::openedFiles().empty());
+    const EnvironmentVariable all("LC_ALL", "C");
+    test.choose("helpMenuItem");
+    all.put("de_AT.UTF-8");
+    const EnvironmentVariable list("LANGUAGE", "es:de_AT:fr");
+    test.user.pressKeys("F1");
+    const auto opened = scripted::workspace::openedFiles();
+    REQUIRE(opened.size() == 2);
+    CHECK(opened[0].ends_with("/help/en/index.html"));
+    CHECK(opened[1].ends_with("/help/de/index.html"));
+    for (const auto& page : opened)
+        CHECK(std::filesystem::exists(page));
 }
 
 TEST_CASE("the Edit menu works in the interval's field")

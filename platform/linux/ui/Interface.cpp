@@ -1,6 +1,7 @@
 #include "platform/ui/Interface.h"
 
 #include "platform/linux/ui/EditCommands.h"
+#include "platform/linux/ui/HelpCommand.h"
 #include "platform/linux/ui/LocalizeWidgets.h"
 #include "platform/linux/ui/MenuItemNative.h"
 #include "platform/linux/ui/WindowCommands.h"
@@ -81,6 +82,7 @@ std::unique_ptr<Interface> Interface::load(std::string_view name)
         top.release();
         new EditCommands(*window);
         new WindowCommands(*window);
+        new HelpCommand(*window);
         native->views = wrapNamedWidgets(*window->centralWidget());
         auto parts = std::unique_ptr<Window::Native>(
             new Window::Native{std::unique_ptr<InterfaceWindow>(window), viewForWidget(window->centralWidget())});

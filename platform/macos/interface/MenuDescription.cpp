@@ -64,7 +64,7 @@ MenuDescription helpMenu()
 {
     return {.title = "&Help",
             .role = MenuRole::Help,
-            .items = {{.title = "Brevane Help", .selector = "showHelp:", .key = "?"},
+            .items = {{.title = "Brevane &Help", .selector = "showHelp:", .key = "?"},
                       {},
                       {.title = "&Web Site", .identifier = "openWebSiteMenuItem"},
                       {.title = "&Ask for Support", .identifier = "contactByMailMenuItem"}}};
