@@ -420,8 +420,15 @@ TEST_CASE("The helper refuses arguments that it does not know")
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "--root"}).wait() == EX_USAGE);
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "--root", ""}).wait() == EX_USAGE);
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "/tmp"}).wait() == EX_USAGE);
+}
+
+TEST_CASE("The helper says how it is used, every option of it")
+{
     ChildProcess help({BREVANE_SCHEDULER_HELPER, "--help"});
-    CHECK(help.readLine().value_or("").starts_with("usage: "));
+    const auto usage = help.readAll();
+    CHECK(usage.starts_with("usage: "));
+    for (const char* option : {"--root PATH", "--updates FILE", "--rules FOLDER", "--snapshot VOLUME"})
+        CHECK_MESSAGE(usage.contains(std::string("\n  ") + option + " "), option);
     CHECK(help.wait() == 0);
 }
 
