@@ -38,6 +38,8 @@ install(FILES "${CMAKE_SOURCE_DIR}/resources/linux/com.zerkolin.brevane.schedule
 file(GLOB system_files CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/resources/linux/com.zerkolin.brevane*")
 list(FILTER system_files EXCLUDE REGEX "\\.plist$")
 install(FILES ${system_files} DESTINATION ${product}/share/system COMPONENT brevane)
+install(FILES "${CMAKE_SOURCE_DIR}/resources/icon/brevane.svg" DESTINATION ${product}/share/system COMPONENT brevane
+    RENAME com.zerkolin.brevane.application.svg)
 
 # Last: the list of all of it, and the links.
 install(CODE "

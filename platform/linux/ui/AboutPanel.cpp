@@ -1,6 +1,7 @@
 #include "platform/linux/ui/AboutPanel.h"
 
 #include "platform/Format.h"
+#include "platform/linux/system/coding/StringTable.h"
 #include "platform/Localization.h"
 
 #include <QApplication>
@@ -26,11 +27,16 @@ QLabel* centredLabel(const QString& text)
     return label;
 }
 
-// The icon of the desktop's theme that belongs to the application, or else one of the toolkit's own.
-QIcon applicationIcon()
+constexpr int pictureSize = 64;
+
+// The desktop's theme may have its own; one of the toolkit's serves where no picture of this kind can be drawn.
+QPixmap applicationPicture()
 {
-    const auto fallback = QApplication::style()->standardIcon(QStyle::SP_MessageBoxInformation);
-    return QIcon::fromTheme(QGuiApplication::desktopFileName(), fallback);
+    const QIcon own(QString::fromStdString(resourceFolder() + "/icon/brevane.svg"));
+    const auto picture = QIcon::fromTheme(QGuiApplication::desktopFileName(), own).pixmap(pictureSize, pictureSize);
+    if (!picture.isNull())
+        return picture;
+    return QApplication::style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(pictureSize, pictureSize);
 }
 
 } // namespace
@@ -58,8 +64,7 @@ AboutPanel::AboutPanel(const std::string& version) : QDialog(QApplication::activ
     setWindowTitle(aboutText("About %@", name.toStdString()));
 
     auto* const icon = new QLabel;
-    const int size = style()->pixelMetric(QStyle::PM_LargeIconSize);
-    icon->setPixmap(applicationIcon().pixmap(size, size));
+    icon->setPixmap(applicationPicture());
     icon->setAlignment(Qt::AlignCenter);
     auto* const title = centredLabel(name);
     auto bold = title->font();
