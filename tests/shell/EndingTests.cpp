@@ -82,6 +82,21 @@ TEST_CASE("the first end asks about automatic updates, and Enable switches them 
     CHECK(editor.scheduler.payloads(21) == std::vector<Dictionary>{Dictionary{{"Enabled", true}}});
 }
 
+TEST_CASE("the question is settled before it is answered")
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.setInstallsUpdates(false);
+    bool didAskAtQuestion = false;
+    user::answerEveryAlert([&](const user::ShownAlert&) {
+        didAskAtQuestion = didAsk();
+        return int(MaybeLater);
+    });
+    quit(editor);
+    user::answerEveryAlert(nullptr);
+    CHECK(didAskAtQuestion);
+    CHECK(user::takeAnsweredAlerts().size() == 1);
+}
+
 TEST_CASE("Maybe Later sends nothing, and it is never asked again")
 {
     EditorTest editor(completeRecord());
@@ -234,6 +249,20 @@ TEST_CASE("uninstalling removes the logs and the defaults, then asks the schedul
     CHECK_FALSE(user::currentAlert());
     CHECK_FALSE(user::didTerminate()); // the rest is the scheduler helper's work
     CHECK(test.editor.user.seesWindow());
+    user::takeAnsweredAlerts();
+}
+
+TEST_CASE("what is the user's is gone when the scheduler helper is asked for the rest")
+{
+    UninstallTest test;
+    bool isGone = false;
+    scripted::service::setHandler([&](const platform::ServiceDictionary&) {
+        isGone = !test.hasLogs() && scripted::defaults::removals() == 1;
+        return replyWith(Dictionary());
+    });
+    test.choose(Uninstall);
+    CHECK(user::runEventsUntil([&] { return isGone; }, 10000));
+    UninstallTest::settle();
     user::takeAnsweredAlerts();
 }
 

@@ -129,15 +129,31 @@ TEST_CASE("the password's box follows the right's rule")
              {Dictionary{{"rule", Array{1, "authenticate-admin-30"}}}, true},
              {Dictionary{{"rule", Array{"is-admin"}}}, false},
              {Dictionary{{"rule", Array{"authenticate-admin", "is-admin"}}}, false},
-             {Dictionary{{"rule", "authenticate-admin"}}, false}, // the plain form
-             {Dictionary{{"rule", "is-admin"}}, false},
              {Dictionary{{"class", "user"}}, false},
-             {std::nullopt, false}, // as in the interface file
          }) {
         PreferencesTest test(each.right);
         test.show();
         CHECK(test.user.isOn(requirePassword) == each.on);
     }
+}
+
+TEST_CASE("a rule in its plain form means that no password is required, whatever it says")
+{
+    for (const char* const rule : {"authenticate-admin", "is-admin", ""}) {
+        PreferencesTest test(Dictionary{{"rule", rule}});
+        test.show();
+        CHECK_FALSE(test.user.isOn(requirePassword));
+    }
+}
+
+TEST_CASE("a right that is missing leaves the password's box as the interface file has it")
+{
+    PreferencesTest test(std::nullopt);
+    test.show();
+    CHECK_FALSE(test.user.isOn(requirePassword));
+    test.user.click(requirePassword);
+    test.controller->updateRequirePassword();
+    CHECK(test.user.isOn(requirePassword));
 }
 
 TEST_CASE("a right that went missing leaves the password's box as it was")
