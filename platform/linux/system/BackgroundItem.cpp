@@ -27,7 +27,7 @@ struct CallError {
             || sd_bus_error_has_name(&error, "System.Error.ENOENT");
     }
 
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
 };
 
 // ".../com.example.tool.plist" is the unit "com.example.tool.service".

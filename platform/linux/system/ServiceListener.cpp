@@ -55,7 +55,7 @@ public:
         if (!_request)
             return;
         sd_bus_message* made = nullptr;
-        const sd_bus_error error = SD_BUS_ERROR_MAKE_CONST(SD_BUS_ERROR_FAILED, "The request was not answered.");
+        const sd_bus_error error{SD_BUS_ERROR_FAILED, "The request was not answered.", 0};
         const int result = sd_bus_message_new_method_error(_request.get(), &made, &error);
         const BusMessage message(made);
         if (result >= 0)
