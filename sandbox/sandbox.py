@@ -2,8 +2,10 @@
 
 Nothing outside the root is written to, except a folder for the bus's socket where the root's path is too long for one.
 """
+import contextlib
 import os
 import plistlib
+import select
 import shutil
 import signal
 import subprocess
@@ -18,6 +20,8 @@ SOURCE = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 SERVICE = "com.zerkolin.brevane.scheduler"
 PRODUCT = "Library/Brevane"
 TOOL = PRODUCT + "/" + SERVICE
+APPLICATION = "brevane"
+POST_UPDATE = "com.zerkolin.brevane.post-update"
 SETTINGS = "Library/Preferences/" + SERVICE + ".plist"
 UPDATES = "feed/configuration.plist"
 RULES = "etc/polkit-1/rules.d"
@@ -187,11 +191,32 @@ class Sandbox:
                          "The authority")
 
     def start_backup_daemon(self):
-        """Something that logs as the backup daemon does, at once and every hour."""
-        self.backup_daemon = self._start([os.path.join(self.build, "sandbox", "backupd")])
+        """Something that backs up as far as others can tell, for a moment at once and every hour."""
+        self.backup_daemon = self._start([os.path.join(self.build, "sandbox", "backupd"), "--lasting", "5"])
 
     def start_application(self, environment=None):
-        return self._start([self.path(PRODUCT + "/bin/brevane")], environment)
+        return self._start([self.path(PRODUCT + "/bin/" + APPLICATION)], environment)
+
+    def applications(self):
+        """The processes of the application, and those of the tool that is about to start another version of it."""
+        found = []
+        for name in filter(str.isdigit, os.listdir("/proc")):
+            with contextlib.suppress(OSError):  # another user's, or it has ended meanwhile
+                program = os.readlink(f"/proc/{name}/exe").removesuffix(" (deleted)")
+                if (program.startswith(os.path.realpath(self.root) + "/Library/")
+                        and os.path.basename(program) in (APPLICATION, POST_UPDATE)):
+                    found.append(int(name))
+        return found
+
+    def wait_for_applications(self):
+        """After an update the new version goes on where the old one ended."""
+        while running := self.applications():
+            with contextlib.suppress(ProcessLookupError):
+                process = os.pidfd_open(running[0])
+                try:
+                    select.select([process], [], [])
+                finally:
+                    os.close(process)
 
     def stored_settings(self):
         """What the helper has on disk; None when nothing was applied yet."""
@@ -216,6 +241,9 @@ class Sandbox:
     def close(self):
         # However often somebody presses Control-C meanwhile.
         previous = signal.signal(signal.SIGINT, signal.SIG_IGN)
+        for process in self.applications():
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(process, signal.SIGTERM)
         for program in (self.backup_daemon, self.authority, self.helper, self.bus):
             self.end(program)
         if self._socket_folder:

@@ -35,11 +35,13 @@ Close the window, or press Control-C here, to end everything.
 """, flush=True)
 
 
-def use(sandbox):
-    sandbox.start_authority()
-    application = sandbox.start_application()
+def use(sandbox, environment=None):
+    """Until the last window is closed, also that of a version which an update has brought."""
+    sandbox.start_authority(environment)
+    application = sandbox.start_application(environment)
     try:
         status = application.wait()
+        sandbox.wait_for_applications()
         return status if status >= 0 else 128 - status  # ended by a signal, as a shell tells it
     finally:
         sandbox.end(application)

@@ -1,5 +1,9 @@
-// Stands in for the backup daemon: pretends to back up, now and then again and again, and logs what the daemon would.
+// Stands in for the backup daemon: pretends to back up, now and then again and again, logs what the daemon would, and
+// holds the lock by which others know that a backup is running.
 
+#include "platform/FileDescriptor.h"
+#include "platform/Folder.h"
+#include "platform/SystemInformation.h"
 #include "platform/SystemLog.h"
 #include "shell/version/ZRKSystemVersionManager.h"
 
@@ -8,17 +12,22 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fcntl.h>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <sys/file.h>
 #include <sysexits.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr const char* usage =
-    "usage: backupd [--every SECONDS]\n"
+    "usage: backupd [--every SECONDS] [--lasting SECONDS]\n"
     "Logs a pretended backup under \"com.apple.TimeMachine\", and another one every 3600 seconds.\n"
-    "  --every SECONDS   as often as that; 0 for one backup alone\n";
+    "  --every SECONDS     as often as that; 0 for one backup alone\n"
+    "  --lasting SECONDS   how long a backup runs (0); the file \"/var/run/backupd.lock\" is locked meanwhile\n";
 constexpr std::uint8_t defaultType = 0;
 constexpr std::uint8_t debugType = 2;
 constexpr std::uint8_t errorType = 16;
@@ -49,43 +58,72 @@ private:
     std::unique_ptr<platform::LegacyLog> _legacyLog;
 };
 
-void backUp(DaemonLog& log, int number)
+void rest(long seconds)
 {
+    timespec pause{seconds, 0};
+    while (::nanosleep(&pause, &pause) != 0 && errno == EINTR) { }
+}
+
+// Waits for another backup that is running. Held until the descriptor is closed; none where no file can be made.
+platform::FileDescriptor lockOfBackup()
+{
+    (void)platform::createFolder(platform::systemPath("/var/run"));
+    const auto path = platform::systemPath("/var/run/backupd.lock");
+    platform::FileDescriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644));
+    if (!file || ::flock(file.get(), LOCK_EX) != 0)
+        std::perror(path.c_str());
+    return file;
+}
+
+void backUp(DaemonLog& log, int number, long lasting)
+{
+    const auto lock = lockOfBackup();
     log.message(defaultType, number == 0 ? "Starting manual backup" : "Starting automatic backup");
     log.message(debugType, "Mounting the backup volume");
     log.message(defaultType, "Thermal pressure level 0");
     log.message(defaultType, "Backing up to Backup: /Volumes/Backup/Backups.backupdb");
+    rest(lasting);
     log.message(defaultType, "Copied " + std::to_string(120 + 17 * number) + " files");
     if (number % 5 == 4)
         log.message(errorType, "Could not copy /Users/Shared/locked: permission denied");
     log.message(defaultType, "Backup completed successfully.");
 }
 
-long secondsOfArguments(int count, char** arguments)
+struct Times {
+    long every = 3600; // seconds, as is the other
+    long lasting = 0;
+};
+
+std::optional<Times> timesOfArguments(int count, char** arguments)
 {
-    if (count == 1)
-        return 3600;
-    char* end = nullptr;
-    const long seconds =
-        count == 3 && std::string_view(arguments[1]) == "--every" ? std::strtol(arguments[2], &end, 10) : -1;
-    return end && *end == '\0' && end != arguments[2] ? seconds : -1;
+    Times times;
+    for (int index = 1; index < count; index += 2) {
+        const std::string_view name = arguments[index];
+        if (index + 1 == count || (name != "--every" && name != "--lasting"))
+            return std::nullopt;
+        char* end = nullptr;
+        const long seconds = std::strtol(arguments[index + 1], &end, 10);
+        if (seconds < 0 || *end != '\0' || end == arguments[index + 1])
+            return std::nullopt;
+        (name == "--every" ? times.every : times.lasting) = seconds;
+    }
+    return times;
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    const long seconds = secondsOfArguments(argc, argv);
-    if (seconds < 0) {
+    const auto times = timesOfArguments(argc, argv);
+    if (!times) {
         std::fputs(usage, stderr);
         return EX_USAGE;
     }
     DaemonLog log;
     for (int number = 0;; ++number) {
-        backUp(log, number);
-        if (seconds == 0)
+        backUp(log, number, times->lasting);
+        if (times->every == 0)
             return EX_OK;
-        timespec pause{seconds, 0};
-        while (::nanosleep(&pause, &pause) != 0 && errno == EINTR) { }
+        rest(times->every);
     }
 }

@@ -6,9 +6,14 @@ import os
 import plistlib
 import subprocess
 import sys
+import threading
 
-from stories import DEFAULTS, Story, expect, run, wait_for
+from stories import DEFAULTS, Story, expect, run, wait_for  # and where the sandbox is
 
+from sandbox import RULES
+from session import use
+
+MANIFEST = "Library/Brevane/installation.plist"
 UPDATES = "Library/Preferences/com.zerkolin.brevane.updates.plist"
 QUESTION = "Do you want to enable automatic updates?"
 ANSWERS = ["Enable", "Maybe Later"]
@@ -30,7 +35,7 @@ class Lifecycle(Story):
         return self._read(UPDATES).get("Enabled", False)
 
     def installed_version(self):
-        return self._read("Library/Brevane/installation.plist").get("HumanVersion")
+        return self._read(MANIFEST).get("HumanVersion")
 
     def _read(self, name):
         try:
@@ -38,6 +43,14 @@ class Lifecycle(Story):
                 return plistlib.load(file)
         except FileNotFoundError:
             return {}
+
+    def product_files(self):
+        """Everything of the product's below the root, but for what makes it a sandbox."""
+        found = []
+        for top in ("Library", "usr", "home/Library", RULES):
+            for folder, _, names in os.walk(self.sandbox.path(top)):
+                found += [os.path.join(folder, name) for name in names]
+        return found
 
     def forget_question(self):
         os.remove(self.sandbox.path(DEFAULTS))
@@ -83,6 +96,13 @@ class Lifecycle(Story):
         self.desktop.find("frame", "Preferences")
         self.wait_active("Preferences")
 
+    def expect_about(self, version):
+        self.choose_from_menu("r", "About Brevane")
+        about = self.desktop.find("dialog", "About Brevane")
+        expect(f"Version {version}" in about.texts(), f"the panel says {about.texts()}")
+        about.button("OK").click()
+        self.desktop.wait_gone("dialog", "About Brevane")
+
     # The stories
 
     def every_window_opens_from_the_menus_and_by_its_key(self):
@@ -107,13 +127,7 @@ class Lifecycle(Story):
             self.wait_active(name)
             self.desktop.key("ctrl+0")
             self.wait_active("Brevane")
-        self.choose_from_menu("r", "About Brevane")
-        about = self.desktop.find("dialog", "About Brevane")
-        program = os.readlink(f"/proc/{self.application.pid}/exe")
-        version = subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout.split()
-        expect(f"Version {version[1]}" in about.texts(), f"the panel says {about.texts()}")
-        about.button("OK").click()
-        self.desktop.wait_gone("dialog", "About Brevane")
+        self.expect_about(self._read(MANIFEST)["Version"])
         expect(self.application.poll() is None, "the application ended")
         self.quit_application()
 
@@ -208,6 +222,29 @@ class Lifecycle(Story):
         self.desktop.find("frame", "Brevane")
         self.quit_application()
 
+    def help_opens_in_the_users_language(self):
+        programs, opened = self.sandbox.path("programs"), self.sandbox.path("opened")
+        os.makedirs(programs)
+        with open(os.path.join(programs, "xdg-open"), "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\necho \"$1\" >'{opened}.new'\nmv '{opened}.new' '{opened}'\n")
+        os.chmod(file.name, 0o755)
+        self.desktop.environment["PATH"] = programs + ":" + os.environ["PATH"]
+        self.sandbox.start_helper()
+        for locale, language in (("C", "en"), ("de_CH.UTF-8", "de"), ("fr_FR.UTF-8", "en")):
+            self.desktop.environment["LC_ALL"] = locale
+            self.start_application()
+            self.desktop.find("frame", "Brevane")
+            self.wait_active("Brevane")
+            self.desktop.key("F1")
+            wait_for("the help", lambda: os.path.exists(opened))
+            with open(opened, encoding="utf-8") as file:
+                page = os.path.realpath(file.read().strip())
+            expected = self.sandbox.path(f"Library/Brevane/share/brevane/resources/help/{language}/index.html")
+            expect(page == os.path.realpath(expected), f"{page} was opened")
+            expect(os.path.isfile(page), f"there is no {page}")
+            os.remove(opened)
+            self.quit_application()
+
     def a_check_without_a_feed_says_why(self):
         self.start_all()
         self.choose_from_menu("r", "Check for Updates.*")
@@ -238,15 +275,25 @@ class Lifecycle(Story):
 
     def an_update_is_installed_and_the_new_version_starts(self):
         version = self.sandbox.offer_update()
-        self.start_all()
+        self.sandbox.start_helper()
+        session = threading.Thread(target=use, args=(self.sandbox, self.desktop.environment))
+        session.start()
+        self.desktop.find("frame", "Brevane")
+        old = self.sandbox.applications()
         self.choose_from_menu("r", "Check for Updates.*")
         self.answer_alert(NEW_VERSION, f"Brevane {version} is available.", "Update", ["Update", "Download", "Later"])
         self.answer_prompt("Authenticate")
-        self.wait_for_end()
-        wait_for("the new version to be installed", lambda: self.installed_version() == version, 40)
+        wait_for("the old version to end", lambda: not set(old) & set(self.sandbox.applications()), 40)
+        expect(self.installed_version() == version, f"version {self.installed_version()} is installed")
         self.desktop.find("frame", "Brevane", seconds=40)
+        self.wait_active("Brevane")
+        self.expect_about(version)
+        self.choose_from_menu("r", "Check for Updates.*")
+        self.answer_alert(UP_TO_DATE, "You are currently using the latest version of Brevane.", "OK", ["OK"])
+        expect(session.is_alive(), "the session ended with the old version")
         self.ask_to_quit()
-        self.desktop.wait_gone("frame", "Brevane")
+        session.join(20)
+        expect(not session.is_alive() and not self.sandbox.applications(), "the session goes on without a window")
 
     def an_uninstallation_leaves_nothing_behind(self):
         self.start_all()
@@ -265,8 +312,19 @@ class Lifecycle(Story):
         expect(not os.path.exists(logs), "the log is still there")
         expect(not self.defaults(), "the defaults are still there")
         self.expect_no_alert()
+
+        # The application goes on until it is quit, and brings nothing back.
+        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console")):
+            self.desktop.key(key)
+            self.desktop.find("frame", name)
+            self.wait_active(name)
+            self.desktop.key("ctrl+w")
+            self.desktop.wait_gone("frame", name)
+            self.wait_active("Brevane")
         self.quit_application()
         expect(not self.defaults(), "the defaults are there again")
+        left = self.product_files()
+        expect(not left, f"{left} are still there, or again")
 
 
 if __name__ == "__main__":
