@@ -75,10 +75,10 @@ void Maintenance::checkForUpdates(Completion completion)
     });
 }
 
-void Maintenance::installUpdate(Completion completion)
+bool Maintenance::installUpdate(Completion completion)
 {
     if (!begin(Operation::Install, completion))
-        return;
+        return false;
     _queue->async([self = shared_from_this(), completion = std::move(completion)] {
         if (auto installed = self->_updater.install(); !installed) {
             self->finish(completion, std::unexpected(std::move(installed.error())));
@@ -87,6 +87,16 @@ void Maintenance::installUpdate(Completion completion)
         ZRKLogMessage(LogLevelDefault, "The new version is installed.");
         self->end(completion, End::Restart);
     });
+    return true;
+}
+
+bool Maintenance::installUpdateUnasked()
+{
+    if (_peers.anyConnected()) {
+        (void)refusal(BRVErrorPeersConnected);
+        return false;
+    }
+    return installUpdate([](const Result<PropertyList>&) { });
 }
 
 void Maintenance::uninstall(const std::string& sender, Completion completion)

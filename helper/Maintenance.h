@@ -26,7 +26,11 @@ public:
     static std::shared_ptr<Maintenance> create(const HelperOptions& options, EndHandler endHandler);
 
     void checkForUpdates(Completion completion);
-    void installUpdate(Completion completion);
+    // False when it was refused at once.
+    bool installUpdate(Completion completion);
+    // Nobody asked for it, so whatever comes of it is only told in the log, and programs that use this one are left
+    // alone. The same result.
+    bool installUpdateUnasked();
     // On the thread of the caller, which must be the one that writes settings. The sender is the peer who asks.
     void uninstall(const std::string& sender, Completion completion);
 

@@ -18,6 +18,13 @@ void Peers::add(const std::string& name)
         _names.insert(name);
 }
 
+bool Peers::anyConnected()
+{
+    forgetThoseGone();
+    const std::lock_guard guard(_lock);
+    return !_names.empty();
+}
+
 bool Peers::othersConnected(const std::string& name)
 {
     forgetThoseGone();

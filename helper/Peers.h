@@ -10,6 +10,8 @@ class Peers {
 public:
     void add(const std::string& name);
 
+    // Whether anybody who has sent messages is still connected.
+    bool anyConnected();
     // Whether another program than that of `name` has sent messages and is still connected.
     bool othersConnected(const std::string& name);
 

@@ -56,6 +56,18 @@ ServiceDictionary replyTo(std::int64_t message, const Result<PropertyList>& outc
     return outcome ? ReplyBuilder::replyWithResult(message, *outcome) : ReplyBuilder::replyWithError(outcome.error());
 }
 
+// What a request asks to be stored, if it is a record without a fault.
+Result<Dictionary> validRecord(const Request& request, const RequestReader::Payload& payload,
+                               std::optional<SettingsFault> (*faultIn)(const Dictionary&))
+{
+    const auto* record = payload ? payload->dictionary() : nullptr;
+    if (!record)
+        return std::unexpected(RequestReader::deserializeError(request.message));
+    if (auto fault = faultIn(*record))
+        return std::unexpected(fault->error());
+    return *record;
+}
+
 // The reply to a change: the application only asks that it is not empty.
 const Dictionary& changed()
 {
@@ -84,8 +96,17 @@ SchedulerHelper::SchedulerHelper(const HelperOptions& options, Maintenance::EndH
       _autoUpdates(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.updates.plist")),
       _maintenance(Maintenance::create(options, std::move(endHandler))),
       _readingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.reading")),
-      _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing"))
+      _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing")),
+      _takesUpdates(options.updates.key.has_value()),
+      _automaticUpdates(options.updates.interval,
+                        [maintenance = _maintenance] { return maintenance->installUpdateUnasked(); })
 {
+    followAutoUpdatesSetting();
+}
+
+void SchedulerHelper::followAutoUpdatesSetting()
+{
+    _automaticUpdates.setEnabled(_takesUpdates && _autoUpdates.enabled());
 }
 
 void SchedulerHelper::handle(ServiceDictionary message, std::string sender, Reply reply)
@@ -179,11 +200,9 @@ SchedulerHelper::Outcome SchedulerHelper::getSettings(const Request&, const Payl
 
 SchedulerHelper::Outcome SchedulerHelper::applySettings(const Request& request, const Payload& payload)
 {
-    const auto* settings = payload ? payload->dictionary() : nullptr;
+    auto settings = validRecord(request, payload, SettingsValidator::faultInSettings);
     if (!settings)
-        return std::unexpected(RequestReader::deserializeError(request.message));
-    if (auto fault = SettingsValidator::faultInSettings(*settings))
-        return std::unexpected(fault->error());
+        return std::unexpected(std::move(settings.error()));
     if (auto stored = _settings.setSettings(*settings); !stored)
         return std::unexpected(std::move(stored.error()));
     ZRKLogMessage(LogLevelDefault, "Applied settings: backups %d, mode %@, snapshots %d.",
@@ -199,13 +218,13 @@ SchedulerHelper::Outcome SchedulerHelper::getAutoUpdates(const Request&, const P
 
 SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request, const Payload& payload)
 {
-    const auto* record = payload ? payload->dictionary() : nullptr;
+    auto record = validRecord(request, payload, SettingsValidator::faultInAutoUpdates);
     if (!record)
-        return std::unexpected(RequestReader::deserializeError(request.message));
-    if (auto fault = SettingsValidator::faultInAutoUpdates(*record))
-        return std::unexpected(fault->error());
+        return std::unexpected(std::move(record.error()));
     bool enabled = record->boolForKey(AutoUpdatesStore::enabledKey);
-    if (auto stored = _autoUpdates.setEnabled(enabled); !stored)
+    auto stored = _autoUpdates.setEnabled(enabled);
+    followAutoUpdatesSetting();
+    if (!stored)
         return std::unexpected(std::move(stored.error()));
     ZRKLogMessage(LogLevelDefault, "Automatic updates are %@.", {enabled ? "on" : "off"});
     return changed();
@@ -213,11 +232,9 @@ SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request,
 
 SchedulerHelper::Outcome SchedulerHelper::setAllowWithoutPassword(const Request& request, const Payload& payload)
 {
-    const auto* record = payload ? payload->dictionary() : nullptr;
+    auto record = validRecord(request, payload, SettingsValidator::faultInAllowWithoutPassword);
     if (!record)
-        return std::unexpected(RequestReader::deserializeError(request.message));
-    if (auto fault = SettingsValidator::faultInAllowWithoutPassword(*record))
-        return std::unexpected(fault->error());
+        return std::unexpected(std::move(record.error()));
     bool allowed = record->boolForKey("Allow");
     if (auto written = _maintenance->passwordRule().setAllowsWithoutPassword(allowed); !written)
         return std::unexpected(std::move(written.error()));

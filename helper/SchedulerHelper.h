@@ -4,6 +4,7 @@
 #include "helper/Maintenance.h"
 #include "helper/RequestReader.h"
 #include "helper/SettingsStore.h"
+#include "helper/update/AutomaticUpdates.h"
 #include "platform/Queue.h"
 #include "platform/ServiceConnection.h"
 
@@ -46,6 +47,8 @@ private:
     bool beginMaintenance(std::int64_t message, const std::string& sender, const Reply& reply);
     Outcome perform(const Request& request);
 
+    void followAutoUpdatesSetting();
+
     Outcome getSettings(const Request& request, const Payload& payload);
     Outcome applySettings(const Request& request, const Payload& payload);
     Outcome getAutoUpdates(const Request& request, const Payload& payload);
@@ -58,4 +61,6 @@ private:
     std::shared_ptr<platform::Queue> _readingQueue;
     std::shared_ptr<platform::Queue> _changingQueue;
     std::atomic<std::size_t> _waitingSize = 0; // of the requests handed over and not answered yet, in bytes
+    const bool _takesUpdates;                  // there is a key that they could be signed with
+    AutomaticUpdates _automaticUpdates;        // ends first
 };

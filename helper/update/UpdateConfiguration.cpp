@@ -12,6 +12,7 @@
 namespace {
 
 constexpr std::chrono::seconds usualPatience{30};
+constexpr std::chrono::seconds usualInterval = std::chrono::hours(24);
 constexpr std::size_t maximumFileSize = 65536;
 
 std::optional<UpdateConfiguration::PublicKey> keyOfHexadecimal(std::string_view text)
@@ -41,7 +42,7 @@ bool isTrustworthy(const std::string& path)
 
 UpdateConfiguration UpdateConfiguration::builtIn()
 {
-    return {BREVANE_UPDATE_FEED, keyOfHexadecimal(BREVANE_UPDATE_KEY), {}, usualPatience};
+    return {BREVANE_UPDATE_FEED, keyOfHexadecimal(BREVANE_UPDATE_KEY), {}, usualPatience, usualInterval};
 }
 
 std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(const std::string& path)
@@ -57,11 +58,13 @@ std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(cons
     if (!feed || !key || key->size() != std::tuple_size_v<PublicKey>)
         return std::unexpected("The file '" + path + "' does not name a feed and a public key of 32 bytes.");
 
-    UpdateConfiguration configuration{*feed, PublicKey(), {}, usualPatience};
+    UpdateConfiguration configuration{*feed, PublicKey(), {}, usualPatience, usualInterval};
     std::ranges::copy(*key, configuration.key->begin());
     if (const auto* authorities = record->stringForKey("Authorities"))
         configuration.authorities = *authorities;
     if (auto seconds = record->integerForKey("Patience"); seconds > 0 && seconds <= 3600)
         configuration.patience = std::chrono::seconds(seconds);
+    if (auto seconds = record->integerForKey("Interval"); seconds > 0 && seconds <= usualInterval.count() * 366)
+        configuration.interval = std::chrono::seconds(seconds);
     return configuration;
 }
