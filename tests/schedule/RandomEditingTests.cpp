@@ -373,14 +373,25 @@ std::string differenceIn(const Sequence& sequence)
     }
 }
 
-// The same failure with as few actions as dropping one at a time leads to.
+// The same failure with as few actions, and keys in the records, as dropping one at a time leads to.
 Sequence shrunk(Sequence sequence)
 {
+    const auto takeIfDifferent = [&sequence](Sequence smaller) {
+        if (!differenceIn(smaller).empty())
+            sequence = std::move(smaller);
+    };
     for (std::size_t i = sequence.actions.size(); i-- > 0;) {
-        Sequence shorter = sequence;
-        shorter.actions.erase(shorter.actions.begin() + static_cast<std::ptrdiff_t>(i));
-        if (!differenceIn(shorter).empty())
-            sequence = std::move(shorter);
+        Sequence smaller = sequence;
+        smaller.actions.erase(smaller.actions.begin() + static_cast<std::ptrdiff_t>(i));
+        takeIfDifferent(std::move(smaller));
+    }
+    for (std::size_t i = 0; i < sequence.records.size(); ++i) {
+        const ScheduleSettings record = sequence.records[i];
+        for (const auto& entry : record) {
+            Sequence smaller = sequence;
+            smaller.records[i].remove(entry.key);
+            takeIfDifferent(std::move(smaller));
+        }
     }
     return sequence;
 }
@@ -391,7 +402,9 @@ std::string report(std::uint64_t seed, const Sequence& sequence)
 {
     std::ostringstream text;
     text << "seed " << seed << ", macOS " << sequence.machine.system.major << '.' << sequence.machine.system.minor
-         << ", fetched " << platform::description(sequence.records[0]) << '\n';
+         << '\n';
+    for (const ScheduleSettings& record : sequence.records)
+        text << "fetched " << platform::description(record) << '\n';
     for (const Action& action : sequence.actions)
         text << kindNames[static_cast<int>(action.kind)] << ' ' << action.first << ' ' << action.second << '\n';
     text << differenceIn(sequence);
