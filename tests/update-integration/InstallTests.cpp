@@ -8,10 +8,8 @@
 #include <cerrno>
 #include <csignal>
 #include <doctest/doctest.h>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -26,6 +24,16 @@ constexpr const char* packages = BREVANE_SOURCE "/tests/update-integration/packa
 platform::ServiceReply install(UpdateMachine& machine)
 {
     return machine.send(BRVMessageInstallUpdate);
+}
+
+// An install that has begun and waits for the rest of its package.
+std::future<platform::ServiceReply> beginInstall(UpdateMachine& machine)
+{
+    machine.offer("2.0");
+    machine.answer("Brevane.pkg", "hold");
+    auto reply = machine.sendLater(BRVMessageInstallUpdate);
+    REQUIRE(waitUntil([&] { return machine.isStaging(); }));
+    return reply;
 }
 
 void checkUntouched(UpdateMachine& machine)
@@ -85,6 +93,8 @@ TEST_CASE("An update replaces the installation, and the helper goes on as the ne
     }));
     REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetAutoUpdates).has_value(); }));
     CHECK(resultIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
+    CHECK(machine.log().contains("Running version 1.0."));
+    CHECK(machine.log().contains("Running version 2.0."));
     checkError(machine.send(BRVMessageCheckForUpdates), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
     checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
 
@@ -302,14 +312,20 @@ TEST_CASE("While a backup runs nothing is installed or removed, but a check is m
     UpdateMachine machine;
     machine.start();
     machine.offer("2.0");
-    files::create_directories(machine.root() + "/var/run");
-    const int lock = ::open((machine.root() + "/var/run/backupd.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
-    REQUIRE(::flock(lock, LOCK_EX) == 0);
+    const auto backup = machine.startBackup();
     for (auto message : {BRVMessageInstallUpdate, BRVMessageUninstall})
         checkError(machine.send(message), BRVErrorDomain, BRVErrorBackupRunning);
     CHECK(resultIn(machine.send(BRVMessageCheckForUpdates)).contains("Version"));
     checkUntouched(machine);
-    ::close(lock);
+    SUBCASE("until it is over")
+    {
+        backup->signal(SIGTERM);
+    }
+    SUBCASE("or until its daemon is killed")
+    {
+        backup->kill();
+    }
+    backup->wait();
     CHECK(resultIn(install(machine)).contains("Applied"));
 }
 
@@ -317,10 +333,7 @@ TEST_CASE("While an install is under way others are refused, and settings are se
 {
     UpdateMachine machine;
     machine.start();
-    machine.offer("2.0");
-    machine.answer("Brevane.pkg", "hold");
-    auto first = machine.sendLater(BRVMessageInstallUpdate);
-    REQUIRE(waitUntil([&] { return machine.isStaging(); }));
+    auto first = beginInstall(machine);
     for (auto message : {BRVMessageCheckForUpdates, BRVMessageInstallUpdate, BRVMessageUninstall})
         checkError(machine.send(message), BRVErrorDomain, BRVErrorUpdateRunning);
     auto settings = resultIn(machine.send(BRVMessageGetSettings));
@@ -339,10 +352,7 @@ TEST_CASE("A helper that is told to stop during an install stops, and the next o
 {
     UpdateMachine machine;
     machine.start();
-    machine.offer("2.0");
-    machine.answer("Brevane.pkg", "hold");
-    auto first = machine.sendLater(BRVMessageInstallUpdate);
-    REQUIRE(waitUntil([&] { return machine.isStaging(); }));
+    auto first = beginInstall(machine);
     machine.helper().signal(SIGTERM);
     CHECK(machine.helper().wait() == 0);
     CHECK_FALSE(first.get().has_value());

@@ -218,12 +218,23 @@ void UpdateMachine::writeConfiguration(Dictionary more) const
     writePropertyList(path, record);
 }
 
-void UpdateMachine::start(ChildProcess::Arguments before, const ChildProcess::Arguments& more)
+void UpdateMachine::launchHelper(ChildProcess::Arguments before, const ChildProcess::Arguments& more)
 {
     before.insert(before.end(), {product() + "/" + helperName, "--root", root(), "--updates", file("updates.plist")});
     before.insert(before.end(), more.begin(), more.end());
     _helper.reset();
     _helper = std::make_unique<ChildProcess>(before);
+}
+
+void UpdateMachine::startUnasked()
+{
+    launchHelper({}, {});
+    REQUIRE(waitUntil([&] { return helperProcess() == _helper->pid(); }));
+}
+
+void UpdateMachine::start(ChildProcess::Arguments before, const ChildProcess::Arguments& more)
+{
+    launchHelper(std::move(before), more);
     auto serves = [&] { return send(BRVMessageGetAutoUpdates).has_value() || !_helper->isRunning(); };
     if (!waitUntil(serves) || !_helper->isRunning())
         throw std::runtime_error("the helper does not serve");
@@ -238,6 +249,19 @@ std::string UpdateMachine::log() const
 {
     return contentOfFile(root() + "/Library/Logs/Brevane/scheduler.log")
         + contentOfFile(file("home/Library/Logs/Brevane/scheduler.log"));
+}
+
+bool UpdateMachine::waitForHelper(const std::string& version) const
+{
+    return waitUntil([&] { return log().contains("Running version " + version + "."); });
+}
+
+std::unique_ptr<ChildProcess> UpdateMachine::startBackup() const
+{
+    auto daemon = std::make_unique<ChildProcess>(
+        ChildProcess::Arguments{BREVANE_SANDBOX_BACKUPD, "--every", "0", "--lasting", "600"});
+    REQUIRE(waitUntil([&] { return contentOfFile(root() + "/var/log/system.jsonl").contains("Backing up to"); }));
+    return daemon;
 }
 
 namespace {

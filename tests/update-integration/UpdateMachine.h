@@ -49,11 +49,17 @@ public:
     void writeConfiguration(platform::Dictionary more = {}) const;
 
     void start(ChildProcess::Arguments before = {}, const ChildProcess::Arguments& more = {});
+    // The same, but nobody sends it a message.
+    void startUnasked();
     ChildProcess& helper() { return *_helper; }
     PolkitAuthority& authority() { return *_authority; }
     // The process that has the helper's name; 0 when there is none.
     pid_t helperProcess() const;
     std::string log() const;
+    // Waits until this version of the helper has begun.
+    bool waitForHelper(const std::string& version) const;
+    // The sandbox's backup daemon, in the middle of a long backup.
+    std::unique_ptr<ChildProcess> startBackup() const;
 
     platform::ServiceReply send(std::int64_t message, const std::optional<platform::PropertyList>& payload = {});
     std::future<platform::ServiceReply> sendLater(std::int64_t message);
@@ -63,6 +69,7 @@ public:
 private:
     std::map<std::string, std::string> contentOf(const std::string& version) const;
     void startServer(Transport transport);
+    void launchHelper(ChildProcess::Arguments before, const ChildProcess::Arguments& more);
 
     TemporaryDirectory _folder;
     EnvironmentVariable _rootVariable;
