@@ -28,6 +28,7 @@ QLabel* centredLabel(const QString& text)
 }
 
 constexpr int pictureSize = 64;
+constexpr int leastWidth = 220; // or the window's frame would have no room for its title
 
 // The desktop's theme may have its own; one of the toolkit's serves where no picture of this kind can be drawn.
 QPixmap applicationPicture()
@@ -71,6 +72,7 @@ AboutPanel::AboutPanel(const std::string& version) : QDialog(QApplication::activ
     bold.setBold(true);
     bold.setPointSizeF(bold.pointSizeF() * 1.4);
     title->setFont(bold);
+    title->setMinimumWidth(leastWidth);
     auto* const number = centredLabel(aboutText("Version %@", version));
     number->setObjectName(QStringLiteral("versionLabel"));
     number->setTextInteractionFlags(Qt::TextSelectableByMouse);
