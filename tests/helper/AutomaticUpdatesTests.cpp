@@ -49,7 +49,7 @@ TEST_CASE("Automatic updates that are switched off are not tried anymore, until 
     updates.setEnabled(true); // which it is already
     REQUIRE(waitFor(attempts, 1));
     updates.setEnabled(false);
-    std::this_thread::sleep_for(interval); // one may be under way
+    std::this_thread::sleep_for(5 * interval); // one may be under way
     const int before = attempts;
     std::this_thread::sleep_for(4 * interval);
     CHECK(attempts == before);
