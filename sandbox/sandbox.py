@@ -190,9 +190,9 @@ class Sandbox:
         self._wait_until(lambda: self._owns_name("org.freedesktop.PolicyKit1", self.authority), self.authority,
                          "The authority")
 
-    def start_backup_daemon(self):
-        """Something that backs up as far as others can tell, for a moment at once and every hour."""
-        self.backup_daemon = self._start([os.path.join(self.build, "sandbox", "backupd"), "--lasting", "5"])
+    def start_backup_daemon(self, lasting=5):
+        """Something that backs up as far as others can tell, for so many seconds at once and every hour."""
+        self.backup_daemon = self._start([os.path.join(self.build, "sandbox", "backupd"), "--lasting", str(lasting)])
 
     def start_application(self, environment=None):
         return self._start([self.path(PRODUCT + "/bin/" + APPLICATION)], environment)

@@ -10,6 +10,7 @@ import threading
 
 from stories import DEFAULTS, Story, expect, run, wait_for  # and where the sandbox is
 
+import feed
 from sandbox import RULES
 from session import use
 
@@ -20,6 +21,8 @@ ANSWERS = ["Enable", "Maybe Later"]
 AUTOMATIC = "Install updates automatically"
 PASSWORD = "Require a password to change the schedule"
 UP_TO_DATE = "You are up to date."
+LATEST = "You are currently using the latest version of Brevane."
+BACKUP_RUNS = "A backup operation is currently running."
 NEW_VERSION = "New version available."
 UNINSTALL = "Are you sure you want to uninstall Brevane?"
 NOT_CHECKED = "Brevane was unable to check for updates."
@@ -253,6 +256,46 @@ class Lifecycle(Story):
         wait_for("the alert to close", lambda: not self.is_alert_shown(NOT_CHECKED))
         self.quit_application()
 
+    def whoever_is_up_to_date_can_have_updates_installed_automatically(self):
+        self.sandbox.offer_update()
+        package, address = (self.sandbox.path("feed/" + name) for name in ("Brevane.pkg", "update.plist"))
+        installed = self._read(MANIFEST)
+        feed.make_feed(package, installed["Version"], installed["HumanVersion"], address)
+        self.start_all()
+        self.choose_from_menu("r", "Check for Updates.*")
+        self.desktop.dialog(UP_TO_DATE)
+        self.desktop.find("check box", AUTOMATIC).click()
+        self.answer_alert(UP_TO_DATE, LATEST, "OK", ["OK"])
+        self.answer_prompt("Authenticate")
+        wait_for("automatic updates to be on", self.installs_updates)
+        self.choose_from_menu("r", "Check for Updates.*")
+        self.desktop.dialog(UP_TO_DATE)
+        expect(not self.desktop.is_shown("check box", AUTOMATIC), "the check box is there again")
+        self.answer_alert(UP_TO_DATE, LATEST, "OK", ["OK"])
+        self.quit_application()
+
+    def while_a_backup_runs_nothing_is_installed_or_removed(self):
+        self.sandbox.offer_update()
+        installed = self.installed_version()
+        self.start_all()
+        self.sandbox.start_backup_daemon(lasting=600)
+        wait_for("the backup", lambda: "Backing up to" in self.helper_log())
+        self.choose_from_menu("r", "Check for Updates.*")
+        self.answer_alert(NEW_VERSION, "is available.", "Update", ["Update", "Download", "Later"])
+        self.answer_prompt("Authenticate")
+        self.answer_alert("Brevane was unable to update.", BACKUP_RUNS, "OK", ["OK"])
+        self.choose_from_menu("r", "Uninstall Brevane.*")
+        self.answer_alert(UNINSTALL, "You can't undo this action.", "Uninstall", ["Uninstall", "Cancel"])
+        self.answer_prompt("Authenticate")
+        self.answer_alert("Could not uninstall.", BACKUP_RUNS, "OK", ["OK"])
+        expect(self.sandbox.applications() == [self.application.pid], "the post-update tool is still there")
+        expect(self.installed_version() == installed, f"version {self.installed_version()} is installed")
+        self.sandbox.end(self.sandbox.backup_daemon)
+        self.choose_from_menu("r", "Uninstall Brevane.*")
+        self.answer_alert(UNINSTALL, "You can't undo this action.", "Uninstall", ["Uninstall", "Cancel"])
+        wait_for("the product's folder to go", lambda: not os.path.exists(self.sandbox.path("Library/Brevane")))
+        self.quit_application()
+
     def a_new_version_can_wait(self):
         version = self.sandbox.offer_update()
         self.start_all()
@@ -289,7 +332,7 @@ class Lifecycle(Story):
         self.wait_active("Brevane")
         self.expect_about(version)
         self.choose_from_menu("r", "Check for Updates.*")
-        self.answer_alert(UP_TO_DATE, "You are currently using the latest version of Brevane.", "OK", ["OK"])
+        self.answer_alert(UP_TO_DATE, LATEST, "OK", ["OK"])
         expect(session.is_alive(), "the session ended with the old version")
         self.ask_to_quit()
         session.join(20)
