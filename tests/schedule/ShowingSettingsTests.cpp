@@ -42,6 +42,21 @@ TEST_CASE("the window shows every key of the fetched record")
           == Rows{"modeStackView", "intervalView", "suspendStackView", "allowBatteryCheckBox", "snapshotsCheckBox"});
 }
 
+TEST_CASE("the controls of a row stand 8 points apart, and none stretches to the window's edge")
+{
+    const EditorTest editor(completeRecord());
+    const auto right = [](const char* control) { return frameOf(control).x + frameOf(control).width; };
+    const std::vector<std::vector<const char*>> rows{
+        {"backupsCheckBox", "operationModePopUp"},
+        {"suspendCheckBox", "suspendFromPicker", "suspendToLabel", "suspendToPicker"}};
+    for (const auto& row : rows) {
+        CHECK(frameOf(row.front()).x == 0);
+        for (std::size_t i = 1; i < row.size(); ++i)
+            CHECK(frameOf(row[i]).x == right(row[i - 1]) + 8);
+        CHECK(right(row.back()) < frameOf("modeStackView").width - 50);
+    }
+}
+
 TEST_CASE("an empty record shows backups off, the when-inactive mode and nothing ticked")
 {
     EditorTest editor(ScheduleSettings{});

@@ -30,3 +30,8 @@ void makeMixed(std::string_view checkBox)
 {
     dynamic_cast<CheckBox&>(viewOnScreen(checkBox)).setState(CheckState::Mixed);
 }
+
+Rect frameOf(std::string_view control)
+{
+    return viewOnScreen(control).frame();
+}
