@@ -99,7 +99,7 @@ bool Maintenance::installUpdateUnasked()
     return installUpdate([](const Result<PropertyList>&) { });
 }
 
-void Maintenance::uninstall(const std::string& sender, Completion completion)
+void Maintenance::uninstall(const std::string& sender, const Completion& completion)
 {
     if (!begin(Operation::Uninstall, completion))
         return;

@@ -32,7 +32,7 @@ public:
     // alone. The same result.
     bool installUpdateUnasked();
     // On the thread of the caller, which must be the one that writes settings. The sender is the peer who asks.
-    void uninstall(const std::string& sender, Completion completion);
+    void uninstall(const std::string& sender, const Completion& completion);
 
     // From then on no settings may be written.
     bool isUninstalling() const { return _operation == Operation::Uninstall; }

@@ -24,9 +24,9 @@ public:
     void tell(const Event& event) const
     {
         const auto present = _entries;
-        for (const auto& [observer, handler] : present) {
-            if (std::ranges::any_of(_entries, [&](const auto& entry) { return entry.first == observer; }))
-                handler(event);
+        for (const auto& told : present) {
+            if (std::ranges::any_of(_entries, [&](const auto& entry) { return entry.first == told.first; }))
+                told.second(event);
         }
     }
 

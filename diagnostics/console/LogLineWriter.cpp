@@ -84,7 +84,7 @@ std::string_view lastPathComponent(std::string_view path)
 }
 
 LogLineWriter::LogLineWriter(ConsoleStyles styles)
-    : _styles(std::move(styles)),
+    : _styles(styles),
       _parser(DateFormat::withPattern("yyyy.MM.dd HH:mm:ss.SSSSSSZZZ")),
       _printer(DateFormat::withStyles(DateStyle::Short, DateStyle::Medium))
 {

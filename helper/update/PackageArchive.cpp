@@ -169,7 +169,8 @@ Result<void> Unpacker::unpackFile(archive_entry* entry, int parent, const std::s
         if (result != ARCHIVE_OK)
             return damaged();
         const auto end = static_cast<std::uint64_t>(offset) + count;
-        if (offset < 0 || end > PackageArchive::maximumSize || (_size += count) > PackageArchive::maximumSize)
+        _size += count;
+        if (offset < 0 || end > PackageArchive::maximumSize || _size > PackageArchive::maximumSize)
             return refused("The package holds too much.");
         const auto* at = static_cast<const char*>(bytes);
         while (count > 0) {

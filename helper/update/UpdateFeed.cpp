@@ -11,7 +11,6 @@
 #include <utility>
 
 using platform::Dictionary;
-using platform::PropertyList;
 
 namespace {
 

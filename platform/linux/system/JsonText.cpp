@@ -24,6 +24,8 @@ void appendEscaped(std::string& out, char character)
     case '\r':
         out += "\\r";
         return;
+    default:
+        break;
     }
     auto code = static_cast<unsigned char>(character);
     if (code < 0x20) {

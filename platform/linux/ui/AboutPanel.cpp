@@ -34,7 +34,7 @@ constexpr int leastWidth = 220; // or the window's frame would have no room for 
 QPixmap applicationPicture()
 {
     const QIcon own(QString::fromStdString(resourceFolder() + "/icon/brevane.svg"));
-    const auto picture = QIcon::fromTheme(QGuiApplication::desktopFileName(), own).pixmap(pictureSize, pictureSize);
+    auto picture = QIcon::fromTheme(QGuiApplication::desktopFileName(), own).pixmap(pictureSize, pictureSize);
     if (!picture.isNull())
         return picture;
     return QApplication::style()->standardIcon(QStyle::SP_MessageBoxInformation).pixmap(pictureSize, pictureSize);

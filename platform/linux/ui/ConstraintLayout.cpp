@@ -89,7 +89,7 @@ ConstraintSystem::Solution ConstraintLayout::solve(const ConstraintSystem::Reque
     std::vector<QWidget*> widgets;
     for (const auto& item : _items)
         widgets.push_back(item->widget());
-    return ConstraintSystem(parentWidget(), std::move(widgets)).solve(request);
+    return ConstraintSystem(parentWidget(), widgets).solve(request);
 }
 
 } // namespace platform::ui

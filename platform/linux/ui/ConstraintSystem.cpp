@@ -73,7 +73,7 @@ int rounded(double value)
 
 } // namespace
 
-ConstraintSystem::ConstraintSystem(QWidget* container, std::vector<QWidget*> widgets) : _container(container)
+ConstraintSystem::ConstraintSystem(QWidget* container, const std::vector<QWidget*>& widgets) : _container(container)
 {
     for (QWidget* widget : widgets) {
         widget->ensurePolished();

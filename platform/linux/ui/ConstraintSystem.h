@@ -24,7 +24,7 @@ public:
         std::vector<QRect> frames; // as the widgets
     };
 
-    ConstraintSystem(QWidget* container, std::vector<QWidget*> widgets);
+    ConstraintSystem(QWidget* container, const std::vector<QWidget*>& widgets);
 
     Solution solve(const Request& request);
 

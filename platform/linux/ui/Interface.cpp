@@ -79,7 +79,7 @@ std::unique_ptr<Interface> Interface::load(std::string_view name)
     }
 
     if (auto* const window = qobject_cast<InterfaceWindow*>(top.get())) {
-        top.release();
+        static_cast<void>(top.release());
         new EditCommands(*window);
         new WindowCommands(*window);
         new HelpCommand(*window);

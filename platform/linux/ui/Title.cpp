@@ -6,9 +6,10 @@ std::string plainTitle(const QString& marked)
 {
     QString plain;
     for (qsizetype i = 0; i < marked.size(); ++i) {
-        if (marked[i] == u'&' && ++i == marked.size())
-            break;
-        plain += marked[i];
+        if (marked[i] == u'&')
+            ++i;
+        if (i < marked.size())
+            plain += marked[i];
     }
     return plain.toStdString();
 }

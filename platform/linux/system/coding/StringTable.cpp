@@ -113,7 +113,7 @@ std::string resourceFolder()
 {
     if (const char* named = variable("BREVANE_RESOURCES"))
         return named;
-    const auto folder = programFolder() + "/../share/brevane/resources";
+    auto folder = programFolder() + "/../share/brevane/resources";
     struct stat status{};
     if (::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         return folder;
