@@ -10,6 +10,7 @@
 #include <memory>
 #include <poll.h>
 #include <pthread.h>
+#include <sys/socket.h>
 #include <system_error>
 #include <thread>
 
@@ -17,30 +18,61 @@ namespace platform {
 
 namespace {
 
-struct MonitorDeleter {
-    void operator()(libmnt_monitor* monitor) const { mnt_unref_monitor(monitor); }
-};
-using MountMonitor = std::unique_ptr<libmnt_monitor, MonitorDeleter>;
-
-MountMonitor openMountMonitor()
+// That there are any is all that is of interest. The library would make devices of them, which it can do on one thread
+// only, and the main one does.
+void discardEvents(int socket)
 {
-    MountMonitor monitor(mnt_new_monitor());
-    return monitor && mnt_monitor_enable_kernel(monitor.get(), 1) == 0 && mnt_monitor_get_fd(monitor.get()) >= 0
-        ? std::move(monitor)
-        : nullptr;
-}
-
-// The kernel's own events, which are there without a daemon too. The name of a volume is asked of the kernel anyway.
-UdevMonitor openDeviceMonitor(udev& context)
-{
-    UdevMonitor monitor(udev_monitor_new_from_netlink(&context, "kernel"));
-    return monitor && udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "block", nullptr) >= 0
-            && udev_monitor_enable_receiving(monitor.get()) >= 0
-        ? std::move(monitor)
-        : nullptr;
+    char event[8192];
+    while (::recv(socket, event, sizeof event, MSG_DONTWAIT) >= 0 || errno == EINTR || errno == ENOBUFS) { }
 }
 
 } // namespace
+
+// Opened on the main thread, and then the other one's.
+class VolumeWatcher::Monitors {
+public:
+    // False when there is no waiting any more.
+    bool waitForChange()
+    {
+        std::array<pollfd, 2> sources = {{{_mounts ? mnt_monitor_get_fd(_mounts.get()) : -1, POLLIN, 0},
+                                          {_devices ? udev_monitor_get_fd(_devices.get()) : -1, POLLIN, 0}}};
+        if (::poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR)
+            return false;
+        while (_mounts && mnt_monitor_next_change(_mounts.get(), nullptr, nullptr) == 0) { }
+        if (_devices)
+            discardEvents(udev_monitor_get_fd(_devices.get()));
+        return true;
+    }
+
+private:
+    struct MountDeleter {
+        void operator()(libmnt_monitor* monitor) const { mnt_unref_monitor(monitor); }
+    };
+    using MountMonitor = std::unique_ptr<libmnt_monitor, MountDeleter>;
+
+    static MountMonitor openMountMonitor()
+    {
+        MountMonitor monitor(mnt_new_monitor());
+        return monitor && mnt_monitor_enable_kernel(monitor.get(), 1) == 0 && mnt_monitor_get_fd(monitor.get()) >= 0
+            ? std::move(monitor)
+            : nullptr;
+    }
+
+    // The kernel's own events, which are there without a daemon too. The name of a volume is asked of the kernel
+    // anyway.
+    static UdevMonitor openDeviceMonitor(udev& context)
+    {
+        UdevMonitor monitor(udev_monitor_new_from_netlink(&context, "kernel"));
+        return monitor && udev_monitor_filter_add_match_subsystem_devtype(monitor.get(), "block", nullptr) >= 0
+                && udev_monitor_enable_receiving(monitor.get()) >= 0
+            ? std::move(monitor)
+            : nullptr;
+    }
+
+    MountMonitor _mounts = openMountMonitor();
+    Udev _context{udev_new()};
+    UdevMonitor _devices = _context ? openDeviceMonitor(*_context) : nullptr;
+};
 
 VolumeWatcher& VolumeWatcher::shared()
 {
@@ -52,11 +84,12 @@ void VolumeWatcher::start()
 {
     if (_started)
         return;
+    auto monitors = std::make_unique<Monitors>(); // before the first look, so that nothing goes unseen
     if (const auto mounts = readMountTable())
         _known = volumesOfMounts(*mounts);
     try {
         const BlockedSignals blocked;
-        std::thread([this] { watch(); }).detach();
+        std::thread([this, opened = std::move(monitors)] { watch(*opened); }).detach();
         _started = true;
     } catch (const std::system_error&) {
         // Volumes are listed, but changes go unseen until another observer comes.
@@ -80,22 +113,12 @@ VolumeWatcher::Volumes VolumeWatcher::volumesOfMounts(const std::vector<Mount>& 
     return volumes;
 }
 
-void VolumeWatcher::watch()
+void VolumeWatcher::watch(Monitors& monitors)
 {
     ::pthread_setname_np(::pthread_self(), "volumes");
-    const auto mounts = openMountMonitor();
-    const Udev context(udev_new());
-    const auto devices = context ? openDeviceMonitor(*context) : nullptr;
-    std::array<pollfd, 2> sources = {{{mounts ? mnt_monitor_get_fd(mounts.get()) : -1, POLLIN, 0},
-                                      {devices ? udev_monitor_get_fd(devices.get()) : -1, POLLIN, 0}}};
-    // What happened before the monitors were open.
-    for (;;) {
+    while (monitors.waitForChange()) {
         if (!_refreshing.exchange(true))
             Queue::main()->async([this] { refresh(); });
-        if (::poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR)
-            return;
-        while (mounts && mnt_monitor_next_change(mounts.get(), nullptr, nullptr) == 0) { }
-        while (devices && UdevDevice(udev_monitor_receive_device(devices.get()))) { }
     }
 }
 

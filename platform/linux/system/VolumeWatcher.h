@@ -35,7 +35,8 @@ private:
     using Volumes = std::map<Key, Volume>;
 
     static Volumes volumesOfMounts(const std::vector<Mount>& mounts);
-    void watch();
+    class Monitors;
+    void watch(Monitors& monitors);
     void refresh();
     void tellChange(const Volume* before, const Volume* now) const;
 
