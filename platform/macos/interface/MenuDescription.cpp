@@ -4,6 +4,8 @@ namespace platform::macos {
 
 namespace {
 
+constexpr int showFindPanel = 1; // NSFindPanelActionShowFindPanel
+
 MenuDescription applicationMenu()
 {
     return {.title = "B&revane",
@@ -43,7 +45,9 @@ MenuDescription editMenu()
                       {.title = "&Copy", .selector = "copy:", .key = "c"},
                       {.title = "&Paste", .selector = "paste:", .key = "v"},
                       {},
-                      {.title = "Select &All", .selector = "selectAll:", .key = "a"}}};
+                      {.title = "Select &All", .selector = "selectAll:", .key = "a"},
+                      {},
+                      {.title = "Find…", .selector = "performFindPanelAction:", .key = "f", .tag = showFindPanel}}};
 }
 
 MenuDescription windowMenu()

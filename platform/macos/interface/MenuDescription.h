@@ -15,6 +15,7 @@ struct MenuItemDescription {
     const char* selector = "";   // of the platform's own action, for an item that needs nothing of us
     const char* key = "";
     ModifierKeys modifiers = Command;
+    int tag = 0;                           // tells the platform's own action what to do
     MenuRole submenu = MenuRole::Ordinary; // Services: the item holds that menu
 
     bool isSeparator() const { return *title == '\0'; }

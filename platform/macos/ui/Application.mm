@@ -47,6 +47,12 @@ using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
     return terminates ? NSTerminateNow : NSTerminateCancel;
 }
 
+// What is still being saved is finished first. The process then ends without leaving the main function.
+- (void)applicationWillTerminate:(NSNotification*)__unused notification
+{
+    _delegate.reset();
+}
+
 - (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)__unused sender
 {
     return _delegate && _delegate->applicationShouldTerminateAfterLastWindowClosed();

@@ -10,6 +10,8 @@ namespace platform::ui {
 
 namespace {
 
+static_assert(NSFindPanelActionShowFindPanel == 1); // the description's tag
+
 NSString* text(const char* key)
 {
     return foundation::string(macos::plainTitle(localizedString(key)));
@@ -41,6 +43,7 @@ NSMenuItem* newItem(const MenuItemDescription& description)
                                    action:*description.selector ? sel_registerName(description.selector) : nil
                             keyEquivalent:foundation::string(description.key)];
     item.keyEquivalentModifierMask = nativeModifiers(description.modifiers);
+    item.tag = description.tag;
     if (*description.identifier)
         targetOf(item, foundation::string(description.identifier));
     if (description.submenu == MenuRole::Services) {
