@@ -5,6 +5,8 @@
 #include <atomic>
 #include <string>
 
+namespace helper {
+
 // Whether updates are installed by themselves. Off until somebody turns it on.
 class AutoUpdatesStore {
 public:
@@ -17,9 +19,9 @@ public:
     // On disk when this returns success. One call at a time.
     platform::Result<void> setEnabled(bool enabled);
 
-    static constexpr const char* enabledKey = "Enabled";
-
 private:
     PropertyListFile _file;
     std::atomic<bool> _enabled = false;
 };
+
+} // namespace helper

@@ -1,8 +1,11 @@
 #include "helper/DefaultRights.h"
 
 #include "messaging/ZRKAuthorizationManager.h"
+#include "protocol/Messages.h"
 
 #include <utility>
+
+namespace helper {
 
 void installDefaultRights()
 {
@@ -17,3 +20,5 @@ void installDefaultRights()
     // Whatever comes of it, it is in the log already.
     [[maybe_unused]] auto defined = ZRKAuthorizationManager::setAuthorizationRights(missing);
 }
+
+} // namespace helper

@@ -1,5 +1,9 @@
 #pragma once
 
+namespace helper {
+
 // Defines those of the product's rights that have no definition yet. One that an administrator or the application's
 // own preferences changed stays as it is. A failure is told in the log.
 void installDefaultRights();
+
+} // namespace helper

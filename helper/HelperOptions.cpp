@@ -1,9 +1,11 @@
 #include "helper/HelperOptions.h"
 
-#include "platform/linux/system/Root.h"
+#include "platform/linux/system/files/Root.h"
 
 #include <optional>
 #include <string_view>
+
+namespace helper {
 
 namespace {
 
@@ -44,3 +46,5 @@ std::expected<HelperOptions, std::string> HelperOptions::inArguments(int count, 
     const bool isInstalled = root == platform::InstalledRoot;
     return HelperOptions{root, rules.value_or(isInstalled ? systemRules : ""), std::move(updates)};
 }
+
+} // namespace helper

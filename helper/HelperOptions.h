@@ -5,6 +5,8 @@
 #include <expected>
 #include <string>
 
+namespace helper {
+
 // What the program was told on its command line.
 struct HelperOptions {
     std::string root;
@@ -16,3 +18,5 @@ struct HelperOptions {
     // Fails with a sentence, or with nothing for arguments that are not understood.
     static std::expected<HelperOptions, std::string> inArguments(int count, const char* const* arguments);
 };
+
+} // namespace helper

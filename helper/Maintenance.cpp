@@ -3,10 +3,12 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/BackupActivity.h"
 #include "helper/installation/Installation.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
+#include "protocol/ErrorCodes.h"
 
 #include <utility>
+
+namespace helper {
 
 using platform::Dictionary;
 using platform::PropertyList;
@@ -116,3 +118,5 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
     else
         end(completion, End::Stop);
 }
+
+} // namespace helper

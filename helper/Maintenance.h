@@ -11,6 +11,8 @@
 #include <memory>
 #include <string>
 
+namespace helper {
+
 // The work on the installation itself: one operation at a time, whoever asks. Another one meanwhile is refused with an
 // error of the product's domain. Never waits; a completion is called once, on another thread or before the return.
 class Maintenance : public std::enable_shared_from_this<Maintenance> {
@@ -56,3 +58,5 @@ private:
     std::atomic<Operation> _operation = Operation::None;
     std::shared_ptr<platform::Queue> _queue;
 };
+
+} // namespace helper

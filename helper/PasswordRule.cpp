@@ -4,12 +4,15 @@
 #include "helper/installation/SystemError.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
-#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/files/AtomicFile.h"
+#include "protocol/Messages.h"
 
 #include <cerrno>
 #include <grp.h>
 #include <string_view>
 #include <unistd.h>
+
+namespace helper {
 
 using platform::Array;
 using platform::Dictionary;
@@ -89,3 +92,5 @@ Result<void> PasswordRule::removeRules() const
     (void)syncFolder(_rulesFolder);
     return {};
 }
+
+} // namespace helper

@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace helper {
+
 // Whether administrators must give their password to change settings: the rule of the right "…settings.modify-1", and
 // beside it, where a real authority reads rules, a rules file that says the same.
 class PasswordRule {
@@ -23,3 +25,5 @@ private:
 
     std::string _rulesFolder;
 };
+
+} // namespace helper

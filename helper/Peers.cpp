@@ -1,8 +1,10 @@
 #include "helper/Peers.h"
 
-#include "platform/linux/system/BusPeer.h"
+#include "platform/linux/system/bus/BusPeer.h"
 
 #include <algorithm>
+
+namespace helper {
 
 void Peers::add(const std::string& name)
 {
@@ -54,3 +56,5 @@ void Peers::forgetThoseGone()
     for (const auto& gone : names)
         _names.erase(gone);
 }
+
+} // namespace helper

@@ -5,6 +5,8 @@
 #include <set>
 #include <string>
 
+namespace helper {
+
 // Who has sent messages, by the unique names that the bus reports. Any thread.
 class Peers {
 public:
@@ -23,3 +25,5 @@ private:
     std::mutex _lock;
     std::set<std::string> _names;
 };
+
+} // namespace helper

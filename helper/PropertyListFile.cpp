@@ -2,7 +2,7 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "messaging/ZRKError.h"
-#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "platform/SystemInformation.h"
 
@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <system_error>
 #include <utility>
+
+namespace helper {
 
 using platform::Dictionary;
 using platform::Result;
@@ -74,3 +76,5 @@ void PropertyListFile::keepDamagedFile() const
         ZRKLogMessage(LogLevelError, "The file '%@' is damaged and could not be moved: %@.",
                       {_path, systemText(errno)});
 }
+
+} // namespace helper

@@ -6,6 +6,8 @@
 #include <optional>
 #include <string>
 
+namespace helper {
+
 // A dictionary in a file of its own, as a binary property list. One writer at a time.
 class PropertyListFile {
 public:
@@ -29,3 +31,5 @@ private:
     std::string _path;
     Acceptable _acceptable;
 };
+
+} // namespace helper

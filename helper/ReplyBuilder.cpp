@@ -1,12 +1,14 @@
 #include "helper/ReplyBuilder.h"
 
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
 #include "platform/ErrorArchive.h"
 #include "platform/Format.h"
 #include "platform/PropertyListCoding.h"
+#include "protocol/ErrorCodes.h"
 
 #include <utility>
+
+namespace helper {
 
 using platform::ServiceDictionary;
 
@@ -24,3 +26,5 @@ ServiceDictionary ReplyBuilder::replyWithError(const platform::Error& error)
 {
     return {{"error", platform::archivedError(error)}};
 }
+
+} // namespace helper

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace helper {
+
 // The two replies to a request. Each holds exactly one of "payload" and "error".
 class ReplyBuilder {
 public:
@@ -12,3 +14,5 @@ public:
     static platform::ServiceDictionary replyWithResult(std::int64_t message, const platform::PropertyList& result);
     static platform::ServiceDictionary replyWithError(const platform::Error& error);
 };
+
+} // namespace helper

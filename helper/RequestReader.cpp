@@ -1,11 +1,13 @@
 #include "helper/RequestReader.h"
 
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
 #include "platform/Authorization.h"
 #include "platform/PropertyListCoding.h"
+#include "protocol/ErrorCodes.h"
 
 #include <utility>
+
+namespace helper {
 
 using platform::Data;
 using platform::Result;
@@ -64,3 +66,5 @@ Result<RequestReader::Payload> RequestReader::payloadOfRequest(const Request& re
                                                          {{"message", request.message}}, std::move(value.error())));
     return Payload(std::move(*value));
 }
+
+} // namespace helper

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <optional>
 
+namespace helper {
+
 // A request as it arrived, its form checked and nothing else: whether its sender may make it is not known yet.
 struct Request {
     std::int64_t message = 0;
@@ -31,3 +33,5 @@ public:
     // The messager error 3 of the message.
     static platform::Error deserializeError(std::int64_t message);
 };
+
+} // namespace helper

@@ -3,17 +3,20 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/ReplyBuilder.h"
 #include "helper/SettingsValidator.h"
-#include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "messaging/ZRKError.h"
 #include "platform/SystemInformation.h"
+#include "protocol/ErrorCodes.h"
+#include "protocol/Messages.h"
+#include "protocol/ScheduleSettings.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <future>
 #include <iterator>
 #include <utility>
+
+namespace helper {
 
 using platform::Data;
 using platform::Dictionary;
@@ -71,7 +74,7 @@ Result<Dictionary> validRecord(const Request& request, const RequestReader::Payl
 // The reply to a change: the application only asks that it is not empty.
 const Dictionary& changed()
 {
-    static const Dictionary reply{{"Applied", true}};
+    static const Dictionary reply{{PayloadKey::Applied, true}};
     return reply;
 }
 
@@ -206,14 +209,15 @@ SchedulerHelper::Outcome SchedulerHelper::applySettings(const Request& request, 
     if (auto stored = _settings.setSettings(*settings); !stored)
         return std::unexpected(std::move(stored.error()));
     ZRKLogMessage(LogLevelDefault, "Applied settings: backups %d, mode %@, snapshots %d.",
-                  {settings->boolForKey("Backups") ? 1 : 0, *settings->stringForKey("BackupsMode"),
-                   settings->boolForKey("Snapshots") ? 1 : 0});
+                  {settings->boolForKey(ScheduleKey::Backups) ? 1 : 0,
+                   *settings->stringForKey(ScheduleKey::BackupsMode),
+                   settings->boolForKey(ScheduleKey::Snapshots) ? 1 : 0});
     return changed();
 }
 
 SchedulerHelper::Outcome SchedulerHelper::getAutoUpdates(const Request&, const Payload&)
 {
-    return Dictionary{{AutoUpdatesStore::enabledKey, _autoUpdates.enabled()}};
+    return Dictionary{{PayloadKey::Enabled, _autoUpdates.enabled()}};
 }
 
 SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request, const Payload& payload)
@@ -221,7 +225,7 @@ SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request,
     auto record = validRecord(request, payload, SettingsValidator::faultInAutoUpdates);
     if (!record)
         return std::unexpected(std::move(record.error()));
-    bool enabled = record->boolForKey(AutoUpdatesStore::enabledKey);
+    bool enabled = record->boolForKey(PayloadKey::Enabled);
     auto stored = _autoUpdates.setEnabled(enabled);
     followAutoUpdatesSetting();
     if (!stored)
@@ -235,9 +239,11 @@ SchedulerHelper::Outcome SchedulerHelper::setAllowWithoutPassword(const Request&
     auto record = validRecord(request, payload, SettingsValidator::faultInAllowWithoutPassword);
     if (!record)
         return std::unexpected(std::move(record.error()));
-    bool allowed = record->boolForKey("Allow");
+    bool allowed = record->boolForKey(PayloadKey::Allow);
     if (auto written = _maintenance->passwordRule().setAllowsWithoutPassword(allowed); !written)
         return std::unexpected(std::move(written.error()));
     ZRKLogMessage(LogLevelDefault, "Changing settings %@ a password.", {allowed ? "needs no" : "needs"});
     return changed();
 }
+
+} // namespace helper

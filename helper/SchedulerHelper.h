@@ -16,6 +16,8 @@
 #include <memory>
 #include <string>
 
+namespace helper {
+
 // Serves the messages: checks who asks, then does it. Messages that need no right never wait for one that does.
 class SchedulerHelper : public std::enable_shared_from_this<SchedulerHelper> {
 public:
@@ -64,3 +66,5 @@ private:
     const bool _takesUpdates;                  // there is a key that they could be signed with
     AutomaticUpdates _automaticUpdates;        // ends first
 };
+
+} // namespace helper

@@ -1,8 +1,12 @@
 #include "helper/SettingsStore.h"
 
 #include "helper/SettingsValidator.h"
+#include "protocol/ScheduleRanges.h"
+#include "protocol/ScheduleSettings.h"
 
 #include <utility>
+
+namespace helper {
 
 using platform::Dictionary;
 
@@ -12,8 +16,8 @@ namespace {
 bool isAcceptable(const Dictionary& stored)
 {
     auto settings = stored;
-    if (const auto* disabled = settings.find("Disabled"); disabled && disabled->isNumber())
-        settings.remove("Disabled");
+    if (const auto* disabled = settings.find(ScheduleKey::Disabled); disabled && disabled->isNumber())
+        settings.remove(ScheduleKey::Disabled);
     auto fault = SettingsValidator::faultInSettings(settings);
     return !fault || fault->code == BRVErrorMissingValue;
 }
@@ -22,7 +26,7 @@ bool isAcceptable(const Dictionary& stored)
 
 SettingsStore::SettingsStore(const std::string& path) : _file(path, isAcceptable)
 {
-    keep(_file.open().value_or(defaultSettings()));
+    keep(_file.open().value_or(defaultScheduleSettings()));
 }
 
 std::shared_ptr<const Dictionary> SettingsStore::settings() const
@@ -50,19 +54,4 @@ void SettingsStore::keep(Dictionary settings)
     _settings = std::move(kept);
 }
 
-Dictionary SettingsStore::defaultSettings()
-{
-    return {
-        {"Backups", false},
-        {"BackupsMode", "WhenInactive"},
-        {"WhenInactive", Dictionary()},
-        {"Interval", Dictionary{{"Hours", 1}}},
-        {"Suspend", false},
-        {"SuspendSettings", Dictionary{{"StartHour", 22}, {"StartMinute", 0}, {"EndHour", 6}, {"EndMinute", 0}}},
-        {"DontRunWhenPassive", false},
-        {"DontRunWithSleepPreventers", false},
-        {"DontRunWhenNotNetworkWired", false},
-        {"AllowBattery", false},
-        {"Snapshots", false},
-    };
-}
+} // namespace helper

@@ -6,6 +6,8 @@
 #include <mutex>
 #include <string>
 
+namespace helper {
+
 // The stored schedule.
 class SettingsStore {
 public:
@@ -18,9 +20,6 @@ public:
     // Stores a validated record; it is on disk when this returns success. One call at a time.
     platform::Result<void> setSettings(const platform::Dictionary& settings);
 
-    // What a fresh installation begins with: nothing is scheduled.
-    static platform::Dictionary defaultSettings();
-
 private:
     void keep(platform::Dictionary settings);
 
@@ -28,3 +27,5 @@ private:
     mutable std::mutex _lock;
     std::shared_ptr<const platform::Dictionary> _settings;
 };
+
+} // namespace helper

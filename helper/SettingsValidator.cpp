@@ -1,11 +1,16 @@
 #include "helper/SettingsValidator.h"
 
 #include "messaging/ZRKError.h"
+#include "protocol/Messages.h"
+#include "protocol/ScheduleRanges.h"
+#include "protocol/ScheduleSettings.h"
 
 #include <cmath>
 #include <initializer_list>
 #include <span>
 #include <string_view>
+
+namespace helper {
 
 using platform::Dictionary;
 using platform::PropertyList;
@@ -43,14 +48,14 @@ Fault boolean(std::string_view key, const PropertyList& value)
     return std::nullopt;
 }
 
-template <std::int64_t lowest, std::int64_t highest>
+template <const ScheduleRange& range>
 Fault integer(std::string_view key, const PropertyList& value)
 {
     if (!value.isNumber())
         return wrongType(key, "integer");
     auto number = wholeNumber(value);
-    if (!number || *number < lowest || *number > highest)
-        return wrongType(key, "integer from " + std::to_string(lowest) + " to " + std::to_string(highest));
+    if (!number || !range.contains(*number))
+        return wrongType(key, "integer from " + std::to_string(range.lowest) + " to " + std::to_string(range.highest));
     return std::nullopt;
 }
 
@@ -83,7 +88,7 @@ Fault mode(std::string_view key, const PropertyList& value)
     const auto* text = value.string();
     if (!text)
         return wrongType(key, "string");
-    if (*text != "WhenInactive" && *text != "Interval" && *text != "CalendarIntervals")
+    if (!isBackupsMode(*text))
         return wrongType(key, "WhenInactive, Interval or CalendarIntervals");
     return std::nullopt;
 }
@@ -97,10 +102,10 @@ Fault whenInactive(std::string_view key, const PropertyList& value)
 Fault interval(std::string_view key, const PropertyList& value)
 {
     static constexpr Rule rules[] = {
-        {"Minutes", integer<1, 999>},
-        {"Hours", integer<1, 999>},
-        {"Days", integer<1, 999>},
-        {"Weeks", integer<1, 999>},
+        {ScheduleKey::Minutes, integer<ScheduleRanges::intervalCount>},
+        {ScheduleKey::Hours, integer<ScheduleRanges::intervalCount>},
+        {ScheduleKey::Days, integer<ScheduleRanges::intervalCount>},
+        {ScheduleKey::Weeks, integer<ScheduleRanges::intervalCount>},
     };
     if (auto fault = dictionary(key, value, rules))
         return fault;
@@ -110,16 +115,16 @@ Fault interval(std::string_view key, const PropertyList& value)
 Fault intervals(std::string_view key, const PropertyList& value)
 {
     static constexpr Rule rules[] = {
-        {"Weekday", integer<0, 7>},
-        {"Hour", integer<0, 23>},
-        {"Minute", integer<0, 59>},
-        {"Day", integer<1, 31>},
+        {ScheduleKey::Weekday, integer<ScheduleRanges::weekday>},
+        {ScheduleKey::Hour, integer<ScheduleRanges::hour>},
+        {ScheduleKey::Minute, integer<ScheduleRanges::minute>},
+        {ScheduleKey::Day, integer<ScheduleRanges::day>},
     };
     const auto* entries = value.array();
     if (!entries)
         return wrongType(key, "array");
-    if (entries->size() > SettingsValidator::maximumIntervals)
-        return wrongType(key, "array of at most " + std::to_string(SettingsValidator::maximumIntervals) + " entries");
+    if (entries->size() > ScheduleRanges::maximumIntervals)
+        return wrongType(key, "array of at most " + std::to_string(ScheduleRanges::maximumIntervals) + " entries");
     for (const auto& entry : *entries) {
         if (!entry.dictionary())
             return wrongType(key, "array of dictionaries");
@@ -131,34 +136,34 @@ Fault intervals(std::string_view key, const PropertyList& value)
 
 Fault calendarIntervals(std::string_view key, const PropertyList& value)
 {
-    static constexpr Rule rules[] = {{"Intervals", intervals}, {"ASAP", boolean}};
+    static constexpr Rule rules[] = {{ScheduleKey::Intervals, intervals}, {ScheduleKey::ASAP, boolean}};
     return dictionary(key, value, rules);
 }
 
 Fault suspendSettings(std::string_view key, const PropertyList& value)
 {
     static constexpr Rule rules[] = {
-        {"StartHour", integer<0, 23>},
-        {"StartMinute", integer<0, 59>},
-        {"EndHour", integer<0, 23>},
-        {"EndMinute", integer<0, 59>},
+        {ScheduleKey::StartHour, integer<ScheduleRanges::hour>},
+        {ScheduleKey::StartMinute, integer<ScheduleRanges::minute>},
+        {ScheduleKey::EndHour, integer<ScheduleRanges::hour>},
+        {ScheduleKey::EndMinute, integer<ScheduleRanges::minute>},
     };
     return dictionary(key, value, rules);
 }
 
 constexpr Rule settingsRules[] = {
-    {"Backups", boolean, Presence::Required},
-    {"BackupsMode", mode, Presence::Required},
-    {"WhenInactive", whenInactive},
-    {"Interval", interval},
-    {"CalendarIntervals", calendarIntervals},
-    {"Suspend", boolean, Presence::Required},
-    {"SuspendSettings", suspendSettings, Presence::Required},
-    {"DontRunWhenPassive", boolean, Presence::Required},
-    {"DontRunWithSleepPreventers", boolean, Presence::Required},
-    {"DontRunWhenNotNetworkWired", boolean, Presence::Required},
-    {"AllowBattery", boolean},
-    {"Snapshots", boolean},
+    {ScheduleKey::Backups, boolean, Presence::Required},
+    {ScheduleKey::BackupsMode, mode, Presence::Required},
+    {BackupsModeWhenInactive, whenInactive},
+    {BackupsModeInterval, interval},
+    {BackupsModeCalendarIntervals, calendarIntervals},
+    {ScheduleKey::Suspend, boolean, Presence::Required},
+    {ScheduleKey::SuspendSettings, suspendSettings, Presence::Required},
+    {ScheduleKey::DontRunWhenPassive, boolean, Presence::Required},
+    {ScheduleKey::DontRunWithSleepPreventers, boolean, Presence::Required},
+    {ScheduleKey::DontRunWhenNotNetworkWired, boolean, Presence::Required},
+    {ScheduleKey::AllowBattery, boolean},
+    {ScheduleKey::Snapshots, boolean},
 };
 
 Fault missing(std::string_view key)
@@ -168,7 +173,7 @@ Fault missing(std::string_view key)
 
 Fault faultInSuspendSettings(const Dictionary& suspend)
 {
-    for (auto key : {"StartHour", "StartMinute", "EndHour", "EndMinute"}) {
+    for (auto key : {ScheduleKey::StartHour, ScheduleKey::StartMinute, ScheduleKey::EndHour, ScheduleKey::EndMinute}) {
         if (!suspend.contains(key))
             return missing(key);
     }
@@ -178,14 +183,14 @@ Fault faultInSuspendSettings(const Dictionary& suspend)
 // Only the mode in force must be complete: the others may be carried along as they came.
 Fault faultInModeInForce(const Dictionary& settings)
 {
-    const auto& name = *settings.stringForKey("BackupsMode");
+    const auto& name = *settings.stringForKey(ScheduleKey::BackupsMode);
     const auto* record = settings.dictionaryForKey(name);
-    if (name == "WhenInactive")
+    if (name == BackupsModeWhenInactive)
         return std::nullopt;
-    if (!record || (name == "Interval" && record->empty()))
+    if (!record || (name == BackupsModeInterval && record->empty()))
         return missing(name);
-    if (name == "CalendarIntervals" && !record->contains("Intervals"))
-        return missing("Intervals");
+    if (name == BackupsModeCalendarIntervals && !record->contains(ScheduleKey::Intervals))
+        return missing(ScheduleKey::Intervals);
     return std::nullopt;
 }
 
@@ -203,19 +208,21 @@ std::optional<SettingsFault> SettingsValidator::faultInSettings(const Dictionary
 {
     if (auto fault = faultByRules(settings, settingsRules))
         return fault;
-    if (auto fault = faultInSuspendSettings(*settings.dictionaryForKey("SuspendSettings")))
+    if (auto fault = faultInSuspendSettings(*settings.dictionaryForKey(ScheduleKey::SuspendSettings)))
         return fault;
     return faultInModeInForce(settings);
 }
 
 std::optional<SettingsFault> SettingsValidator::faultInAutoUpdates(const Dictionary& record)
 {
-    static constexpr Rule rules[] = {{"Enabled", boolean, Presence::Required}};
+    static constexpr Rule rules[] = {{PayloadKey::Enabled, boolean, Presence::Required}};
     return faultByRules(record, rules);
 }
 
 std::optional<SettingsFault> SettingsValidator::faultInAllowWithoutPassword(const Dictionary& record)
 {
-    static constexpr Rule rules[] = {{"Allow", boolean, Presence::Required}};
+    static constexpr Rule rules[] = {{PayloadKey::Allow, boolean, Presence::Required}};
     return faultByRules(record, rules);
 }
+
+} // namespace helper

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "messaging/ErrorCodes.h"
 #include "platform/Error.h"
+#include "protocol/ErrorCodes.h"
 
-#include <cstddef>
 #include <optional>
 #include <string>
+
+namespace helper {
 
 // What is wrong with a record: the code is a missing value, a wrong type or an unknown key.
 struct SettingsFault {
@@ -21,8 +22,6 @@ struct SettingsFault {
 // in the range of their key.
 class SettingsValidator {
 public:
-    static constexpr std::size_t maximumIntervals = 10'000;
-
     // Nothing for a good record. Missing values are looked for last, so one that is reported is all that is wrong.
     static std::optional<SettingsFault> faultInSettings(const platform::Dictionary& settings);
 
@@ -32,3 +31,5 @@ public:
     // The same for the record {"Allow": boolean}.
     static std::optional<SettingsFault> faultInAllowWithoutPassword(const platform::Dictionary& record);
 };
+
+} // namespace helper

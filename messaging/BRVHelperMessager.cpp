@@ -1,39 +1,6 @@
 #include "messaging/BRVHelperMessager.h"
 
-#include "messaging/ZRKAuthorizationManager.h"
-
-#include <array>
 #include <utility>
-
-namespace {
-
-enum class Need { None, Settings, Uninstall };
-using enum Need;
-
-// By message number, ten a line.
-constexpr std::array needs{
-    None, None,     Settings, Settings, Settings, None,     Settings, None,     None,      None, //
-    None, Settings, Settings, Settings, Settings, None,     None,     Settings, None,      None, //
-    None, Settings, Settings, Settings, None,     Settings, None,     Settings, Uninstall,
-};
-static_assert(needs.size() == 29);
-
-} // namespace
-
-std::optional<std::vector<std::string>> BRVAuthorizationRightsForMessage(std::int64_t message)
-{
-    if (message < 0 || message >= static_cast<std::int64_t>(needs.size()))
-        return std::nullopt;
-    switch (needs[static_cast<std::size_t>(message)]) {
-    case Settings:
-        return std::vector<std::string>{BRVRightModifySettings1, BRVRightModifySettings2};
-    case Uninstall:
-        return std::vector<std::string>{BRVRightUninstall};
-    case None:
-        break;
-    }
-    return std::vector<std::string>();
-}
 
 const std::shared_ptr<BRVHelperMessager>& BRVHelperMessager::sharedMessager()
 {

@@ -1,29 +1,13 @@
 #pragma once
 
 #include "messaging/ZRKMessagerClient.h"
+#include "protocol/Messages.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-inline constexpr const char* BRVSchedulerServiceName = "com.zerkolin.brevane.scheduler";
-
-// The messages that the application sends.
-enum BRVMessage : std::int64_t {
-    BRVMessageGetSettings = 1,
-    BRVMessageApplySettings = 2,
-    BRVMessageSetAllowWithoutPassword = 6,
-    BRVMessageGetAutoUpdates = 18,
-    BRVMessageSetAutoUpdates = 21,
-    BRVMessageCheckForUpdates = 26,
-    BRVMessageInstallUpdate = 27,
-    BRVMessageUninstall = 28,
-};
-
-// The rights of each message number from 0 to 28; nothing for any other number. Both sides check by this table.
-std::optional<std::vector<std::string>> BRVAuthorizationRightsForMessage(std::int64_t message);
 
 // The application's one door to the scheduler helper.
 class BRVHelperMessager : public ZRKMessagerClientDelegate, public std::enable_shared_from_this<BRVHelperMessager> {

@@ -1,8 +1,8 @@
 #include "messaging/ZRKAuthorizationManager.h"
 
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
 #include "platform/Localization.h"
+#include "protocol/ErrorCodes.h"
 
 #include <algorithm>
 

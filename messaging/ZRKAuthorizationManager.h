@@ -12,10 +12,6 @@
 #include <utility>
 #include <vector>
 
-inline constexpr const char* BRVRightModifySettings1 = "com.zerkolin.brevane.settings.modify-1";
-inline constexpr const char* BRVRightModifySettings2 = "com.zerkolin.brevane.settings.modify-2";
-inline constexpr const char* BRVRightUninstall = "com.zerkolin.brevane.uninstall";
-
 // Obtains rights in the application and checks them in the scheduler helper. An instance is used from one thread at a
 // time; the static operations from any.
 class ZRKAuthorizationManager {

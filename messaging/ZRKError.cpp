@@ -1,8 +1,8 @@
 #include "messaging/ZRKError.h"
 
-#include "messaging/ErrorCodes.h"
 #include "platform/Format.h"
 #include "platform/Localization.h"
+#include "protocol/ErrorCodes.h"
 
 #include <algorithm>
 #include <array>

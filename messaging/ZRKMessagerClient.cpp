@@ -1,12 +1,12 @@
 #include "messaging/ZRKMessagerClient.h"
 
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "messaging/ZRKError.h"
 #include "platform/ErrorArchive.h"
 #include "platform/Format.h"
 #include "platform/PropertyListCoding.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "protocol/ErrorCodes.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <utility>
 

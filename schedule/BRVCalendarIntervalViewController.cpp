@@ -3,7 +3,7 @@
 #include "platform/Calendar.h"
 #include "platform/ui/DatePicker.h"
 #include "platform/ui/PopUpButton.h"
-#include "schedule/ScheduleSettings.h"
+#include "protocol/ScheduleSettings.h"
 
 #include <algorithm>
 
@@ -74,7 +74,7 @@ std::shared_ptr<BRVCalendarIntervalViewController> BRVCalendarIntervalViewContro
 }
 
 BRVCalendarIntervalViewController::BRVCalendarIntervalViewController()
-    : BRVViewController(backupsModeForIndex(OperationModeCalendarIntervals), "BRVCalendarIntervalViewController")
+    : BRVViewController(BackupsModeCalendarIntervals, "BRVCalendarIntervalViewController")
 {
 }
 

@@ -1,6 +1,6 @@
 #include "schedule/BRVDatePicker.h"
 
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
 #include "schedule/BRVIntervalViewController.h"
 
 #include "platform/Localization.h"
+#include "protocol/ScheduleRanges.h"
+#include "protocol/ScheduleSettings.h"
 #include "schedule/BRVNumberTextField.h"
-#include "schedule/ScheduleSettings.h"
 
-#include <algorithm>
 #include <array>
 
 using namespace platform::ui;
@@ -35,20 +35,9 @@ platform::Dictionary intervalSettings(IntervalUnit unit, std::int64_t count)
     return {{units[unit].key, count}};
 }
 
-// The largest unit that has a count wins; without any it is minutes.
-IntervalUnit unitOfSettings(const platform::Dictionary& settings)
-{
-    for (const IntervalUnit unit : {IntervalUnitWeeks, IntervalUnitDays, IntervalUnitHours}) {
-        const platform::PropertyList* count = settings.find(units[unit].key);
-        if (count && count->isNumber())
-            return unit;
-    }
-    return IntervalUnitMinutes;
-}
-
 std::int64_t clampedCount(std::int64_t value)
 {
-    return std::clamp<std::int64_t>(value, 1, 999);
+    return ScheduleRanges::intervalCount.clamp(value);
 }
 
 } // namespace
@@ -59,7 +48,7 @@ std::shared_ptr<BRVIntervalViewController> BRVIntervalViewController::create()
 }
 
 BRVIntervalViewController::BRVIntervalViewController()
-    : BRVViewController(backupsModeForIndex(OperationModeInterval), "BRVIntervalViewController")
+    : BRVViewController(BackupsModeInterval, "BRVIntervalViewController")
 {
 }
 
@@ -129,9 +118,9 @@ void BRVIntervalViewController::setIntervalMode(unsigned mode)
 void BRVIntervalViewController::updateView()
 {
     const platform::Dictionary settings = _settings.value_or(platform::Dictionary());
-    const IntervalUnit unit = unitOfSettings(settings);
-    setIntervalMode(unit);
-    setIntervalValue(settings.integerForKey(units[unit].key));
+    const auto interval = IntervalSchedule::fromRecord(settings);
+    setIntervalMode(interval.unit);
+    setIntervalValue(interval.count);
 }
 
 void BRVIntervalViewController::updateLabelTextField()

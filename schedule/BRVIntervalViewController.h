@@ -3,19 +3,12 @@
 #include "platform/ui/PopUpButton.h"
 #include "platform/ui/Stepper.h"
 #include "platform/ui/TextField.h"
+#include "protocol/Schedule.h"
 #include "schedule/BRVViewController.h"
 
 #include <cstdint>
 #include <memory>
 #include <optional>
-
-// The units by their position in the units pop-up.
-enum IntervalUnit : unsigned {
-    IntervalUnitMinutes = 0,
-    IntervalUnitHours = 1,
-    IntervalUnitDays = 2,
-    IntervalUnitWeeks = 3,
-};
 
 // The editor of a fixed interval: a count from 1 to 999 and its unit.
 class BRVIntervalViewController : public BRVViewController,

@@ -1,9 +1,9 @@
 #include "schedule/BRVWhenInactiveViewController.h"
 
-#include "schedule/ScheduleSettings.h"
+#include "protocol/ScheduleSettings.h"
 
 BRVWhenInactiveViewController::BRVWhenInactiveViewController()
-    : BRVViewController(backupsModeForIndex(OperationModeWhenInactive), "BRVWhenInactiveViewController")
+    : BRVViewController(BackupsModeWhenInactive, "BRVWhenInactiveViewController")
 {
 }
 

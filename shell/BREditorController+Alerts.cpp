@@ -1,4 +1,3 @@
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
 #include "platform/BackgroundItem.h"
 #include "platform/Format.h"
@@ -6,8 +5,9 @@
 #include "platform/Preferences.h"
 #include "platform/SystemInformation.h"
 #include "platform/Workspace.h"
+#include "protocol/ErrorCodes.h"
 #include "shell/BREditorController.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 using namespace platform::ui;
 using platform::localizedString;

@@ -48,9 +48,9 @@ bool BREditorController::applicationShouldTerminate()
         return true; // the question comes at a later end
     platform::setUserDefault(BRVDidAskAboutAutoUpdates, true);
     const auto* const settings = reply->dictionary();
-    const bool enabled = settings && settings->boolForKey("Enabled");
+    const bool enabled = settings && settings->boolForKey(PayloadKey::Enabled);
     if (!enabled && userWantsAutoUpdates())
-        (void)messager->sendSynchronousMessage(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}});
+        (void)messager->sendSynchronousMessage(BRVMessageSetAutoUpdates, Dictionary{{PayloadKey::Enabled, true}});
     return true;
 }
 

@@ -5,7 +5,7 @@
 #include "schedule/BRVDatePicker.h"
 #include "shell/BREditorController.h"
 #include "shell/UserDefaultKeys.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 using namespace platform::ui;
 

@@ -1,8 +1,8 @@
 #include "platform/SystemInformation.h"
 #include "platform/Workspace.h"
 #include "shell/BREditorController.h"
-#include "shell/ProductLinks.h"
 #include "update/BRUpdateController.h"
+#include "update/ProductLinks.h"
 
 using namespace platform::ui;
 

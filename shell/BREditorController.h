@@ -2,12 +2,12 @@
 
 #include "diagnostics/console/BRVConsoleController.h"
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
+#include "layout/ZRKStackView.h"
 #include "platform/Error.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/Application.h"
+#include "protocol/ScheduleSettings.h"
 #include "schedule/BRVViewController.h"
-#include "schedule/ScheduleSettings.h"
-#include "shell/layout/ZRKStackView.h"
 #include "shell/MainWindowOutlets.h"
 #include "update/BRVPreferencesController.h"
 

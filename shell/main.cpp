@@ -1,7 +1,7 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "platform/SystemInformation.h"
 #include "shell/BREditorController.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <cstdio>
 #include <string_view>

@@ -2,7 +2,6 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
 #include "platform/Format.h"
 #include "platform/Localization.h"
@@ -13,9 +12,10 @@
 #include "platform/ui/CheckBox.h"
 #include "platform/URL.h"
 #include "platform/Workspace.h"
-#include "shell/ProductLinks.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "protocol/ErrorCodes.h"
 #include "update/BRVPreferencesController.h"
+#include "update/ProductLinks.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <csignal>
 
@@ -59,12 +59,12 @@ std::shared_ptr<platform::LaunchedProgram> launchPostUpdateTool()
 bool installsUpdatesAutomatically()
 {
     const auto reply = BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageGetAutoUpdates);
-    return reply && dictionaryOrEmpty(*reply).boolForKey("Enabled");
+    return reply && dictionaryOrEmpty(*reply).boolForKey(PayloadKey::Enabled);
 }
 
 void enableAutoUpdates()
 {
-    const Dictionary settings{{"Enabled", true}};
+    const Dictionary settings{{PayloadKey::Enabled, true}};
     if (BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageSetAutoUpdates, settings))
         platform::postNotification(BRVDidEnableAutoUpdates);
 }
@@ -108,7 +108,7 @@ void BRUpdateController::checkUpdatesWithCompletionHandler(Completion completion
 
 void BRUpdateController::displayUpdateAlertWithInfo(const Dictionary& info, const Completion& completion)
 {
-    const auto* const version = info.find("HumanVersion");
+    const auto* const version = info.find(PayloadKey::HumanVersion);
     Alert alert;
     alert.setStyle(AlertStyle::Informational);
     alert.setMessageText(localizedString("New version available."));

@@ -72,7 +72,7 @@ void BRVPreferencesController::updateAutoUpdates()
     if (!reply)
         return;
     const auto* const settings = reply->dictionary();
-    _autoUpdatesCheckbox->setOn(settings && settings->boolForKey("Enabled"));
+    _autoUpdatesCheckbox->setOn(settings && settings->boolForKey(PayloadKey::Enabled));
 }
 
 void BRVPreferencesController::updateRequirePassword()
@@ -84,14 +84,14 @@ void BRVPreferencesController::updateRequirePassword()
 
 void BRVPreferencesController::changeAutoUpdates()
 {
-    const Dictionary settings{{"Enabled", _autoUpdatesCheckbox->isOn()}};
+    const Dictionary settings{{PayloadKey::Enabled, _autoUpdatesCheckbox->isOn()}};
     if (!BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageSetAutoUpdates, settings))
         updateAutoUpdates();
 }
 
 void BRVPreferencesController::changeRequirePassword()
 {
-    const Dictionary settings{{"Allow", !_requirePasswordCheckbox->isOn()}};
+    const Dictionary settings{{PayloadKey::Allow, !_requirePasswordCheckbox->isOn()}};
     const auto& messager = BRVHelperMessager::sharedMessager();
     if (messager->sendSynchronousMessage(BRVMessageSetAllowWithoutPassword, settings))
         ZRKAuthorizationManager::sharedManager().invalidate(); // the next change is authorized under the new rule

@@ -1,8 +1,8 @@
 // The round trip of message 1 with a reply of 1 KB: through the service connection, through a bare sd-bus call with the
 // same bytes to the same server over the same bus, and, as the floor, over a socket pair. The three take turns.
 
-#include "platform/linux/system/BusHandles.h"
-#include "platform/linux/system/ServiceListener.h"
+#include "platform/linux/system/bus/BusHandles.h"
+#include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/ServiceConnection.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateBus.h"

@@ -3,10 +3,10 @@
 // reason" where no btrfs can be mounted.
 
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
-#include "platform/linux/system/SnapshotCreation.h"
-#include "platform/linux/ui/ApplicationInstance.h"
-#include "platform/linux/ui/DataTable.h"
-#include "platform/linux/ui/WindowNative.h"
+#include "platform/linux/system/btrfs/SnapshotCreation.h"
+#include "platform/linux/ui/application/ApplicationInstance.h"
+#include "platform/linux/ui/tables/DataTable.h"
+#include "platform/linux/ui/windows/WindowNative.h"
 #include "tests/integration/snapshots/support/BtrfsVolume.h"
 
 #include <algorithm>

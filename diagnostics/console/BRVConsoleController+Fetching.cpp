@@ -6,7 +6,7 @@
 #include "platform/LegacyLogSearch.h"
 #include "platform/Process.h"
 #include "platform/SystemInformation.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <array>
 #include <cstdlib>

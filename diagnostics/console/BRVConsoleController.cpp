@@ -7,7 +7,7 @@
 #include "platform/Queue.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/TextAppearance.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <algorithm>
 #include <string>

@@ -6,7 +6,7 @@
 #include "platform/Folder.h"
 #include "platform/SystemInformation.h"
 #include "platform/SystemLog.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <array>
 #include <cerrno>

@@ -8,7 +8,7 @@
 #include "platform/SystemInformation.h"
 #include "platform/ui/Alert.h"
 #include "platform/Workspace.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <algorithm>
 #include <cerrno>

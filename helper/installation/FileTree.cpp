@@ -10,6 +10,8 @@
 #include <system_error>
 #include <unistd.h>
 
+namespace helper {
+
 namespace {
 
 constexpr int maximumDepth = 64;
@@ -77,3 +79,5 @@ std::expected<void, int> syncFolders(const std::string& folder)
         return std::unexpected(failure.value());
     return syncFolder(folder);
 }
+
+} // namespace helper

@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+namespace helper {
+
 // A relative path of at least one name, without empty names, "." and "..", that is not longer than the system takes.
 bool isPathInside(std::string_view path);
 
@@ -18,3 +20,5 @@ std::expected<void, int> removeTree(const std::string& folder);
 // Makes every folder of the tree permanent; its files are already.
 std::expected<void, int> syncFolders(const std::string& folder);
 std::expected<void, int> syncFolder(const std::string& folder);
+
+} // namespace helper

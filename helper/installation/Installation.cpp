@@ -4,7 +4,7 @@
 #include "helper/installation/FileTree.h"
 #include "helper/installation/SystemError.h"
 #include "helper/update/VersionNumber.h"
-#include "platform/linux/system/Root.h"
+#include "platform/linux/system/files/Root.h"
 #include "platform/SystemInformation.h"
 
 #include <algorithm>
@@ -17,6 +17,8 @@
 #include <set>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace helper {
 
 using platform::Result;
 
@@ -189,3 +191,5 @@ bool Installation::isInterrupted() const
 {
     return platform::fileExists(stagingFolder());
 }
+
+} // namespace helper

@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+namespace helper {
+
 // The product's files below the root. All that a version consists of is in one folder, which another version replaces
 // in one step; at every moment the folder is the old version or the new one, whole. Only one object may be at work.
 class Installation {
@@ -43,3 +45,5 @@ private:
 
     std::string _root;
 };
+
+} // namespace helper

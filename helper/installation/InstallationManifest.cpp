@@ -3,11 +3,13 @@
 #include "helper/installation/FileTree.h"
 #include "helper/installation/SystemError.h"
 #include "helper/update/VersionNumber.h"
-#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 
 #include <algorithm>
 #include <set>
+
+namespace helper {
 
 using platform::Array;
 using platform::Dictionary;
@@ -106,3 +108,5 @@ std::vector<std::string> InstallationManifest::innerFolders() const
     }
     return {found.begin(), found.end()};
 }
+
+} // namespace helper

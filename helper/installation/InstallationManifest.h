@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+namespace helper {
+
 // What an installation consists of. It stands in the product's folder, as the property list "installation.plist" with
 // "Version", "HumanVersion", "Files", "Links" and, once installed, "Folders".
 struct InstallationManifest {
@@ -28,3 +30,5 @@ struct InstallationManifest {
     // The folders below the product's that hold its files, inner ones first.
     std::vector<std::string> innerFolders() const;
 };
+
+} // namespace helper

@@ -8,6 +8,8 @@
 #include <cerrno>
 #include <unistd.h>
 
+namespace helper {
+
 using platform::Result;
 
 namespace {
@@ -74,3 +76,5 @@ Result<void> Installation::remove() const
         remover.removeFolder(folder == "." ? _root : path(folder));
     return remover.result();
 }
+
+} // namespace helper

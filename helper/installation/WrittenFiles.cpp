@@ -1,13 +1,15 @@
 #include "helper/installation/WrittenFiles.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "platform/linux/system/Root.h"
+#include "platform/linux/system/files/Root.h"
 #include "platform/SystemInformation.h"
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
 #include <string_view>
+
+namespace helper {
 
 namespace {
 
@@ -66,3 +68,5 @@ std::vector<std::string> writtenFiles()
         collect(logs, isOwnLog, files);
     return files;
 }
+
+} // namespace helper

@@ -2,10 +2,10 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/installation/InstallationManifest.h"
-#include "messaging/BRVHelperMessager.h"
-#include "platform/linux/system/Launch.h"
-#include "platform/linux/system/Root.h"
+#include "platform/linux/system/files/Root.h"
+#include "platform/linux/system/processes/Launch.h"
 #include "platform/SystemInformation.h"
+#include "protocol/Messages.h"
 
 #include <algorithm>
 #include <array>
@@ -21,6 +21,8 @@
 extern "C" {
 #include <sys/pidfd.h> // does not say so itself in glibc 2.36
 }
+
+namespace helper {
 
 namespace {
 
@@ -148,3 +150,5 @@ bool PostUpdate::endOldApplication() const
     } while (result < 0 && errno == EINTR);
     return result > 0;
 }
+
+} // namespace helper

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+namespace helper {
+
 // Started by the application before an install: waits until the new version is in place, asks the old application to
 // quit, and starts the new one.
 class PostUpdate {
@@ -38,3 +40,5 @@ private:
     platform::FileDescriptor _oldApplication; // none when somebody else started this program
     platform::FileDescriptor _changes;
 };
+
+} // namespace helper

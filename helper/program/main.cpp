@@ -3,11 +3,11 @@
 #include "helper/HelperOptions.h"
 #include "helper/SchedulerHelper.h"
 #include "helper/snapshots/SnapshotCommand.h"
-#include "messaging/BRVHelperMessager.h"
 #include "platform/Folder.h"
-#include "platform/linux/system/Root.h"
-#include "platform/linux/system/ServiceListener.h"
+#include "platform/linux/system/bus/ServiceListener.h"
+#include "platform/linux/system/files/Root.h"
 #include "platform/SystemInformation.h"
+#include "protocol/Messages.h"
 
 #include <atomic>
 #include <csignal>
@@ -17,6 +17,8 @@
 #include <sys/stat.h>
 #include <sysexits.h>
 #include <unistd.h>
+
+using namespace helper;
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "helper/snapshots/SnapshotCommand.h"
 
 #include "platform/DistributedNotifications.h"
-#include "platform/linux/system/SnapshotCreation.h"
+#include "platform/linux/system/btrfs/SnapshotCreation.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 #include <sysexits.h>
+
+namespace helper {
 
 namespace {
 
@@ -64,3 +66,5 @@ std::optional<int> runSnapshotCommand(int count, const char* const* arguments)
         std::fputs("Other programs could not be told of the snapshot: there is no system bus.\n", stderr);
     return EXIT_SUCCESS;
 }
+
+} // namespace helper

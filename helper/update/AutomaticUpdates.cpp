@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+namespace helper {
+
 namespace {
 
 constexpr std::chrono::milliseconds longestDelay = std::chrono::hours(1);
@@ -55,3 +57,5 @@ void AutomaticUpdates::run()
         }
     }
 }
+
+} // namespace helper

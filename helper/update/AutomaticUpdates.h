@@ -6,6 +6,8 @@
 #include <mutex>
 #include <thread>
 
+namespace helper {
+
 // When automatic updates are tried: an hour after they were switched on or the program was started, and then at the
 // interval. Costs nothing as long as they are off.
 class AutomaticUpdates {
@@ -37,3 +39,5 @@ private:
     bool _isEnding = false;
     std::thread _thread;
 };
+
+} // namespace helper

@@ -1,6 +1,6 @@
 #include "helper/update/Download.h"
 
-#include "platform/linux/system/Root.h"
+#include "platform/linux/system/files/Root.h"
 #include "platform/SystemInformation.h"
 
 #include <cerrno>
@@ -9,6 +9,8 @@
 #include <string_view>
 #include <unistd.h>
 #include <utility>
+
+namespace helper {
 
 namespace {
 
@@ -209,3 +211,5 @@ std::optional<std::string> Download::resolve(const std::string& text, const std:
         scheme == "https" || (scheme == "http" && baseScheme != "https") || (scheme == "file" && baseScheme == "file");
     return isTrusted ? std::optional(partOf(address.get(), CURLUPART_URL)) : std::nullopt;
 }
+
+} // namespace helper

@@ -10,6 +10,8 @@
 #include <span>
 #include <string>
 
+namespace helper {
+
 // Fetches what a URL names, within limits of size and time.
 class Download {
 public:
@@ -45,3 +47,5 @@ private:
 
     const UpdateConfiguration& _configuration;
 };
+
+} // namespace helper

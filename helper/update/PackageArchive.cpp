@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+namespace helper {
+
 using platform::FileDescriptor;
 using platform::Result;
 
@@ -205,3 +207,5 @@ Result<void> PackageArchive::unpack(int file, std::uint64_t length, const std::s
         return refused("The package is damaged: it is no archive.");
     return Unpacker(reader.get(), target.get()).unpackAll();
 }
+
+} // namespace helper

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+namespace helper {
+
 // Unpacks the archive of a package: a tar, compressed or not, of files, folders and symbolic links.
 class PackageArchive {
 public:
@@ -17,3 +19,5 @@ public:
     // or 0755.
     static platform::Result<void> unpack(int file, std::uint64_t length, const std::string& folder);
 };
+
+} // namespace helper

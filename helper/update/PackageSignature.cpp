@@ -1,7 +1,7 @@
 #include "helper/update/PackageSignature.h"
 
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
+#include "protocol/ErrorCodes.h"
 
 #include <algorithm>
 #include <array>
@@ -13,6 +13,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
+
+namespace helper {
 
 namespace {
 
@@ -97,3 +99,5 @@ PackageSignature::verifiedLength(int file, const std::string& path,
         return packageError(ZRKInstallerPackageErrorInvalidSignature);
     return length;
 }
+
+} // namespace helper

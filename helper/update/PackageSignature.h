@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+namespace helper {
+
 // A package is an archive, followed by an Ed25519 signature of 64 bytes and the eight bytes "BRVSIG1\n". What is signed
 // is the text "com.zerkolin.brevane.package\n" and the SHA-512 digest of the archive.
 class PackageSignature {
@@ -14,3 +16,5 @@ public:
     static platform::Result<std::uint64_t> verifiedLength(int file, const std::string& path,
                                                           const std::optional<UpdateConfiguration::PublicKey>& key);
 };
+
+} // namespace helper

@@ -1,6 +1,6 @@
 #include "helper/update/UpdateConfiguration.h"
 
-#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 
 #include <algorithm>
@@ -8,6 +8,8 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace helper {
 
 namespace {
 
@@ -68,3 +70,5 @@ std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(cons
         configuration.interval = std::chrono::seconds(seconds);
     return configuration;
 }
+
+} // namespace helper

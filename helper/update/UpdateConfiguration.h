@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+namespace helper {
+
 // Where updates come from, and whose they must be.
 struct UpdateConfiguration {
     using PublicKey = std::array<std::uint8_t, 32>; // Ed25519
@@ -25,3 +27,5 @@ struct UpdateConfiguration {
     // Fails with a sentence.
     static std::expected<UpdateConfiguration, std::string> inFile(const std::string& path);
 };
+
+} // namespace helper

@@ -1,14 +1,17 @@
 #include "helper/update/UpdateFeed.h"
 
 #include "helper/update/Download.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
-#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
+#include "protocol/ErrorCodes.h"
+#include "protocol/Messages.h"
 
 #include <array>
 #include <openssl/sha.h>
 #include <utility>
+
+namespace helper {
 
 using platform::Dictionary;
 
@@ -35,8 +38,8 @@ std::optional<std::int64_t> numberForKey(const Dictionary& feed, const char* key
 
 std::optional<UpdateInformation> readFeed(const Dictionary& feed, const std::string& url)
 {
-    const auto* version = textForKey(feed, "Version");
-    const auto* humanVersion = textForKey(feed, "HumanVersion");
+    const auto* version = textForKey(feed, PayloadKey::Version);
+    const auto* humanVersion = textForKey(feed, PayloadKey::HumanVersion);
     const auto* package = textForKey(feed, "Package");
     if (!version || !humanVersion || !package)
         return std::nullopt;
@@ -47,7 +50,7 @@ std::optional<UpdateInformation> readFeed(const Dictionary& feed, const std::str
     const auto* byHand = feed.find("URL");
     if (!number || !address || !size || !share || (byHand && !byHand->string()))
         return std::nullopt;
-    Dictionary reply{{"Version", *version}, {"HumanVersion", *humanVersion}};
+    Dictionary reply{{PayloadKey::Version, *version}, {PayloadKey::HumanVersion, *humanVersion}};
     if (byHand)
         reply.set("URL", *byHand);
     return UpdateInformation{std::move(*number), std::move(*address), static_cast<std::uint64_t>(*size), *share,
@@ -78,3 +81,5 @@ int UpdateFeed::placeOfMachine(const std::string& version)
     SHA256(identity.data(), identity.size(), digest.data());
     return (digest[0] << 8 | digest[1]) % 100;
 }
+
+} // namespace helper

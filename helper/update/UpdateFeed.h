@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+namespace helper {
+
 // What a feed says about the newest version.
 struct UpdateInformation {
     VersionNumber version;
@@ -29,3 +31,5 @@ public:
     // A number from 0 to 99 that this machine keeps for the version; it has the version once the share is above it.
     static int placeOfMachine(const std::string& version);
 };
+
+} // namespace helper

@@ -5,16 +5,19 @@
 #include "helper/update/Download.h"
 #include "helper/update/PackageArchive.h"
 #include "helper/update/PackageSignature.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
 #include "platform/FileDescriptor.h"
 #include "platform/SystemInformation.h"
+#include "protocol/ErrorCodes.h"
+#include "protocol/Messages.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
 #include <utility>
+
+namespace helper {
 
 using platform::Error;
 using platform::FileDescriptor;
@@ -79,7 +82,7 @@ Result<UpdateInformation> Updater::check() const
         return information;
     if (information->version <= VersionNumber::parse(installedVersion()))
         return updaterError(ZRKUpdaterErrorUpToDate);
-    if (UpdateFeed::placeOfMachine(*information->reply.stringForKey("Version")) >= information->share)
+    if (UpdateFeed::placeOfMachine(*information->reply.stringForKey(PayloadKey::Version)) >= information->share)
         return updaterError(ZRKUpdaterErrorPhasedDeferral);
     return information;
 }
@@ -91,7 +94,7 @@ Result<void> Updater::install() const
     auto information = check();
     if (!information)
         return std::unexpected(std::move(information.error()));
-    ZRKLogMessage(LogLevelDefault, "Installing version %@.", {*information->reply.stringForKey("Version")});
+    ZRKLogMessage(LogLevelDefault, "Installing version %@.", {*information->reply.stringForKey(PayloadKey::Version)});
     auto package = downloadPackage(*information);
     auto staged =
         package ? unpackPackage(*package) : Result<InstallationManifest>(std::unexpected(std::move(package.error())));
@@ -142,3 +145,5 @@ Result<InstallationManifest> Updater::unpackPackage(const std::string& package) 
             systemError(EBADMSG, "The package holds version " + staged->version + ", which is not newer."));
     return staged;
 }
+
+} // namespace helper

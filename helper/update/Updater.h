@@ -7,6 +7,8 @@
 
 #include <string>
 
+namespace helper {
+
 // Looks for a newer version, and installs it. Every failure is an error of the updater's domain, which has what went
 // wrong inside as its underlying error. One call at a time.
 class Updater {
@@ -30,3 +32,5 @@ private:
     UpdateConfiguration _configuration;
     Installation _installation;
 };
+
+} // namespace helper

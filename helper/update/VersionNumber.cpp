@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+namespace helper {
+
 namespace {
 
 constexpr std::size_t maximumNumbers = 8;
@@ -29,3 +31,5 @@ std::optional<VersionNumber> VersionNumber::parse(std::string_view text)
         version._numbers.pop_back();
     return version;
 }
+
+} // namespace helper

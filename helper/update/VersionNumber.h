@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+namespace helper {
+
 // A version such as "1.0.12": one to eight numbers between dots. Zeros at the end do not count.
 class VersionNumber {
 public:
@@ -17,3 +19,5 @@ public:
 private:
     std::vector<std::uint32_t> _numbers;
 };
+
+} // namespace helper

@@ -5,7 +5,7 @@
 #include "platform/Folder.h"
 #include "platform/SystemInformation.h"
 #include "platform/SystemLog.h"
-#include "shell/version/ZRKSystemVersionManager.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <cerrno>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "platform/linux/system/coding/StringTable.h"
+#include "platform/linux/system/texts/StringTable.h"
 #include "platform/Localization.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"

@@ -1,5 +1,5 @@
 #include "diagnostics/console/RichText.h"
-#include "platform/linux/ui/SavePanelDialog.h"
+#include "platform/linux/ui/dialogs/SavePanelDialog.h"
 #include "platform/ui/TextAppearance.h"
 #include "tests/console/ConsoleFixture.h"
 #include "tests/platform/ScriptedFiles.h"

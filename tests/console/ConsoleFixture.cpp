@@ -1,8 +1,8 @@
 #include "tests/console/ConsoleFixture.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "platform/linux/ui/ViewNative.h"
-#include "platform/linux/ui/WindowNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/windows/WindowNative.h"
 #include "tests/platform/ScriptedPlatform.h"
 #include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ScriptedSystemLog.h"

@@ -1,5 +1,5 @@
-#include "platform/linux/ui/StyledTextView.h"
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/styledtext/StyledTextView.h"
 #include "tests/console/ConsoleFixture.h"
 #include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ui/User.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/ui/RowIndex.h"
+#include "platform/linux/ui/textlayout/RowIndex.h"
 
 #include <doctest/doctest.h>
 #include <numeric>

@@ -1,4 +1,4 @@
-#include "platform/linux/ui/StyledTextView.h"
+#include "platform/linux/ui/styledtext/StyledTextView.h"
 
 #include <doctest/doctest.h>
 #include <QAccessible>

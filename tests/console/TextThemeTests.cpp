@@ -1,4 +1,4 @@
-#include "platform/linux/ui/TextTheme.h"
+#include "platform/linux/ui/textlayout/TextTheme.h"
 #include "platform/ui/TextAppearance.h"
 
 #include <doctest/doctest.h>

@@ -1,5 +1,5 @@
-#include "platform/linux/ui/StyledTextView.h"
-#include "platform/linux/ui/TextStretchData.h"
+#include "platform/linux/ui/styledtext/StyledTextView.h"
+#include "platform/linux/ui/textlayout/TextStretchData.h"
 
 #include <doctest/doctest.h>
 #include <QApplication>

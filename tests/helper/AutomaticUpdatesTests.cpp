@@ -5,6 +5,8 @@
 #include <doctest/doctest.h>
 #include <thread>
 
+using namespace helper;
+
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 

@@ -10,6 +10,8 @@
 #include <doctest/doctest.h>
 #include <set>
 
+using namespace helper;
+
 using platform::Array;
 using platform::Dictionary;
 

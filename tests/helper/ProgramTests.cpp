@@ -1,8 +1,9 @@
 #include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "messaging/ZRKError.h"
 #include "platform/Authorization.h"
+#include "protocol/ErrorCodes.h"
+#include "protocol/ScheduleRanges.h"
 #include "tests/helper/RunningHelper.h"
 #include "tests/helper/SettingsRecords.h"
 
@@ -73,7 +74,7 @@ PropertyList servedSettings(RunningHelper& helper)
 TEST_CASE("A fresh helper serves the defaults, and automatic updates that are off")
 {
     RunningHelper helper;
-    CHECK(servedSettings(helper) == PropertyList(SettingsStore::defaultSettings()));
+    CHECK(servedSettings(helper) == PropertyList(defaultScheduleSettings()));
     CHECK(resultIn(helper.send({{"message", BRVMessageGetAutoUpdates}}))
           == PropertyList(Dictionary{{"Enabled", false}}));
     CHECK_FALSE(helper.storedSettings());
@@ -117,7 +118,7 @@ TEST_CASE("A kill at any moment of a change leaves the old or the new settings")
     RunningHelper helper(Answer::Authorized);
     std::mt19937 random(20'261'123);
     std::uniform_int_distribution<int> microseconds(0, 6'000);
-    PropertyList before(SettingsStore::defaultSettings());
+    PropertyList before(defaultScheduleSettings());
     for (int minutes = 101; minutes < 131; ++minutes) {
         PropertyList after(intervalSettings({{"Minutes", minutes}}));
         auto reply = sendLater(helper, applyRequest(*after.dictionary()));
@@ -139,7 +140,7 @@ TEST_CASE("A change that waits for the authority when the helper is killed is in
     helper.program().kill();
     CHECK(reply.get() == std::unexpected(ServiceError::Interrupted));
     helper.start();
-    CHECK(servedSettings(helper) == PropertyList(SettingsStore::defaultSettings()));
+    CHECK(servedSettings(helper) == PropertyList(defaultScheduleSettings()));
 }
 
 TEST_CASE("Without the user's consent nothing is changed")
@@ -302,7 +303,7 @@ TEST_CASE("An authority that does not answer holds up no message that needs no r
     RunningHelper helper(Answer::Hang);
     auto change = sendLater(helper, applyRequest(newSettings()));
     REQUIRE(helper.authority().waitForCalls(1).size() == 1);
-    CHECK(servedSettings(helper) == PropertyList(SettingsStore::defaultSettings()));
+    CHECK(servedSettings(helper) == PropertyList(defaultScheduleSettings()));
     CHECK(resultIn(helper.send({{"message", BRVMessageGetAutoUpdates}})).dictionary());
     CHECK_FALSE(isReady(change));
 
@@ -439,7 +440,7 @@ TEST_CASE("A stored file that is damaged is kept and told in the log, and the he
     helper.program().kill();
     REQUIRE(::truncate(helper.settingsPath().c_str(), 40) == 0);
     helper.start();
-    CHECK(servedSettings(helper) == PropertyList(SettingsStore::defaultSettings()));
+    CHECK(servedSettings(helper) == PropertyList(defaultScheduleSettings()));
     CHECK(::access((helper.settingsPath() + ".damaged").c_str(), F_OK) == 0);
     CHECK(helper.log().contains("is damaged. It is kept as"));
 }

@@ -1,10 +1,12 @@
 #include "helper/RequestReader.h"
-#include "messaging/ErrorCodes.h"
 #include "platform/Authorization.h"
 #include "platform/PropertyListCoding.h"
+#include "protocol/ErrorCodes.h"
 
 #include <doctest/doctest.h>
 #include <limits>
+
+using namespace helper;
 
 using platform::Data;
 using platform::Dictionary;

@@ -4,7 +4,7 @@
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
 #include "platform/ErrorArchive.h"
-#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "helper/SettingsStore.h"
+#include "protocol/ScheduleRanges.h"
 
 #include <string_view>
 #include <utility>
@@ -8,14 +9,14 @@
 // A record that is in order, with one key set to something else.
 inline platform::Dictionary settingsWith(std::string_view key, platform::PropertyList value)
 {
-    auto settings = SettingsStore::defaultSettings();
+    auto settings = defaultScheduleSettings();
     settings.set(key, std::move(value));
     return settings;
 }
 
 inline platform::Dictionary settingsWithout(std::string_view key)
 {
-    auto settings = SettingsStore::defaultSettings();
+    auto settings = defaultScheduleSettings();
     settings.remove(key);
     return settings;
 }

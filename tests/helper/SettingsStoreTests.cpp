@@ -1,7 +1,8 @@
 #include "helper/AutoUpdatesStore.h"
 #include "helper/SettingsStore.h"
-#include "platform/linux/system/AtomicFile.h"
+#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
+#include "protocol/ScheduleRanges.h"
 #include "tests/helper/SettingsRecords.h"
 #include "tests/support/ForkedProcess.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -17,6 +18,8 @@
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+using namespace helper;
 
 using platform::Dictionary;
 using platform::PropertyList;
@@ -106,7 +109,7 @@ TEST_CASE("A fresh store serves the defaults and writes nothing")
 {
     TemporaryDirectory folder;
     SettingsStore store(folder.file("settings.plist"));
-    CHECK(*store.settings() == SettingsStore::defaultSettings());
+    CHECK(*store.settings() == defaultScheduleSettings());
     CHECK_FALSE(stored(folder.file("settings.plist")));
 }
 
@@ -135,14 +138,14 @@ TEST_CASE("A stored record that lacks values or is marked as disabled is served 
 
 TEST_CASE("A damaged stored file is kept beside, and the defaults are served")
 {
-    auto whole = binaryText(SettingsStore::defaultSettings());
+    auto whole = binaryText(defaultScheduleSettings());
     for (const auto& text :
          {std::string(), std::string("garbage \xff"), whole.substr(0, whole.size() / 2), binaryText(platform::Array{1}),
           binaryText(settingsWith("Unknown", 1)), binaryText(settingsWith("Backups", "yes"))}) {
         TemporaryDirectory folder;
         auto path = folder.write("settings.plist", text);
         SettingsStore store(path);
-        CHECK(*store.settings() == SettingsStore::defaultSettings());
+        CHECK(*store.settings() == defaultScheduleSettings());
         CHECK(platform::readFile(path) == std::unexpected(ENOENT));
         auto kept = platform::readFile(path + ".damaged");
         REQUIRE(kept.has_value());
@@ -219,7 +222,7 @@ TEST_CASE("A record that cannot be written leaves what is served")
     REQUIRE_FALSE(written.has_value());
     CHECK(written.error().domain == platform::POSIXErrorDomain);
     CHECK(written.error().code == ENOENT);
-    CHECK(*store.settings() == SettingsStore::defaultSettings());
+    CHECK(*store.settings() == defaultScheduleSettings());
 }
 
 TEST_CASE("Automatic updates are off until they are turned on, and stay so over a restart")

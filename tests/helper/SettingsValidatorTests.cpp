@@ -1,4 +1,5 @@
 #include "helper/SettingsValidator.h"
+#include "protocol/ScheduleRanges.h"
 #include "tests/helper/SettingsRecords.h"
 
 #include <cmath>
@@ -6,6 +7,8 @@
 #include <limits>
 #include <string>
 #include <vector>
+
+using namespace helper;
 
 using platform::Array;
 using platform::Dictionary;
@@ -35,7 +38,7 @@ SettingsFault unknown(std::string key)
 
 Dictionary suspendSettingsWith(std::string_view key, PropertyList value)
 {
-    auto suspend = *SettingsStore::defaultSettings().dictionaryForKey("SuspendSettings");
+    auto suspend = *defaultScheduleSettings().dictionaryForKey("SuspendSettings");
     suspend.set(key, std::move(value));
     return settingsWith("SuspendSettings", std::move(suspend));
 }
@@ -93,7 +96,7 @@ void checkRanges(const std::vector<Range>& ranges, Make make)
 
 TEST_CASE("The default settings are valid")
 {
-    CHECK_FALSE(faultIn(SettingsStore::defaultSettings()));
+    CHECK_FALSE(faultIn(defaultScheduleSettings()));
 }
 
 TEST_CASE("Every key that the editor always writes is required")
@@ -160,7 +163,7 @@ TEST_CASE("The suspension has four integers in the ranges of a clock and nothing
     checkRanges(suspendRanges, suspendSettingsWith);
     CHECK(faultIn(suspendSettingsWith("Hour", 1)) == unknown("Hour"));
     for (const auto& range : suspendRanges) {
-        auto suspend = *SettingsStore::defaultSettings().dictionaryForKey("SuspendSettings");
+        auto suspend = *defaultScheduleSettings().dictionaryForKey("SuspendSettings");
         suspend.remove(range.key);
         CHECK(faultIn(settingsWith("SuspendSettings", suspend)) == missing(range.key));
     }
@@ -217,7 +220,7 @@ TEST_CASE("The entries of a calendar hold integers in the ranges of a calendar a
 
 TEST_CASE("A calendar has at most ten thousand entries")
 {
-    Array entries(SettingsValidator::maximumIntervals, Dictionary{{"Hour", 1}, {"Minute", 1}});
+    Array entries(ScheduleRanges::maximumIntervals, Dictionary{{"Hour", 1}, {"Minute", 1}});
     CHECK_FALSE(faultIn(calendarSettings(entries)));
     entries.push_back(entries.front());
     CHECK(faultIn(calendarSettings(entries)) == wrongType("Intervals", "array of at most 10000 entries"));

@@ -1,5 +1,5 @@
 #include "platform/DistributedNotifications.h"
-#include "platform/linux/system/queue/MainQueue.h"
+#include "platform/linux/system/queues/MainQueue.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/PrivateBus.h"
 

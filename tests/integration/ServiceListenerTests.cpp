@@ -1,4 +1,4 @@
-#include "platform/linux/system/ServiceListener.h"
+#include "platform/linux/system/bus/ServiceListener.h"
 #include "tests/integration/TestService.h"
 #include "tests/support/PrivateBus.h"
 

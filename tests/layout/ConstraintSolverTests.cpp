@@ -1,4 +1,4 @@
-#include "platform/linux/ui/ConstraintSolver.h"
+#include "platform/linux/ui/layout/ConstraintSolver.h"
 
 #include <chrono>
 #include <doctest/doctest.h>

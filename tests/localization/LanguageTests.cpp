@@ -1,4 +1,4 @@
-#include "platform/linux/system/coding/StringTable.h"
+#include "platform/linux/system/texts/StringTable.h"
 #include "tests/support/EnvironmentVariable.h"
 
 #include <doctest/doctest.h>

@@ -23,13 +23,13 @@ SHOWING = re.compile(r"\b(?:setMessageText|setInformativeText|addButton|setTitle
 # a space in them are.
 CHOSEN_LATER = {
     "schedule/BRVIntervalViewController.cpp": re.compile(r"Back up .*|[a-z]+"),
-    "platform/linux/system/coding/HTTPStatus.cpp": re.compile(r".*"),
-    "platform/linux/ui/FindBar.cpp": re.compile(r"[A-Z].*"),
+    "platform/linux/system/texts/HTTPStatus.cpp": re.compile(r".*"),
+    "platform/linux/ui/styledtext/FindBar.cpp": re.compile(r"[A-Z].*"),
     "schedule/BRCriterion.cpp": re.compile(r"[A-Z][a-z]+day"),
 }
 # The lookup itself.
-MACHINERY = ("platform/linux/ui/LocalizeWidgets.cpp", "platform/linux/system/coding/Localization.cpp",
-             "platform/linux/system/coding/CodingError.cpp", "platform/Localization.h")
+MACHINERY = ("platform/linux/ui/windows/LocalizeWidgets.cpp", "platform/linux/system/texts/Localization.cpp",
+             "platform/linux/system/errors/CodingError.cpp", "platform/Localization.h")
 # Not for translation: a fixed advice, and what only a developer can meet.
 AS_IT_STANDS = {"You should try installing the latest version available from the web site.", "Missing outlet",
                 "No interface of this name"}

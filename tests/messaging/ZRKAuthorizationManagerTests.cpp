@@ -1,6 +1,6 @@
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "messaging/ZRKError.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/messaging/Logging.h"
 #include "tests/platform/ScriptedAuthorization.h"
 

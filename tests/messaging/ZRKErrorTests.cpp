@@ -1,5 +1,5 @@
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKError.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/messaging/Logging.h"
 
 #include <cstdint>

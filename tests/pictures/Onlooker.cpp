@@ -1,6 +1,6 @@
 #include "tests/pictures/Onlooker.h"
 
-#include "platform/linux/ui/AlertBox.h"
+#include "platform/linux/ui/dialogs/AlertBox.h"
 #include "tests/platform/ui/AlertWatcher.h"
 
 #include <QApplication>

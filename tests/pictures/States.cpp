@@ -1,7 +1,7 @@
 #include "tests/pictures/States.h"
 
-#include "messaging/ErrorCodes.h"
 #include "platform/Localization.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/pictures/Onlooker.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"

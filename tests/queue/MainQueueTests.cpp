@@ -1,4 +1,4 @@
-#include "platform/linux/system/queue/MainQueue.h"
+#include "platform/linux/system/queues/MainQueue.h"
 #include "platform/Queue.h"
 
 #include <atomic>

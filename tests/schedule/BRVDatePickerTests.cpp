@@ -1,5 +1,5 @@
-#include "platform/linux/ui/TextBaseline.h"
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/layout/TextBaseline.h"
 #include "platform/ui/Interface.h"
 #include "schedule/BRVDatePicker.h"
 #include "tests/shell/support/EditorTest.h"

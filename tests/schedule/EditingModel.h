@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/ui/DatePicker.h"
-#include "schedule/ScheduleSettings.h"
+#include "protocol/ScheduleSettings.h"
 #include "tests/shell/support/EditorTest.h"
 
 #include <array>

@@ -1,5 +1,5 @@
-#include "messaging/ErrorCodes.h"
 #include "platform/Format.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/schedule/EditingModel.h"
 #include "tests/schedule/Instrumented.h"

@@ -1,8 +1,8 @@
 #include "tests/schedule/RowsUser.h"
 
-#include "platform/linux/ui/RuleEditorBox.h"
-#include "platform/linux/ui/RuleRow.h"
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/rules/RuleEditorBox.h"
+#include "platform/linux/ui/rules/RuleRow.h"
 
 #include <algorithm>
 #include <QApplication>

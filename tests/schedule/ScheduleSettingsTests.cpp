@@ -1,4 +1,4 @@
-#include "schedule/ScheduleSettings.h"
+#include "protocol/ScheduleSettings.h"
 
 #include <doctest/doctest.h>
 #include <string>

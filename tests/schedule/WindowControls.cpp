@@ -1,6 +1,6 @@
 #include "tests/schedule/WindowControls.h"
 
-#include "platform/linux/ui/ControlNative.h"
+#include "platform/linux/ui/controls/ControlNative.h"
 #include "platform/ui/CheckBox.h"
 #include "platform/ui/PopUpButton.h"
 

@@ -1,4 +1,4 @@
-#include "messaging/ErrorCodes.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/platform/ScriptedSystemInformation.h"

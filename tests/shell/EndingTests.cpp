@@ -1,5 +1,6 @@
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
+#include "protocol/ErrorCodes.h"
+#include "protocol/Messages.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/platform/ScriptedSystemInformation.h"

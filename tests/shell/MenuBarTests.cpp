@@ -1,4 +1,4 @@
-#include "messaging/ErrorCodes.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ScriptedUserDefaults.h"

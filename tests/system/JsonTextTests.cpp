@@ -1,4 +1,4 @@
-#include "platform/linux/system/JsonText.h"
+#include "platform/linux/system/journal/JsonText.h"
 
 #include <doctest/doctest.h>
 #include <string>

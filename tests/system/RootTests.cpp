@@ -1,4 +1,4 @@
-#include "platform/linux/system/Root.h"
+#include "platform/linux/system/files/Root.h"
 #include "platform/SystemInformation.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ForkedProcess.h"

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/linux/ui/ConstraintLayout.h"
-#include "platform/linux/ui/StackContainer.h"
-#include "platform/linux/ui/ViewNative.h"
-#include "shell/layout/ZRKStackView.h"
+#include "layout/ZRKStackView.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/layout/ConstraintLayout.h"
+#include "platform/linux/ui/layout/StackContainer.h"
 
 #include <memory>
 #include <QCheckBox>

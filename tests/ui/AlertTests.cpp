@@ -1,5 +1,5 @@
-#include "platform/linux/ui/AlertBox.h"
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/dialogs/AlertBox.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/CheckBox.h"

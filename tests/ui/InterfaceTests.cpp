@@ -1,5 +1,5 @@
-#include "platform/linux/ui/ViewNative.h"
-#include "platform/linux/ui/WindowNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/windows/WindowNative.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/Interface.h"
 #include "tests/platform/ui/User.h"

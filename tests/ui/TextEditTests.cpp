@@ -1,4 +1,4 @@
-#include "platform/linux/ui/TextEdit.h"
+#include "platform/linux/ui/entry/TextEdit.h"
 
 #include <array>
 #include <doctest/doctest.h>

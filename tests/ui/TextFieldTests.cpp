@@ -1,5 +1,5 @@
-#include "platform/linux/ui/LineEdit.h"
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/entry/LineEdit.h"
 #include "platform/ui/Interface.h"
 #include "tests/platform/ui/User.h"
 

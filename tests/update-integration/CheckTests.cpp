@@ -1,5 +1,5 @@
 #include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/update-integration/UpdateMachine.h"
 
 #include <chrono>

@@ -1,7 +1,7 @@
 #include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/support/FileContent.h"
 #include "tests/update-integration/UpdateMachine.h"
 

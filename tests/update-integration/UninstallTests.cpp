@@ -1,6 +1,6 @@
 #include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/update-integration/UpdateMachine.h"
 
 #include <doctest/doctest.h>

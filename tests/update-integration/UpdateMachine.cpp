@@ -4,8 +4,8 @@
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
 #include "platform/ErrorArchive.h"
-#include "platform/linux/system/AtomicFile.h"
-#include "platform/linux/system/BusPeer.h"
+#include "platform/linux/system/bus/BusPeer.h"
+#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "tests/support/FileContent.h"
 

@@ -1,7 +1,7 @@
 #include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/NotificationCenter.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/shell/support/EditorTest.h"

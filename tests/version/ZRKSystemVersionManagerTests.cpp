@@ -1,5 +1,5 @@
-#include "shell/version/ZRKSystemVersionManager.h"
 #include "tests/platform/ScriptedSystemInformation.h"
+#include "version/ZRKSystemVersionManager.h"
 
 #include <doctest/doctest.h>
 #include <thread>

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <sysexits.h>
 
+using namespace helper;
+
 namespace {
 
 constexpr const char* usage = "usage: com.zerkolin.brevane.post-update\n"

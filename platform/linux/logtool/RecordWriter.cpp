@@ -1,6 +1,6 @@
 #include "platform/linux/logtool/RecordWriter.h"
 
-#include "platform/linux/system/JsonText.h"
+#include "platform/linux/system/journal/JsonText.h"
 
 namespace logtool {
 

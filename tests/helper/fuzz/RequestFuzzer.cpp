@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <span>
 
+using namespace helper;
+
 namespace {
 
 using platform::Data;

@@ -14,9 +14,9 @@
 //
 // 9 to 11 are beyond what a listener would send and are served with `--raw`.
 
-#include "platform/linux/system/BusHandles.h"
-#include "platform/linux/system/ServiceListener.h"
-#include "platform/linux/system/ServiceMessage.h"
+#include "platform/linux/system/bus/BusHandles.h"
+#include "platform/linux/system/bus/ServiceListener.h"
+#include "platform/linux/system/bus/ServiceMessage.h"
 
 #include <csignal>
 #include <cstdio>

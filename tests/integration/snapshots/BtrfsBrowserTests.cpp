@@ -1,6 +1,6 @@
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
-#include "platform/linux/ui/DataTable.h"
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/tables/DataTable.h"
 #include "tests/integration/snapshots/support/BtrfsVolume.h"
 #include "tests/platform/ui/User.h"
 #include "tests/support/PrivateBus.h"

@@ -1,6 +1,7 @@
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "messaging/ZRKError.h"
+#include "protocol/ErrorCodes.h"
+#include "protocol/Messages.h"
 #include "tests/messaging/Logging.h"
 #include "tests/platform/ScriptedAuthorization.h"
 

@@ -1,8 +1,8 @@
 #include "tests/platform/ui/AlertWatcher.h"
 
-#include "platform/linux/ui/AlertBox.h"
-#include "platform/linux/ui/ControlNative.h"
-#include "platform/linux/ui/Title.h"
+#include "platform/linux/ui/controls/ControlNative.h"
+#include "platform/linux/ui/controls/Title.h"
+#include "platform/linux/ui/dialogs/AlertBox.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
-#include "platform/linux/system/queue/MainQueue.h"
-#include "platform/linux/ui/AlertBox.h"
-#include "platform/linux/ui/ApplicationInstance.h"
-#include "platform/linux/ui/MenuItemNative.h"
+#include "platform/linux/system/queues/MainQueue.h"
+#include "platform/linux/ui/application/ApplicationInstance.h"
+#include "platform/linux/ui/dialogs/AlertBox.h"
+#include "platform/linux/ui/menus/MenuItemNative.h"
 #include "tests/platform/ui/AlertWatcher.h"
 
 #include <algorithm>

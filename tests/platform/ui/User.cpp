@@ -1,7 +1,7 @@
 #include "tests/platform/ui/User.h"
 
-#include "platform/linux/ui/ControlNative.h"
-#include "platform/linux/ui/MenuItemNative.h"
+#include "platform/linux/ui/controls/ControlNative.h"
+#include "platform/linux/ui/menus/MenuItemNative.h"
 
 #include <QAbstractItemView>
 #include <QApplication>

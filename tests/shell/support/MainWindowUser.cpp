@@ -1,6 +1,6 @@
 #include "tests/shell/support/MainWindowUser.h"
 
-#include "platform/linux/ui/MenuItemNative.h"
+#include "platform/linux/ui/menus/MenuItemNative.h"
 
 #include <algorithm>
 #include <QWidget>

@@ -1,10 +1,10 @@
 #include "tests/shell/support/PlayedScheduler.h"
 
 #include "messaging/BRVHelperMessager.h"
-#include "messaging/ErrorCodes.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/ErrorArchive.h"
 #include "platform/PropertyListCoding.h"
+#include "protocol/ErrorCodes.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 

@@ -2,7 +2,7 @@
 
 #include "platform/Error.h"
 #include "platform/ServiceConnection.h"
-#include "schedule/ScheduleSettings.h"
+#include "protocol/ScheduleSettings.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "tests/shell/support/WindowUser.h"
 
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
 #include "platform/ui/Button.h"
 #include "platform/ui/CheckBox.h"
 #include "platform/ui/PopUpButton.h"

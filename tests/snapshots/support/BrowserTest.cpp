@@ -1,7 +1,7 @@
 #include "tests/snapshots/support/BrowserTest.h"
 
-#include "platform/linux/ui/DataTable.h"
-#include "platform/linux/ui/ViewNative.h"
+#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/linux/ui/tables/DataTable.h"
 #include "tests/platform/ui/User.h"
 
 #include <algorithm>

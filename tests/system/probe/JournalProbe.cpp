@@ -1,4 +1,4 @@
-#include "platform/linux/system/Root.h"
+#include "platform/linux/system/files/Root.h"
 #include "platform/SystemLog.h"
 
 #include <unistd.h>

@@ -4,7 +4,7 @@
 //
 // Prints "ready", then the message of each dialog that it would show.
 
-#include "platform/linux/system/BusHandles.h"
+#include "platform/linux/system/bus/BusHandles.h"
 
 #include <cstdio>
 #include <cstdlib>

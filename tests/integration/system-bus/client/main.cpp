@@ -13,7 +13,7 @@
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/ErrorArchive.h"
-#include "platform/linux/system/ServiceListener.h"
+#include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/PropertyListCoding.h"
 
 #include <algorithm>

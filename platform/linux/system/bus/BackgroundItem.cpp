@@ -1,0 +1,103 @@
+#include "platform/BackgroundItem.h"
+
+#include "platform/linux/system/bus/BusHandles.h"
+#include "platform/linux/system/processes/Launch.h"
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+namespace {
+
+// An alert waits for the answer, so a manager that hangs must not keep it for long.
+constexpr std::uint64_t timeLimitMicroseconds = 2'000'000;
+
+struct CallError {
+    CallError() = default;
+    CallError(const CallError&) = delete;
+    CallError& operator=(const CallError&) = delete;
+    ~CallError() { sd_bus_error_free(&error); }
+
+    bool saysThatUnitIsUnknown() const
+    {
+        return sd_bus_error_has_name(&error, "org.freedesktop.systemd1.NoSuchUnit")
+            || sd_bus_error_has_name(&error, SD_BUS_ERROR_FILE_NOT_FOUND)
+            || sd_bus_error_has_name(&error, "System.Error.ENOENT");
+    }
+
+    sd_bus_error error{};
+};
+
+// ".../com.example.tool.plist" is the unit "com.example.tool.service".
+std::string unitName(const std::string& launchDaemonPath)
+{
+    auto name = launchDaemonPath.substr(launchDaemonPath.rfind('/') + 1);
+    constexpr std::string_view extension = ".plist";
+    if (name.ends_with(extension))
+        name.resize(name.size() - extension.size());
+    return name + ".service";
+}
+
+BackgroundItemStatus statusForState(std::string_view state)
+{
+    if (state == "masked" || state == "masked-runtime" || state == "disabled")
+        return BackgroundItemStatus::RequiresApproval;
+    if (state == "bad" || state == "not-found")
+        return BackgroundItemStatus::NotFound;
+    return BackgroundItemStatus::Enabled;
+}
+
+std::optional<BackgroundItemStatus> askManager(sd_bus* bus, const std::string& unit)
+{
+    sd_bus_message* received = nullptr;
+    int result = sd_bus_message_new_method_call(bus, &received, "org.freedesktop.systemd1", "/org/freedesktop/systemd1",
+                                                "org.freedesktop.systemd1.Manager", "GetUnitFileState");
+    BusMessage call(received);
+    if (result < 0 || sd_bus_message_append(call.get(), "s", unit.c_str()) < 0)
+        return std::nullopt;
+
+    received = nullptr;
+    CallError failure;
+    result = sd_bus_call(bus, call.get(), timeLimitMicroseconds, &failure.error, &received);
+    BusMessage reply(received);
+    if (failure.saysThatUnitIsUnknown())
+        return BackgroundItemStatus::NotFound;
+    const char* state = nullptr;
+    if (result < 0 || sd_bus_message_read(reply.get(), "s", &state) < 0)
+        return std::nullopt;
+    return statusForState(state);
+}
+
+} // namespace
+
+std::optional<BackgroundItemStatus> backgroundItemStatus(const std::string& launchDaemonPath)
+{
+    sd_bus* opened = nullptr;
+    if (sd_bus_open_system(&opened) < 0)
+        return std::nullopt;
+    BusHandle bus(opened);
+    return askManager(bus.get(), unitName(launchDaemonPath));
+}
+
+bool openBackgroundItemSettings()
+{
+    // Programs in which services are switched on, then the desktops' settings.
+    const std::vector<std::vector<std::string>> candidates = {
+        {"systemadm"},
+        {"systemsettings"},
+        {"gnome-control-center", "applications"},
+        {"xfce4-settings-manager"},
+        {"mate-control-center"},
+        {"cinnamon-settings"},
+        {"lxqt-config"},
+    };
+    for (const auto& command : candidates) {
+        if (launch(command))
+            return true;
+    }
+    return false;
+}
+
+} // namespace platform

@@ -1,0 +1,49 @@
+#include "platform/ui/Application.h"
+
+#include "platform/linux/system/queues/MainQueue.h"
+#include "platform/linux/ui/application/AboutPanel.h"
+#include "platform/linux/ui/application/ApplicationInstance.h"
+#include "platform/linux/ui/application/FirstInstance.h"
+#include "platform/linux/ui/application/FontPreparation.h"
+#include "platform/linux/ui/application/TerminationSignals.h"
+
+#include <QSocketNotifier>
+
+namespace platform::ui {
+
+int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<ApplicationDelegate>()>& makeDelegate)
+{
+    const FontPreparation fonts;
+    ApplicationInstance application(argc, argv);
+    FirstInstance instance;
+    if (!instance.isFirst())
+        return 0;
+    const TerminationSignals signals([&application] { application.terminateSoon(); });
+    QSocketNotifier mainQueue(mainQueueDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&mainQueue, &QSocketNotifier::activated, &application, [] { serveMainQueue(); });
+    QObject::connect(&application, &ApplicationInstance::terminated, &application, [] { QCoreApplication::exit(0); });
+
+    const auto delegate = makeDelegate();
+    application.setDelegate(delegate);
+    QObject::connect(&instance, &FirstInstance::startedAgain, &application, [&application] { application.reopen(); });
+    delegate->awakeFromNib();
+    // Inside the loop, so that terminating ends it, also from an alert that is shown at launch.
+    QMetaObject::invokeMethod(
+        &application, [&delegate] { delegate->applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+    return QCoreApplication::exec();
+}
+
+void terminateApplication()
+{
+    if (auto* const application = qobject_cast<ApplicationInstance*>(QCoreApplication::instance()))
+        application->terminateSoon();
+}
+
+void setAutomaticWindowTabbing(bool) { } // windows here never merge into tabs
+
+void orderFrontAboutPanel(const std::string& version)
+{
+    AboutPanel::orderFront(version);
+}
+
+} // namespace platform::ui

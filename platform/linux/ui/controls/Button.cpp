@@ -1,0 +1,28 @@
+#include "platform/ui/Button.h"
+
+#include "platform/linux/ui/controls/ControlNative.h"
+#include "platform/linux/ui/controls/Title.h"
+
+#include <QPushButton>
+
+namespace platform::ui {
+
+Button::Button(std::unique_ptr<Native> native) : Control(std::move(native))
+{
+    auto& control = controlNative(*this);
+    QObject::connect(&widgetOf<QPushButton>(*this), &QAbstractButton::clicked, control.receiver(),
+                     [&control] { control.sendAction(); });
+}
+
+std::string Button::title() const
+{
+    return plainTitle(widgetOf<QPushButton>(*this).text());
+}
+
+void Button::setTitle(const std::string& title)
+{
+    auto& button = widgetOf<QPushButton>(*this);
+    button.setText(markedTitle(title, button.text()));
+}
+
+} // namespace platform::ui

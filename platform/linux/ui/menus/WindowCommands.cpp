@@ -1,0 +1,50 @@
+#include "platform/linux/ui/menus/WindowCommands.h"
+
+#include <QAction>
+#include <QApplication>
+
+namespace platform::ui {
+
+namespace {
+
+void bringAllToFront()
+{
+    auto* const active = QApplication::activeWindow();
+    for (auto* const widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && widget->windowType() == Qt::Window)
+            widget->raise();
+    }
+    if (active && active->windowType() == Qt::Window)
+        active->raise();
+}
+
+} // namespace
+
+WindowCommands::WindowCommands(QMainWindow& window) : QObject(&window), _menuWindow(window)
+{
+    for (auto* const action : window.findChildren<QAction*>()) {
+        if (action->property("windowCommand").isValid())
+            connectAction(*action);
+    }
+}
+
+void WindowCommands::connectAction(QAction& action)
+{
+    const auto command = action.property("windowCommand").toString();
+    connect(&action, &QAction::triggered, this, [this, command] {
+        if (command == QStringLiteral("minimise"))
+            window().showMinimized();
+        else if (command == QStringLiteral("close"))
+            window().close();
+        else
+            bringAllToFront();
+    });
+}
+
+QWidget& WindowCommands::window() const
+{
+    auto* const active = QApplication::activeWindow();
+    return active ? *active : _menuWindow;
+}
+
+} // namespace platform::ui

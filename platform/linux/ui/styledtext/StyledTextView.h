@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/linux/ui/styledtext/FindBar.h"
+#include "platform/linux/ui/styledtext/StyledTextArea.h"
+#include "platform/linux/ui/styledtext/TextFinder.h"
+
+#include <QWidget>
+
+namespace platform::ui {
+
+// A styled text with a bar to find words in it, which Ctrl+F opens.
+class StyledTextView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit StyledTextView(QWidget* parent = nullptr);
+
+    StyledTextArea& area() { return *_area; }
+
+private:
+    void openBar();
+    void closeBar();
+    void find(std::size_t from, TextFinder::Direction direction);
+    void findNext();
+    void findPrevious();
+    void showMatch(std::size_t begin, std::size_t end);
+
+    FindBar* _bar;
+    StyledTextArea* _area;
+    TextFinder _finder;
+};
+
+} // namespace platform::ui

@@ -1,0 +1,100 @@
+#include "platform/linux/ui/windows/InterfaceWindow.h"
+
+#include <algorithm>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPushButton>
+
+namespace platform::ui {
+
+namespace {
+
+QRect frameIn(const QWidget& window, const QWidget& widget)
+{
+    return {widget.mapTo(&window, QPoint(0, 0)), widget.size()};
+}
+
+} // namespace
+
+QWidgetList InterfaceWindow::controlsByPosition() const
+{
+    QWidgetList controls;
+    for (auto* const widget : findChildren<QWidget*>()) {
+        if (widget->window() == this && widget->isVisible() && (widget->focusPolicy() & Qt::TabFocus)
+            && !widget->focusProxy())
+            controls += widget;
+    }
+    const auto frame = [this](const QWidget* widget) { return frameIn(*this, *widget); };
+    std::ranges::stable_sort(controls, {}, [&](const QWidget* widget) { return frame(widget).top(); });
+
+    // A row is what begins above the middle of its first control.
+    for (auto row = controls.begin(); row != controls.end();) {
+        const auto middle = frame(*row).center().y();
+        const auto next = std::find_if(row, controls.end(), [&](auto* widget) { return frame(widget).top() > middle; });
+        std::stable_sort(row, next, [&](auto* one, auto* other) { return frame(one).left() < frame(other).left(); });
+        if (isRightToLeft())
+            std::reverse(row, next);
+        row = next;
+    }
+    return controls;
+}
+
+void InterfaceWindow::orderTabs() const
+{
+    const auto controls = controlsByPosition();
+    for (qsizetype i = 1; i < controls.size(); ++i)
+        setTabOrder(controls[i - 1], controls[i]);
+}
+
+bool InterfaceWindow::focusNextPrevChild(bool next)
+{
+    if (_ordersTabsByPosition)
+        orderTabs();
+    return QMainWindow::focusNextPrevChild(next);
+}
+
+QPushButton* InterfaceWindow::buttonForReturn() const
+{
+    if (auto* const focused = qobject_cast<QPushButton*>(focusWidget()))
+        return focused;
+    for (auto* const button : findChildren<QPushButton*>()) {
+        if (button->isDefault() && button->isVisible() && button->isEnabled())
+            return button;
+    }
+    return nullptr;
+}
+
+void InterfaceWindow::closeEvent(QCloseEvent* event)
+{
+    QMainWindow::closeEvent(event);
+    if (!menuWidget() || !event->isAccepted())
+        return;
+    for (auto* const widget : QApplication::topLevelWidgets()) {
+        if (auto* const other = qobject_cast<InterfaceWindow*>(widget); other && other != this)
+            other->close();
+    }
+}
+
+void InterfaceWindow::keyPressEvent(QKeyEvent* event)
+{
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (auto* const button = isReturn ? buttonForReturn() : nullptr)
+        return button->click();
+    // The menu's key, which does not work while the window that has the menus shows a sheet.
+    if (!menuWidget() && event->matches(QKeySequence::Close)) {
+        close();
+        return;
+    }
+    QMainWindow::keyPressEvent(event);
+}
+
+void InterfaceWindow::showEvent(QShowEvent* event)
+{
+    QMainWindow::showEvent(event);
+    const auto controls = focusWidget() ? QWidgetList() : controlsByPosition();
+    if (!controls.isEmpty())
+        controls.first()->setFocus(Qt::OtherFocusReason);
+}
+
+} // namespace platform::ui

@@ -1,0 +1,65 @@
+#include "platform/ui/Window.h"
+
+#include "platform/linux/ui/windows/WindowFit.h"
+#include "platform/linux/ui/windows/WindowNative.h"
+
+#include <QScreen>
+
+namespace platform::ui {
+
+Window::Window(std::unique_ptr<Native> native) : _native(std::move(native)) { }
+
+Window::~Window() = default;
+
+std::string Window::identifier() const
+{
+    return _native->window->objectName().toStdString();
+}
+
+std::shared_ptr<View> Window::contentView() const
+{
+    return _native->contentView;
+}
+
+bool Window::isVisible() const
+{
+    return _native->window->isVisible();
+}
+
+void Window::setAutorecalculatesKeyViewLoop(bool recalculates)
+{
+    _native->window->setOrdersTabsByPosition(recalculates);
+}
+
+void Window::layoutIfNeeded()
+{
+    auto& window = *_native->window;
+    _native->contentView->layoutIfNeeded();
+    if (!window.testAttribute(Qt::WA_Resized))
+        window.adjustSize();
+    WindowFit::apply(&window);
+}
+
+void Window::center()
+{
+    auto& window = *_native->window;
+    auto frame = window.frameGeometry();
+    frame.moveCenter(window.screen()->availableGeometry().center());
+    window.move(frame.topLeft());
+}
+
+void Window::makeKeyAndOrderFront()
+{
+    auto& window = *_native->window;
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
+void Window::close()
+{
+    _native->window->close();
+}
+
+} // namespace platform::ui
