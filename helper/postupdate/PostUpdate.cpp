@@ -2,10 +2,10 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/installation/InstallationManifest.h"
+#include "messaging/BRVHelperMessager.h"
 #include "platform/linux/system/files/Root.h"
 #include "platform/linux/system/processes/Launch.h"
 #include "platform/SystemInformation.h"
-#include "protocol/Messages.h"
 
 #include <algorithm>
 #include <array>
