@@ -3,7 +3,7 @@
 namespace helper {
 
 // Defines those of the product's rights that have no definition yet. One that an administrator or the application's
-// own preferences changed stays as it is. A failure is told in the log.
+// own preferences changed stays as it is. A failure is logged.
 void installDefaultRights();
 
 } // namespace helper

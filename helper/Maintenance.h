@@ -30,7 +30,7 @@ public:
     void checkForUpdates(Completion completion);
     // False when it was refused at once.
     bool installUpdate(Completion completion);
-    // Nobody asked for it, so whatever comes of it is only told in the log, and programs that use this one are left
+    // Nobody asked for it, so the outcome is only logged, and programs that use this one are left
     // alone. The same result.
     bool installUpdateUnasked();
     // On the thread of the caller, which must be the one that writes settings. The sender is the peer who asks.

@@ -47,7 +47,7 @@ std::string PasswordRule::rulesPath() const
     return _rulesFolder + fileName;
 }
 
-// The stricter of two steps comes first, so that nothing is open that is not said to be.
+// The stricter state comes first, so that a crash never grants more than is stored.
 Result<void> PasswordRule::setAllowsWithoutPassword(bool allowed) const
 {
     if (!allowed) {

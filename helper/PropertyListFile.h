@@ -15,11 +15,11 @@ public:
 
     PropertyListFile(std::string path, Acceptable acceptable);
 
-    // Removes what an interrupted write left behind, then reads. A file that is damaged or not acceptable is told in
-    // the log and kept beside as ".damaged". Nothing when there is no usable file.
+    // Removes what an interrupted write left behind, then reads. A file that is damaged or not acceptable is logged
+    // and kept beside as ".damaged". nullopt when there is no usable file.
     std::optional<platform::Dictionary> open();
 
-    // The content as it is on disk now; nothing when there is no usable file.
+    // The content as it is on disk now; nullopt when there is no usable file.
     std::optional<platform::Dictionary> read() const;
 
     // On disk, whole, when it returns success. Otherwise an error of the system's domain with a plain description.

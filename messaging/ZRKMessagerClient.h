@@ -15,7 +15,7 @@ class ZRKMessagerClient;
 class ZRKMessagerClientDelegate {
 public:
     virtual ~ZRKMessagerClientDelegate() = default;
-    // The rights of which one is needed for the message; empty when it travels without authorization. Nothing for a
+    // The rights of which one is needed for the message; empty when it travels without authorization. nullopt for a
     // number outside the protocol, which counts as empty.
     virtual std::optional<std::vector<std::string>> authorizationRightsForMessage(const ZRKMessagerClient& client,
                                                                                   std::int64_t message) = 0;

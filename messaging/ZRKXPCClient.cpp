@@ -36,7 +36,7 @@ void ZRKXPCClient::State::handleConnectionError(platform::ServiceError error, co
         return;
     }
     ZRKLogMessage(LogLevelError, "Connection became invalid with server.");
-    // Meanwhile there may be a newer connection, which is none the worse for it. The old one is let go after the lock.
+    // Another thread may have reconnected; clear only the failed connection, and release it after the lock.
     const auto invalid = failed.lock();
     internalLock->sync([&] {
         if (connection == invalid)

@@ -7,7 +7,7 @@ namespace platform {
 
 enum class BackgroundItemStatus { NotRegistered = 0, Enabled = 1, RequiresApproval = 2, NotFound = 3 };
 
-// Whether the user lets the launch daemon with this property-list file run. Nothing when the system has no such notion
+// Whether the user lets the launch daemon with this property-list file run. nullopt when the system has no such notion
 // or does not answer.
 std::optional<BackgroundItemStatus> backgroundItemStatus(const std::string& launchDaemonPath);
 

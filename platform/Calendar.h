@@ -16,7 +16,7 @@ struct TimeOfDay {
 TimeOfDay currentTimeOfDay();
 
 // The time that an hour and a minute alone make. As in a lenient calendar, values outside their range carry over: 25:00
-// is 01:00 and 10:-1 is 09:59. Nothing when they are too large to be counted.
+// is 01:00 and 10:-1 is 09:59. nullopt when they are too large to be counted.
 std::optional<TimeOfDay> timeOfDayFromComponents(std::int64_t hour, std::int64_t minute);
 
 } // namespace platform

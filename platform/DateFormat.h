@@ -21,7 +21,7 @@ public:
     DateFormat(DateFormat&&) noexcept;
     DateFormat& operator=(DateFormat&&) noexcept;
 
-    // In seconds since 1970. Nothing unless the whole text matches and every field is in its range.
+    // In seconds since 1970. nullopt unless the whole text matches and every field is in its range.
     std::optional<double> dateFromString(std::string_view text);
     std::string stringFromDate(double seconds);
 

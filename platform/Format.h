@@ -33,8 +33,8 @@ private:
 
 // Fills a printf-style format: "%@" (an object's description), "%s", "%d", "%i", "%u", "%x" with the length
 // modifiers h, l, ll, q and z, "%c", "%%", positions such as "%2$@", and the log's "%{public}s" forms. A number
-// conversion takes a number object by value and an absent one as 0. Nothing for an unknown conversion or too
-// few arguments; surplus arguments are ignored. As in C, a number loses the bits above the conversion's width (32
+// conversion takes a number object by value and an absent one as 0. Nothing is appended for an unknown conversion or
+// too few arguments; surplus arguments are ignored. As in C, a number loses the bits above the conversion's width (32
 // without a modifier). The text is appended to `out`, untouched on failure.
 bool appendFormat(std::string& out, std::string_view format, std::initializer_list<FormatArgument> arguments);
 std::optional<std::string> formatString(std::string_view format, std::initializer_list<FormatArgument> arguments);

@@ -34,7 +34,7 @@ public:
     virtual std::size_t bufferSize() const = 0;
     // Puts as many of the next records as fit into the buffer. Their number; 0 when there are no more, -1 on failure.
     virtual int nextRecords(std::span<std::byte> buffer) = 0;
-    // In bytes. Nothing when the file system does not count it.
+    // In bytes. nullopt when the file system does not count it.
     virtual std::optional<std::uint64_t> sizeOfSnapshot(std::uint64_t objectIdentifier) = 0;
 };
 

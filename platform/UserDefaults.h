@@ -10,7 +10,7 @@ namespace platform {
 // What the application remembers for its user from one run to the next: the standard user defaults of the domain
 // "com.zerkolin.brevane.application". Main thread only.
 
-// Nothing when it is absent or cannot be read.
+// nullopt when it is absent or cannot be read.
 std::optional<PropertyList> userDefault(const std::string& key);
 // Absent counts as false.
 bool userDefaultBool(const std::string& key);

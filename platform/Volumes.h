@@ -26,7 +26,7 @@ int numberOfMountedFileSystems();
 // In the order of the system's table, at most `room`; none when the system does not tell.
 std::vector<MountedFileSystem> mountedFileSystems(int room);
 
-// Nothing where it cannot be read.
+// nullopt where it cannot be read.
 std::optional<std::string> localizedVolumeName(const std::string& url);
 // What ui::Image::imageNamed takes.
 std::optional<std::string> effectiveVolumeIcon(const std::string& url);
@@ -44,7 +44,7 @@ class DiskSession {
 public:
     static std::shared_ptr<DiskSession> create();
     virtual ~DiskSession() = default;
-    // Nothing when the volume has no disk, the disk no name, or its name no entry.
+    // nullopt when the volume has no disk, the disk no name, or its name no entry.
     virtual std::optional<VolumeService> serviceOfVolume(const std::string& url) = 0;
 };
 

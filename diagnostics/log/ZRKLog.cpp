@@ -111,7 +111,7 @@ void appendNumber(std::string& out, int number)
     out.append(digits, std::to_chars(std::begin(digits), std::end(digits), number).ptr);
 }
 
-// The line of a message with its newline. Nothing when that was impossible, which is then reported.
+// The line of a message with its newline. nullopt when that was impossible, which is then reported.
 std::optional<std::string> makeLine(const char* format, LogArguments arguments)
 {
     if (!platform::isValidUTF8(format)) {

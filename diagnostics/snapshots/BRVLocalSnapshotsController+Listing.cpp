@@ -48,7 +48,7 @@ BRVLocalSnapshotsController::snapshotsAtURL(const std::string& url, std::optiona
     }
     SnapshotList snapshots;
     std::vector<std::byte> buffer((*volume)->bufferSize());
-    // A failure on the way is not told: what was read until then is the list.
+    // A failure on the way is not reported: what was read until then is the list.
     for (int count; (count = (*volume)->nextRecords(buffer)) > 0;) {
         for (const auto& record : snapshotRecords(buffer, count)) {
             if (auto snapshot = snapshotOfRecord(record, **volume))

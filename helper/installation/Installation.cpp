@@ -43,8 +43,8 @@ std::optional<std::string> linkAt(const std::string& path)
     return length < 0 ? std::nullopt : std::optional(std::string(target.data(), static_cast<std::size_t>(length)));
 }
 
-// Whatever comes of it, the new version is in place: it is told and no more.
-void tell(const std::expected<void, int>& done, const std::string& path)
+// Failures to clean up are only logged; the new version is in place.
+void logFailure(const std::expected<void, int>& done, const std::string& path)
 {
     if (!done)
         ZRKLogMessage(LogLevelError, "%@",
@@ -64,7 +64,7 @@ std::set<std::string> filesIn(const std::string& folder)
     return found;
 }
 
-// What somebody else had put into the product's folder goes with it. Nothing of the new version gives way.
+// Moves files that the old list does not name; never overwrites.
 void carryOver(const std::string& from, const std::string& to)
 {
     auto manifest = InstallationManifest::inFolder(from);
@@ -79,7 +79,7 @@ void carryOver(const std::string& from, const std::string& to)
         auto target = std::filesystem::path(to) / file;
         std::filesystem::create_directories(target.parent_path(), failure);
         if (::renameat2(AT_FDCWD, (from + "/" + file).c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE) != 0)
-            tell(std::unexpected(errno), from + "/" + file);
+            logFailure(std::unexpected(errno), from + "/" + file);
     }
 }
 
@@ -170,7 +170,7 @@ Result<void> Installation::replace(InstallationManifest staged) const
     if (::renameat2(AT_FDCWD, stagedProduct().c_str(), AT_FDCWD, product().c_str(), RENAME_EXCHANGE) != 0)
         return failed(errno, product(), "replaced");
     for (const auto& folder : {parentOf(product()), stagingFolder()})
-        tell(syncFolder(folder), folder);
+        logFailure(syncFolder(folder), folder);
     endReplacement();
     return {};
 }
@@ -184,7 +184,7 @@ void Installation::endReplacement() const
         carryOver(stagedProduct(), product());
         removeLinks(*other, &*current);
     }
-    tell(removeTree(stagingFolder()), stagingFolder());
+    logFailure(removeTree(stagingFolder()), stagingFolder());
 }
 
 bool Installation::isInterrupted() const

@@ -13,7 +13,7 @@ class Installation {
 public:
     Installation();
 
-    // Nothing when what stands there was not installed.
+    // nullopt when what stands there was not installed.
     std::optional<InstallationManifest> manifest() const;
 
     // The folder in which a new version is made ready, for this program alone, and the version in it.
@@ -33,7 +33,7 @@ public:
     bool isInterrupted() const;
 
     // Removes what was installed and what this program has written since, and nothing else. What cannot be removed is
-    // told, and then the program and its list stay, so that it can be tried again.
+    // logged, and then the program and its list stay, so that it can be tried again.
     platform::Result<void> remove() const;
 
 private:

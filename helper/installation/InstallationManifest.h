@@ -21,7 +21,7 @@ struct InstallationManifest {
     static constexpr const char* fileName = "installation.plist";
     static constexpr const char* productFolder = "Library/Brevane"; // below the root
 
-    // Nothing when there is none, or one that names anything outside the product's folder and its links.
+    // nullopt when there is none, or one that names anything outside the product's folder and its links.
     static std::optional<InstallationManifest> inFolder(const std::string& folder);
 
     // On disk when it returns success.

@@ -115,7 +115,7 @@ Download::Failure failureOf(CURLcode code, const Receiver& receiver, long status
 
 void setLimits(CURL* curl, const std::string& url, std::uint64_t limit, std::chrono::seconds patience)
 {
-    // What https has vouched for is never left for anything less.
+    // Never follows a redirect from https to http.
     curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "https,http,file");
     curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, url.starts_with("http:") ? "https,http" : "https");
     curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);

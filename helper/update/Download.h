@@ -36,7 +36,7 @@ public:
     // Appends to the file.
     Outcome<void> save(const std::string& url, std::uint64_t limit, int file) const;
 
-    // The URL that a text means beside another one. Nothing when it is none, or of a kind that is less trustworthy:
+    // The URL that a text means beside another one. nullopt when it is none, or of a kind that is less trustworthy:
     // what https names is on https, and what comes over a network never names a file of this machine.
     static std::optional<std::string> resolve(const std::string& text, const std::string& base);
 

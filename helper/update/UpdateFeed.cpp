@@ -25,7 +25,7 @@ const std::string* textForKey(const Dictionary& feed, const char* key)
     return text && !text->empty() && text->size() <= maximumTextLength ? text : nullptr;
 }
 
-// The number under the key or, when the key is absent, the usual one; nothing when it is out of range.
+// The number under the key or, when the key is absent, the usual one; nullopt when it is out of range.
 std::optional<std::int64_t> numberForKey(const Dictionary& feed, const char* key, std::int64_t usual,
                                          std::int64_t highest)
 {

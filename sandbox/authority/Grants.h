@@ -12,7 +12,7 @@ struct Process {
     std::uint64_t startTime = 0; // in clock ticks since the machine started
 
     bool operator==(const Process&) const = default;
-    // Nothing when there is no such process.
+    // nullopt when there is no such process.
     static std::optional<Process> running(std::uint32_t identifier);
 };
 

@@ -9,6 +9,6 @@ class PolicyFile {
 public:
     using Prompts = std::map<std::string, std::string>;
 
-    // Nothing when the file cannot be read or is damaged.
+    // nullopt when the file cannot be read or is damaged.
     static std::optional<Prompts> promptsInFile(const std::string& path);
 };

@@ -18,7 +18,7 @@ struct BtrfsItem {
     std::uint64_t offset = 0;
     std::span<const std::byte> bytes;
 
-    // The structure at the item's beginning; nothing when the item is shorter than `size`, of which the rest is zero.
+    // The structure at the item's beginning; nullopt when the item is shorter than `size`, of which the rest is zero.
     template <class T>
     std::optional<T> content(std::size_t size = sizeof(T)) const
     {

@@ -110,7 +110,7 @@ std::shared_ptr<SystemBus> SystemBus::open()
 bool SystemBus::isUsable()
 {
     const Lock lock(_mutex);
-    // That it was cut may not have been noticed yet, and is not noticed at all while nobody reads.
+    // Nothing polls while no thread reads: look for a hang-up here.
     if (!_lost && !_pumping) {
         pollfd descriptor = {sd_bus_get_fd(_bus.get()), 0, 0};
         if (::poll(&descriptor, 1, 0) > 0 && (descriptor.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0)

@@ -21,7 +21,7 @@ public:
 
     // Goes to the next entry; false at the end.
     std::expected<bool, int> next();
-    // Of the entry at hand; nothing when it has no such field. Valid UTF-8.
+    // Of the entry at hand; nullopt when it has no such field. Valid UTF-8.
     std::optional<std::string> field(const char* name) const;
     std::uint64_t microseconds() const; // since 1970
 

@@ -19,7 +19,7 @@ struct Mount {
     bool representsFileSystem = true; // the one to show of all mounts of a btrfs file system
 };
 
-// The file systems that can be reached, in the order in which they were mounted. Nothing when the system does not tell.
+// The file systems that can be reached, in the order in which they were mounted. nullopt when the system does not tell.
 std::optional<std::vector<Mount>> readMountTable();
 
 inline bool isBtrfs(const Mount& mount)

@@ -18,8 +18,8 @@ namespace platform {
 
 namespace {
 
-// That there are any is all that is of interest. The library would make devices of them, which it can do on one thread
-// only, and the main one does.
+// Drain only: devices are read on the main thread. The library would make devices of them, which it can do on one
+// thread only, and the main one does.
 void discardEvents(int socket)
 {
     char event[8192];
