@@ -16,11 +16,13 @@ constexpr const char* systemRules = "/etc/polkit-1/rules.d";
 const char* const HelperOptions::usage =
     "usage: com.zerkolin.brevane.scheduler [--root PATH] [--updates FILE] [--rules FOLDER]\n"
     "       com.zerkolin.brevane.scheduler --snapshot VOLUME\n"
-    "Stores the backup schedule and serves it on the system bus; or makes one snapshot and ends.\n"
+    "       com.zerkolin.brevane.scheduler --simulate FILE\n"
+    "Stores the backup schedule and serves it on the system bus; or makes one snapshot, or simulates, and ends.\n"
     "  --root PATH         the folder below which the product's files stand (/opt/brevane)\n"
     "  --updates FILE      a property list that names the feed of updates and their public key\n"
     "  --rules FOLDER      polkit's folder of rules (/etc/polkit-1/rules.d; with another root: none)\n"
-    "  --snapshot VOLUME   a local snapshot of the btrfs volume at this folder; prints its path\n";
+    "  --snapshot VOLUME   a local snapshot of the btrfs volume at this folder; prints its path\n"
+    "  --simulate FILE     prints when backups would start by the property list FILE; touches nothing\n";
 
 std::expected<HelperOptions, std::string> HelperOptions::inArguments(int count, const char* const* arguments)
 {

@@ -2,6 +2,7 @@
 #include "helper/DefaultRights.h"
 #include "helper/HelperOptions.h"
 #include "helper/SchedulerHelper.h"
+#include "helper/simulation/SimulationCommand.h"
 #include "helper/snapshots/SnapshotCommand.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/bus/ServiceListener.h"
@@ -105,6 +106,8 @@ int main(int count, char** arguments)
         return EXIT_SUCCESS;
     }
     if (auto status = runSnapshotCommand(count, arguments))
+        return *status;
+    if (auto status = runSimulationCommand(count, arguments))
         return *status;
     auto options = HelperOptions::inArguments(count, arguments);
     if (!options) {
