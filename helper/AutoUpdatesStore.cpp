@@ -8,7 +8,9 @@ namespace helper {
 using platform::Dictionary;
 
 AutoUpdatesStore::AutoUpdatesStore(const std::string& path)
-    : _file(path, [](const Dictionary& record) { return !SettingsValidator::faultInAutoUpdates(record); })
+    : _file(path, [](const Dictionary& record) {
+          return !SettingsValidator::faultInAutoUpdates(record, SettingsValidator::UnknownKeys::Ignored);
+      })
 {
     _enabled = _file.open().value_or(Dictionary()).boolForKey(PayloadKey::Enabled);
 }

@@ -16,22 +16,25 @@ using platform::Result;
 
 namespace {
 
+// Whoever asked is answered with it and logged by whoever answers.
 std::unexpected<platform::Error> refusal(BRVErrorCode code)
 {
-    return std::unexpected(ZRKError::errorWithDomain(BRVErrorDomain, code));
+    return std::unexpected(platform::Error{BRVErrorDomain, code, {}, nullptr});
 }
 
 } // namespace
 
-std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, EndHandler endHandler)
+std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, std::shared_ptr<Peers> peers,
+                                                 EndHandler endHandler)
 {
-    return std::shared_ptr<Maintenance>(new Maintenance(options, std::move(endHandler)));
+    return std::shared_ptr<Maintenance>(new Maintenance(options, std::move(peers), std::move(endHandler)));
 }
 
-Maintenance::Maintenance(const HelperOptions& options, EndHandler endHandler)
+Maintenance::Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler)
     : _updater(options.updates),
       _passwordRule(options.rulesFolder),
       _endHandler(std::move(endHandler)),
+      _peers(std::move(peers)),
       _queue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.maintenance"))
 {
     _updater.recover();
@@ -94,8 +97,8 @@ bool Maintenance::installUpdate(Completion completion)
 
 bool Maintenance::installUpdateUnasked()
 {
-    if (_peers.anyConnected()) {
-        (void)refusal(BRVErrorPeersConnected);
+    if (_peers->anyConnected()) {
+        ZRKError::log({BRVErrorDomain, BRVErrorPeersConnected, {}, nullptr});
         return false;
     }
     return installUpdate([](const Result<PropertyList>&) { });
@@ -105,7 +108,7 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
 {
     if (!begin(Operation::Uninstall, completion))
         return;
-    if (_peers.othersConnected(sender)) {
+    if (_peers->othersConnected(sender)) {
         finish(completion, refusal(BRVErrorPeersConnected));
         return;
     }

@@ -25,7 +25,8 @@ public:
     using EndHandler = std::function<void(End)>;
 
     // Finishes what was interrupted. The handler is called after the reply, and nothing is served from then on.
-    static std::shared_ptr<Maintenance> create(const HelperOptions& options, EndHandler endHandler);
+    static std::shared_ptr<Maintenance> create(const HelperOptions& options, std::shared_ptr<Peers> peers,
+                                               EndHandler endHandler);
 
     void checkForUpdates(Completion completion);
     // False when it was refused at once.
@@ -40,13 +41,12 @@ public:
     bool isUninstalling() const { return _operation == Operation::Uninstall; }
 
     PasswordRule& passwordRule() { return _passwordRule; }
-    Peers& peers() { return _peers; }
     const std::shared_ptr<platform::Queue>& queue() const { return _queue; }
 
 private:
     enum class Operation { None, Check, Install, Uninstall };
 
-    Maintenance(const HelperOptions& options, EndHandler endHandler);
+    Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler);
     bool begin(Operation operation, const Completion& completion);
     void finish(const Completion& completion, platform::Result<platform::PropertyList> result);
     void end(const Completion& completion, End how);
@@ -54,7 +54,7 @@ private:
     Updater _updater;
     PasswordRule _passwordRule;
     EndHandler _endHandler;
-    Peers _peers;
+    const std::shared_ptr<Peers> _peers;
     std::atomic<Operation> _operation = Operation::None;
     std::shared_ptr<platform::Queue> _queue;
 };

@@ -1,5 +1,6 @@
 #include "helper/PasswordRule.h"
 
+#include "diagnostics/log/ZRKLog.h"
 #include "helper/installation/FileTree.h"
 #include "helper/installation/SystemError.h"
 #include "messaging/ZRKAuthorizationManager.h"
@@ -7,6 +8,7 @@
 #include "platform/linux/system/files/AtomicFile.h"
 #include "protocol/Messages.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <grp.h>
 #include <string_view>
@@ -61,6 +63,21 @@ Result<void> PasswordRule::setAllowsWithoutPassword(bool allowed) const
     if (!written)
         (void)defineRule("authenticate-admin");
     return written;
+}
+
+Result<void> PasswordRule::takeStricter() const
+{
+    if (_rulesFolder.empty())
+        return {};
+    const auto definition = platform::Authorization::right(BRVRightModifySettings1).value_or(Dictionary());
+    const auto* rules = definition.arrayForKey("rule");
+    const bool isOpen = rules && std::ranges::find(*rules, platform::PropertyList("is-admin")) != rules->end();
+    const bool isWritten = ::access(rulesPath().c_str(), F_OK) == 0;
+    if (isOpen == isWritten)
+        return {};
+    ZRKLogMessage(LogLevelError, "The stored rule and '%@' disagree; changing settings needs a password.",
+                  {rulesPath()});
+    return isOpen ? defineRule("authenticate-admin") : removeRules();
 }
 
 Result<void> PasswordRule::writeRules() const

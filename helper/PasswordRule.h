@@ -16,6 +16,10 @@ public:
     // The new rule is on disk when this returns success. One call at a time.
     platform::Result<void> setAllowsWithoutPassword(bool allowed) const;
 
+    // Brings the stored rule and the rules file, of which a crash or an administrator may have changed one, to the
+    // stricter of the two.
+    platform::Result<void> takeStricter() const;
+
     // Removes the rules file. An errno value's error when it is there and stays.
     platform::Result<void> removeRules() const;
 

@@ -1,60 +1,50 @@
 #include "helper/Peers.h"
 
-#include "platform/linux/system/bus/BusPeer.h"
-
 #include <algorithm>
 
 namespace helper {
 
 void Peers::add(const std::string& name)
 {
-    std::unique_lock guard(_lock);
-    if (_names.contains(name))
-        return;
-    if (_names.size() >= maximumNames) {
-        guard.unlock();
-        forgetThoseGone();
-        guard.lock();
-    }
-    if (_names.size() < maximumNames)
-        _names.insert(name);
-}
-
-bool Peers::anyConnected()
-{
-    forgetThoseGone();
     const std::lock_guard guard(_lock);
-    return !_names.empty();
+    _peers.try_emplace(name);
 }
 
-bool Peers::othersConnected(const std::string& name)
+void Peers::identify(const platform::BusPeer& peer)
 {
-    forgetThoseGone();
-    // A program may have had more than one connection.
-    auto process = platform::processOfBusPeer(name);
-    std::set<std::string> names;
-    {
-        const std::lock_guard guard(_lock);
-        names = _names;
-    }
-    return std::ranges::any_of(names, [&](const auto& other) {
-        auto found = other == name ? std::nullopt : platform::processOfBusPeer(other);
-        return found && found != process;
+    const std::lock_guard guard(_lock);
+    if (const auto found = _peers.find(peer.name); found != _peers.end())
+        found->second = peer;
+}
+
+void Peers::remove(const std::string& name)
+{
+    const std::lock_guard guard(_lock);
+    _peers.erase(name);
+}
+
+std::optional<platform::BusPeer> Peers::identified(const std::string& name) const
+{
+    const std::lock_guard guard(_lock);
+    const auto found = _peers.find(name);
+    return found == _peers.end() ? std::nullopt : found->second;
+}
+
+bool Peers::anyConnected() const
+{
+    const std::lock_guard guard(_lock);
+    return !_peers.empty();
+}
+
+bool Peers::othersConnected(const std::string& name) const
+{
+    const std::lock_guard guard(_lock);
+    // A program may have more than one connection.
+    const auto own = _peers.find(name);
+    const auto process = own == _peers.end() || !own->second ? 0 : own->second->process;
+    return std::ranges::any_of(_peers, [&](const auto& entry) {
+        return entry.first != name && (!entry.second || process == 0 || entry.second->process != process);
     });
-}
-
-void Peers::forgetThoseGone()
-{
-    std::set<std::string> names;
-    {
-        const std::lock_guard guard(_lock);
-        names = _names;
-    }
-    // The bus is asked without the lock: it may take its time.
-    std::erase_if(names, [](const auto& name) { return platform::processOfBusPeer(name).has_value(); });
-    const std::lock_guard guard(_lock);
-    for (const auto& gone : names)
-        _names.erase(gone);
 }
 
 } // namespace helper

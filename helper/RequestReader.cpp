@@ -1,10 +1,12 @@
 #include "helper/RequestReader.h"
 
-#include "messaging/ZRKError.h"
 #include "platform/Authorization.h"
 #include "platform/PropertyListCoding.h"
 #include "protocol/ErrorCodes.h"
 
+#include <algorithm>
+#include <memory>
+#include <string_view>
 #include <utility>
 
 namespace helper {
@@ -15,15 +17,29 @@ using platform::ServiceDictionary;
 
 namespace {
 
+constexpr std::size_t externalFormSize = std::tuple_size_v<platform::Authorization::ExternalForm>;
+
 platform::Error damaged(platform::Dictionary userInfo)
 {
-    return ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeMessage, std::move(userInfo));
+    return {ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeMessage, std::move(userInfo), nullptr};
 }
 
 platform::Error notAnExternalForm()
 {
-    return ZRKError::errorWithDomain(ZRKAuthorizationErrorDomain, ZRKAuthorizationErrorCreateFromExternalForm,
-                                     {{"status", platform::Authorization::InternalizeNotAllowed}});
+    return {ZRKAuthorizationErrorDomain,
+            ZRKAuthorizationErrorCreateFromExternalForm,
+            {{"status", platform::Authorization::InternalizeNotAllowed}},
+            nullptr};
+}
+
+// Applications send this format alone; the readers of the others are spared what anybody may send.
+Result<platform::PropertyList> binaryValue(const Data& bytes)
+{
+    constexpr std::string_view magic = "bplist00";
+    constexpr std::int64_t readCorrupt = 3840;
+    if (!std::ranges::equal(magic, std::span(bytes).first(std::min(bytes.size(), magic.size()))))
+        return std::unexpected(platform::Error{platform::CocoaErrorDomain, readCorrupt, {}, nullptr});
+    return platform::propertyListWithData(bytes);
 }
 
 } // namespace
@@ -33,7 +49,14 @@ platform::Error RequestReader::deserializeError(std::int64_t message)
     return damaged({{"message", message}});
 }
 
-Result<Request> RequestReader::requestForMessage(ServiceDictionary message)
+const std::vector<platform::ServiceKey>& RequestReader::form()
+{
+    static const std::vector<platform::ServiceKey> keys = {
+        {"message", 0}, {"auth", externalFormSize}, {"payload", maximumPayloadSize}};
+    return keys;
+}
+
+Result<Request> RequestReader::requestForMessage(ServiceDictionary message, const std::vector<std::string>& tooLong)
 {
     Request request;
     auto number = message.find("message");
@@ -41,9 +64,13 @@ Result<Request> RequestReader::requestForMessage(ServiceDictionary message)
         return std::unexpected(damaged({}));
     request.message = std::get<std::int64_t>(number->second);
 
+    if (std::ranges::find(tooLong, "auth") != tooLong.end())
+        return std::unexpected(notAnExternalForm());
+    if (std::ranges::find(tooLong, "payload") != tooLong.end())
+        return std::unexpected(deserializeError(request.message));
     if (auto auth = message.find("auth"); auth != message.end()) {
         auto* bytes = std::get_if<Data>(&auth->second);
-        if (!bytes || bytes->size() != std::tuple_size_v<platform::Authorization::ExternalForm>)
+        if (!bytes || bytes->size() != externalFormSize)
             return std::unexpected(notAnExternalForm());
         request.auth = std::move(*bytes);
     }
@@ -60,10 +87,12 @@ Result<RequestReader::Payload> RequestReader::payloadOfRequest(const Request& re
 {
     if (!request.payload)
         return Payload();
-    auto value = platform::propertyListWithData(*request.payload);
-    if (!value)
-        return std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeMessage,
-                                                         {{"message", request.message}}, std::move(value.error())));
+    auto value = binaryValue(*request.payload);
+    if (!value) {
+        auto error = deserializeError(request.message);
+        error.underlying = std::make_shared<const platform::Error>(std::move(value.error()));
+        return std::unexpected(std::move(error));
+    }
     return Payload(std::move(*value));
 }
 

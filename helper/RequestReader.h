@@ -1,11 +1,14 @@
 #pragma once
 
 #include "platform/Error.h"
+#include "platform/linux/system/bus/ServiceMessage.h"
 #include "platform/ServiceConnection.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace helper {
 
@@ -16,18 +19,23 @@ struct Request {
     std::optional<platform::Data> payload; // not parsed
 };
 
-// Takes requests apart. Everything in them may be forged.
+// Takes requests apart. Everything in them may be forged. The errors are not logged.
 class RequestReader {
 public:
     using Payload = std::optional<platform::PropertyList>;
 
     static constexpr std::size_t maximumPayloadSize = std::size_t(4) << 20;
 
-    // Messager error 3 for a missing number or an odd payload, authorization error 3 for an authorization that is not
-    // of 32 bytes.
-    static platform::Result<Request> requestForMessage(platform::ServiceDictionary message);
+    // What is read of a message: the rest is passed over, unread.
+    static const std::vector<platform::ServiceKey>& form();
 
-    // The payload as a value, parsed only once the sender may make the request. Messager error 3 when it is damaged.
+    // Messager error 3 for a missing number or an odd payload, authorization error 3 for an authorization that is not
+    // of 32 bytes. `tooLong` names the keys of the form that were left out for their length.
+    static platform::Result<Request> requestForMessage(platform::ServiceDictionary message,
+                                                       const std::vector<std::string>& tooLong = {});
+
+    // The payload as a value, parsed only once the sender may make the request; binary format alone. Messager error 3
+    // when it is damaged.
     static platform::Result<Payload> payloadOfRequest(const Request& request);
 
     // The messager error 3 of the message.

@@ -4,68 +4,51 @@
 #include "helper/ReplyBuilder.h"
 #include "helper/SettingsValidator.h"
 #include "messaging/ZRKAuthorizationManager.h"
-#include "messaging/ZRKError.h"
 #include "platform/SystemInformation.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
 #include "protocol/ScheduleSettings.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <future>
-#include <iterator>
+#include <optional>
 #include <utility>
 
 namespace helper {
 
+using platform::BusPeer;
 using platform::Data;
 using platform::Dictionary;
+using platform::Error;
 using platform::PropertyList;
 using platform::Result;
 using platform::ServiceDictionary;
 
 namespace {
 
-// Anyone may send. What waits is bounded, so that nobody can fill the memory by sending faster than we answer.
-constexpr std::size_t maximumWaitingSize = std::size_t(64) << 20;
-constexpr std::size_t requestOverhead = 1024;
-
-std::size_t sizeOf(const ServiceDictionary& message)
+// The names of lines, which a user has one of in each lane. A sender that is not identified yet has its own.
+std::string lineOf(const std::string& who, Service::Lane lane)
 {
-    auto size = requestOverhead;
-    for (const auto& [key, value] : message) {
-        size += key.size();
-        if (const auto* bytes = std::get_if<Data>(&value))
-            size += bytes->size();
-    }
-    return size;
+    return (lane == Service::Lane::Reading ? "reading " : "changing ") + who;
 }
 
-bool needsRight(std::int64_t message)
+std::string nameOf(std::uint32_t user)
 {
-    auto rights = BRVAuthorizationRightsForMessage(message);
-    return rights && !rights->empty();
+    return std::to_string(user);
 }
 
-bool needsRight(const ServiceDictionary& message)
-{
-    auto found = message.find("message");
-    const auto* number = found == message.end() ? nullptr : std::get_if<std::int64_t>(&found->second);
-    return number && needsRight(*number);
-}
-
-ServiceDictionary replyTo(std::int64_t message, const Result<PropertyList>& outcome)
+ServiceDictionary replyTo(std::int64_t message, const Service::Outcome& outcome)
 {
     return outcome ? ReplyBuilder::replyWithResult(message, *outcome) : ReplyBuilder::replyWithError(outcome.error());
 }
 
 // What a request asks to be stored, if it is a record without a fault.
-Result<Dictionary> validRecord(const Request& request, const RequestReader::Payload& payload,
-                               std::optional<SettingsFault> (*faultIn)(const Dictionary&))
+template <class FaultIn>
+Result<Dictionary> validRecord(const Service::Call& call, FaultIn faultIn)
 {
-    const auto* record = payload ? payload->dictionary() : nullptr;
+    const auto* record = call.payload ? call.payload->dictionary() : nullptr;
     if (!record)
-        return std::unexpected(RequestReader::deserializeError(request.message));
+        return std::unexpected(RequestReader::deserializeError(call.message));
     if (auto fault = faultIn(*record))
         return std::unexpected(fault->error());
     return *record;
@@ -80,24 +63,18 @@ const Dictionary& changed()
 
 } // namespace
 
-const SchedulerHelper::Served SchedulerHelper::messageTable[] = {
-    {BRVMessageGetSettings, &SchedulerHelper::getSettings},
-    {BRVMessageApplySettings, &SchedulerHelper::applySettings},
-    {BRVMessageSetAllowWithoutPassword, &SchedulerHelper::setAllowWithoutPassword},
-    {BRVMessageGetAutoUpdates, &SchedulerHelper::getAutoUpdates},
-    {BRVMessageSetAutoUpdates, &SchedulerHelper::setAutoUpdates},
-};
-
-std::shared_ptr<SchedulerHelper> SchedulerHelper::create(const HelperOptions& options,
+std::shared_ptr<SchedulerHelper> SchedulerHelper::create(const HelperOptions& options, Listener& listener,
                                                          Maintenance::EndHandler endHandler)
 {
-    return std::shared_ptr<SchedulerHelper>(new SchedulerHelper(options, std::move(endHandler)));
+    return std::shared_ptr<SchedulerHelper>(new SchedulerHelper(options, listener, std::move(endHandler)));
 }
 
-SchedulerHelper::SchedulerHelper(const HelperOptions& options, Maintenance::EndHandler endHandler)
-    : _settings(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.scheduler.plist")),
+SchedulerHelper::SchedulerHelper(const HelperOptions& options, Listener& listener, Maintenance::EndHandler endHandler)
+    : _listener(listener),
+      _turns(Turns::create([&listener](auto task) { listener.async(std::move(task)); })),
+      _settings(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.scheduler.plist")),
       _autoUpdates(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.updates.plist")),
-      _maintenance(Maintenance::create(options, std::move(endHandler))),
+      _maintenance(Maintenance::create(options, _peers, std::move(endHandler))),
       _readingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.reading")),
       _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing")),
       _takesUpdates(options.updates.key.has_value()),
@@ -105,6 +82,48 @@ SchedulerHelper::SchedulerHelper(const HelperOptions& options, Maintenance::EndH
                         [maintenance = _maintenance] { return maintenance->installUpdateUnasked(); })
 {
     followAutoUpdatesSetting();
+    serveEverything();
+}
+
+void SchedulerHelper::serve(std::int64_t message, Service service)
+{
+    _services.insert_or_assign(message, std::move(service));
+}
+
+// The helper outlives the services, which only it calls.
+void SchedulerHelper::serveEverything()
+{
+    using Lane = Service::Lane;
+    using Call = Service::Call;
+    using Completion = Service::Completion;
+    const auto ready = [this](std::int64_t message, std::function<ServiceDictionary()> reply) {
+        serve(message, {std::move(reply), Lane::Reading, false, {}});
+    };
+    const auto change = [this](std::int64_t message, Service::Outcome (SchedulerHelper::*make)(const Call&)) {
+        serve(message, {{}, Lane::Changing, true, [this, make](const Call& call, const Completion& completion) {
+                            completion((this->*make)(call));
+                        }});
+    };
+    const auto maintain = [this](std::int64_t message, Lane lane, auto begin) {
+        serve(message, {{}, lane, false, [this, begin](const Call& call, const Completion& completion) {
+                            begin(*_maintenance, call, completion);
+                        }});
+    };
+    ready(BRVMessageGetSettings, [this] { return _settings.reply(); });
+    ready(BRVMessageGetAutoUpdates, [this] {
+        return replyTo(BRVMessageGetAutoUpdates, Dictionary{{PayloadKey::Enabled, _autoUpdates.enabled()}});
+    });
+    change(BRVMessageApplySettings, &SchedulerHelper::applySettings);
+    change(BRVMessageSetAllowWithoutPassword, &SchedulerHelper::setAllowWithoutPassword);
+    change(BRVMessageSetAutoUpdates, &SchedulerHelper::setAutoUpdates);
+    maintain(BRVMessageCheckForUpdates, Lane::Reading,
+             [](Maintenance& work, const Call&, const Completion& completion) { work.checkForUpdates(completion); });
+    maintain(BRVMessageInstallUpdate, Lane::Changing,
+             [](Maintenance& work, const Call&, const Completion& completion) { work.installUpdate(completion); });
+    maintain(BRVMessageUninstall, Lane::Changing,
+             [](Maintenance& work, const Call& call, const Completion& completion) {
+                 work.uninstall(call.sender.name, completion);
+             });
 }
 
 void SchedulerHelper::followAutoUpdatesSetting()
@@ -112,24 +131,140 @@ void SchedulerHelper::followAutoUpdatesSetting()
     _automaticUpdates.setEnabled(_takesUpdates && _autoUpdates.enabled());
 }
 
-void SchedulerHelper::handle(ServiceDictionary message, std::string sender, Reply reply)
+void SchedulerHelper::handle(Listener::Request received, Listener::Reply reply)
 {
-    auto size = sizeOf(message);
-    const auto& queue = needsRight(message) ? _changingQueue : _readingQueue;
-    if (_waitingSize.fetch_add(size) > maximumWaitingSize) {
-        _waitingSize -= size;
-        reply(ReplyBuilder::replyWithError({platform::POSIXErrorDomain, EBUSY, {}, nullptr}));
+    _peers->add(received.sender);
+    Job job{{}, std::move(received.sender), std::move(reply), nullptr, false};
+    auto request = RequestReader::requestForMessage(std::move(received.message), received.tooLong);
+    if (!request) {
+        enqueue(std::move(job), 0, std::move(request.error()));
         return;
     }
-    queue->async([self = shared_from_this(), message = std::move(message), sender = std::move(sender),
-                  reply = std::move(reply), size]() mutable {
-        self->answer(std::move(message), sender, reply);
-        self->_waitingSize -= size;
+    job.request = std::move(*request);
+    const auto rights = BRVAuthorizationRightsForMessage(job.request.message);
+    job.needsRight = rights && !rights->empty();
+    if (const auto found = _services.find(job.request.message); found != _services.end())
+        job.service = &found->second;
+    if (job.service && job.service->ready && !job.needsRight) {
+        job.reply(job.service->ready());
+        return;
+    }
+    std::optional<Error> fault;
+    if (!rights || (rights->empty() && !job.service))
+        fault = RequestReader::deserializeError(job.request.message);
+    else if (job.needsRight && !job.request.auth)
+        fault = Error{
+            ZRKMessagerErrorDomain, ZRKMessagerErrorMissingAuthorization, {{"message", job.request.message}}, nullptr};
+    if (!job.service || !job.service->hasPayload || fault)
+        job.request.payload.reset();
+    const auto size = job.request.payload ? job.request.payload->size() : 0;
+    enqueue(std::move(job), size, std::move(fault));
+}
+
+// What is at fault waits for its turn too: by then its sender is known, and its refusals are no faster than others'.
+void SchedulerHelper::enqueue(Job made, std::size_t size, std::optional<Error> fault)
+{
+    auto job = std::make_shared<Job>(std::move(made));
+    const auto peer = _peers->identified(job->sender);
+    auto lane = job->needsRight && !fault ? Service::Lane::Changing : Service::Lane::Reading;
+    auto start = [self = weak_from_this(), job, fault = std::move(fault)](const Turns::Turn& turn) {
+        const auto helper = self.lock();
+        const auto sender = helper ? helper->_peers->identified(job->sender) : std::nullopt;
+        if (!sender)
+            return; // nobody waits for it any more
+        if (fault)
+            helper->refuse(*job, *sender, *fault);
+        else
+            helper->begin(job, turn);
+    };
+    auto refuse = [job] { job->reply(ReplyBuilder::replyWithError({platform::POSIXErrorDomain, EBUSY, {}, nullptr})); };
+    _turns->add(lineOf(peer ? nameOf(peer->user) : job->sender, lane),
+                {job->sender, size, std::move(start), std::move(refuse)}, peer.has_value());
+}
+
+void SchedulerHelper::identify(const BusPeer& peer)
+{
+    _peers->identify(peer);
+    for (auto lane : {Service::Lane::Reading, Service::Lane::Changing})
+        _turns->move(lineOf(peer.name, lane), lineOf(nameOf(peer.user), lane));
+}
+
+void SchedulerHelper::forget(const std::string& sender)
+{
+    _peers->remove(sender);
+    _turns->drop(sender);
+    _refusals.report(RefusalLog::Clock::now());
+}
+
+void SchedulerHelper::begin(const std::shared_ptr<Job>& job, const Turns::Turn& turn)
+{
+    const auto sender = _peers->identified(job->sender).value_or(BusPeer());
+    if (!job->needsRight) {
+        perform(job, sender, turn);
+        return;
+    }
+    auto ask = [self = weak_from_this(), name = job->sender](const std::string& right, auto answer) {
+        if (const auto helper = self.lock())
+            helper->_listener.copyRight(name, right, std::move(answer));
+    };
+    auto decide = [self = weak_from_this(), job, sender, turn](const Result<void>& allowed) {
+        const auto helper = self.lock();
+        if (!helper)
+            return;
+        if (!allowed)
+            helper->refuse(*job, sender, allowed.error());
+        else if (!job->service)
+            helper->refuse(*job, sender, RequestReader::deserializeError(job->request.message));
+        else
+            helper->perform(job, sender, turn);
+    };
+    ZRKAuthorizationManager::validateAuthorizationExternalData(
+        *job->request.auth, *BRVAuthorizationRightsForMessage(job->request.message), job->sender, ask, decide);
+}
+
+const std::shared_ptr<platform::Queue>& SchedulerHelper::queueOf(Service::Lane lane) const
+{
+    return lane == Service::Lane::Reading ? _readingQueue : _changingQueue;
+}
+
+void SchedulerHelper::perform(const std::shared_ptr<Job>& job, const BusPeer& sender, const Turns::Turn& turn)
+{
+    queueOf(job->service->lane)->async([self = shared_from_this(), job, sender, turn] {
+        const auto complete = self->completionOf(job, sender);
+        if (job->needsRight && self->_maintenance->isUninstalling())
+            return complete(std::unexpected(Error{BRVErrorDomain, BRVErrorUpdateRunning, {}, nullptr}));
+        auto payload = RequestReader::payloadOfRequest(job->request);
+        job->request.payload.reset();
+        if (!payload)
+            return complete(std::unexpected(std::move(payload.error())));
+        job->service->perform({job->request.message, sender, std::move(*payload), turn}, complete);
     });
+}
+
+// Any thread.
+Service::Completion SchedulerHelper::completionOf(const std::shared_ptr<Job>& job, const BusPeer& sender)
+{
+    return [self = shared_from_this(), job, sender](const Service::Outcome& outcome) {
+        job->reply(replyTo(job->request.message, outcome));
+        if (outcome && job->needsRight)
+            RefusalLog::accepted(job->request.message, sender);
+        if (!outcome) {
+            self->_listener.async([self, message = job->request.message, sender, error = outcome.error()] {
+                self->_refusals.refused(message, sender, error, RefusalLog::Clock::now());
+            });
+        }
+    };
+}
+
+void SchedulerHelper::refuse(const Job& job, const BusPeer& sender, const Error& error)
+{
+    job.reply(ReplyBuilder::replyWithError(error));
+    _refusals.refused(job.request.message, sender, error, RefusalLog::Clock::now());
 }
 
 bool SchedulerHelper::drain(std::chrono::milliseconds limit)
 {
+    _turns->dropAll();
     auto end = std::chrono::steady_clock::now() + limit;
     for (const auto& queue : {_readingQueue, _changingQueue, _maintenance->queue()}) {
         auto done = std::make_shared<std::promise<void>>();
@@ -137,73 +272,14 @@ bool SchedulerHelper::drain(std::chrono::milliseconds limit)
         if (done->get_future().wait_until(end) != std::future_status::ready)
             return false;
     }
+    _refusals.reportAll();
     return true;
 }
 
-void SchedulerHelper::answer(ServiceDictionary message, const std::string& sender, const Reply& reply)
+Service::Outcome SchedulerHelper::applySettings(const Service::Call& call)
 {
-    auto request = RequestReader::requestForMessage(std::move(message));
-    if (!request)
-        return reply(ReplyBuilder::replyWithError(request.error()));
-    if (auto authorized = authorize(*request, sender); !authorized)
-        return reply(ReplyBuilder::replyWithError(authorized.error()));
-    _maintenance->peers().add(sender);
-    if (!beginMaintenance(request->message, sender, reply))
-        reply(replyTo(request->message, perform(*request)));
-}
-
-bool SchedulerHelper::beginMaintenance(std::int64_t message, const std::string& sender, const Reply& reply)
-{
-    auto complete = [message, reply](Outcome outcome) { reply(replyTo(message, outcome)); };
-    switch (message) {
-    case BRVMessageCheckForUpdates:
-        _maintenance->checkForUpdates(complete);
-        return true;
-    case BRVMessageInstallUpdate:
-        _maintenance->installUpdate(complete);
-        return true;
-    case BRVMessageUninstall:
-        _maintenance->uninstall(sender, complete);
-        return true;
-    default:
-        return false;
-    }
-}
-
-Result<void> SchedulerHelper::authorize(const Request& request, const std::string& sender) const
-{
-    auto rights = BRVAuthorizationRightsForMessage(request.message);
-    if (!rights)
-        return std::unexpected(RequestReader::deserializeError(request.message));
-    if (rights->empty())
-        return {};
-    if (!request.auth)
-        return std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorMissingAuthorization,
-                                                         {{"message", request.message}}));
-    return ZRKAuthorizationManager::validateAuthorizationExternalData(*request.auth, *rights, sender);
-}
-
-SchedulerHelper::Outcome SchedulerHelper::perform(const Request& request)
-{
-    auto served = std::ranges::find(messageTable, request.message, &Served::message);
-    if (served == std::end(messageTable))
-        return std::unexpected(RequestReader::deserializeError(request.message));
-    if (needsRight(request.message) && _maintenance->isUninstalling())
-        return std::unexpected(ZRKError::errorWithDomain(BRVErrorDomain, BRVErrorUpdateRunning));
-    auto payload = RequestReader::payloadOfRequest(request);
-    if (!payload)
-        return std::unexpected(std::move(payload.error()));
-    return (this->*served->perform)(request, *payload);
-}
-
-SchedulerHelper::Outcome SchedulerHelper::getSettings(const Request&, const Payload&)
-{
-    return PropertyList(*_settings.settings());
-}
-
-SchedulerHelper::Outcome SchedulerHelper::applySettings(const Request& request, const Payload& payload)
-{
-    auto settings = validRecord(request, payload, SettingsValidator::faultInSettings);
+    auto settings =
+        validRecord(call, [](const Dictionary& record) { return SettingsValidator::faultInSettings(record); });
     if (!settings)
         return std::unexpected(std::move(settings.error()));
     if (auto stored = _settings.setSettings(*settings); !stored)
@@ -215,14 +291,9 @@ SchedulerHelper::Outcome SchedulerHelper::applySettings(const Request& request, 
     return changed();
 }
 
-SchedulerHelper::Outcome SchedulerHelper::getAutoUpdates(const Request&, const Payload&)
+Service::Outcome SchedulerHelper::setAutoUpdates(const Service::Call& call)
 {
-    return Dictionary{{PayloadKey::Enabled, _autoUpdates.enabled()}};
-}
-
-SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request, const Payload& payload)
-{
-    auto record = validRecord(request, payload, SettingsValidator::faultInAutoUpdates);
+    auto record = validRecord(call, [](const Dictionary& sent) { return SettingsValidator::faultInAutoUpdates(sent); });
     if (!record)
         return std::unexpected(std::move(record.error()));
     bool enabled = record->boolForKey(PayloadKey::Enabled);
@@ -234,15 +305,16 @@ SchedulerHelper::Outcome SchedulerHelper::setAutoUpdates(const Request& request,
     return changed();
 }
 
-SchedulerHelper::Outcome SchedulerHelper::setAllowWithoutPassword(const Request& request, const Payload& payload)
+Service::Outcome SchedulerHelper::setAllowWithoutPassword(const Service::Call& call)
 {
-    auto record = validRecord(request, payload, SettingsValidator::faultInAllowWithoutPassword);
+    auto record =
+        validRecord(call, [](const Dictionary& sent) { return SettingsValidator::faultInAllowWithoutPassword(sent); });
     if (!record)
         return std::unexpected(std::move(record.error()));
     bool allowed = record->boolForKey(PayloadKey::Allow);
     if (auto written = _maintenance->passwordRule().setAllowsWithoutPassword(allowed); !written)
         return std::unexpected(std::move(written.error()));
-    ZRKLogMessage(LogLevelDefault, "Changing settings %@ a password.", {allowed ? "needs no" : "needs"});
+    ZRKLogMessage(LogLevelDefault, "Changing settings %@ password.", {allowed ? "needs no" : "needs a"});
     return changed();
 }
 

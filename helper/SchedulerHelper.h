@@ -2,69 +2,86 @@
 
 #include "helper/AutoUpdatesStore.h"
 #include "helper/Maintenance.h"
+#include "helper/RefusalLog.h"
 #include "helper/RequestReader.h"
+#include "helper/Service.h"
 #include "helper/SettingsStore.h"
+#include "helper/Turns.h"
 #include "helper/update/AutomaticUpdates.h"
+#include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/Queue.h"
-#include "platform/ServiceConnection.h"
 
-#include <atomic>
 #include <chrono>
-#include <cstddef>
 #include <cstdint>
-#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 
 namespace helper {
 
-// Serves the messages: checks who asks, then does it. Messages that need no right never wait for one that does.
+// Serves the messages: checks who asks, then has it done. What is ready at any moment is answered at once; everything
+// else waits for its user's turn. A right is asked about when the turn has come, without waiting, and a payload is read
+// only after that.
+//
+// Except for what is said otherwise, on the listener's thread.
 class SchedulerHelper : public std::enable_shared_from_this<SchedulerHelper> {
 public:
-    using Reply = std::function<void(platform::ServiceDictionary)>;
+    using Listener = platform::ServiceListener;
 
-    // Reads the stored settings of this edition. The handler is called, on any thread, when the program is to end.
-    static std::shared_ptr<SchedulerHelper> create(const HelperOptions& options, Maintenance::EndHandler endHandler);
+    // Reads the stored settings of this edition. The end handler is called, on any thread, when the program is to end.
+    // The listener must live as long as the helper serves; its handlers call the three below.
+    static std::shared_ptr<SchedulerHelper> create(const HelperOptions& options, Listener& listener,
+                                                   Maintenance::EndHandler endHandler);
 
-    // Returns at once; the reply is called once, on any thread. `sender` is the peer as the transport names it.
-    void handle(platform::ServiceDictionary message, std::string sender, Reply reply);
+    void handle(Listener::Request request, Listener::Reply reply);
+    void identify(const platform::BusPeer& peer);
+    void forget(const std::string& sender);
 
-    // Waits until what was handed over so far is done. False when that takes longer than the limit.
+    // Defines how a message is served; before the listener runs. Its rights are those of the protocol's table.
+    void serve(std::int64_t message, Service service);
+
+    // After the listener has ended: forgets what waits, and waits until what is being done is done. False when that
+    // takes longer than the limit.
     bool drain(std::chrono::milliseconds limit);
 
 private:
-    SchedulerHelper(const HelperOptions& options, Maintenance::EndHandler endHandler);
-
-    using Payload = RequestReader::Payload;
-    using Outcome = platform::Result<platform::PropertyList>;
-    struct Served {
-        std::int64_t message;
-        Outcome (SchedulerHelper::*perform)(const Request&, const Payload&);
+    // A request on its way.
+    struct Job {
+        Request request;
+        std::string sender;
+        Listener::Reply reply;
+        const Service* service = nullptr; // null when the message is not served
+        bool needsRight = false;
     };
-    static const Served messageTable[];
 
-    void answer(platform::ServiceDictionary message, const std::string& sender, const Reply& reply);
-    platform::Result<void> authorize(const Request& request, const std::string& sender) const;
-    // Begins the work on the installation that the message asks for. False when it asks for none.
-    bool beginMaintenance(std::int64_t message, const std::string& sender, const Reply& reply);
-    Outcome perform(const Request& request);
-
+    SchedulerHelper(const HelperOptions& options, Listener& listener, Maintenance::EndHandler endHandler);
+    void serveEverything();
     void followAutoUpdatesSetting();
 
-    Outcome getSettings(const Request& request, const Payload& payload);
-    Outcome applySettings(const Request& request, const Payload& payload);
-    Outcome getAutoUpdates(const Request& request, const Payload& payload);
-    Outcome setAutoUpdates(const Request& request, const Payload& payload);
-    Outcome setAllowWithoutPassword(const Request& request, const Payload& payload);
+    void enqueue(Job job, std::size_t size, std::optional<platform::Error> fault);
+    void begin(const std::shared_ptr<Job>& job, const Turns::Turn& turn);
+    void perform(const std::shared_ptr<Job>& job, const platform::BusPeer& sender, const Turns::Turn& turn);
+    void refuse(const Job& job, const platform::BusPeer& sender, const platform::Error& error);
+    Service::Completion completionOf(const std::shared_ptr<Job>& job, const platform::BusPeer& sender);
+    const std::shared_ptr<platform::Queue>& queueOf(Service::Lane lane) const;
 
+    // On the queue for changes.
+    Service::Outcome applySettings(const Service::Call& call);
+    Service::Outcome setAutoUpdates(const Service::Call& call);
+    Service::Outcome setAllowWithoutPassword(const Service::Call& call);
+
+    Listener& _listener;
+    const std::shared_ptr<Peers> _peers = std::make_shared<Peers>();
+    const std::shared_ptr<Turns> _turns;
+    RefusalLog _refusals;
+    std::map<std::int64_t, Service> _services;
     SettingsStore _settings;
     AutoUpdatesStore _autoUpdates;
     std::shared_ptr<Maintenance> _maintenance;
     std::shared_ptr<platform::Queue> _readingQueue;
     std::shared_ptr<platform::Queue> _changingQueue;
-    std::atomic<std::size_t> _waitingSize = 0; // of the requests handed over and not answered yet, in bytes
-    const bool _takesUpdates;                  // there is a key that they could be signed with
-    AutomaticUpdates _automaticUpdates;        // ends first
+    const bool _takesUpdates;           // there is a key that they could be signed with
+    AutomaticUpdates _automaticUpdates; // ends first
 };
 
 } // namespace helper

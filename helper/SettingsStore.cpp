@@ -1,6 +1,8 @@
 #include "helper/SettingsStore.h"
 
+#include "helper/ReplyBuilder.h"
 #include "helper/SettingsValidator.h"
+#include "protocol/Messages.h"
 #include "protocol/ScheduleRanges.h"
 #include "protocol/ScheduleSettings.h"
 
@@ -12,13 +14,14 @@ using platform::Dictionary;
 
 namespace {
 
-// A record on disk may lack values, which read as false, 0 or absent, and may be marked as disabled.
+// A record on disk may lack values, which read as false, 0 or absent, may be marked as disabled, and may hold keys of a
+// later version; all of it is served as it stands.
 bool isAcceptable(const Dictionary& stored)
 {
     auto settings = stored;
     if (const auto* disabled = settings.find(ScheduleKey::Disabled); disabled && disabled->isNumber())
         settings.remove(ScheduleKey::Disabled);
-    auto fault = SettingsValidator::faultInSettings(settings);
+    auto fault = SettingsValidator::faultInSettings(settings, SettingsValidator::UnknownKeys::Ignored);
     return !fault || fault->code == BRVErrorMissingValue;
 }
 
@@ -35,6 +38,12 @@ std::shared_ptr<const Dictionary> SettingsStore::settings() const
     return _settings;
 }
 
+platform::ServiceDictionary SettingsStore::reply() const
+{
+    std::lock_guard guard(_lock);
+    return _reply;
+}
+
 platform::Result<void> SettingsStore::setSettings(const Dictionary& settings)
 {
     auto written = _file.write(settings);
@@ -49,9 +58,11 @@ platform::Result<void> SettingsStore::setSettings(const Dictionary& settings)
 
 void SettingsStore::keep(Dictionary settings)
 {
+    auto reply = ReplyBuilder::replyWithResult(BRVMessageGetSettings, settings);
     auto kept = std::make_shared<const Dictionary>(std::move(settings));
     std::lock_guard guard(_lock);
     _settings = std::move(kept);
+    _reply = std::move(reply);
 }
 
 } // namespace helper

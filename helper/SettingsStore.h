@@ -1,6 +1,7 @@
 #pragma once
 
 #include "helper/PropertyListFile.h"
+#include "platform/ServiceConnection.h"
 
 #include <memory>
 #include <mutex>
@@ -17,6 +18,9 @@ public:
     // Any thread; never waits for the disk.
     std::shared_ptr<const platform::Dictionary> settings() const;
 
+    // The reply to the message that asks for them, encoded once for all who ask. The same.
+    platform::ServiceDictionary reply() const;
+
     // Stores a validated record; it is on disk when this returns success. One call at a time.
     platform::Result<void> setSettings(const platform::Dictionary& settings);
 
@@ -26,6 +30,7 @@ private:
     PropertyListFile _file;
     mutable std::mutex _lock;
     std::shared_ptr<const platform::Dictionary> _settings;
+    platform::ServiceDictionary _reply;
 };
 
 } // namespace helper

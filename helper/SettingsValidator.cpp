@@ -1,10 +1,11 @@
 #include "helper/SettingsValidator.h"
 
-#include "messaging/ZRKError.h"
+#include "platform/Unicode.h"
 #include "protocol/Messages.h"
 #include "protocol/ScheduleRanges.h"
 #include "protocol/ScheduleSettings.h"
 
+#include <algorithm>
 #include <cmath>
 #include <initializer_list>
 #include <span>
@@ -18,7 +19,11 @@ using platform::PropertyList;
 namespace {
 
 using Fault = std::optional<SettingsFault>;
-using Check = Fault (*)(std::string_view key, const PropertyList& value);
+using Keys = SettingsValidator::UnknownKeys;
+using Check = Fault (*)(std::string_view key, const PropertyList& value, Keys unknown);
+
+// A key in an error is the sender's own text.
+constexpr std::size_t longestKey = 200;
 
 enum class Presence { Required, Optional };
 
@@ -40,7 +45,7 @@ std::optional<std::int64_t> wholeNumber(const PropertyList& value)
     return value.integerValue();
 }
 
-Fault boolean(std::string_view key, const PropertyList& value)
+Fault boolean(std::string_view key, const PropertyList& value, Keys)
 {
     auto number = wholeNumber(value);
     if (!number || (*number != 0 && *number != 1))
@@ -49,7 +54,7 @@ Fault boolean(std::string_view key, const PropertyList& value)
 }
 
 template <const ScheduleRange& range>
-Fault integer(std::string_view key, const PropertyList& value)
+Fault integer(std::string_view key, const PropertyList& value, Keys)
 {
     if (!value.isNumber())
         return wrongType(key, "integer");
@@ -60,15 +65,17 @@ Fault integer(std::string_view key, const PropertyList& value)
 }
 
 // Types and keys first, for every key that is there; then the missing values.
-Fault faultByRules(const Dictionary& record, std::span<const Rule> rules)
+Fault faultByRules(const Dictionary& record, std::span<const Rule> rules, Keys unknown)
 {
     for (const auto& [key, value] : record) {
         const Rule* known = nullptr;
         for (const auto& rule : rules)
             known = rule.key == key ? &rule : known;
+        if (!known && unknown == Keys::Ignored)
+            continue;
         if (!known)
             return SettingsFault{BRVErrorUnknownKey, key, {}};
-        if (auto fault = known->check(key, value))
+        if (auto fault = known->check(key, value, unknown))
             return fault;
     }
     for (const auto& rule : rules) {
@@ -78,12 +85,12 @@ Fault faultByRules(const Dictionary& record, std::span<const Rule> rules)
     return std::nullopt;
 }
 
-Fault dictionary(std::string_view key, const PropertyList& value, std::span<const Rule> rules)
+Fault dictionary(std::string_view key, const PropertyList& value, std::span<const Rule> rules, Keys unknown)
 {
-    return value.dictionary() ? faultByRules(*value.dictionary(), rules) : wrongType(key, "dictionary");
+    return value.dictionary() ? faultByRules(*value.dictionary(), rules, unknown) : wrongType(key, "dictionary");
 }
 
-Fault mode(std::string_view key, const PropertyList& value)
+Fault mode(std::string_view key, const PropertyList& value, Keys)
 {
     const auto* text = value.string();
     if (!text)
@@ -94,12 +101,12 @@ Fault mode(std::string_view key, const PropertyList& value)
 }
 
 // What this sub-record holds is never read.
-Fault whenInactive(std::string_view key, const PropertyList& value)
+Fault whenInactive(std::string_view key, const PropertyList& value, Keys)
 {
     return value.dictionary() ? Fault() : wrongType(key, "dictionary");
 }
 
-Fault interval(std::string_view key, const PropertyList& value)
+Fault interval(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {
         {ScheduleKey::Minutes, integer<ScheduleRanges::intervalCount>},
@@ -107,12 +114,13 @@ Fault interval(std::string_view key, const PropertyList& value)
         {ScheduleKey::Days, integer<ScheduleRanges::intervalCount>},
         {ScheduleKey::Weeks, integer<ScheduleRanges::intervalCount>},
     };
-    if (auto fault = dictionary(key, value, rules))
+    if (auto fault = dictionary(key, value, rules, unknown))
         return fault;
-    return value.dictionary()->size() > 1 ? Fault(wrongType(key, "dictionary of one unit")) : Fault();
+    const auto isThere = [&](const Rule& unit) { return value.dictionary()->contains(unit.key); };
+    return std::ranges::count_if(rules, isThere) > 1 ? Fault(wrongType(key, "dictionary of one unit")) : Fault();
 }
 
-Fault intervals(std::string_view key, const PropertyList& value)
+Fault intervals(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {
         {ScheduleKey::Weekday, integer<ScheduleRanges::weekday>},
@@ -128,19 +136,19 @@ Fault intervals(std::string_view key, const PropertyList& value)
     for (const auto& entry : *entries) {
         if (!entry.dictionary())
             return wrongType(key, "array of dictionaries");
-        if (auto fault = faultByRules(*entry.dictionary(), rules))
+        if (auto fault = faultByRules(*entry.dictionary(), rules, unknown))
             return fault;
     }
     return std::nullopt;
 }
 
-Fault calendarIntervals(std::string_view key, const PropertyList& value)
+Fault calendarIntervals(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {{ScheduleKey::Intervals, intervals}, {ScheduleKey::ASAP, boolean}};
-    return dictionary(key, value, rules);
+    return dictionary(key, value, rules, unknown);
 }
 
-Fault suspendSettings(std::string_view key, const PropertyList& value)
+Fault suspendSettings(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {
         {ScheduleKey::StartHour, integer<ScheduleRanges::hour>},
@@ -148,7 +156,7 @@ Fault suspendSettings(std::string_view key, const PropertyList& value)
         {ScheduleKey::EndHour, integer<ScheduleRanges::hour>},
         {ScheduleKey::EndMinute, integer<ScheduleRanges::minute>},
     };
-    return dictionary(key, value, rules);
+    return dictionary(key, value, rules, unknown);
 }
 
 constexpr Rule settingsRules[] = {
@@ -198,31 +206,31 @@ Fault faultInModeInForce(const Dictionary& settings)
 
 platform::Error SettingsFault::error() const
 {
-    Dictionary userInfo{{"key", key}};
+    Dictionary userInfo{{"key", platform::shortened(key, longestKey)}};
     if (code == BRVErrorWrongType)
         userInfo.set("expected", expected);
-    return ZRKError::errorWithDomain(BRVErrorDomain, code, std::move(userInfo));
+    return {BRVErrorDomain, code, std::move(userInfo), nullptr};
 }
 
-std::optional<SettingsFault> SettingsValidator::faultInSettings(const Dictionary& settings)
+std::optional<SettingsFault> SettingsValidator::faultInSettings(const Dictionary& settings, UnknownKeys unknown)
 {
-    if (auto fault = faultByRules(settings, settingsRules))
+    if (auto fault = faultByRules(settings, settingsRules, unknown))
         return fault;
     if (auto fault = faultInSuspendSettings(*settings.dictionaryForKey(ScheduleKey::SuspendSettings)))
         return fault;
     return faultInModeInForce(settings);
 }
 
-std::optional<SettingsFault> SettingsValidator::faultInAutoUpdates(const Dictionary& record)
+std::optional<SettingsFault> SettingsValidator::faultInAutoUpdates(const Dictionary& record, UnknownKeys unknown)
 {
     static constexpr Rule rules[] = {{PayloadKey::Enabled, boolean, Presence::Required}};
-    return faultByRules(record, rules);
+    return faultByRules(record, rules, unknown);
 }
 
 std::optional<SettingsFault> SettingsValidator::faultInAllowWithoutPassword(const Dictionary& record)
 {
     static constexpr Rule rules[] = {{PayloadKey::Allow, boolean, Presence::Required}};
-    return faultByRules(record, rules);
+    return faultByRules(record, rules, Keys::Refused);
 }
 
 } // namespace helper

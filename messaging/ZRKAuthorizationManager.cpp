@@ -26,10 +26,68 @@ platform::Error rightsError(ZRKAuthorizationErrorCode code, const std::vector<st
     return ZRKError::errorWithDomain(ZRKAuthorizationErrorDomain, code, {{"rights", list(rights)}});
 }
 
+platform::Result<std::unique_ptr<Authorization>> authorizationForBytes(std::span<const std::uint8_t> bytes,
+                                                                       std::string_view sender)
+{
+    auto status = Authorization::InvalidPointer;
+    if (Authorization::ExternalForm form; bytes.size() >= form.size()) {
+        std::copy_n(bytes.begin(), form.size(), form.begin());
+        auto authorization = Authorization::createFromExternalForm(form, sender);
+        if (authorization)
+            return std::move(*authorization);
+        status = authorization.error();
+    }
+    return std::unexpected(platform::Error{
+        ZRKAuthorizationErrorDomain, ZRKAuthorizationErrorCreateFromExternalForm, {{"status", status}}, nullptr});
+}
+
 std::string failureText(const std::string& right, Status status)
 {
     return right + " (" + std::to_string(status) + ")";
 }
+
+// Asks for one right after another, until one is held.
+class RightsCheck : public std::enable_shared_from_this<RightsCheck> {
+public:
+    using Completion = std::function<void(platform::Result<void>)>;
+
+    static void begin(const std::vector<std::string>& rights, ZRKAuthorizationManager::Question ask,
+                      Completion completion)
+    {
+        const auto check = std::make_shared<RightsCheck>();
+        check->_rights = rights;
+        check->_ask = std::move(ask);
+        check->_completion = std::move(completion);
+        check->askNext();
+    }
+
+private:
+    void askNext()
+    {
+        if (_failures.size() == _rights.size()) {
+            _completion(std::unexpected(platform::Error{ZRKAuthorizationErrorDomain,
+                                                        ZRKAuthorizationErrorValidateRights,
+                                                        {{"rights", list(_failures)}},
+                                                        nullptr}));
+            return;
+        }
+        _ask(_rights[_failures.size()], [self = shared_from_this()](Status status) { self->hear(status); });
+    }
+    void hear(Status status)
+    {
+        if (status == Authorization::Success) {
+            _completion({});
+            return;
+        }
+        _failures.push_back(failureText(_rights[_failures.size()], status));
+        askNext();
+    }
+
+    std::vector<std::string> _rights;
+    std::vector<std::string> _failures; // of the first rights, in order
+    ZRKAuthorizationManager::Question _ask;
+    Completion _completion;
+};
 
 } // namespace
 
@@ -130,23 +188,29 @@ platform::Result<void> ZRKAuthorizationManager::validateAuthorizationExternalDat
                                                                                   const Rights& rights,
                                                                                   std::string_view sender)
 {
-    Authorization::ExternalForm form;
-    if (bytes.size() < form.size())
-        return std::unexpected(statusError(ZRKAuthorizationErrorCreateFromExternalForm, Authorization::InvalidPointer));
-    std::copy_n(bytes.begin(), form.size(), form.begin());
-    const auto authorization = Authorization::createFromExternalForm(form, sender);
-    if (!authorization)
-        return std::unexpected(statusError(ZRKAuthorizationErrorCreateFromExternalForm, authorization.error()));
-
-    Rights failures;
-    for (const auto& right : rights) {
-        const auto status = (*authorization)->copyRight(right, std::nullopt, Authorization::Defaults);
-        if (status == Authorization::Success) {
-            (*authorization)->free(Authorization::Defaults);
-            return {};
-        }
-        failures.push_back(failureText(right, status));
+    platform::Result<void> result;
+    auto authorization = authorizationForBytes(bytes, sender);
+    if (!authorization) {
+        result = std::unexpected(std::move(authorization.error()));
+    } else {
+        auto ask = [&](const std::string& right, const Answer& answer) {
+            answer((*authorization)->copyRight(right, std::nullopt, Authorization::Defaults));
+        };
+        RightsCheck::begin(rights, ask, [&](auto checked) { result = std::move(checked); });
+        (*authorization)->free(Authorization::Defaults);
     }
-    (*authorization)->free(Authorization::Defaults);
-    return std::unexpected(rightsError(ZRKAuthorizationErrorValidateRights, failures));
+    if (!result)
+        ZRKError::log(result.error());
+    return result;
+}
+
+void ZRKAuthorizationManager::validateAuthorizationExternalData(std::span<const std::uint8_t> bytes,
+                                                                const Rights& rights, std::string_view sender,
+                                                                Question ask,
+                                                                std::function<void(platform::Result<void>)> completion)
+{
+    if (auto authorization = authorizationForBytes(bytes, sender); !authorization)
+        completion(std::unexpected(std::move(authorization.error())));
+    else
+        RightsCheck::begin(rights, std::move(ask), std::move(completion));
 }

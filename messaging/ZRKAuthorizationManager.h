@@ -4,6 +4,7 @@
 #include "platform/Error.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -40,6 +41,14 @@ public:
     // the transport names it, see platform::Authorization.
     static platform::Result<void> validateAuthorizationExternalData(std::span<const std::uint8_t> bytes,
                                                                     const Rights& rights, std::string_view sender = {});
+
+    // The same without waiting: each right is asked for by `ask`, which may answer later and keeps the answer's thread.
+    // The error is not logged.
+    using Answer = std::function<void(platform::Authorization::Status)>;
+    using Question = std::function<void(const std::string& right, Answer answer)>;
+    static void validateAuthorizationExternalData(std::span<const std::uint8_t> bytes, const Rights& rights,
+                                                  std::string_view sender, Question ask,
+                                                  std::function<void(platform::Result<void>)> completion);
 
 private:
     void _freeAuthRef(unsigned flags);

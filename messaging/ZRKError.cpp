@@ -279,7 +279,7 @@ platform::Error ZRKError::errorWithDomain(std::string domain, std::int64_t code,
                                           std::shared_ptr<const platform::Error> underlying)
 {
     platform::Error error{std::move(domain), code, std::move(userInfo), std::move(underlying)};
-    ZRKLogMessage(logLevelForError(error), "%@", {localizedDescriptionForError(error)});
+    log(error);
     return error;
 }
 
@@ -288,6 +288,11 @@ platform::Error ZRKError::errorWithDomain(std::string domain, std::int64_t code,
 {
     return errorWithDomain(std::move(domain), code, std::move(userInfo),
                            std::make_shared<const platform::Error>(std::move(underlying)));
+}
+
+void ZRKError::log(const platform::Error& error)
+{
+    ZRKLogMessage(logLevelForError(error), "%@", {localizedDescriptionForError(error)});
 }
 
 std::string ZRKError::localizedDescriptionForError(const platform::Error& error)

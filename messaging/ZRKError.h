@@ -15,6 +15,9 @@ public:
     static platform::Error errorWithDomain(std::string domain, std::int64_t code, platform::Dictionary userInfo,
                                            platform::Error underlying);
 
+    // Logs an error's description, at its level.
+    static void log(const platform::Error& error);
+
     // The descriptions of the whole chain, outermost first, joined by single spaces, in the user's language.
     static std::string localizedDescriptionForError(const platform::Error& error);
 

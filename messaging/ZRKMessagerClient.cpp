@@ -8,6 +8,7 @@
 #include "protocol/ErrorCodes.h"
 #include "version/ZRKSystemVersionManager.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace {
@@ -109,6 +110,10 @@ ZRKMessagerClient::Reply ZRKMessagerClient::replyForMessage(std::int64_t message
 ZRKMessagerClient::Reply ZRKMessagerClient::_replyForMessage(const std::string& service, std::int64_t message,
                                                              const platform::ServiceReply& reply)
 {
+    if (!reply && reply.error() == platform::ServiceError::TooLarge)
+        return std::unexpected(wrappingError(ZRKMessagerErrorSerializeMessage,
+                                             {{"message", message}, {"payload", "larger than 32 MB"}},
+                                             {platform::POSIXErrorDomain, EMSGSIZE, {}, nullptr}));
     if (!reply) {
         const auto code = reply.error() == platform::ServiceError::Interrupted ? ZRKMessagerErrorServiceDisappeared
                                                                                : ZRKMessagerErrorServiceUnavailable;

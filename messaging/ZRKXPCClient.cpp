@@ -36,7 +36,7 @@ void ZRKXPCClient::State::handleConnectionError(platform::ServiceError error, co
         return;
     }
     ZRKLogMessage(LogLevelError, "Connection became invalid with server.");
-    // Another thread may have reconnected; clear only the failed connection, and release it after the lock.
+    // Another thread may have reconnected: forget only the failed connection, and let go of it after the lock.
     const auto invalid = failed.lock();
     internalLock->sync([&] {
         if (connection == invalid)
@@ -57,7 +57,8 @@ std::shared_ptr<ZRKXPCClient::Connection> ZRKXPCClient::connection()
 {
     std::shared_ptr<Connection> current;
     _state->internalLock->sync([&] {
-        if (!_state->connection)
+        // The event that says so may still be on its way.
+        if (!_state->connection || _state->connection->isInvalid())
             _state->connection = _state->makeConnection();
         current = _state->connection;
     });

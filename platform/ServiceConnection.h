@@ -19,6 +19,8 @@ using ServiceDictionary = std::map<std::string, std::variant<std::int64_t, Data>
 enum class ServiceError {
     Interrupted, // the peer went away while a reply was pending; the connection reaches it again when it is back
     Invalid,     // the endpoint cannot be used: unknown, refused, or the transport is gone
+    Refused,     // the peer, or the transport, would not have this one request; the connection is as good as before
+    TooLarge,    // the transport carries no message of this size; nothing was sent
 };
 
 using ServiceReply = std::expected<ServiceDictionary, ServiceError>;
@@ -45,6 +47,8 @@ public:
     virtual ServiceReply sendSynchronously(const ServiceDictionary& message) = 0;
     // Pending and later sends are answered with Invalid, and the handler hears Invalid.
     virtual void cancel() = 0;
+    // Whether it has become invalid, be the event delivered or not. Any thread.
+    virtual bool isInvalid() const = 0;
 };
 
 } // namespace platform

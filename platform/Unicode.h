@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,16 @@ char32_t takeCharacter(std::string_view& text);
 
 // False, with nothing appended, when the value is a surrogate or above 0x10FFFF.
 bool appendCharacter(std::string& text, char32_t character);
+
+// Valid text of at most so many bytes, cut between characters; what was cut shows as an ellipsis after it.
+inline std::string shortened(std::string_view text, std::size_t size)
+{
+    if (text.size() <= size)
+        return std::string(text);
+    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80)
+        --size;
+    return std::string(text.substr(0, size)).append("\u2026");
+}
 
 inline bool isHighSurrogate(char32_t unit)
 {

@@ -31,9 +31,12 @@ int serve()
 {
     const platform::Data payload(ReplySize, 0x5A);
     auto listener = platform::ServiceListener::create(
-        Name, [&](const platform::ServiceListener::Request&, const platform::ServiceListener::Reply& reply) {
-            reply({{"payload", payload}});
-        });
+        Name,
+        {[&](const platform::ServiceListener::Request&, const platform::ServiceListener::Reply& reply) {
+             reply({{"payload", payload}});
+         },
+         {},
+         {}});
     if (!listener)
         return 1;
     std::puts("ready");

@@ -6,6 +6,7 @@
 #include "platform/Folder.h"
 #include "platform/SystemInformation.h"
 #include "platform/SystemLog.h"
+#include "platform/Unicode.h"
 #include "version/ZRKSystemVersionManager.h"
 
 #include <array>
@@ -27,6 +28,7 @@ bool ZRKLOG_UNIFIED = false;
 namespace {
 
 constexpr std::uint64_t rotationThreshold = 10'000'000;
+constexpr std::size_t longestMessage = 16'000; // bytes; what is longer is cut
 
 struct LogState {
     std::unique_ptr<platform::SystemLog> zrk_log;
@@ -53,7 +55,7 @@ const std::shared_ptr<platform::Queue>& legacyQueue()
 // A message that cannot be formatted is still worth its format.
 std::string messageText(std::string_view format, LogArguments arguments)
 {
-    return platform::formatString(format, arguments).value_or(std::string(format));
+    return platform::shortened(platform::formatString(format, arguments).value_or(std::string(format)), longestMessage);
 }
 
 void report(std::string_view format, LogArguments arguments)
@@ -128,6 +130,8 @@ std::optional<std::string> makeLine(const char* format, LogArguments arguments)
         report("Could not format string '%{public}s'.", {format});
         return std::nullopt;
     }
+    if (line.size() > longestMessage)
+        line = platform::shortened(line, longestMessage);
     line.push_back('\n');
     if (!platform::isValidUTF8(line)) {
         report("Could not get data for string '%{public}@'.", {line});

@@ -1,9 +1,11 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/DefaultRights.h"
 #include "helper/HelperOptions.h"
+#include "helper/PasswordRule.h"
 #include "helper/SchedulerHelper.h"
 #include "helper/simulation/SimulationCommand.h"
 #include "helper/snapshots/SnapshotCommand.h"
+#include "messaging/ZRKError.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/linux/system/files/Root.h"
@@ -14,6 +16,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <malloc.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <sysexits.h>
@@ -26,22 +29,23 @@ namespace {
 // How long requests that arrived before the end may take.
 constexpr std::chrono::seconds drainLimit{2};
 
-std::atomic<platform::ServiceListener*> stoppable = nullptr;
-
-void stopOnSignal(int)
+// For the event loop alone: one that comes while nobody listens waits until somebody does, be it the next version.
+void blockTermination()
 {
-    if (auto* listener = stoppable.load())
-        listener->stop();
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-void stopOnTermination(platform::ServiceListener& listener)
+// The C library raises the size from which memory is given back to the system with every big block that it sees; one
+// big message would make the next ones stay.
+void giveMemoryBack()
 {
-    stoppable = &listener;
-    struct sigaction action{};
-    action.sa_handler = stopOnSignal;
-    action.sa_flags = SA_RESTART;
-    ::sigaction(SIGTERM, &action, nullptr);
-    ::sigaction(SIGINT, &action, nullptr);
+    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024);
+    ::mallopt(M_TRIM_THRESHOLD, 1024 * 1024);
+    ::mallopt(M_ARENA_MAX, 2);
 }
 
 int fail(std::string_view text)
@@ -65,18 +69,23 @@ int serve(const HelperOptions& options, char** arguments)
 {
     // The listener first: whoever has the name is the only one that touches the files.
     std::shared_ptr<SchedulerHelper> helper;
-    auto listener = platform::ServiceListener::create(BRVSchedulerServiceName, [&helper](auto request, auto reply) {
-        helper->handle(std::move(request.message), std::move(request.sender), std::move(reply));
-    });
+    auto listener = platform::ServiceListener::create(
+        BRVSchedulerServiceName,
+        {[&helper](auto request, auto reply) { helper->handle(std::move(request), std::move(reply)); },
+         [&helper](const auto& peer) { helper->identify(peer); },
+         [&helper](const auto& sender) { helper->forget(sender); }},
+        RequestReader::form());
     if (!listener)
         return fail(listener.error());
-    stopOnTermination(**listener);
+    (*listener)->stopOnTermination();
 
     if (auto folder = platform::systemPath("/Library/Preferences"); !platform::createFolder(folder))
         ZRKLogMessage(LogLevelError, "Could not create the folder '%@'.", {folder});
     installDefaultRights();
+    if (auto agreed = PasswordRule(options.rulesFolder).takeStricter(); !agreed)
+        ZRKError::log(agreed.error());
     std::atomic<bool> isReplaced = false;
-    helper = SchedulerHelper::create(options, [&isReplaced, &listener](Maintenance::End how) {
+    helper = SchedulerHelper::create(options, **listener, [&isReplaced, &listener](Maintenance::End how) {
         isReplaced = how == Maintenance::End::Restart;
         (*listener)->stop();
     });
@@ -84,9 +93,9 @@ int serve(const HelperOptions& options, char** arguments)
 
     bool stopped = (*listener)->run();
     bool drained = helper->drain(drainLimit);
-    stoppable = nullptr;
+    (*listener)->flush();
     int status = stopped ? EXIT_SUCCESS : fail("The system bus is gone, or another program has taken the name.");
-    if (isReplaced) {
+    if (isReplaced && !(*listener)->wasTerminated()) {
         listener->reset(); // the name is free for the next version
         status = startNextVersion(arguments);
     }
@@ -116,6 +125,8 @@ int main(int count, char** arguments)
         return isUnderstood ? EX_CONFIG : EX_USAGE;
     }
     ::umask(022);
+    blockTermination();
+    giveMemoryBack();
     platform::setSystemRoot(options->root);
     ZRKLogInit("com.zerkolin.brevane", "scheduler");
     return serve(*options, arguments);

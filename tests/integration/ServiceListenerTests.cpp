@@ -15,9 +15,9 @@ namespace {
 // A listener served by a thread of its own.
 class Served {
 public:
-    explicit Served(const ServiceListener::Handler& handler)
+    explicit Served(decltype(ServiceListener::Handlers::received) handler)
     {
-        auto created = ServiceListener::create(TestServiceName, handler);
+        auto created = ServiceListener::create(TestServiceName, {std::move(handler), {}, {}});
         REQUIRE(created);
         listener = std::move(*created);
         _thread = std::thread([this] { _result = listener->run(); });
@@ -99,7 +99,7 @@ TEST_CASE("A listener hands out the message and the sender that the bus reports"
 TEST_CASE("A listener that was told to stop before it runs stops at once")
 {
     PrivateBus bus;
-    auto created = ServiceListener::create(TestServiceName, echo);
+    auto created = ServiceListener::create(TestServiceName, {echo, {}, {}});
     REQUIRE(created);
     (*created)->stop();
     CHECK((*created)->run());
@@ -124,17 +124,17 @@ TEST_CASE("A listener ends with failure when the bus is lost")
 TEST_CASE("A name that is taken, malformed or not allowed can't be served")
 {
     PrivateBus bus;
-    const auto first = ServiceListener::create(TestServiceName, echo);
+    const auto first = ServiceListener::create(TestServiceName, {echo, {}, {}});
     REQUIRE(first);
-    const auto second = ServiceListener::create(TestServiceName, echo);
+    const auto second = ServiceListener::create(TestServiceName, {echo, {}, {}});
     REQUIRE_FALSE(second);
     CHECK(second.error().starts_with("Cannot serve com.zerkolin.brevane.scheduler: the name cannot be owned ("));
-    CHECK_FALSE(ServiceListener::create("", echo));
-    CHECK_FALSE(ServiceListener::create("not a name", echo));
+    CHECK_FALSE(ServiceListener::create("", {echo, {}, {}}));
+    CHECK_FALSE(ServiceListener::create("not a name", {echo, {}, {}}));
     bus.addPolicy("<deny own=\"com.example.denied\"/>");
-    CHECK_FALSE(ServiceListener::create("com.example.denied", echo));
+    CHECK_FALSE(ServiceListener::create("com.example.denied", {echo, {}, {}}));
     bus.kill();
-    const auto none = ServiceListener::create(TestServiceName, echo);
+    const auto none = ServiceListener::create(TestServiceName, {echo, {}, {}});
     REQUIRE_FALSE(none);
     CHECK(none.error().find("there is no system bus") != std::string::npos);
 }
@@ -143,7 +143,7 @@ TEST_CASE("A name is not waited for: the first owner's end does not pass it on")
 {
     PrivateBus bus;
     const auto first = startTestService();
-    CHECK_FALSE(ServiceListener::create(TestServiceName, echo));
+    CHECK_FALSE(ServiceListener::create(TestServiceName, {echo, {}, {}}));
     first->kill();
     RecordedConnection recorded;
     CHECK(recorded.connection->sendSynchronously({{"number", 1}})

@@ -133,6 +133,12 @@ public:
         });
     }
 
+    bool isInvalid() const override
+    {
+        const std::lock_guard lock(script().mutex);
+        return _dead;
+    }
+
     void complete(const ServiceReply& reply, const Completion& completion)
     {
         if (reply)

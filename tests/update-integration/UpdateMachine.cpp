@@ -4,9 +4,9 @@
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
 #include "platform/ErrorArchive.h"
-#include "platform/linux/system/bus/BusPeer.h"
 #include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
+#include "tests/support/BusOwner.h"
 #include "tests/support/FileContent.h"
 
 #include <chrono>
@@ -242,7 +242,7 @@ void UpdateMachine::start(ChildProcess::Arguments before, const ChildProcess::Ar
 
 pid_t UpdateMachine::helperProcess() const
 {
-    return static_cast<pid_t>(platform::processOfBusPeer(helperName).value_or(0));
+    return ownerOfBusName(helperName);
 }
 
 std::string UpdateMachine::log() const

@@ -60,7 +60,10 @@ public:
 
     void setEventHandler(EventHandler handler) override
     {
+        const auto isInvalid = _isInvalid;
         xpc_connection_set_event_handler(_connection, ^(xpc_object_t event) {
+            if (event == XPC_ERROR_CONNECTION_INVALID)
+                isInvalid->store(true);
             if (!handler)
                 return;
             if (event == XPC_ERROR_CONNECTION_INTERRUPTED)
@@ -83,19 +86,30 @@ public:
 
     void send(const ServiceDictionary& message, std::shared_ptr<Queue> replyQueue, ReplyHandler handler) override
     {
+        const auto isInvalid = _isInvalid;
         xpc_connection_send_message_with_reply(_connection, xpcDictionary(message), dispatchQueue(replyQueue),
-                                               ^(xpc_object_t reply) { handler(serviceReply(reply)); });
+                                               ^(xpc_object_t reply) {
+                                                   if (reply == XPC_ERROR_CONNECTION_INVALID)
+                                                       isInvalid->store(true);
+                                                   handler(serviceReply(reply));
+                                               });
     }
 
     ServiceReply sendSynchronously(const ServiceDictionary& message) override
     {
-        return serviceReply(xpc_connection_send_message_with_reply_sync(_connection, xpcDictionary(message)));
+        const auto reply = xpc_connection_send_message_with_reply_sync(_connection, xpcDictionary(message));
+        if (reply == XPC_ERROR_CONNECTION_INVALID)
+            _isInvalid->store(true);
+        return serviceReply(reply);
     }
 
     void cancel() override { xpc_connection_cancel(_connection); }
 
+    bool isInvalid() const override { return *_isInvalid; }
+
 private:
     xpc_connection_t _connection;
+    const std::shared_ptr<std::atomic<bool>> _isInvalid = std::make_shared<std::atomic<bool>>(false);
     std::atomic<bool> _isResumed = false;
 };
 

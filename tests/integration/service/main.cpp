@@ -118,7 +118,7 @@ int main(int count, char** arguments)
 {
     if (count == 3 && std::strcmp(arguments[2], "--raw") == 0)
         return serveRaw(arguments[1]);
-    auto created = platform::ServiceListener::create(count > 1 ? arguments[1] : "", handle);
+    auto created = platform::ServiceListener::create(count > 1 ? arguments[1] : "", {handle, {}, {}});
     if (!created) {
         std::fprintf(stderr, "%s\n", created.error().c_str());
         std::puts("failed");

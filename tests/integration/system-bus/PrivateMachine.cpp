@@ -1,5 +1,7 @@
 #include "tests/integration/system-bus/PrivateMachine.h"
 
+#include "tests/support/BusOwner.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -12,7 +14,6 @@
 #include <stdexcept>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <systemd/sd-bus.h>
 #include <unistd.h>
 #include <utility>
 
@@ -197,15 +198,5 @@ std::unique_ptr<ChildProcess> PrivateMachine::startAgent(const ChildProcess& cli
 
 pid_t PrivateMachine::ownerOf(const std::string& name) const
 {
-    sd_bus* bus = nullptr;
-    sd_bus_message* reply = nullptr;
-    std::uint32_t process = 0;
-    const bool isFound = sd_bus_open_system(&bus) >= 0
-        && sd_bus_call_method(bus, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                              "GetConnectionUnixProcessID", nullptr, &reply, "s", name.c_str())
-            >= 0
-        && sd_bus_message_read(reply, "u", &process) >= 0;
-    sd_bus_message_unref(reply);
-    sd_bus_unref(bus);
-    return isFound ? static_cast<pid_t>(process) : -1;
+    return ownerOfBusName(name);
 }

@@ -1,11 +1,11 @@
 #include "platform/Authorization.h"
 
+#include "platform/linux/system/authorization/AuthorityQuestion.h"
 #include "platform/linux/system/authorization/RightsStore.h"
 #include "platform/linux/system/bus/SystemBus.h"
 
 #include <algorithm>
 #include <cctype>
-#include <cstring>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -13,60 +13,6 @@
 namespace platform {
 
 namespace {
-
-constexpr const char* AuthorityName = "org.freedesktop.PolicyKit1";
-constexpr const char* AuthorityPath = "/org/freedesktop/PolicyKit1/Authority";
-constexpr const char* AuthorityInterface = "org.freedesktop.PolicyKit1.Authority";
-constexpr const char* AuthorityErrors = "org.freedesktop.PolicyKit1.Error.";
-
-// A question that shows no dialog is answered at once or not at all.
-constexpr std::uint64_t SilentLimit = 25'000'000;
-
-// The authority's verdict on one right.
-struct Verdict {
-    bool isAuthorized = false;
-    bool isChallenge = false;
-    bool isDismissed = false;
-    std::string grant; // the id of the grant that is kept, if any
-};
-
-std::optional<Verdict> readVerdict(sd_bus_message* reply)
-{
-    int isAuthorized = 0;
-    int isChallenge = 0;
-    if (sd_bus_message_has_signature(reply, "(bba{ss})") <= 0
-        || sd_bus_message_enter_container(reply, SD_BUS_TYPE_STRUCT, "bba{ss}") < 0
-        || sd_bus_message_read(reply, "bb", &isAuthorized, &isChallenge) < 0
-        || sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "{ss}") < 0)
-        return std::nullopt;
-    Verdict verdict = {isAuthorized != 0, isChallenge != 0, false, {}};
-    const char* key = nullptr;
-    const char* value = nullptr;
-    int result = 0;
-    while ((result = sd_bus_message_read(reply, "{ss}", &key, &value)) > 0) {
-        if (std::strcmp(key, "polkit.dismissed") == 0)
-            verdict.isDismissed = *value != '\0';
-        else if (std::strcmp(key, "polkit.temporary_authorization_id") == 0)
-            verdict.grant = value;
-    }
-    return result < 0 ? std::nullopt : std::optional(verdict);
-}
-
-Authorization::Status statusOf(const Verdict& verdict, bool allowsInteraction)
-{
-    if (verdict.isAuthorized)
-        return Authorization::Success;
-    if (verdict.isDismissed)
-        return Authorization::Canceled;
-    return verdict.isChallenge && !allowsInteraction ? Authorization::InteractionNotAllowed : Authorization::Denied;
-}
-
-// An error of the authority's own, such as an action that it does not know, is an answer. Any other error is none.
-Authorization::Status statusOf(const char* error)
-{
-    const bool isAnswer = std::strncmp(error, AuthorityErrors, std::strlen(AuthorityErrors)) == 0;
-    return isAnswer ? Authorization::Denied : Authorization::Internal;
-}
 
 // A unique name of a bus, such as ":1.25".
 bool isUniqueName(std::string_view name)
@@ -134,23 +80,17 @@ Authorization::Status PolkitAuthorization::ask(SystemBus& bus, const std::string
 {
     Status status = Internal;
     const auto compose = [&](sd_bus* on, sd_bus_message** made) {
-        const int result = sd_bus_message_new_method_call(on, made, AuthorityName, AuthorityPath, AuthorityInterface,
-                                                          "CheckAuthorization");
-        return result < 0 ? result
-                          : sd_bus_message_append(*made, "(sa{sv})sa{ss}us", "system-bus-name", 1, "name", "s",
-                                                  subject.c_str(), right.c_str(), 0, allowsInteraction ? 1U : 0U, "");
+        return AuthorityQuestion::compose(on, made, subject, right, allowsInteraction);
     };
     const auto complete = [&](const SystemBus::Answer& answer) -> SystemBus::Task {
-        const std::optional<Verdict> verdict = answer.reply ? readVerdict(answer.reply) : std::nullopt;
-        if (verdict)
-            status = statusOf(*verdict, allowsInteraction);
-        else if (!answer.reply)
-            status = statusOf(answer.error);
-        if (verdict && !verdict->grant.empty())
-            _grants.push_back(verdict->grant);
+        const auto verdict = AuthorityQuestion::read(answer.reply, answer.error, allowsInteraction);
+        status = verdict.status;
+        if (!verdict.grant.empty())
+            _grants.push_back(verdict.grant);
         return nullptr;
     };
-    const auto call = bus.beginCall(this, compose, complete, allowsInteraction ? SystemBus::NoLimit : SilentLimit);
+    const auto call =
+        bus.beginCall(this, compose, complete, allowsInteraction ? SystemBus::NoLimit : AuthorityQuestion::SilentLimit);
     isSent = call != nullptr;
     if (call)
         bus.wait(*call);
@@ -184,12 +124,13 @@ void PolkitAuthorization::revoke(SystemBus& bus) const
 {
     for (const std::string& grant : _grants) {
         const auto compose = [&](sd_bus* on, sd_bus_message** made) {
-            const int result = sd_bus_message_new_method_call(on, made, AuthorityName, AuthorityPath,
-                                                              AuthorityInterface, "RevokeTemporaryAuthorizationById");
+            const int result =
+                sd_bus_message_new_method_call(on, made, AuthorityQuestion::Name, AuthorityQuestion::Path,
+                                               AuthorityQuestion::Interface, "RevokeTemporaryAuthorizationById");
             return result < 0 ? result : sd_bus_message_append(*made, "s", grant.c_str());
         };
         const auto ignore = [](const SystemBus::Answer&) -> SystemBus::Task { return nullptr; };
-        if (const auto call = bus.beginCall(this, compose, ignore, SilentLimit))
+        if (const auto call = bus.beginCall(this, compose, ignore, AuthorityQuestion::SilentLimit))
             bus.wait(*call);
     }
 }

@@ -11,14 +11,9 @@ namespace platform {
 
 namespace {
 
-std::string storePath()
-{
-    return systemPath("/Library/Preferences/com.zerkolin.brevane.rights.plist");
-}
-
 Dictionary readAll()
 {
-    const std::expected<Data, int> bytes = readFile(storePath());
+    const std::expected<Data, int> bytes = readFile(RightsStore::path());
     if (!bytes)
         return {};
     const Result<PropertyList> list = propertyListWithData(*bytes);
@@ -28,7 +23,7 @@ Dictionary readAll()
 bool writeAll(const Dictionary& definitions)
 {
     const Result<Data> bytes = binaryPropertyList(definitions);
-    const std::string path = storePath();
+    const std::string path = RightsStore::path();
     return bytes && createFolder(path.substr(0, path.rfind('/'))) && replaceFile(path, *bytes);
 }
 
@@ -38,6 +33,11 @@ RightsStore& RightsStore::shared()
 {
     static RightsStore store;
     return store;
+}
+
+std::string RightsStore::path()
+{
+    return systemPath("/Library/Preferences/com.zerkolin.brevane.rights.plist");
 }
 
 std::optional<Dictionary> RightsStore::definition(const std::string& right) const

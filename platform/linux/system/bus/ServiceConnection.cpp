@@ -3,6 +3,7 @@
 #include "platform/linux/system/bus/ServiceMessage.h"
 #include "platform/linux/system/bus/SystemBus.h"
 
+#include <atomic>
 #include <condition_variable>
 #include <cstring>
 #include <mutex>
@@ -14,20 +15,28 @@ namespace platform {
 namespace {
 
 // Only the loss of a peer that had the request is an interruption. The daemon says so by this name; its errno is that
-// of an activation that took too long, which makes the endpoint unusable.
-ServiceError errorForName(const char* name)
+// of an activation that took too long, which makes the endpoint unusable. What a peer that lives answers, and what the
+// daemon says of one message too many, concerns that message alone.
+ServiceError errorOf(const SystemBus::Answer& answer)
 {
-    return std::strcmp(name, SD_BUS_ERROR_NO_REPLY) == 0 ? ServiceError::Interrupted : ServiceError::Invalid;
+    if (answer.isFromPeer || std::strcmp(answer.error, SD_BUS_ERROR_LIMITS_EXCEEDED) == 0)
+        return ServiceError::Refused;
+    return std::strcmp(answer.error, SD_BUS_ERROR_NO_REPLY) == 0 ? ServiceError::Interrupted : ServiceError::Invalid;
 }
 
 ServiceReply readAnswer(const SystemBus::Answer& answer)
 {
     if (!answer.reply)
-        return std::unexpected(errorForName(answer.error));
+        return std::unexpected(errorOf(answer));
     std::optional<ServiceDictionary> dictionary = readServiceDictionary(answer.reply);
     if (!dictionary)
-        return std::unexpected(ServiceError::Invalid);
+        return std::unexpected(ServiceError::Refused);
     return std::move(*dictionary);
+}
+
+bool isTooLarge(const ServiceDictionary& message)
+{
+    return serviceDictionarySize(message) > MaximumServiceMessageSize;
 }
 
 class BusServiceConnection final : public ServiceConnection, public std::enable_shared_from_this<BusServiceConnection> {
@@ -56,6 +65,7 @@ public:
     void send(const ServiceDictionary& message, std::shared_ptr<Queue> replyQueue, ReplyHandler handler) override;
     ServiceReply sendSynchronously(const ServiceDictionary& message) override;
     void cancel() override { invalidate(nullptr); }
+    bool isInvalid() const override { return _isInvalid; }
 
 private:
     struct Request {
@@ -79,7 +89,7 @@ private:
     std::mutex _mutex;
     EventHandler _handler;
     bool _isResumed = false;
-    bool _isInvalid = false;
+    std::atomic<bool> _isInvalid = false; // changed with the lock
     std::condition_variable _resumed;
     std::vector<std::function<void()>> _held; // sends that wait for resume()
     std::shared_ptr<SystemBus> _bus;
@@ -135,6 +145,8 @@ int BusServiceConnection::compose(sd_bus* bus, sd_bus_message** message, const S
 
 void BusServiceConnection::send(const ServiceDictionary& message)
 {
+    if (isTooLarge(message))
+        return;
     {
         const std::lock_guard lock(_mutex);
         if (!_isResumed && !_isInvalid) {
@@ -152,6 +164,10 @@ void BusServiceConnection::send(const ServiceDictionary& message, std::shared_pt
                                 ReplyHandler handler)
 {
     const auto request = std::make_shared<Request>(Request{std::move(replyQueue), std::move(handler)});
+    if (isTooLarge(message)) {
+        deliver(request, std::unexpected(ServiceError::TooLarge), nullptr);
+        return;
+    }
     {
         const std::lock_guard lock(_mutex);
         if (!_isResumed && !_isInvalid) {
@@ -188,6 +204,8 @@ void BusServiceConnection::deliver(const std::shared_ptr<Request>& request, Serv
 
 ServiceReply BusServiceConnection::sendSynchronously(const ServiceDictionary& message)
 {
+    if (isTooLarge(message))
+        return std::unexpected(ServiceError::TooLarge);
     ServiceReply reply = std::unexpected(ServiceError::Invalid);
     std::shared_ptr<SystemBus> bus;
     std::shared_ptr<SystemBus::Call> call;
@@ -241,7 +259,7 @@ void BusServiceConnection::invalidate(const std::shared_ptr<SystemBus>& condemne
     std::vector<std::function<void()>> held;
     {
         const std::lock_guard lock(_mutex);
-        if (std::exchange(_isInvalid, true))
+        if (_isInvalid.exchange(true))
             return;
         tell(ServiceError::Invalid);
         _handler = nullptr;

@@ -1,18 +1,24 @@
 #include "platform/linux/system/bus/ServiceListener.h"
 
+#include "platform/linux/system/authorization/AuthorityQuestion.h"
 #include "platform/linux/system/bus/BusHandles.h"
-#include "platform/linux/system/bus/ServiceMessage.h"
 #include "platform/linux/system/processes/EventDescriptor.h"
 
-#include <array>
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstring>
+#include <list>
+#include <map>
 #include <mutex>
+#include <optional>
 #include <poll.h>
+#include <sys/epoll.h>
+#include <systemd/sd-event.h>
+#include <thread>
 #include <utility>
-#include <vector>
 
 namespace platform {
 
@@ -20,118 +26,223 @@ namespace {
 
 // How long a listener that stops waits for a peer that does not take the replies already made.
 constexpr std::chrono::milliseconds FarewellLimit(1000);
+// While so many messages wait for the socket, no more are taken in.
+constexpr std::uint64_t MaximumUnsent = 64;
+// What sd-bus answers by itself, such as an introspection, weighs about so much.
+constexpr std::size_t SmallReplySize = 4096;
 
-// The connection, which outlives its listener while a reply is still owed.
-struct Connection {
-    std::mutex mutex;
-    BusHandle bus;
+struct EventDeleter {
+    void operator()(sd_event* event) const { sd_event_unref(event); }
+};
+struct SourceDeleter {
+    void operator()(sd_event_source* source) const { sd_event_source_disable_unref(source); }
+};
+using EventHandle = std::unique_ptr<sd_event, EventDeleter>;
+using SourceHandle = std::unique_ptr<sd_event_source, SourceDeleter>;
+
+// Tasks for the thread of run(). Outlives its listener while a reply is still owed.
+class Inbox {
+public:
+    using Task = std::function<void()>;
+
+    // The calling thread is the one that takes tasks, and needs no signal.
+    void own()
+    {
+        const std::lock_guard lock(_mutex);
+        _owner = std::this_thread::get_id();
+    }
+    void add(Task task)
+    {
+        const std::lock_guard lock(_mutex);
+        if (!_isOpen)
+            return;
+        _tasks.push_back(std::move(task));
+        if (_owner == std::this_thread::get_id() || std::exchange(_isSignalled, true))
+            return;
+        signal.signal();
+    }
+    std::vector<Task> take()
+    {
+        const std::lock_guard lock(_mutex);
+        if (std::exchange(_isSignalled, false))
+            signal.reset();
+        return std::exchange(_tasks, {});
+    }
+    void close()
+    {
+        std::vector<Task> dropped; // after the lock: what a task holds may add another
+        const std::lock_guard lock(_mutex);
+        _isOpen = false;
+        dropped.swap(_tasks);
+    }
+
     EventDescriptor signal;
 
-    // With the lock. The thread of run() sends what the socket does not take at once.
-    bool send(sd_bus_message* message)
-    {
-        const int result = sd_bus_send(bus.get(), message, nullptr);
-        if ((sd_bus_get_events(bus.get()) & POLLOUT) != 0)
-            signal.signal();
-        return result >= 0;
-    }
+private:
+    std::mutex _mutex;
+    std::thread::id _owner;
+    bool _isOpen = true;
+    bool _isSignalled = false;
+    std::vector<Task> _tasks;
 };
+
+class BusServiceListener;
 
 // What a request still waits for. When everyone forgets it, the peer is told so rather than left waiting.
 class OwedReply {
 public:
-    // With the lock, as for every use of the message.
-    OwedReply(std::shared_ptr<Connection> connection, BusMessage request)
-        : _connection(std::move(connection)),
-          _request(std::move(request))
+    OwedReply(BusServiceListener& listener, std::shared_ptr<Inbox> inbox, std::uint64_t number)
+        : _listener(listener),
+          _inbox(std::move(inbox)),
+          _number(number)
     {
-        if (sd_bus_message_get_expect_reply(_request.get()) <= 0)
-            _request.reset();
     }
-
-    ~OwedReply()
-    {
-        const std::lock_guard lock(_connection->mutex);
-        if (!_request)
-            return;
-        sd_bus_message* made = nullptr;
-        const sd_bus_error error{SD_BUS_ERROR_FAILED, "The request was not answered.", 0};
-        const int result = sd_bus_message_new_method_error(_request.get(), &made, &error);
-        const BusMessage message(made);
-        if (result >= 0)
-            _connection->send(made);
-        _request.reset();
-    }
-
+    ~OwedReply() { answer(std::nullopt); }
     OwedReply(const OwedReply&) = delete;
     OwedReply& operator=(const OwedReply&) = delete;
 
-    void give(const ServiceDictionary& dictionary)
-    {
-        const std::lock_guard lock(_connection->mutex);
-        if (!_request)
-            return;
-        sd_bus_message* made = nullptr;
-        const int result = sd_bus_message_new_method_return(_request.get(), &made);
-        const BusMessage message(made);
-        if (result >= 0 && appendServiceDictionary(made, dictionary) >= 0 && _connection->send(made))
-            _request.reset();
-    }
+    void give(ServiceDictionary dictionary) { answer(std::move(dictionary)); }
 
 private:
-    const std::shared_ptr<Connection> _connection;
-    BusMessage _request;
+    void answer(std::optional<ServiceDictionary> dictionary);
+
+    BusServiceListener& _listener; // only used by the inbox's tasks, which end before it
+    const std::shared_ptr<Inbox> _inbox;
+    const std::uint64_t _number;
+    std::atomic<bool> _isGiven = false;
 };
 
 class BusServiceListener final : public ServiceListener {
 public:
-    BusServiceListener(std::shared_ptr<Connection> connection, Handler handler)
-        : _connection(std::move(connection)),
-          _handler(std::move(handler))
+    BusServiceListener(Handlers handlers, std::vector<ServiceKey> form)
+        : _handlers(std::move(handlers)),
+          _form(std::move(form))
     {
     }
 
     ~BusServiceListener() override
     {
-        const std::lock_guard lock(_connection->mutex);
-        _received.clear();
-        _nameLost.reset();
+        _inbox->close();
+        _owed.clear();
+        _questions.clear();
+        _peers.reset();
         _object.reset();
+        _filter.reset();
+        _nameLost.reset();
         // Peers see the end now, even while a reply is still owed.
-        sd_bus_close(_connection->bus.get());
+        if (_bus)
+            sd_bus_close(_bus.get());
     }
 
     // Null, or what failed.
+    const char* open(int& result);
     const char* serve(const std::string& serviceName, int& result);
-    bool run() override;
 
+    void stopOnTermination() override;
+    bool wasTerminated() const override { return _isTerminated; }
+    bool run() override;
+    void flush() override;
     void stop() override
     {
         _isStopping.store(true);
-        _connection->signal.signal();
+        _inbox->signal.signal();
     }
+    void async(std::function<void()> task) override { _inbox->add(std::move(task)); }
+    void copyRight(const std::string& peer, const std::string& right,
+                   std::function<void(Authorization::Status)> answer) override;
+
+    void answer(std::uint64_t number, const std::optional<ServiceDictionary>& dictionary);
 
 private:
-    enum class State { Running, Stopped, Lost };
+    // A request that is not answered yet: itself while its handler runs, then what can be sent for it, so that its
+    // bytes do not stay.
+    struct Owed {
+        std::string sender;
+        BusMessage request;
+        BusMessage reply;
+        BusMessage error;
+    };
+    struct Question {
+        BusServiceListener* owner;
+        std::function<void(Authorization::Status)> answer;
+        BusSlot slot;
+        std::list<Question>::iterator place;
+    };
 
-    static int handleRequest(sd_bus_message* message, void* listener, sd_bus_error*);
+    static int handleAny(sd_bus_message* message, void* listener, sd_bus_error*);
+    static int handleRequest(sd_bus_message* message, void* listener, sd_bus_error* error);
     static int handleNameLost(sd_bus_message* message, void* listener, sd_bus_error*);
+    static int handleVerdict(sd_bus_message* reply, void* question, sd_bus_error*);
+    static int handleEvent(sd_event_source*, int, std::uint32_t events, void* listener);
+    static int handleSignal(sd_event_source*, const signalfd_siginfo*, void* listener);
 
-    State processAll();
-    void handleReceived();
-    void sleep(int milliseconds);
-    void finishSending();
+    int receive(sd_bus_message* message, sd_bus_error* error);
+    void detach(std::uint64_t number);
+    BusMessage errorReply(sd_bus_message* request) const;
+    bool isLost() const { return sd_bus_is_open(_bus.get()) <= 0 || _isNameLost; }
+    bool isCongested() const;
+    bool processBus();
+    void runTasks();
+    void wait(std::uint64_t microseconds);
 
-    const std::shared_ptr<Connection> _connection;
-    const Handler _handler;
+    const Handlers _handlers;
+    const std::vector<ServiceKey> _form;
+    const std::shared_ptr<Inbox> _inbox = std::make_shared<Inbox>();
+    EventHandle _event;
+    BusHandle _bus;
+    SourceHandle _socket;
+    SourceHandle _wake;
+    SourceHandle _termination;
+    SourceHandle _interrupt;
+    std::unique_ptr<BusPeers> _peers;
     BusSlot _object;
+    BusSlot _filter;
     BusSlot _nameLost;
-    std::vector<BusMessage> _received;
+    std::map<std::uint64_t, Owed> _owed;
+    std::list<Question> _questions;
+    std::uint64_t _requestCount = 0;
     std::string _serviceName;
     bool _isNameLost = false;
+    bool _isTerminated = false;
+    bool _isWritable = false; // the socket, or cut, when it was last waited for
     std::atomic<bool> _isStopping = false;
     static_assert(std::atomic<bool>::is_always_lock_free);
 };
+
+void OwedReply::answer(std::optional<ServiceDictionary> dictionary)
+{
+    if (_isGiven.exchange(true))
+        return;
+    auto task = [&listener = _listener, number = _number,
+                 shared = std::make_shared<std::optional<ServiceDictionary>>(std::move(dictionary))] {
+        listener.answer(number, *shared);
+    };
+    _inbox->add(std::move(task));
+}
+
+const char* BusServiceListener::open(int& result)
+{
+    sd_event* event = nullptr;
+    result = _inbox->signal ? sd_event_new(&event) : -errno;
+    _event.reset(event);
+    if (result < 0)
+        return "there are no events";
+    sd_bus* bus = nullptr;
+    result = sd_bus_open_system(&bus);
+    _bus.reset(bus);
+    if (result < 0)
+        return "there is no system bus";
+    sd_event_source* source = nullptr;
+    result = sd_event_add_io(event, &source, sd_bus_get_fd(bus), EPOLLIN, &BusServiceListener::handleEvent, this);
+    _socket.reset(source);
+    if (result >= 0)
+        result =
+            sd_event_add_io(event, &source, _inbox->signal.get(), EPOLLIN, &BusServiceListener::handleEvent, nullptr);
+    if (result < 0)
+        return "the system bus cannot be waited for";
+    _wake.reset(source);
+    return nullptr;
+}
 
 const char* BusServiceListener::serve(const std::string& serviceName, int& result)
 {
@@ -142,16 +253,25 @@ const char* BusServiceListener::serve(const std::string& serviceName, int& resul
                                 &BusServiceListener::handleRequest, SD_BUS_VTABLE_UNPRIVILEGED),
         SD_BUS_VTABLE_END,
     };
+    if (const char* failure = open(result))
+        return failure;
     _serviceName = serviceName;
-    sd_bus* bus = _connection->bus.get();
+    sd_bus* bus = _bus.get();
+    _peers = std::make_unique<BusPeers>(bus, _handlers.identified, _handlers.left);
     sd_bus_slot* slot = nullptr;
     result = sd_bus_add_object_vtable(bus, &slot, servicePath(serviceName).c_str(), serviceName.c_str(), methods, this);
     _object.reset(slot);
     if (result < 0)
         return "the object cannot be offered";
     slot = nullptr;
-    result = sd_bus_match_signal(bus, &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                 "NameLost", &BusServiceListener::handleNameLost, this);
+    result = sd_bus_add_filter(bus, &slot, &BusServiceListener::handleAny, this);
+    _filter.reset(slot);
+    if (result >= 0)
+        result = _peers->watch();
+    slot = nullptr;
+    if (result >= 0)
+        result = sd_bus_match_signal(bus, &slot, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                     "org.freedesktop.DBus", "NameLost", &BusServiceListener::handleNameLost, this);
     _nameLost.reset(slot);
     if (result < 0)
         return "the name cannot be watched";
@@ -159,10 +279,113 @@ const char* BusServiceListener::serve(const std::string& serviceName, int& resul
     return result < 0 ? "the name cannot be owned" : nullptr;
 }
 
-int BusServiceListener::handleRequest(sd_bus_message* message, void* context, sd_bus_error*)
+void BusServiceListener::stopOnTermination()
 {
-    static_cast<BusServiceListener*>(context)->_received.emplace_back(sd_bus_message_ref(message));
+    sd_event_source* source = nullptr;
+    if (sd_event_add_signal(_event.get(), &source, SIGTERM, &BusServiceListener::handleSignal, this) >= 0)
+        _termination.reset(source);
+    if (sd_event_add_signal(_event.get(), &source, SIGINT, &BusServiceListener::handleSignal, this) >= 0)
+        _interrupt.reset(source);
+}
+
+int BusServiceListener::handleSignal(sd_event_source*, const signalfd_siginfo*, void* context)
+{
+    auto& listener = *static_cast<BusServiceListener*>(context);
+    listener._isTerminated = true;
+    listener._isStopping.store(true);
+    return 0;
+}
+
+int BusServiceListener::handleEvent(sd_event_source*, int, std::uint32_t events, void* listener)
+{
+    if (listener)
+        static_cast<BusServiceListener*>(listener)->_isWritable = (events & ~std::uint32_t(EPOLLIN)) != 0;
+    return 0;
+}
+
+// Sees every message before anybody else. A call that is not served costs its sender what the refusal weighs.
+int BusServiceListener::handleAny(sd_bus_message* message, void* context, sd_bus_error*)
+{
+    auto& listener = *static_cast<BusServiceListener*>(context);
+    const char* sender = sd_bus_message_get_sender(message);
+    if (!sender || sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0)
+        return 0;
+    listener._peers->note(sender);
+    const bool isRequest = sd_bus_message_is_method_call(message, listener._serviceName.c_str(), ServiceMethod) > 0;
+    const bool isTaken =
+        isRequest ? !listener._peers->isCutOff(sender) : listener._peers->charge(sender, SmallReplySize);
+    return isTaken ? 0 : 1;
+}
+
+int BusServiceListener::handleRequest(sd_bus_message* message, void* context, sd_bus_error* error)
+{
+    return static_cast<BusServiceListener*>(context)->receive(message, error);
+}
+
+int BusServiceListener::receive(sd_bus_message* message, sd_bus_error* error)
+{
+    const char* sender = sd_bus_message_get_sender(message);
+    std::optional<ServiceReading> reading = readServiceMessage(message, _form);
+    if (!reading || !sender) {
+        if (sender)
+            _peers->charge(sender, SmallReplySize);
+        return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "The request cannot be read.");
+    }
+    const std::uint64_t number = ++_requestCount;
+    if (sd_bus_message_get_expect_reply(message) > 0)
+        _owed.emplace(number, Owed{sender, BusMessage(sd_bus_message_ref(message)), nullptr, nullptr});
+    auto owed = std::make_shared<OwedReply>(*this, _inbox, number);
+    _handlers.received({std::move(reading->dictionary), std::move(reading->tooLong), sender},
+                       [owed](ServiceDictionary reply) { owed->give(std::move(reply)); });
+    owed.reset();
+    runTasks(); // a reply that was given at once
+    detach(number);
     return 1;
+}
+
+// Lets go of the request itself.
+void BusServiceListener::detach(std::uint64_t number)
+{
+    const auto found = _owed.find(number);
+    if (found == _owed.end())
+        return;
+    Owed& owed = found->second;
+    sd_bus_message* made = nullptr;
+    sd_bus_message_new_method_return(owed.request.get(), &made);
+    owed.reply.reset(made);
+    owed.error = errorReply(owed.request.get());
+    owed.request.reset();
+}
+
+BusMessage BusServiceListener::errorReply(sd_bus_message* request) const
+{
+    sd_bus_message* made = nullptr;
+    const sd_bus_error error{SD_BUS_ERROR_FAILED, "The request was not answered.", 0};
+    sd_bus_message_new_method_error(request, &made, &error);
+    return BusMessage(made);
+}
+
+// Without a dictionary, or with one that the bus would not carry, the sender gets an error.
+void BusServiceListener::answer(std::uint64_t number, const std::optional<ServiceDictionary>& dictionary)
+{
+    auto node = _owed.extract(number);
+    if (node.empty() || isLost())
+        return;
+    Owed& owed = node.mapped();
+    const std::size_t size = dictionary ? serviceDictionarySize(*dictionary) : SmallReplySize;
+    const bool isCarried = dictionary && size <= MaximumServiceMessageSize;
+    if (!_peers->charge(owed.sender, isCarried ? size : SmallReplySize))
+        return;
+    if (owed.request) {
+        sd_bus_message* made = nullptr;
+        sd_bus_message_new_method_return(owed.request.get(), &made);
+        owed.reply.reset(made);
+        if (!isCarried)
+            owed.error = errorReply(owed.request.get());
+    }
+    sd_bus_message* message = isCarried ? owed.reply.get() : owed.error.get();
+    if (message && (!isCarried || appendServiceDictionary(message, *dictionary) >= 0))
+        sd_bus_send(_bus.get(), message, nullptr);
 }
 
 int BusServiceListener::handleNameLost(sd_bus_message* message, void* context, sd_bus_error*)
@@ -174,105 +397,134 @@ int BusServiceListener::handleNameLost(sd_bus_message* message, void* context, s
     return 0;
 }
 
+void BusServiceListener::copyRight(const std::string& peer, const std::string& right,
+                                   std::function<void(Authorization::Status)> answer)
+{
+    _questions.push_back({this, std::move(answer), nullptr, {}});
+    Question& question = _questions.back();
+    question.place = std::prev(_questions.end());
+    sd_bus_message* made = nullptr;
+    int result = AuthorityQuestion::compose(_bus.get(), &made, peer, right, false);
+    const BusMessage message(made);
+    sd_bus_slot* slot = nullptr;
+    if (result >= 0)
+        result = sd_bus_call_async(_bus.get(), &slot, made, &BusServiceListener::handleVerdict, &question,
+                                   AuthorityQuestion::SilentLimit);
+    question.slot.reset(slot);
+    if (result >= 0)
+        return;
+    answer = std::move(question.answer);
+    _questions.erase(question.place);
+    answer(Authorization::Internal);
+}
+
+int BusServiceListener::handleVerdict(sd_bus_message* reply, void* context, sd_bus_error*)
+{
+    auto& question = *static_cast<Question*>(context);
+    BusServiceListener& listener = *question.owner;
+    const auto answer = std::move(question.answer);
+    listener._questions.erase(question.place);
+    const sd_bus_error* failure = sd_bus_message_get_error(reply);
+    // Once the bus is gone sd-bus answers by itself.
+    if (!listener.isLost())
+        answer(AuthorityQuestion::read(failure ? nullptr : reply, failure ? failure->name : nullptr, false).status);
+    return 1;
+}
+
+bool BusServiceListener::isCongested() const
+{
+    std::uint64_t unsent = 0;
+    return sd_bus_get_n_queued_write(_bus.get(), &unsent) >= 0 && unsent > MaximumUnsent;
+}
+
+// Handles what has arrived, or enough of it for now. False when there is more.
+bool BusServiceListener::processBus()
+{
+    constexpr int Enough = 64;
+    for (int count = 0; count < Enough; ++count) {
+        if (isLost() || _isStopping.load() || (isCongested() && !_isWritable))
+            return true;
+        const int result = sd_bus_process(_bus.get(), nullptr);
+        _isWritable = false;
+        if (result < 0)
+            sd_bus_close(_bus.get());
+        if (result <= 0)
+            return true;
+    }
+    return false;
+}
+
+void BusServiceListener::runTasks()
+{
+    for (auto tasks = _inbox->take(); !tasks.empty(); tasks = _inbox->take()) {
+        for (const Inbox::Task& task : tasks)
+            task();
+    }
+}
+
+void BusServiceListener::wait(std::uint64_t microseconds)
+{
+    int events = sd_bus_get_events(_bus.get());
+    if (isCongested())
+        events &= ~POLLIN;
+    std::uint32_t wanted = 0;
+    if (events > 0 && (events & POLLIN) != 0)
+        wanted |= EPOLLIN;
+    if (events > 0 && (events & POLLOUT) != 0)
+        wanted |= EPOLLOUT;
+    sd_event_source_set_io_events(_socket.get(), wanted);
+    std::uint64_t moment = 0;
+    if (sd_bus_get_timeout(_bus.get(), &moment) > 0 && moment != UINT64_MAX) {
+        timespec now = {};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        const std::uint64_t present =
+            static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 + static_cast<std::uint64_t>(now.tv_nsec) / 1000;
+        microseconds = std::min(microseconds, moment > present ? moment - present : 0);
+    }
+    _isWritable = false;
+    sd_event_run(_event.get(), microseconds);
+}
+
 bool BusServiceListener::run()
 {
+    _inbox->own();
     for (;;) {
-        const State state = processAll();
-        handleReceived();
-        if (state != State::Running) {
-            finishSending();
-            return state == State::Stopped;
-        }
-        if (!_isStopping.load())
-            sleep(-1);
-    }
-}
-
-// Takes in requests until there are none, or enough for now.
-BusServiceListener::State BusServiceListener::processAll()
-{
-    constexpr std::size_t Enough = 64;
-    const std::lock_guard lock(_connection->mutex);
-    while (_received.size() < Enough && !_isStopping.load()) {
-        const int result = sd_bus_process(_connection->bus.get(), nullptr);
-        if (result < 0 || sd_bus_is_open(_connection->bus.get()) <= 0 || _isNameLost)
-            return State::Lost;
-        if (result == 0)
+        const bool isIdle = processBus();
+        runTasks();
+        if (isLost() || _isStopping.load())
             break;
+        wait(isIdle ? UINT64_MAX : 0);
     }
-    return _isStopping.load() ? State::Stopped : State::Running;
+    const bool isStopped = !isLost();
+    flush();
+    return isStopped;
 }
 
-void BusServiceListener::handleReceived()
-{
-    std::vector<BusMessage> received;
-    {
-        const std::lock_guard lock(_connection->mutex);
-        received.swap(_received);
-    }
-    for (BusMessage& message : received) {
-        Request request;
-        std::shared_ptr<OwedReply> owed;
-        {
-            const std::lock_guard lock(_connection->mutex);
-            std::optional<ServiceDictionary> dictionary = readServiceDictionary(message.get());
-            const char* sender = sd_bus_message_get_sender(message.get());
-            if (dictionary && sender)
-                request = {std::move(*dictionary), sender};
-            owed = std::make_shared<OwedReply>(_connection, std::move(message));
-        }
-        if (!request.sender.empty())
-            _handler(std::move(request), [owed](const ServiceDictionary& reply) { owed->give(reply); });
-    }
-}
-
-void BusServiceListener::sleep(int milliseconds)
-{
-    std::array<pollfd, 2> descriptors = {};
-    {
-        const std::lock_guard lock(_connection->mutex);
-        sd_bus* bus = _connection->bus.get();
-        std::uint64_t moment = 0;
-        if (sd_bus_get_timeout(bus, &moment) > 0 && moment == 0)
-            return;
-        const int events = sd_bus_get_events(bus);
-        descriptors = {{{sd_bus_get_fd(bus), static_cast<short>(events > 0 ? events : 0), 0},
-                        {_connection->signal.get(), POLLIN, 0}}};
-    }
-    if (poll(descriptors.data(), descriptors.size(), milliseconds) > 0 && descriptors[1].revents != 0)
-        _connection->signal.reset();
-}
-
-void BusServiceListener::finishSending()
+void BusServiceListener::flush()
 {
     const auto end = std::chrono::steady_clock::now() + FarewellLimit;
+    _inbox->own();
+    runTasks();
     for (auto now = end - FarewellLimit; now < end; now = std::chrono::steady_clock::now()) {
-        {
-            const std::lock_guard lock(_connection->mutex);
-            sd_bus* bus = _connection->bus.get();
-            if (sd_bus_is_open(bus) <= 0 || (sd_bus_get_events(bus) & POLLOUT) == 0)
-                return;
-            sd_bus_process(bus, nullptr);
-            _received.clear();
-        }
-        sleep(static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(end - now).count()));
+        std::uint64_t unsent = 0;
+        if (isLost() || sd_bus_get_n_queued_write(_bus.get(), &unsent) < 0 || unsent == 0)
+            return;
+        pollfd descriptor = {sd_bus_get_fd(_bus.get()), POLLOUT, 0};
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
+        // Being writable, it writes and takes nothing in.
+        if (poll(&descriptor, 1, static_cast<int>(left)) > 0)
+            sd_bus_process(_bus.get(), nullptr);
     }
 }
 
 } // namespace
 
-std::expected<std::unique_ptr<ServiceListener>, std::string> ServiceListener::create(const std::string& serviceName,
-                                                                                     Handler handler)
+std::expected<std::unique_ptr<ServiceListener>, std::string>
+ServiceListener::create(const std::string& serviceName, Handlers handlers, std::vector<ServiceKey> form)
 {
-    auto connection = std::make_shared<Connection>();
-    sd_bus* bus = nullptr;
-    int result = connection->signal ? sd_bus_open_system(&bus) : -errno;
-    connection->bus.reset(bus);
-    const char* failure = "there is no system bus";
-    auto listener = std::make_unique<BusServiceListener>(connection, std::move(handler));
-    if (result >= 0)
-        failure = listener->serve(serviceName, result);
-    if (failure)
+    int result = 0;
+    auto listener = std::make_unique<BusServiceListener>(std::move(handlers), std::move(form));
+    if (const char* failure = listener->serve(serviceName, result))
         return std::unexpected("Cannot serve " + serviceName + ": " + failure + " (" + std::strerror(-result) + ").");
     return listener;
 }

@@ -1,35 +1,63 @@
 #pragma once
 
+#include "platform/Authorization.h"
+#include "platform/linux/system/bus/BusPeers.h"
+#include "platform/linux/system/bus/ServiceMessage.h"
 #include "platform/ServiceConnection.h"
 
 #include <expected>
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace platform {
 
-// The serving side of a named endpoint: takes the name on the system bus and hands every request to one handler.
+// The serving side of a named endpoint: takes the name on the system bus and hands every request to one handler. One
+// connection, which only the thread of run() uses, carries the requests, the replies and every question about the
+// senders, so that all of them speak of the same peers.
 class ServiceListener {
 public:
     struct Request {
-        ServiceDictionary message; // entries of other types than 64-bit integer and bytes are left out
-        std::string sender;        // the unique name of the connection that sent it, as the bus itself reports
+        ServiceDictionary message;        // entries of other types than 64-bit integer and bytes are left out
+        std::vector<std::string> tooLong; // keys of the form whose bytes are more than they may be, left out too
+        std::string sender;               // the unique name of the connection that sent it, as the bus itself reports
     };
-    // Sends the reply. Any thread, once; nothing is sent when the request asked for none.
+    // Sends the reply. Any thread, once; nothing is sent when the request asked for none. When every copy is dropped
+    // unused the sender gets an error.
     using Reply = std::function<void(ServiceDictionary)>;
-    using Handler = std::function<void(Request, Reply)>;
+    // What is called on the thread of run(), and must not block.
+    struct Handlers {
+        std::function<void(Request, Reply)> received;
+        std::function<void(const BusPeer&)> identified; // once for each sender, after its first request was received
+        std::function<void(const std::string&)> left;   // the sender of this name is gone
+    };
 
-    // Fails with a sentence for the log when there is no bus or the name cannot be owned. The handler runs on the
-    // thread of run(); it must not block.
-    static std::expected<std::unique_ptr<ServiceListener>, std::string> create(const std::string& serviceName,
-                                                                               Handler handler);
+    // Fails with a sentence for the log when there is no bus or the name cannot be owned. With a form, requests hold
+    // its keys and no other, and one that is too long to be looked through is refused.
+    static std::expected<std::unique_ptr<ServiceListener>, std::string>
+    create(const std::string& serviceName, Handlers handlers, std::vector<ServiceKey> form = {});
     virtual ~ServiceListener() = default;
 
-    // Serves until stop() (true) or until the bus is lost or the name is taken away (false).
+    // SIGTERM and SIGINT stop the listener from now on. Every thread of the process must have them blocked.
+    virtual void stopOnTermination() = 0;
+    // Whether a signal, rather than stop(), has ended run().
+    virtual bool wasTerminated() const = 0;
+
+    // Serves until it is stopped (true) or until the bus is lost or the name is taken away (false). What was queued for
+    // sending is sent, for up to a second.
     virtual bool run() = 0;
+    // After run(): sends the replies that were given since, in the same way.
+    virtual void flush() = 0;
     // Any thread, and safe in a signal handler.
     virtual void stop() = 0;
+
+    // Runs a task on the thread of run(), in order. Any thread; the task is dropped when the listener has ended.
+    virtual void async(std::function<void()> task) = 0;
+    // Asks the authority, without a dialog, whether a peer holds a right. On the thread of run(), as is the answer;
+    // none comes when the bus is lost.
+    virtual void copyRight(const std::string& peer, const std::string& right,
+                           std::function<void(Authorization::Status)> answer) = 0;
 };
 
 } // namespace platform

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstring>
 #include <poll.h>
 #include <pthread.h>
 #include <sys/epoll.h>
@@ -198,7 +199,9 @@ int SystemBus::handleReply(sd_bus_message* reply, void* context, sd_bus_error*)
 {
     Call& call = *static_cast<Call*>(context);
     const sd_bus_error* failure = sd_bus_message_get_error(reply);
-    call.bus.finish(call, failure ? Answer{nullptr, failure->name} : Answer{reply, nullptr});
+    const char* sender = sd_bus_message_get_sender(reply);
+    const bool isFromPeer = sender && std::strcmp(sender, "org.freedesktop.DBus") != 0;
+    call.bus.finish(call, failure ? Answer{nullptr, failure->name, isFromPeer} : Answer{reply, nullptr, isFromPeer});
     return 1;
 }
 
@@ -238,7 +241,7 @@ void SystemBus::abandon(const void* owner)
     for (auto at = _calls.begin(); at != _calls.end();) {
         Call& call = **at++;
         if (call.owner == owner)
-            finish(call, {nullptr, SD_BUS_ERROR_DISCONNECTED});
+            finish(call, {nullptr, SD_BUS_ERROR_DISCONNECTED, false});
     }
     if (_pumping)
         _pumpSignal.signal();
@@ -251,7 +254,7 @@ void SystemBus::lose()
     if (std::exchange(_lost, true))
         return;
     while (!_calls.empty())
-        finish(*_calls.front(), {nullptr, SD_BUS_ERROR_DISCONNECTED});
+        finish(*_calls.front(), {nullptr, SD_BUS_ERROR_DISCONNECTED, false});
     for (const std::shared_ptr<Watch>& watch : _watches)
         tell(watch, Change::BusLost);
     _pumpSignal.signal();

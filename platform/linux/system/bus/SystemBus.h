@@ -31,6 +31,7 @@ public:
     struct Answer {
         sd_bus_message* reply; // null when there is none
         const char* error;     // otherwise the name of the D-Bus error
+        bool isFromPeer;       // the peer said so itself, rather than the bus for it
     };
     // Runs once, under the connection's lock: reads the answer and returns what is to be done without the lock, or
     // nothing. Its captures are dropped without the lock.

@@ -50,7 +50,7 @@ std::string connectionName()
 
 std::string ownName()
 {
-    const auto listener = platform::ServiceListener::create(BRVSchedulerServiceName, [](auto, auto) { });
+    const auto listener = platform::ServiceListener::create(BRVSchedulerServiceName, {[](auto, auto) { }, {}, {}});
     return listener ? "yes" : listener.error();
 }
 

@@ -1,0 +1,231 @@
+#include "platform/linux/system/bus/BusPeers.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <unistd.h>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+constexpr const char* Bus = "org.freedesktop.DBus";
+constexpr const char* BusPath = "/org/freedesktop/DBus";
+
+std::string programOf(std::uint32_t process)
+{
+    std::array<char, 4096> path = {};
+    const std::string link = "/proc/" + std::to_string(process) + "/exe";
+    const ssize_t length = readlink(link.c_str(), path.data(), path.size());
+    return length > 0 ? std::string(path.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+// An entry of the bus's description of a peer.
+int readCredential(sd_bus_message* reply, BusPeer& peer, bool& hasUser)
+{
+    const char* key = nullptr;
+    const char* contents = nullptr;
+    int result = sd_bus_message_read_basic(reply, SD_BUS_TYPE_STRING, &key);
+    if (result >= 0)
+        result = sd_bus_message_peek_type(reply, nullptr, &contents);
+    if (result < 0)
+        return result;
+    const bool isUser = std::strcmp(key, "UnixUserID") == 0;
+    if (std::strcmp(contents, "u") != 0 || (!isUser && std::strcmp(key, "ProcessID") != 0))
+        return sd_bus_message_skip(reply, "v");
+    hasUser = hasUser || isUser;
+    return sd_bus_message_read(reply, "v", "u", isUser ? &peer.user : &peer.process);
+}
+
+bool readCredentials(sd_bus_message* reply, BusPeer& peer)
+{
+    bool hasUser = false;
+    int result = sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "{sv}");
+    while (result >= 0) {
+        result = sd_bus_message_enter_container(reply, SD_BUS_TYPE_DICT_ENTRY, "sv");
+        if (result == 0)
+            return hasUser;
+        if (result > 0)
+            result = readCredential(reply, peer, hasUser);
+        if (result >= 0)
+            result = sd_bus_message_exit_container(reply);
+    }
+    return false;
+}
+
+} // namespace
+
+BusPeers::BusPeers(sd_bus* bus, Identified identified, Left left)
+    : _bus(bus),
+      _identified(std::move(identified)),
+      _left(std::move(left))
+{
+}
+
+int BusPeers::watch()
+{
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_add_match(_bus, &slot,
+                                        "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
+                                        "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg2=''",
+                                        &BusPeers::handleNameLost, this);
+    _departures.reset(slot);
+    return result;
+}
+
+void BusPeers::note(const std::string& name)
+{
+    if (!_peers.try_emplace(name).second)
+        return;
+    Question& question = addQuestion(name);
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_call_method_async(_bus, &slot, Bus, BusPath, Bus, "GetConnectionCredentials",
+                                                &BusPeers::handleCredentials, &question, "s", name.c_str());
+    question.slot.reset(slot);
+    if (result < 0)
+        _questions.erase(question.place);
+}
+
+BusPeers::Question& BusPeers::addQuestion(const std::string& name)
+{
+    _questions.push_back({this, name, 0, 0, nullptr, {}});
+    _questions.back().place = std::prev(_questions.end());
+    return _questions.back();
+}
+
+int BusPeers::handleCredentials(sd_bus_message* reply, void* context, sd_bus_error*)
+{
+    auto& question = *static_cast<Question*>(context);
+    BusPeers& self = *question.owner;
+    const std::string name = question.name;
+    self._questions.erase(question.place);
+    if (!sd_bus_message_get_error(reply))
+        self.identify(name, reply);
+    return 1;
+}
+
+void BusPeers::identify(const std::string& name, sd_bus_message* reply)
+{
+    const auto found = _peers.find(name);
+    if (found == _peers.end())
+        return; // it has left meanwhile
+    State& state = found->second;
+    state.peer.name = name;
+    if (!readCredentials(reply, state.peer))
+        return;
+    if (state.peer.process != 0)
+        state.peer.program = programOf(state.peer.process);
+    state.isIdentified = true;
+    _users[state.peer.user].unread += state.unread;
+    if (_identified)
+        _identified(state.peer);
+}
+
+bool BusPeers::isCutOff(const std::string& name) const
+{
+    const auto found = _peers.find(name);
+    if (found == _peers.end())
+        return false;
+    const State& state = found->second;
+    return (state.isIdentified ? _users.at(state.peer.user).unread : state.unread) > CutOffSize;
+}
+
+bool BusPeers::charge(const std::string& name, std::size_t size)
+{
+    const auto found = _peers.find(name);
+    if (found == _peers.end() || isCutOff(name))
+        return false;
+    State& state = found->second;
+    state.unread += size;
+    if (!state.isIdentified)
+        return true;
+    User& user = _users[state.peer.user];
+    user.unread += size;
+    if (user.unread > SignOfLifeSize && !user.isAsked)
+        askForSign(state.peer.user);
+    return true;
+}
+
+// Asks the connection of the user that has the most to read. One at a time: the bus lets nobody wait for many answers.
+void BusPeers::askForSign(std::uint32_t user)
+{
+    const std::pair<const std::string, State>* most = nullptr;
+    for (const auto& entry : _peers) {
+        const State& state = entry.second;
+        if (state.isIdentified && state.peer.user == user && (!most || state.unread > most->second.unread))
+            most = &entry;
+    }
+    if (!most)
+        return;
+    Question& question = addQuestion(most->first);
+    question.user = user;
+    question.unread = most->second.unread;
+    sd_bus_message* made = nullptr;
+    int result =
+        sd_bus_message_new_method_call(_bus, &made, most->first.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
+    const BusMessage message(made);
+    sd_bus_slot* slot = nullptr;
+    if (result >= 0)
+        result = sd_bus_call_async(_bus, &slot, made, &BusPeers::handleSign, &question, UINT64_MAX);
+    question.slot.reset(slot);
+    if (result < 0)
+        _questions.erase(question.place);
+    else
+        _users[user].isAsked = true;
+}
+
+int BusPeers::handleSign(sd_bus_message* reply, void* context, sd_bus_error*)
+{
+    auto& question = *static_cast<Question*>(context);
+    BusPeers& self = *question.owner;
+    const std::string name = question.name;
+    const std::uint32_t user = question.user;
+    const std::size_t unread = question.unread;
+    self._questions.erase(question.place);
+
+    const auto owner = self._users.find(user);
+    if (owner == self._users.end())
+        return 1;
+    owner->second.isAsked = false;
+    // A peer that does not know the call has read it all the same; what the bus says for it is no sign.
+    const char* sender = sd_bus_message_get_sender(reply);
+    const auto peer = self._peers.find(name);
+    if (sender && name == sender && peer != self._peers.end()) {
+        peer->second.unread -= std::min(unread, peer->second.unread);
+        owner->second.unread -= std::min(unread, owner->second.unread);
+    }
+    if (owner->second.unread > SignOfLifeSize)
+        self.askForSign(user);
+    return 1;
+}
+
+int BusPeers::handleNameLost(sd_bus_message* signal, void* context, sd_bus_error*)
+{
+    const char* name = nullptr;
+    if (sd_bus_message_read_basic(signal, SD_BUS_TYPE_STRING, &name) > 0 && name[0] == ':')
+        static_cast<BusPeers*>(context)->forget(name);
+    return 0;
+}
+
+void BusPeers::forget(const std::string& name)
+{
+    const auto found = _peers.find(name);
+    if (found == _peers.end())
+        return;
+    const State state = std::move(found->second);
+    _peers.erase(found);
+    if (state.isIdentified) {
+        const bool isLast = std::ranges::none_of(_peers, [&](const auto& entry) {
+            return entry.second.isIdentified && entry.second.peer.user == state.peer.user;
+        });
+        if (isLast)
+            _users.erase(state.peer.user);
+        else
+            _users[state.peer.user].unread -= std::min(state.unread, _users[state.peer.user].unread);
+    }
+    if (_left)
+        _left(name);
+}
+
+} // namespace platform

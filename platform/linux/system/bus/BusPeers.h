@@ -1,0 +1,87 @@
+#pragma once
+
+#include "platform/linux/system/bus/BusHandles.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <list>
+#include <map>
+#include <string>
+
+namespace platform {
+
+// A connection to the bus that has sent something, as the bus itself describes it.
+struct BusPeer {
+    std::string name; // unique, and never used again while the bus lives
+    std::uint32_t user = 0;
+    std::uint32_t process = 0; // 0 when it is not known. A courtesy, never a proof: numbers are used again
+    std::string program;       // the path of its file; empty when it cannot be read
+};
+
+// Who has sent messages to a connection and has not left the bus since, and what they have not read yet.
+//
+// The bus keeps what a peer does not read, counts it against the sender, and takes nothing more from a sender that has
+// too much of it outstanding. So a user whose programs do not read is cut off long before: when much was sent to them,
+// one of their connections is asked for a sign of life, which can come only after it has read everything before.
+//
+// Used on one thread.
+class BusPeers {
+public:
+    using Identified = std::function<void(const BusPeer&)>;
+    using Left = std::function<void(const std::string&)>;
+
+    static constexpr std::size_t SignOfLifeSize = std::size_t(2) << 20; // unread, from which on a sign is asked for
+    static constexpr std::size_t CutOffSize = std::size_t(16) << 20;    // unread, from which on nothing more is sent
+
+    // The bus outlives this object.
+    BusPeers(sd_bus* bus, Identified identified, Left left);
+
+    // Watches for peers that leave. A negative errno value on failure.
+    int watch();
+
+    // A message has come from this peer. Asks the bus who it is when it is the first.
+    void note(const std::string& name);
+    // So many bytes are about to be sent to the peer. False when it has read too little of what was sent before.
+    bool charge(const std::string& name, std::size_t size);
+    bool isCutOff(const std::string& name) const;
+
+private:
+    struct User {
+        std::size_t unread = 0;
+        bool isAsked = false; // for a sign of life
+    };
+    struct State {
+        bool isIdentified = false;
+        BusPeer peer;
+        std::size_t unread = 0;
+    };
+    // A call that the bus or a peer owes an answer to.
+    struct Question {
+        BusPeers* owner;
+        std::string name;
+        std::uint32_t user;
+        std::size_t unread; // at the moment of the question
+        BusSlot slot;
+        std::list<Question>::iterator place;
+    };
+
+    static int handleNameLost(sd_bus_message* signal, void* peers, sd_bus_error*);
+    static int handleCredentials(sd_bus_message* reply, void* question, sd_bus_error*);
+    static int handleSign(sd_bus_message* reply, void* question, sd_bus_error*);
+
+    Question& addQuestion(const std::string& name);
+    void identify(const std::string& name, sd_bus_message* reply);
+    void askForSign(std::uint32_t user);
+    void forget(const std::string& name);
+
+    sd_bus* const _bus;
+    const Identified _identified;
+    const Left _left;
+    std::map<std::string, State, std::less<>> _peers;
+    std::map<std::uint32_t, User> _users;
+    std::list<Question> _questions;
+    BusSlot _departures;
+};
+
+} // namespace platform
