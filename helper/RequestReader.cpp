@@ -60,7 +60,7 @@ Result<RequestReader::Payload> RequestReader::payloadOfRequest(const Request& re
 {
     if (!request.payload)
         return Payload();
-    auto value = platform::propertyListWithData(*request.payload);
+    auto value = platform::binaryPropertyListWithData(*request.payload);
     if (!value)
         return std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeMessage,
                                                          {{"message", request.message}}, std::move(value.error())));
