@@ -4,9 +4,7 @@
 #include "platform/PropertyListCoding.h"
 #include "protocol/ErrorCodes.h"
 
-#include <algorithm>
 #include <memory>
-#include <string_view>
 #include <utility>
 
 namespace helper {
@@ -30,16 +28,6 @@ platform::Error notAnExternalForm()
             ZRKAuthorizationErrorCreateFromExternalForm,
             {{"status", platform::Authorization::InternalizeNotAllowed}},
             nullptr};
-}
-
-// Applications send this format alone; the readers of the others are spared what anybody may send.
-Result<platform::PropertyList> binaryValue(const Data& bytes)
-{
-    constexpr std::string_view magic = "bplist00";
-    constexpr std::int64_t readCorrupt = 3840;
-    if (!std::ranges::equal(magic, std::span(bytes).first(std::min(bytes.size(), magic.size()))))
-        return std::unexpected(platform::Error{platform::CocoaErrorDomain, readCorrupt, {}, nullptr});
-    return platform::propertyListWithData(bytes);
 }
 
 } // namespace
@@ -87,7 +75,8 @@ Result<RequestReader::Payload> RequestReader::payloadOfRequest(const Request& re
 {
     if (!request.payload)
         return Payload();
-    auto value = binaryValue(*request.payload);
+    // Applications send this format alone; the readers of the others are spared what anybody may send.
+    auto value = platform::binaryPropertyListWithData(*request.payload);
     if (!value) {
         auto error = deserializeError(request.message);
         error.underlying = std::make_shared<const platform::Error>(std::move(value.error()));

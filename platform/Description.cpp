@@ -118,6 +118,13 @@ std::string dataText(const Data& data)
     return text;
 }
 
+std::string integerText(auto integer)
+{
+    char digits[24];
+    const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), integer);
+    return {digits, end};
+}
+
 std::string scalarText(const PropertyList& value)
 {
     switch (value.type()) {
@@ -127,11 +134,12 @@ std::string scalarText(const PropertyList& value)
         return dateText(*value.date());
     case PropertyList::Type::Data:
         return dataText(*value.data());
-    default: {
-        char digits[24];
-        const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), value.integerValue());
-        return {digits, end};
-    }
+    case PropertyList::Type::UID:
+        return "<CFKeyedArchiverUID>{value = " + integerText(value.uid()->index) + "}";
+    case PropertyList::Type::Unsigned:
+        return integerText(*value.unsignedInteger());
+    default:
+        return integerText(value.integerValue());
     }
 }
 

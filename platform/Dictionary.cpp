@@ -43,6 +43,11 @@ std::size_t Dictionary::size() const
     return _entries.size();
 }
 
+void Dictionary::reserve(std::size_t size)
+{
+    _entries.reserve(size);
+}
+
 const Dictionary::Entry* Dictionary::begin() const
 {
     return _entries.data();
@@ -69,7 +74,7 @@ void Dictionary::reindex()
     if (_entries.size() <= largestUnindexedSize)
         return;
     _index = std::make_unique<Index>();
-    _index->reserve(_entries.size());
+    _index->reserve(_entries.capacity());
     for (std::size_t i = 0; i < _entries.size(); ++i)
         _index->emplace(_entries[i].key, i);
 }

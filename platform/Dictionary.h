@@ -29,6 +29,7 @@ public:
 
     std::size_t size() const;
     bool empty() const { return size() == 0; }
+    void reserve(std::size_t size); // entries
 
     // Null when the key is absent.
     const PropertyList* find(std::string_view key) const;

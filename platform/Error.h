@@ -13,14 +13,16 @@ inline constexpr const char* POSIXErrorDomain = "NSPOSIXErrorDomain";
 inline constexpr const char* CocoaErrorDomain = "NSCocoaErrorDomain";
 inline constexpr const char* LocalizedDescriptionKey = "NSLocalizedDescription";
 inline constexpr const char* UnderlyingErrorKey = "NSUnderlyingError";
+inline constexpr const char* MultipleUnderlyingErrorsKey = "NSMultipleUnderlyingErrorsKey";
 
-// One failure. The code means something only together with the domain. The error under the underlying-error
-// key is held beside the other user info, because it is not a property-list value.
+// One failure. The code means something only together with the domain. The errors under the two keys above are held
+// beside the other user info, because they are no property-list values.
 struct Error {
     std::string domain;
     std::int64_t code = 0;
     Dictionary userInfo;
     std::shared_ptr<const Error> underlying;
+    std::vector<std::shared_ptr<const Error>> multipleUnderlying = {}; // none of them null
 
     bool operator==(const Error& other) const;
 };

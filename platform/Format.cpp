@@ -85,8 +85,10 @@ std::optional<std::uint64_t> number(const FormatArgument& argument)
         return static_cast<std::uint64_t>(*integer);
     if (const auto* integer = std::get_if<std::uint64_t>(&value))
         return *integer;
-    if (const auto* object = std::get_if<const PropertyList*>(&value))
-        return static_cast<std::uint64_t>((*object)->integerValue());
+    if (const auto* object = std::get_if<const PropertyList*>(&value)) {
+        const std::uint64_t* large = (*object)->unsignedInteger();
+        return large ? *large : static_cast<std::uint64_t>((*object)->integerValue());
+    }
     if (std::holds_alternative<std::nullptr_t>(value))
         return 0;
     return std::nullopt;

@@ -7,8 +7,9 @@ namespace platform {
 
 namespace {
 
-// 2^63, the first real above every integer.
+// 2^63 and 2^64, the first reals above every integer with and without a sign.
 constexpr double integerEnd = 9223372036854775808.0;
+constexpr double unsignedEnd = 2 * integerEnd;
 
 std::int64_t truncated(double real)
 {
@@ -27,12 +28,22 @@ bool sameNumber(double real, std::int64_t integer)
     return real >= -integerEnd && real < integerEnd && std::trunc(real) == real && truncated(real) == integer;
 }
 
+bool sameNumber(double real, std::uint64_t integer)
+{
+    return real >= integerEnd && real < unsignedEnd && static_cast<std::uint64_t>(real) == integer;
+}
+
 bool sameNumber(double left, double right)
 {
     return left == right || (std::isnan(left) && std::isnan(right));
 }
 
 } // namespace
+
+bool Date::operator==(const Date& other) const
+{
+    return sameNumber(secondsSinceReferenceDate, other.secondsSinceReferenceDate);
+}
 
 bool PropertyList::boolValue() const
 {
@@ -48,6 +59,8 @@ std::int64_t PropertyList::integerValue() const
         return std::get<bool>(_value) ? 1 : 0;
     case Type::Integer:
         return std::get<std::int64_t>(_value);
+    case Type::Unsigned:
+        return std::numeric_limits<std::int64_t>::max();
     case Type::Real:
         return truncated(std::get<double>(_value));
     default:
@@ -59,6 +72,8 @@ double PropertyList::realValue() const
 {
     if (const double* real = std::get_if<double>(&_value))
         return *real;
+    if (const std::uint64_t* integer = unsignedInteger())
+        return static_cast<double>(*integer);
     return static_cast<double>(integerValue());
 }
 
@@ -66,14 +81,15 @@ bool PropertyList::operator==(const PropertyList& other) const
 {
     if (!isNumber() || !other.isNumber())
         return _value == other._value;
-    const bool real = type() == Type::Real;
-    const bool otherReal = other.type() == Type::Real;
-    if (real && otherReal)
+    if (type() == Type::Real && other.type() == Type::Real)
         return sameNumber(realValue(), other.realValue());
-    if (real)
-        return sameNumber(realValue(), other.integerValue());
-    if (otherReal)
-        return sameNumber(other.realValue(), integerValue());
+    if (other.type() == Type::Real)
+        return other == *this;
+    if (type() == Type::Real)
+        return other.unsignedInteger() ? sameNumber(realValue(), *other.unsignedInteger())
+                                       : sameNumber(realValue(), other.integerValue());
+    if (unsignedInteger() || other.unsignedInteger())
+        return _value == other._value;
     return integerValue() == other.integerValue();
 }
 

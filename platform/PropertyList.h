@@ -12,10 +12,16 @@
 
 namespace platform {
 
-// Seconds since 2001-01-01 00:00:00 UTC, the reference date of property lists.
+// Seconds since 2001-01-01 00:00:00 UTC, the reference date of property lists. A date that is no number equals itself.
 struct Date {
     double secondsSinceReferenceDate = 0;
-    bool operator==(const Date&) const = default;
+    bool operator==(const Date& other) const;
+};
+
+// What an object of a keyed archive has in place of another object: its index in the archive's table.
+struct UID {
+    std::uint64_t index = 0;
+    bool operator==(const UID&) const = default;
 };
 
 using Array = std::vector<PropertyList>;
@@ -27,7 +33,8 @@ public:
 // gcc 12 takes a scoped enumerator for a shadow of the type alias of that name.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wshadow"
-    enum class Type { Boolean, Integer, Real, String, Date, Data, Array, Dictionary };
+    // Unsigned is an integer from 2^63 on; every smaller one is an Integer.
+    enum class Type { Boolean, Integer, Unsigned, Real, String, Date, Data, UID, Array, Dictionary };
 #pragma GCC diagnostic pop
 
     PropertyList() : _value(Dictionary()) { }
@@ -36,6 +43,8 @@ public:
         requires(std::is_integral_v<T> && !std::is_same_v<T, bool>)
     PropertyList(T value) : _value(static_cast<std::int64_t>(value))
     {
+        if (std::is_unsigned_v<T> && static_cast<std::int64_t>(value) < 0)
+            _value = static_cast<std::uint64_t>(value);
     }
     PropertyList(double value) : _value(value) { }
     PropertyList(std::string value) : _value(std::move(value)) { }
@@ -43,22 +52,25 @@ public:
     PropertyList(const char* value) : _value(std::string(value)) { }
     PropertyList(Date value) : _value(value) { }
     PropertyList(Data value) : _value(std::move(value)) { }
+    PropertyList(UID value) : _value(value) { }
     PropertyList(Array value) : _value(std::move(value)) { }
     PropertyList(Dictionary value) : _value(std::move(value)) { }
 
     Type type() const { return static_cast<Type>(_value.index()); }
     bool isNumber() const { return type() <= Type::Real; }
 
-    // Numbers by value, everything else false or 0. A real is cut towards zero and held in the range of
-    // the result; not-a-number is 0.
+    // Numbers by value, everything else false or 0. A real is cut towards zero; what the range of the result lacks is
+    // held at its end, and not-a-number is 0.
     bool boolValue() const;
     std::int64_t integerValue() const;
     double realValue() const;
 
     // The content if the type is the named one, otherwise null.
+    const std::uint64_t* unsignedInteger() const { return std::get_if<std::uint64_t>(&_value); }
     const std::string* string() const { return std::get_if<std::string>(&_value); }
     const Date* date() const { return std::get_if<Date>(&_value); }
     const Data* data() const { return std::get_if<Data>(&_value); }
+    const UID* uid() const { return std::get_if<UID>(&_value); }
     const Array* array() const { return std::get_if<Array>(&_value); }
     const Dictionary* dictionary() const { return std::get_if<Dictionary>(&_value); }
     Array* array() { return std::get_if<Array>(&_value); }
@@ -69,7 +81,7 @@ public:
 
 private:
     // The order of the alternatives is that of Type.
-    std::variant<bool, std::int64_t, double, std::string, Date, Data, Array, Dictionary> _value;
+    std::variant<bool, std::int64_t, std::uint64_t, double, std::string, Date, Data, UID, Array, Dictionary> _value;
 };
 
 struct Dictionary::Entry {

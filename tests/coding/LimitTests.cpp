@@ -107,18 +107,61 @@ TEST_CASE("a small input that would unfold into a vast value is refused at once"
     CHECK(secondsOf([] { CHECK(isDamaged(laughs(100, "\x09"))); }) < 1);
     CHECK(secondsOf([] { CHECK(isDamaged(laughs(9, "\x09"))); }) < 1);
     CHECK(secondsOf([] { CHECK(isDamaged(laughs(20, "\x5F\x11\x7F\xFF" + std::string(0x7FFF, 'x')))); }) < 1);
-    CHECK(propertyListWithData(laughs(4, "\x09")));
+    // Four million values of 130 bytes: an array of fourteen of fourteen, six times.
+    std::vector<std::string> objects;
+    for (char next = 1; next <= 6; ++next)
+        objects.push_back("\xAE" + std::string(14, next));
+    objects.push_back("\xA0");
+    const Data vast = binary(objects);
+    CHECK(vast.size() < 170);
+    CHECK(isDamaged(vast));
+}
+
+TEST_CASE("an input may unfold into a value for each of its bytes and a thousand more, shared ones counted each time")
+{
+    // An array of arrays of empty arrays, filled up with what nothing refers to.
+    const auto unfolding = [](std::size_t outer, std::size_t inner, std::size_t size) {
+        const auto array = [](std::size_t count, char element) {
+            return std::string{'\xAF', '\x11', static_cast<char>(count >> 8), static_cast<char>(count)}
+            + std::string(count, element);
+        };
+        const std::vector<std::string> objects{array(outer, '\1'), array(inner, '\2'), "\xA0", "\x09"};
+        const std::size_t bare = binary(objects).size();
+        REQUIRE(size >= bare);
+        Data bytes = binary({objects[0], objects[1], objects[2], std::string(size - bare + 1, '\x09')});
+        REQUIRE(bytes.size() == size);
+        return bytes;
+    };
+    // 1 + 30 * (1 + 100) values.
+    CHECK(propertyListWithData(unfolding(30, 100, 2031)));
+    CHECK(isDamaged(unfolding(30, 100, 2030)));
+    // 1 + 300 * (1 + 1000) values.
+    CHECK(propertyListWithData(unfolding(300, 1000, 299'301)));
+    CHECK(isDamaged(unfolding(300, 1000, 299'300)));
+}
+
+TEST_CASE("the keys of a shared dictionary count each time")
+{
+    const auto shared = [](const std::string& innermost) {
+        const auto fifteen = [](char element) { return "\xAF\x10\x0F" + std::string(15, element); };
+        return binary({fifteen('\1'), fifteen('\2'), innermost, "\x51k", "\x51l"});
+    };
+    // 1 + 15 * (1 + 15 * (1 + 2)) = 691 values in 100 bytes, and with their keys 1141.
+    CHECK(propertyListWithData(shared("\xA2\3\4")));
+    CHECK(isDamaged(shared("\xD2\3\4\3\4")));
 }
 
 TEST_CASE("a long text may be shared, but not unfold into many times the input")
 {
-    const std::string text = "\x5F\x12" + "\x00\x10\x00\x00"s + std::string(1 << 20, 'x');
-    const auto shared = [&](int count) {
-        return binary(
-            {"\xAF\x10"s + static_cast<char>(count) + std::string(static_cast<std::size_t>(count), '\1'), text});
+    const auto shared = [](std::size_t size, std::size_t count) {
+        const std::string text = "\x5F\x12"s + static_cast<char>(size >> 24) + static_cast<char>(size >> 16)
+            + static_cast<char>(size >> 8) + static_cast<char>(size) + std::string(size, 'x');
+        return binary({"\xAF\x10"s + static_cast<char>(count) + std::string(count, '\1'), text});
     };
-    CHECK(propertyListWithData(shared(8)));
-    CHECK(isDamaged(shared(200)));
+    CHECK(propertyListWithData(shared(1 << 20, 8)));
+    CHECK(isDamaged(shared(1 << 20, 200)));
+    CHECK(propertyListWithData(shared(10'000, 60)));
+    CHECK(isDamaged(shared(10'000, 80)));
 }
 
 TEST_CASE("a million different numbers are written and read in time linear in their count")
@@ -140,27 +183,6 @@ TEST_CASE("a million small dictionaries are written within what a bus carries in
     const Data bytes = binaryPropertyList(value).value();
     CHECK(bytes.size() < mostOfBus);
     CHECK(propertyListWithData(bytes).value() == value);
-}
-
-TEST_CASE("a large input may unfold into as many values as it has bytes, and no more than there is room for")
-{
-    const auto counted = [](char marker, std::size_t count) {
-        std::string text{marker, '\x12'};
-        for (const int shift : {24, 16, 8, 0})
-            text += static_cast<char>(count >> shift);
-        return text;
-    };
-    const auto unfolding = [&](std::size_t nodes, std::size_t size) {
-        // An array of arrays of a thousand, beside data that fills the input up.
-        const auto outer = counted('\xAF', nodes / 1000) + std::string(nodes / 1000, '\2');
-        const auto thousand = counted('\xAF', 1000) + std::string(1000, '\3');
-        return binary({"\xA2\1\4", outer, thousand, "\x09", counted('\x4F', size) + std::string(size, 'x')});
-    };
-    CHECK(propertyListWithData(unfolding(3'900'000, 1000)));
-    CHECK(isDamaged(unfolding(4'100'000, 1000)));
-    CHECK(propertyListWithData(unfolding(5'900'000, 6'000'000)));
-    CHECK(isDamaged(unfolding(6'100'000, 6'000'000)));
-    CHECK(isDamaged(unfolding(10'100'000, 20'000'000)));
 }
 
 TEST_CASE("three hundred thousand different keys are written and read in time linear in their count")
@@ -211,6 +233,9 @@ TEST_CASE("a property list cut off at any byte is damage or a value")
         xml("<dict><key>a</key><array><integer>1</integer><string>b &amp; <![CDATA[c]]></string>"
             "<real>1.5</real><date>2001-01-01T00:00:00Z</date><data>AAEC</data><true/></array>"
             "<!-- end --></dict>");
+    std::string utf16Text = "\xFF\xFE";
+    for (const char letter : xmlText)
+        utf16Text += {letter, '\0'};
     const std::string oldText = "// sample\n{ \"a\\n\\U00e9\" = (b, \"c d\", <0fbd>, {e = f;}); /* end */ }";
     const platform::Error error{"domain", 1, *everyType().dictionary(),
                                 std::make_shared<const platform::Error>(platform::Error{"inner", 2, {}, nullptr})};
@@ -232,6 +257,7 @@ TEST_CASE("a property list cut off at any byte is damage or a value")
     // Up to the end of the header it could still be a plain string.
     cutOff(binaryBytes, [](const Data& part) { CHECK(isDamaged(part) == (part.empty() || part.size() >= 8)); });
     cutOff(bytesOf(xmlText), plain);
+    cutOff(bytesOf(utf16Text), plain);
     cutOff(bytesOf(oldText), plain);
     cutOff(archive, [](const Data& part) {
         CHECK_FALSE(platform::unarchivedError(part, true));

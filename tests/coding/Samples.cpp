@@ -28,6 +28,8 @@ PropertyList everyType()
         {"word", 65535},
         {"long", std::int64_t{4294967295}},
         {"largest", INT64_MAX},
+        {"unsigned", std::uint64_t{1} << 63},
+        {"largest unsigned", UINT64_MAX},
         {"negative", -1},
         {"smallest", INT64_MIN},
         {"real", 0.1},

@@ -1,3 +1,4 @@
+#include "platform/Unicode.h"
 #include "tests/coding/Samples.h"
 
 #include <cmath>
@@ -10,6 +11,7 @@ using platform::Data;
 using platform::Date;
 using platform::Dictionary;
 using platform::PropertyList;
+using platform::UID;
 
 namespace {
 
@@ -52,8 +54,11 @@ TEST_CASE("integers may be hexadecimal, signed and surrounded by space, and fit 
     CHECK(readElement("<integer>010</integer>").value() == PropertyList(10));
     CHECK(readElement("<integer>9223372036854775807</integer>").value() == PropertyList(INT64_MAX));
     CHECK(readElement("<integer>-9223372036854775808</integer>").value() == PropertyList(INT64_MIN));
-    for (const char* text : {"", " ", "-", "+", "0x", "1x", "12 34", "--1", "-+1", "1.0", "9223372036854775808",
-                             "-9223372036854775809", "99999999999999999999", "0xFFFFFFFFFFFFFFFF"}) {
+    CHECK(readElement("<integer>9223372036854775808</integer>").value() == PropertyList(std::uint64_t{1} << 63));
+    CHECK(readElement("<integer>18446744073709551615</integer>").value() == PropertyList(UINT64_MAX));
+    CHECK(readElement("<integer>0xFFFFFFFFFFFFFFFF</integer>").value() == PropertyList(UINT64_MAX));
+    for (const char* text : {"", " ", "-", "+", "0x", "1x", "12 34", "--1", "-+1", "1.0", "-9223372036854775809",
+                             "18446744073709551616", "99999999999999999999", "0x10000000000000000"}) {
         CAPTURE(text);
         CHECK(isDamagedElement("<integer>" + std::string(text) + "</integer>"));
     }
@@ -175,13 +180,134 @@ TEST_CASE("elements that don't fit together are damage")
         CAPTURE(element);
         CHECK(isDamagedElement(element));
     }
-    for (const char* document : {"<?xml version=\"1.0\"?>", "<?xml", "<!--", "<!-- a", "<!DOCTYPE", "<!DOCTYPE plist>",
-                                 "<plist>", "<plist/>", "<plist></plist>", "<plist><true/>", "<plist><true/></plist>x",
-                                 "<plist><true/></plist><plist><true/></plist>", "<?xml version=\"1.0\"?><dict/>",
-                                 "<?xml?><?x", "<plist><true/></plist><?x"}) {
+    for (const char* document : {"<?xml version=\"1.0\"?>",
+                                 "<?xml",
+                                 "<!--",
+                                 "<!-- a",
+                                 "<!DOCTYPE",
+                                 "<!DOCTYPE plist>",
+                                 "<plist>",
+                                 "<plist/>",
+                                 "<plist></plist>",
+                                 "<plist><true/>",
+                                 "<plist><true/></plist>x",
+                                 "<plist><true/></plist><plist><true/></plist>",
+                                 "<?xml?><?x",
+                                 "<plist><true/></plist><?x",
+                                 "<dict/><dict/>",
+                                 "<true/>x",
+                                 "<dict></plist>",
+                                 "<true/></plist>",
+                                 "<key>a</key>",
+                                 "<?xml version=\"1.0\"?></dict>"}) {
         CAPTURE(document);
         CHECK(isDamaged(document));
     }
+}
+
+TEST_CASE("the root may stand alone, without a plist element around it")
+{
+    CHECK(read("<?xml version=\"1.0\"?><dict/>").value() == PropertyList(Dictionary()));
+    CHECK(read(" <dict><key>a</key><true/></dict>\n").value() == PropertyList(Dictionary{{"a", true}}));
+    CHECK(read("<array><true/></array>").value() == PropertyList(Array{true}));
+    CHECK(read("<string>a</string><!-- c -->").value() == PropertyList("a"));
+    CHECK(read("<integer>1</integer>").value() == PropertyList(1));
+    CHECK(read("<real>1.5</real>").value() == PropertyList(1.5));
+    CHECK(read("<date>2001-01-01T00:00:00Z</date>").value() == PropertyList(Date{0}));
+    CHECK(read("<data>YQ==</data>").value() == PropertyList(Data{'a'}));
+    CHECK(read("<true/>").value() == PropertyList(true));
+    CHECK(read("<false/>").value() == PropertyList(false));
+    // Data in the old style.
+    CHECK(read("<da7a>").value() == PropertyList(Data{0xDA, 0x7A}));
+}
+
+TEST_CASE("a dictionary of CF$UID and a number is a UID")
+{
+    CHECK(readElement("<dict><key>CF$UID</key><integer>7</integer></dict>").value() == PropertyList(UID{7}));
+    CHECK(readElement("<array><dict><key>CF$UID</key><integer>18446744073709551615</integer></dict></array>").value()
+          == PropertyList(Array{UID{UINT64_MAX}}));
+    CHECK(readElement("<dict><key>CF$UID</key><integer>-1</integer></dict>").value()
+          == PropertyList(Dictionary{{"CF$UID", -1}}));
+    CHECK(readElement("<dict><key>CF$UID</key><string>7</string></dict>").value()
+          == PropertyList(Dictionary{{"CF$UID", "7"}}));
+    CHECK(readElement("<dict><key>CF$UID</key><integer>7</integer><key>b</key><true/></dict>").value()
+          == PropertyList(Dictionary{{"CF$UID", 7}, {"b", true}}));
+}
+
+namespace {
+
+// In UTF-16, the characters of a text in UTF-8.
+std::string utf16(std::string_view text, bool isBigEndian)
+{
+    std::string made;
+    const auto append = [&](char32_t unit) {
+        const char high = static_cast<char>(unit >> 8);
+        const char low = static_cast<char>(unit);
+        made += isBigEndian ? high : low;
+        made += isBigEndian ? low : high;
+    };
+    while (!text.empty()) {
+        const char32_t character = platform::takeCharacter(text);
+        if (character >= 0x10000) {
+            append(0xD800 + ((character - 0x10000) >> 10));
+            append(0xDC00 + ((character - 0x10000) & 0x3FF));
+        } else {
+            append(character);
+        }
+    }
+    return made;
+}
+
+} // namespace
+
+TEST_CASE("XML in UTF-16 of either order is read, with a byte-order mark or without")
+{
+    const std::string document =
+        "<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><array><string>é € 😀</string></array></plist>";
+    for (const bool isBigEndian : {true, false}) {
+        CAPTURE(isBigEndian);
+        const std::string mark = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+        CHECK(read(mark + utf16(document, isBigEndian)).value() == PropertyList(Array{"é € 😀"}));
+        CHECK(read(utf16(document, isBigEndian)).value() == PropertyList(Array{"é € 😀"}));
+        CHECK(isDamaged(mark + utf16(document, isBigEndian) + "x"));
+        CHECK(isDamaged(mark + utf16(document, !isBigEndian)));
+        CHECK(read(mark + utf16("{ a = é; }", isBigEndian)).has_value() == false);
+        CHECK(read(mark + utf16("{ a = \"é\"; }", isBigEndian)).value() == PropertyList(Dictionary{{"a", "é"}}));
+    }
+}
+
+TEST_CASE("half of a surrogate pair in UTF-16 is damage")
+{
+    const auto document = [](std::string_view units) {
+        return utf16("<string>", true) + std::string(units) + utf16("</string>", true);
+    };
+    CHECK(read(document("\xD8\x3D\xDE\x00"s)).value() == PropertyList("😀"));
+    CHECK(read(document("\xD8\x00\xDC\x00"s)).value() == PropertyList("\U00010000"));
+    CHECK(read(document("\xDB\xFF\xDF\xFF"s)).value() == PropertyList("\U0010FFFF"));
+    CHECK(isDamaged(document("\xD8\x3D"s)));
+    CHECK(isDamaged(document("\xDE\x00"s)));
+    CHECK(isDamaged(document("\xDE\x00\xD8\x3D"s)));
+    CHECK(isDamaged(document("\xD8\x3D\xD8\x3D"s)));
+    CHECK(isDamaged(document("\0\0"s)));
+    CHECK(isDamaged(utf16("<string>", true) + "\xD8\x3D"));
+    CHECK(isDamaged("\xFE\xFF\xD8\x3D"));
+}
+
+TEST_CASE("XML in ISO-8859-1 is read when its declaration says so")
+{
+    const auto document = [](std::string_view encoding, std::string_view text) {
+        return "<?xml version='1.0' encoding=" + std::string(encoding) + "?><string>" + std::string(text) + "</string>";
+    };
+    CHECK(read(document("\"ISO-8859-1\"", "caf\xE9 \xA3")).value() == PropertyList("café £"));
+    CHECK(read(document("'iso-8859-1'", "\xFF\x80")).value() == PropertyList("ÿ\u0080"));
+    CHECK(read(document("\"UTF-8\"", "café")).value() == PropertyList("café"));
+    CHECK(read(document("\"utf-8\"", "café")).value() == PropertyList("café"));
+    CHECK(read(document("\"US-ASCII\"", "a")).value() == PropertyList("a"));
+    CHECK(read("\xEF\xBB\xBF" + document("\"ISO-8859-1\"", "é")).value() == PropertyList("é"));
+    CHECK(isDamaged(document("\"UTF-8\"", "caf\xE9")));
+    CHECK(isDamaged(document("\"UTF-16\"", "a")));
+    CHECK(isDamaged(document("\"windows-1252\"", "a")));
+    CHECK(isDamaged(document("\"ISO-8859-1\"", "a\0b"s)));
 }
 
 TEST_CASE("text that is not UTF-8 or has a NUL is damage")

@@ -90,19 +90,22 @@ TEST_CASE("A payload is bytes, and not too many")
               .has_value());
 }
 
-TEST_CASE("A payload is read in every property-list format")
+TEST_CASE("A payload is read in the binary format, and refused in every other")
 {
     platform::PropertyList value(Dictionary{{"Enabled", "1"}});
     auto binary = platform::binaryPropertyList(value);
     REQUIRE(binary.has_value());
+    auto payload = RequestReader::payloadOfRequest({21, {}, *binary});
+    REQUIRE(payload.has_value());
+    REQUIRE(payload->has_value());
+    CHECK(**payload == value);
     for (const auto& bytes :
-         {*binary, textData("{ Enabled = 1; }"),
+         {textData("{ Enabled = 1; }"), textData("<dict><key>Enabled</key><string>1</string></dict>"),
           textData("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Enabled</key><string>1</string></dict>"
                    "</plist>")}) {
-        auto payload = RequestReader::payloadOfRequest({21, {}, bytes});
-        REQUIRE(payload.has_value());
-        REQUIRE(payload->has_value());
-        CHECK(**payload == value);
+        auto refused = RequestReader::payloadOfRequest({21, {}, bytes});
+        REQUIRE_FALSE(refused.has_value());
+        checkDamaged(refused.error(), {{"message", 21}});
     }
 }
 

@@ -32,6 +32,14 @@ TEST_CASE("a real is printed with as many digits as it needs")
     CHECK(description(std::nan("")) == "nan");
 }
 
+TEST_CASE("an integer from 2^63 on and a UID are printed as they are")
+{
+    CHECK(description(UINT64_MAX) == "18446744073709551615");
+    CHECK(description(platform::UID{7}) == "<CFKeyedArchiverUID>{value = 7}");
+    CHECK(description(platform::Array{UINT64_MAX, platform::UID{7}})
+          == "(\n    18446744073709551615,\n    \"<CFKeyedArchiverUID>{value = 7}\"\n)");
+}
+
 TEST_CASE("an array lists its elements one a line, quoted unless they are letters and digits alone")
 {
     CHECK(description(Array{"com.zerkolin.brevane.uninstall", "b2", "", "c d"})

@@ -30,6 +30,8 @@ TEST_CASE("a number conversion takes a number object by value and an absent one 
     CHECK(formatString("(%lu)", {userInfo.find("message")}) == "(26)");
     CHECK(formatString("%d", {userInfo.find("errno")}) == "1");
     CHECK(formatString("%d %lu", {userInfo.find("missing"), userInfo.find("wrong")}) == "0 0");
+    const PropertyList large(UINT64_MAX);
+    CHECK(formatString("%lu", {&large}) == "18446744073709551615");
 }
 
 TEST_CASE("numbers have the width of their conversion, as in C")

@@ -43,6 +43,48 @@ TEST_CASE("a large integer differs from the real that it would be rounded to")
     CHECK(PropertyList(largest) != PropertyList(std::numeric_limits<double>::infinity()));
 }
 
+TEST_CASE("an integer from 2^63 on is a number of its own, equal to no smaller one and to the real of its value")
+{
+    constexpr std::uint64_t first = std::uint64_t{1} << 63;
+    CHECK(PropertyList(first - 1).type() == PropertyList::Type::Integer);
+    CHECK(PropertyList(first - 1) == PropertyList(largest));
+    CHECK(PropertyList(first).type() == PropertyList::Type::Unsigned);
+    CHECK(PropertyList(first).isNumber());
+    CHECK(PropertyList(first) == PropertyList(first));
+    CHECK(PropertyList(first) != PropertyList(first + 1));
+    CHECK(PropertyList(first) != PropertyList(smallest));
+    CHECK(PropertyList(first) != PropertyList(largest));
+    CHECK(PropertyList(UINT64_MAX) != PropertyList(-1));
+    CHECK(PropertyList(first) == PropertyList(9223372036854775808.0));
+    CHECK(PropertyList(9223372036854775808.0) == PropertyList(first));
+    CHECK(PropertyList(first + 1) != PropertyList(9223372036854775808.0));
+    CHECK(PropertyList(UINT64_MAX) != PropertyList(18446744073709551616.0));
+    CHECK(PropertyList(first) != PropertyList(-9223372036854775808.0));
+    CHECK(PropertyList(first) != PropertyList(notANumber));
+    CHECK(PropertyList(first) != PropertyList(true));
+    CHECK(PropertyList(first).boolValue());
+    CHECK(PropertyList(first).integerValue() == largest);
+    CHECK(PropertyList(UINT64_MAX).realValue() == 18446744073709551616.0);
+    CHECK(PropertyList(static_cast<unsigned char>(255)) == PropertyList(255));
+}
+
+TEST_CASE("a UID is equal to the UID of its index alone, and no number")
+{
+    CHECK(PropertyList(platform::UID{1}) == PropertyList(platform::UID{1}));
+    CHECK(PropertyList(platform::UID{1}) != PropertyList(platform::UID{2}));
+    CHECK(PropertyList(platform::UID{1}) != PropertyList(1));
+    CHECK_FALSE(PropertyList(platform::UID{1}).isNumber());
+    CHECK(PropertyList(platform::UID{1}).integerValue() == 0);
+    CHECK(PropertyList(1).uid() == nullptr);
+}
+
+TEST_CASE("a date that is no number equals itself, so that a record with one equals its copy")
+{
+    CHECK(PropertyList(Date{notANumber}) == PropertyList(Date{notANumber}));
+    CHECK(PropertyList(Date{notANumber}) != PropertyList(Date{0}));
+    CHECK(PropertyList(Date{-0.0}) == PropertyList(Date{0.0}));
+}
+
 TEST_CASE("values of different types that are not numbers differ")
 {
     CHECK(PropertyList("1") != PropertyList(1));
@@ -131,4 +173,12 @@ TEST_CASE("errors are equal when their domains, codes, user info and underlying 
     CHECK(Error{"a", 1, {}, nullptr} != Error{"b", 1, {}, nullptr});
     CHECK(Error{"a", 1, {}, nullptr} != Error{"a", 2, {}, nullptr});
     CHECK(Error{"a", 1, {{"k", true}}, nullptr} == Error{"a", 1, {{"k", 1}}, nullptr});
+    const auto several = [](std::int64_t last) {
+        const auto one = std::make_shared<const Error>(Error{"one", 1, {}, nullptr});
+        const auto other = std::make_shared<const Error>(Error{"other", last, {}, nullptr});
+        return Error{"outer", 1, {}, nullptr, {one, other}};
+    };
+    CHECK(several(2) == several(2));
+    CHECK(several(2) != several(3));
+    CHECK(several(2) != Error{"outer", 1, {}, nullptr});
 }

@@ -2,6 +2,7 @@
 
 #include "platform/Error.h"
 
+#include <cstddef>
 #include <cstdint>
 #import <Foundation/Foundation.h>
 #include <optional>
@@ -19,14 +20,13 @@ std::string string(NSString* text); // nil is the empty text
 NSData* data(std::span<const std::uint8_t> bytes);
 Data data(NSData* bytes);
 
-// Nil for a value that no property list can hold: text that is no UTF-8 or has a NUL, a date that is no finite number,
-// or collections nested too deeply.
+// Nil for a value that no property list can hold: text that is no UTF-8 or has a NUL, or collections nested too deeply.
 id object(const PropertyList& value);
 NSDictionary<NSString*, id>* dictionary(const Dictionary& value);
 
-// Nothing for an object that is no property list, an integer above 64 bits with a sign, collections nested too deeply,
-// or shared objects that would unfold into a vast value.
-std::optional<PropertyList> propertyList(id object);
+// Nullopt for an object that is no property list, an integer below -2^63 or above 2^64-1, collections nested too
+// deeply, or shared objects that would unfold into more values, keys among them.
+std::optional<PropertyList> propertyList(id object, std::size_t maximumValues = 4'000'000);
 
 NSError* error(const Error& error);
 Error error(NSError* error);

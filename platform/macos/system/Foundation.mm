@@ -2,16 +2,18 @@
 
 #include "platform/Unicode.h"
 
-#include <cmath>
-#include <limits>
+#include <memory>
+#include <utility>
 
 namespace platform::foundation {
 
 namespace {
 
-// What a value may unfold into.
-constexpr std::uint64_t maximumNodes = 4'000'000;
+// Of text and data, in what a value unfolds into.
 constexpr std::uint64_t maximumBytes = 256U << 20;
+
+// Errors that lead to each other, all together.
+constexpr std::size_t maximumErrors = 1000;
 
 NSString* exactString(std::string_view text)
 {
@@ -21,6 +23,40 @@ NSString* exactString(std::string_view text)
 NSString* writableString(std::string_view text)
 {
     return text.find('\0') == std::string_view::npos ? exactString(text) : nil;
+}
+
+// There is no public call that makes a UID or takes one apart, but one is what a dictionary of CF$UID is read as, and
+// in the binary format it is a marker and its index, behind a header of eight bytes.
+id makeUID(UID value)
+{
+    NSString* const text =
+        [NSString stringWithFormat:@"<plist><dict><key>CF$UID</key><integer>%llu</integer></dict></plist>",
+                                   static_cast<unsigned long long>(value.index)];
+    return [NSPropertyListSerialization propertyListWithData:[text dataUsingEncoding:NSUTF8StringEncoding]
+                                                     options:NSPropertyListImmutable
+                                                      format:nil
+                                                       error:nil];
+}
+
+std::optional<PropertyList> readUID(id object)
+{
+    if (![NSPropertyListSerialization propertyList:object isValidForFormat:NSPropertyListBinaryFormat_v1_0])
+        return std::nullopt;
+    NSData* const written = [NSPropertyListSerialization dataWithPropertyList:object
+                                                                       format:NSPropertyListBinaryFormat_v1_0
+                                                                      options:0
+                                                                        error:nil];
+    constexpr std::size_t markerAt = 8;
+    const auto* const bytes = static_cast<const std::uint8_t*>(written.bytes);
+    if (written.length <= markerAt || bytes[markerAt] >> 4 != 8)
+        return std::nullopt;
+    const std::size_t size = (bytes[markerAt] & 0xFU) + 1;
+    if (size > 8 || written.length < markerAt + 1 + size)
+        return std::nullopt;
+    UID value;
+    for (std::size_t i = 0; i < size; ++i)
+        value.index = value.index << 8 | bytes[markerAt + 1 + i];
+    return PropertyList(value);
 }
 
 id makeObject(const PropertyList& value, int depth);
@@ -62,16 +98,18 @@ id makeObject(const PropertyList& value, int depth)
         return @(value.boolValue());
     case PropertyList::Type::Integer:
         return @(value.integerValue());
+    case PropertyList::Type::Unsigned:
+        return @(*value.unsignedInteger());
     case PropertyList::Type::Real:
         return @(value.realValue());
     case PropertyList::Type::String:
         return writableString(*value.string());
-    case PropertyList::Type::Date: {
-        const double seconds = value.date()->secondsSinceReferenceDate;
-        return std::isfinite(seconds) ? [NSDate dateWithTimeIntervalSinceReferenceDate:seconds] : nil;
-    }
+    case PropertyList::Type::Date:
+        return [NSDate dateWithTimeIntervalSinceReferenceDate:value.date()->secondsSinceReferenceDate];
     case PropertyList::Type::Data:
         return foundation::data(*value.data());
+    case PropertyList::Type::UID:
+        return makeUID(*value.uid());
     case PropertyList::Type::Array:
         return makeArray(*value.array(), depth + 1);
     case PropertyList::Type::Dictionary:
@@ -83,10 +121,13 @@ id makeObject(const PropertyList& value, int depth)
 // Reads objects that others made, so it counts what it makes of them.
 class Reader {
 public:
+    explicit Reader(std::size_t maximumValues) : _valuesLeft(maximumValues) { }
+
     std::optional<PropertyList> read(id object, int depth)
     {
-        if (depth > maximumDepth || ++_nodes > maximumNodes || _bytes > maximumBytes)
+        if (depth > maximumDepth || _valuesLeft == 0 || _bytes > maximumBytes)
             return std::nullopt;
+        --_valuesLeft;
         if ([object isKindOfClass:NSString.class])
             return readString(object);
         if ([object isKindOfClass:NSNumber.class])
@@ -101,7 +142,7 @@ public:
             return readArray(object, depth + 1);
         if ([object isKindOfClass:NSDictionary.class])
             return readDictionary(object, depth + 1);
-        return std::nullopt;
+        return readUID(object);
     }
 
 private:
@@ -120,10 +161,11 @@ private:
             return PropertyList(static_cast<bool>(number.boolValue));
         if (CFNumberIsFloatType((__bridge CFNumberRef)number))
             return PropertyList(number.doubleValue);
-        const std::int64_t value = number.longLongValue;
-        if (![number isEqualToNumber:@(value)])
-            return std::nullopt;
-        return PropertyList(value);
+        if ([number isEqualToNumber:@(number.longLongValue)])
+            return PropertyList(number.longLongValue);
+        if ([number isEqualToNumber:@(number.unsignedLongLongValue)])
+            return PropertyList(number.unsignedLongLongValue);
+        return std::nullopt;
     }
 
     std::optional<PropertyList> readArray(NSArray* elements, int depth)
@@ -141,6 +183,9 @@ private:
     std::optional<PropertyList> readDictionary(NSDictionary* entries, int depth)
     {
         Dictionary dictionary;
+        if (_valuesLeft < entries.count)
+            return std::nullopt;
+        _valuesLeft -= entries.count; // the keys
         for (const id key in entries) {
             const auto name = [key isKindOfClass:NSString.class] ? readString(key) : std::nullopt;
             auto value = name ? read(entries[key], depth) : std::nullopt;
@@ -151,31 +196,63 @@ private:
         return PropertyList(std::move(dictionary));
     }
 
-    std::uint64_t _nodes = 0;
+    std::size_t _valuesLeft;
     std::uint64_t _bytes = 0;
 };
 
-NSError* makeError(const Error& error, int depth)
+// `left` counts the errors that may still be made, so that a long chain does not run out of stack.
+NSError* makeError(const Error& error, std::size_t& left)
 {
-    NSMutableDictionary* const userInfo = [NSMutableDictionary dictionaryWithCapacity:error.userInfo.size() + 1];
+    NSMutableDictionary* const userInfo = [NSMutableDictionary dictionaryWithCapacity:error.userInfo.size() + 2];
     for (const Dictionary::Entry& entry : error.userInfo) {
         if (const id value = object(entry.value))
             userInfo[string(entry.key)] = value;
     }
-    if (error.underlying && depth < maximumDepth)
-        userInfo[NSUnderlyingErrorKey] = makeError(*error.underlying, depth + 1);
+    if (error.underlying && left > 0)
+        userInfo[NSUnderlyingErrorKey] = makeError(*error.underlying, --left);
+    if (!error.multipleUnderlying.empty()) {
+        NSMutableArray* const errors = [NSMutableArray array];
+        for (const auto& each : error.multipleUnderlying) {
+            if (left > 0)
+                [errors addObject:makeError(*each, --left)];
+        }
+        userInfo[string(MultipleUnderlyingErrorsKey)] = errors;
+    }
     return [NSError errorWithDomain:string(error.domain) code:error.code userInfo:userInfo];
 }
 
-Error readError(NSError* error, int depth)
+// What has a place among an error's values: a URL as its absolute string, a set as an array. Nullopt for other objects
+// that are no property list.
+std::optional<PropertyList> userInfoValue(id value)
 {
+    if ([value isKindOfClass:NSURL.class])
+        return PropertyList(string([static_cast<NSURL*>(value) absoluteString]));
+    return propertyList([value isKindOfClass:NSSet.class] ? [static_cast<NSSet*>(value) allObjects] : value);
+}
+
+Error readError(NSError* error, std::size_t& left);
+
+std::shared_ptr<const Error> sharedError(id value, std::size_t& left)
+{
+    if (left == 0 || ![value isKindOfClass:NSError.class])
+        return nullptr;
+    return std::make_shared<const Error>(readError(static_cast<NSError*>(value), --left));
+}
+
+Error readError(NSError* error, std::size_t& left)
+{
+    NSString* const multipleKey = string(MultipleUnderlyingErrorsKey);
     Error made{string(error.domain), error.code, {}, nullptr};
     for (NSString* const key in error.userInfo) {
         const id value = error.userInfo[key];
         if ([key isEqualToString:NSUnderlyingErrorKey] && [value isKindOfClass:NSError.class]) {
-            if (depth < maximumDepth)
-                made.underlying = std::make_shared<const Error>(readError(static_cast<NSError*>(value), depth + 1));
-        } else if (auto read = propertyList(value)) {
+            made.underlying = sharedError(value, left);
+        } else if ([key isEqualToString:multipleKey] && [value isKindOfClass:NSArray.class]) {
+            for (const id each in static_cast<NSArray*>(value)) {
+                if (auto shared = sharedError(each, left))
+                    made.multipleUnderlying.push_back(std::move(shared));
+            }
+        } else if (auto read = userInfoValue(value)) {
             made.userInfo.set(string(key), std::move(*read));
         }
     }
@@ -221,19 +298,21 @@ NSDictionary<NSString*, id>* dictionary(const Dictionary& value)
     return makeDictionary(value, 1);
 }
 
-std::optional<PropertyList> propertyList(id object)
+std::optional<PropertyList> propertyList(id object, std::size_t maximumValues)
 {
-    return Reader().read(object, 0);
+    return Reader(maximumValues).read(object, 0);
 }
 
 NSError* error(const Error& value)
 {
-    return makeError(value, 1);
+    std::size_t left = maximumErrors - 1;
+    return makeError(value, left);
 }
 
 Error error(NSError* value)
 {
-    return readError(value, 1);
+    std::size_t left = maximumErrors - 1;
+    return readError(value, left);
 }
 
 } // namespace platform::foundation

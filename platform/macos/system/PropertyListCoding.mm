@@ -2,6 +2,9 @@
 
 #include "platform/macos/system/Foundation.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace platform {
 
 namespace {
@@ -19,7 +22,14 @@ Error unwritableError()
     return {CocoaErrorDomain, writeInvalid, {}, nullptr};
 }
 
-Result<PropertyList> read(NSData* bytes, bool oldStyleOnly)
+// What an input may unfold into, where objects are shared.
+std::size_t valuesOfInput(NSData* bytes)
+{
+    return std::min<std::size_t>(bytes.length + 1000, 10'000'000);
+}
+
+// In one format alone when there is one.
+Result<PropertyList> read(NSData* bytes, std::size_t maximumValues, NSPropertyListFormat only = {})
 {
     NSPropertyListFormat format = NSPropertyListBinaryFormat_v1_0;
     NSError* failure = nil;
@@ -29,8 +39,8 @@ Result<PropertyList> read(NSData* bytes, bool oldStyleOnly)
                                                                   error:&failure];
     if (!object)
         return std::unexpected(failure ? foundation::error(failure) : corruptError());
-    auto value =
-        oldStyleOnly && format != NSPropertyListOpenStepFormat ? std::nullopt : foundation::propertyList(object);
+    const bool isWanted = only == NSPropertyListFormat{} || format == only;
+    auto value = isWanted ? foundation::propertyList(object, maximumValues) : std::nullopt;
     if (!value)
         return std::unexpected(corruptError());
     return std::move(*value);
@@ -58,14 +68,28 @@ Result<Data> binaryPropertyList(const PropertyList& value)
 Result<PropertyList> propertyListWithData(std::span<const std::uint8_t> bytes)
 {
     @autoreleasepool {
-        return read(foundation::data(bytes), false);
+        NSData* const data = foundation::data(bytes);
+        return read(data, valuesOfInput(data));
+    }
+}
+
+Result<PropertyList> binaryPropertyListWithData(std::span<const std::uint8_t> bytes, std::size_t maximumValues)
+{
+    // Looked at first, so that the readers of the other formats never see it.
+    constexpr std::string_view header = "bplist00";
+    if (!std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()).starts_with(header))
+        return std::unexpected(corruptError());
+    @autoreleasepool {
+        NSData* const data = foundation::data(bytes);
+        return read(data, std::min(maximumValues, valuesOfInput(data)), NSPropertyListBinaryFormat_v1_0);
     }
 }
 
 Result<PropertyList> propertyListWithOldStyleText(std::string_view text)
 {
     @autoreleasepool {
-        return read([NSData dataWithBytes:text.data() length:text.size()], true);
+        NSData* const data = [NSData dataWithBytes:text.data() length:text.size()];
+        return read(data, valuesOfInput(data), NSPropertyListOpenStepFormat);
     }
 }
 

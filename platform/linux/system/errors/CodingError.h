@@ -11,6 +11,4 @@ namespace platform {
 Error corruptPropertyListError(std::string_view detail);
 Error unwritablePropertyListError(std::string_view detail);
 
-inline constexpr int maximumPropertyListDepth = 512; // collections inside each other
-
 } // namespace platform

@@ -1,290 +1,323 @@
 #include "platform/ErrorArchive.h"
 #include "platform/linux/system/errors/CodingError.h"
 #include "platform/linux/system/errors/KeyedArchive.h"
-#include "platform/linux/system/propertylists/PlistTree.h"
+#include "platform/linux/system/errors/URLReference.h"
+#include "platform/linux/system/propertylists/Limits.h"
+#include "platform/linux/system/propertylists/PropertyListReader.h"
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
-#include <variant>
 #include <vector>
 
 namespace platform {
 
 namespace {
 
-// Shared objects count as often as they are referred to.
-constexpr std::size_t maximumValues = 100'000;
-constexpr std::size_t maximumBytes = 64U << 20;
-
-// No object of a class that is read here has more.
-constexpr std::uint32_t maximumKeys = 64;
-
-// An object as a value: absent (the archiver's null), a property-list value, or an error.
-using Object = std::variant<std::monostate, PropertyList, std::shared_ptr<const Error>>;
-
 struct Damaged { };
 
-// Unwinds to the one place that turns it into an error value.
-template <class T>
-T required(std::optional<T> value)
+// What is known of a class. The values of other classes are left out, as the archiver's null is.
+enum class Kind { Unknown, Error, Dictionary, Array, String, Data, Date, URL };
+
+Kind kindOfClass(std::string_view name)
 {
-    if (!value)
-        throw Damaged();
-    return std::move(*value);
+    constexpr std::array<std::pair<std::string_view, Kind>, 13> kinds{{
+        {"NSError", Kind::Error},
+        {"NSDictionary", Kind::Dictionary},
+        {"NSMutableDictionary", Kind::Dictionary},
+        {"NSArray", Kind::Array},
+        {"NSMutableArray", Kind::Array},
+        {"NSSet", Kind::Array},
+        {"NSMutableSet", Kind::Array},
+        {"NSString", Kind::String},
+        {"NSMutableString", Kind::String},
+        {"NSData", Kind::Data},
+        {"NSMutableData", Kind::Data},
+        {"NSDate", Kind::Date},
+        {"NSURL", Kind::URL},
+    }};
+    const auto kind = std::ranges::find(kinds, name, &std::pair<std::string_view, Kind>::first);
+    return kind == kinds.end() ? Kind::Unknown : kind->second;
 }
 
-std::optional<std::uint64_t> referenceOf(plist_t node)
+const Dictionary& dictionaryIn(const Dictionary& object, std::string_view key)
 {
-    if (!node || plist_get_node_type(node) != PLIST_UID)
-        return std::nullopt;
-    std::uint64_t index = 0;
-    plist_get_uid_val(node, &index);
-    return index;
+    const Dictionary* dictionary = object.dictionaryForKey(key);
+    return dictionary ? *dictionary : throw Damaged();
 }
 
-bool isNode(plist_t node, plist_type type)
+const Array& arrayIn(const Dictionary& object, std::string_view key)
 {
-    return node && plist_get_node_type(node) == type;
+    const Array* array = object.arrayForKey(key);
+    return array ? *array : throw Damaged();
 }
 
-// Looking a key up takes time in the number of keys.
-bool isSmallDictionary(plist_t node)
+std::uint64_t indexOf(const PropertyList& reference)
 {
-    return isNode(node, PLIST_DICT) && plist_dict_get_size(node) <= maximumKeys;
+    return reference.uid() ? reference.uid()->index : throw Damaged();
 }
 
+std::uint64_t indexIn(const Dictionary& object, std::string_view key)
+{
+    const PropertyList* reference = object.find(key);
+    return reference ? indexOf(*reference) : throw Damaged();
+}
+
+// Unwinds out of damage by an exception, to the one place that turns it into an error value.
 class Reader {
 public:
-    Reader(plist_t archive, bool secure) : _secure(secure)
+    Reader(const Dictionary& archive, std::size_t inputSize)
+        : _top(dictionaryIn(archive, "$top")),
+          _objects(arrayIn(archive, "$objects")),
+          _valuesLeft(PropertyListLimits::values(inputSize)),
+          _contentLeft(PropertyListLimits::content(inputSize))
     {
-        const Object archiver = leaf(plist_dict_get_item(archive, "$archiver"));
-        const Object version = leaf(plist_dict_get_item(archive, "$version"));
-        if (archiver != Object(PropertyList(KeyedArchive::archiver))
-            || version != Object(PropertyList(KeyedArchive::version)))
+        const PropertyList* version = archive.find("$version");
+        const std::string* archiver = archive.stringForKey("$archiver");
+        if (!archiver || *archiver != KeyedArchive::archiver || !version || *version != KeyedArchive::version)
             throw Damaged();
-        plist_t objects = plist_dict_get_item(archive, "$objects");
-        if (!isNode(objects, PLIST_ARRAY))
-            throw Damaged();
-        forEachElement(objects, [&](plist_t object) {
-            _objects.push_back(object);
-            return true;
-        });
     }
 
-    Error readRoot(plist_t archive)
+    // One error after the other, since a chain of them is longer than a recursion may be deep; then each is put into
+    // the one that led to it, the last one first.
+    Error read()
     {
-        plist_t top = plist_dict_get_item(archive, "$top");
-        if (!isSmallDictionary(top))
-            throw Damaged();
-        const Object root = objectAt(required(referenceOf(plist_dict_get_item(top, "root"))), 1);
-        const auto* error = std::get_if<std::shared_ptr<const Error>>(&root);
-        if (!error)
-            throw Damaged();
-        return **error;
+        find(indexIn(_top, "root"), 0, std::nullopt);
+        for (std::size_t number = 0; number < _found.size(); ++number)
+            readError(number);
+        for (; _found.size() > 1; _found.pop_back()) {
+            auto& [index, parent, place, error] = _found.back();
+            auto made = std::make_shared<const Error>(std::move(error));
+            Error& above = _found[parent].error;
+            (place ? above.multipleUnderlying[*place] : above.underlying) = std::move(made);
+        }
+        return std::move(_found.front().error);
     }
 
 private:
-    Object objectAt(std::uint64_t index, int depth)
+    // An error and where it belongs: among the several errors under another one, or as its one underlying error.
+    struct Found {
+        std::uint64_t index;
+        std::size_t parent;
+        std::optional<std::size_t> place;
+        Error error;
+    };
+
+    void find(std::uint64_t index, std::size_t parent, std::optional<std::size_t> place)
     {
-        if (index >= _objects.size() || depth > KeyedArchive::maximumDepth || ++_values > maximumValues)
+        if (_found.size() == KeyedArchive::maximumErrors)
             throw Damaged();
-        if (index == 0)
-            return {};
-        plist_t node = _objects[index];
-        switch (plist_get_node_type(node)) {
-        case PLIST_DICT:
-            if (!isSmallDictionary(node))
-                throw Damaged();
-            return instance(node, depth);
-        case PLIST_BOOLEAN:
-        case PLIST_UINT:
-        case PLIST_REAL:
-        case PLIST_STRING:
-        case PLIST_DATE:
-        case PLIST_DATA:
-            return leaf(node);
-        default:
-            throw Damaged();
-        }
+        _found.push_back({index, parent, place, {}});
     }
 
-    Object leaf(plist_t node)
+    // The object as one of a class.
+    const Dictionary& instanceAt(std::uint64_t index) const
     {
-        auto value = required(node ? valueOfTree(node) : std::nullopt);
-        spend(value.string() ? value.string()->size() : value.data() ? value.data()->size() : 0);
-        return value;
+        const Dictionary* object = index < _objects.size() ? _objects[index].dictionary() : nullptr;
+        return object ? *object : throw Damaged();
     }
 
-    void spend(std::size_t bytes)
+    bool isInstanceAt(std::uint64_t index) const { return index < _objects.size() && _objects[index].dictionary(); }
+
+    Kind kindOf(const Dictionary& object) const
     {
-        _bytes += bytes;
-        if (_bytes > maximumBytes)
+        const std::string* name = instanceAt(indexIn(object, "$class")).stringForKey("$classname");
+        return name ? kindOfClass(*name) : throw Damaged();
+    }
+
+    bool isErrorAt(std::uint64_t index) const
+    {
+        return isInstanceAt(index) && kindOf(instanceAt(index)) == Kind::Error;
+    }
+
+    void spendValue()
+    {
+        if (_valuesLeft-- == 0)
             throw Damaged();
     }
 
-    std::string classOf(plist_t node)
+    void spendContent(std::size_t size)
     {
-        const std::uint64_t index = required(referenceOf(plist_dict_get_item(node, "$class")));
-        plist_t description = index < _objects.size() ? _objects[index] : nullptr;
-        plist_t name = isSmallDictionary(description) ? plist_dict_get_item(description, "$classname") : nullptr;
-        std::string text = required(name ? textOfTree(name) : std::nullopt);
-        spend(text.size());
-        return text;
+        if (size > _contentLeft)
+            throw Damaged();
+        _contentLeft -= size;
     }
 
-    Object instance(plist_t node, int depth)
+    void readError(std::size_t number)
     {
-        using Read = Object (Reader::*)(plist_t, int);
-        constexpr std::array<std::pair<std::string_view, Read>, 10> kinds{{
-            {"NSError", &Reader::error},
-            {"NSDictionary", &Reader::dictionary},
-            {"NSMutableDictionary", &Reader::dictionary},
-            {"NSArray", &Reader::array},
-            {"NSMutableArray", &Reader::array},
-            {"NSString", &Reader::string},
-            {"NSMutableString", &Reader::string},
-            {"NSData", &Reader::data},
-            {"NSMutableData", &Reader::data},
-            {"NSDate", &Reader::date},
-        }};
-        const std::string name = classOf(node);
-        const auto kind = std::ranges::find(kinds, name, &std::pair<std::string_view, Read>::first);
-        if (kind != kinds.end())
-            return (this->*kind->second)(node, depth);
-        if (_secure)
+        const Dictionary& object = instanceAt(_found[number].index);
+        const PropertyList* code = object.find("NSCode");
+        const auto domain = valueAt(indexIn(object, "NSDomain"), 1);
+        if (kindOf(object) != Kind::Error || !code || code->type() != PropertyList::Type::Integer || !domain
+            || !domain->string())
             throw Damaged();
-        return {};
+        Error& error = _found[number].error;
+        error.code = code->integerValue();
+        error.domain = *domain->string();
+        const PropertyList* userInfo = object.find("NSUserInfo");
+        if (userInfo && userInfo->uid() && userInfo->uid()->index != 0)
+            readUserInfo(number, instanceAt(userInfo->uid()->index));
     }
 
-    Object referredTo(plist_t node, const char* key, int depth)
+    void readUserInfo(std::size_t number, const Dictionary& object)
     {
-        return objectAt(required(referenceOf(plist_dict_get_item(node, key))), depth + 1);
-    }
-
-    std::vector<std::uint64_t> references(plist_t node, const char* key) const
-    {
-        plist_t list = plist_dict_get_item(node, key);
-        if (!isNode(list, PLIST_ARRAY))
+        const Kind kind = kindOf(object);
+        if (kind != Kind::Dictionary && kind != Kind::Unknown)
             throw Damaged();
-        std::vector<std::uint64_t> indexes;
-        forEachElement(list, [&](plist_t element) {
-            indexes.push_back(required(referenceOf(element)));
-            return true;
-        });
-        return indexes;
-    }
-
-    Object error(plist_t node, int depth)
-    {
-        plist_t code = plist_dict_get_item(node, "NSCode");
-        const Object domain = referredTo(node, "NSDomain", depth);
-        const auto* domainValue = std::get_if<PropertyList>(&domain);
-        if (!isNode(code, PLIST_UINT) || !domainValue || !domainValue->string())
-            throw Damaged();
-        Error error{*domainValue->string(), std::get<PropertyList>(leaf(code)).integerValue(), {}, nullptr};
-        if (const auto userInfo = referenceOf(plist_dict_get_item(node, "NSUserInfo")); userInfo.value_or(0) != 0)
-            readUserInfo(error, *userInfo, depth + 1);
-        return std::make_shared<const Error>(std::move(error));
-    }
-
-    void readUserInfo(Error& error, std::uint64_t index, int depth)
-    {
-        if (index >= _objects.size() || !isSmallDictionary(_objects[index]) || depth > KeyedArchive::maximumDepth)
-            throw Damaged();
-        const std::string name = classOf(_objects[index]);
-        if (name != "NSDictionary" && name != "NSMutableDictionary")
-            throw Damaged();
-        forEachPair(_objects[index], depth, [&](const std::string& key, Object& value) {
-            if (auto* underlying = std::get_if<std::shared_ptr<const Error>>(&value)) {
-                // Errors under other keys have no place in a value; the chain follows the one key.
+        if (kind == Kind::Unknown)
+            return;
+        std::optional<std::uint64_t> underlying;
+        std::vector<std::uint64_t> multiple;
+        forEachPair(object, 1, [&](const std::string& key, std::uint64_t index) {
+            if (isErrorAt(index)) {
+                // Under other keys it has no place: it is no property-list value.
                 if (key == UnderlyingErrorKey)
-                    error.underlying = *underlying;
-            } else if (auto* plain = std::get_if<PropertyList>(&value)) {
-                error.userInfo.set(key, std::move(*plain));
+                    underlying = index;
+            } else if (key == MultipleUnderlyingErrorsKey && isInstanceAt(index)
+                       && kindOf(instanceAt(index)) == Kind::Array) {
+                multiple = errorsIn(instanceAt(index));
+            } else if (auto value = valueAt(index, 1)) {
+                _found[number].error.userInfo.set(key, std::move(*value));
             }
         });
+        if (underlying)
+            find(*underlying, number, std::nullopt);
+        _found[number].error.multipleUnderlying.resize(multiple.size());
+        for (std::size_t place = 0; place < multiple.size(); ++place)
+            find(multiple[place], number, place);
     }
 
-    template <class Function>
-    void forEachPair(plist_t node, int depth, const Function& function)
+    std::vector<std::uint64_t> errorsIn(const Dictionary& array)
     {
-        const auto keys = references(node, "NS.keys");
-        const auto values = references(node, "NS.objects");
+        std::vector<std::uint64_t> errors;
+        for (const PropertyList& reference : arrayIn(array, "NS.objects")) {
+            spendValue();
+            if (isErrorAt(indexOf(reference)))
+                errors.push_back(indexOf(reference));
+        }
+        return errors;
+    }
+
+    // Pairs whose key is no string are left out.
+    template <class Function>
+    void forEachPair(const Dictionary& object, int depth, const Function& function)
+    {
+        const Array& keys = arrayIn(object, "NS.keys");
+        const Array& values = arrayIn(object, "NS.objects");
         if (keys.size() != values.size())
             throw Damaged();
         for (std::size_t i = 0; i < keys.size(); ++i) {
-            const Object key = objectAt(keys[i], depth + 1);
-            const auto* text = std::get_if<PropertyList>(&key);
-            if (!text || !text->string())
-                throw Damaged();
-            Object value = objectAt(values[i], depth + 1);
-            function(*text->string(), value);
+            const auto key = valueAt(indexOf(keys[i]), depth);
+            if (key && key->string())
+                function(*key->string(), indexOf(values[i]));
         }
     }
 
-    Object dictionary(plist_t node, int depth)
+    // Nullopt for what is left out. `depth` counts the values around this one, itself included.
+    std::optional<PropertyList> valueAt(std::uint64_t index, int depth)
     {
-        Dictionary dictionary;
-        forEachPair(node, depth, [&](const std::string& key, Object& value) {
-            if (auto* plain = std::get_if<PropertyList>(&value))
-                dictionary.set(key, std::move(*plain));
-        });
-        return PropertyList(std::move(dictionary));
+        if (index >= _objects.size() || depth > KeyedArchive::maximumDepth)
+            throw Damaged();
+        spendValue();
+        if (index == 0)
+            return std::nullopt;
+        const PropertyList& object = _objects[index];
+        if (const Dictionary* instance = object.dictionary())
+            return valueOf(*instance, depth);
+        return leaf(object);
     }
 
-    Object array(plist_t node, int depth)
+    PropertyList leaf(const PropertyList& value)
     {
-        Array array;
-        for (const std::uint64_t index : references(node, "NS.objects")) {
-            Object element = objectAt(index, depth + 1);
-            if (auto* plain = std::get_if<PropertyList>(&element))
-                array.push_back(std::move(*plain));
-        }
-        return PropertyList(std::move(array));
+        if (value.array() || value.dictionary() || value.uid())
+            throw Damaged();
+        spendContent(value.string() ? value.string()->size() : value.data() ? value.data()->size() : 0);
+        return value;
     }
 
     // The mutable kinds keep their content under a key, inline.
-    Object content(plist_t node, const char* key, plist_type type)
+    PropertyList content(const Dictionary& object, std::string_view key, PropertyList::Type type)
     {
-        plist_t value = plist_dict_get_item(node, key);
-        if (!isNode(value, type))
-            throw Damaged();
-        return leaf(value);
+        const PropertyList* value = object.find(key);
+        return value && value->type() == type ? leaf(*value) : throw Damaged();
     }
 
-    Object string(plist_t node, int) { return content(node, "NS.string", PLIST_STRING); }
-    Object data(plist_t node, int) { return content(node, "NS.data", PLIST_DATA); }
-    Object date(plist_t node, int)
+    std::optional<PropertyList> valueOf(const Dictionary& object, int depth)
     {
-        const Object time = content(node, "NS.time", PLIST_REAL);
-        const double seconds = std::get<PropertyList>(time).realValue();
-        if (!std::isfinite(seconds))
-            throw Damaged();
-        return PropertyList(Date{seconds});
+        switch (kindOf(object)) {
+        case Kind::Dictionary:
+            return dictionary(object, depth);
+        case Kind::Array:
+            return array(object, depth);
+        case Kind::String:
+            return content(object, "NS.string", PropertyList::Type::String);
+        case Kind::Data:
+            return content(object, "NS.data", PropertyList::Type::Data);
+        case Kind::Date:
+            return Date{content(object, "NS.time", PropertyList::Type::Real).realValue()};
+        case Kind::URL:
+            return url(object, depth);
+        case Kind::Error:
+        case Kind::Unknown:
+            break;
+        }
+        return std::nullopt;
     }
 
-    std::vector<plist_t> _objects;
-    std::size_t _values = 0;
-    std::size_t _bytes = 0;
-    bool _secure;
+    PropertyList dictionary(const Dictionary& object, int depth)
+    {
+        Dictionary dictionary;
+        forEachPair(object, depth + 1, [&](const std::string& key, std::uint64_t index) {
+            if (auto value = valueAt(index, depth + 1))
+                dictionary.set(key, std::move(*value));
+        });
+        return dictionary;
+    }
+
+    PropertyList array(const Dictionary& object, int depth)
+    {
+        Array array;
+        for (const PropertyList& reference : arrayIn(object, "NS.objects")) {
+            if (auto value = valueAt(indexOf(reference), depth + 1))
+                array.push_back(std::move(*value));
+        }
+        return array;
+    }
+
+    // Its absolute string; nullopt when it has none.
+    std::optional<PropertyList> url(const Dictionary& object, int depth)
+    {
+        const auto relative = valueAt(indexIn(object, "NS.relative"), depth + 1);
+        const auto base = valueAt(indexIn(object, "NS.base"), depth + 1);
+        if (!relative || !relative->string())
+            return std::nullopt;
+        auto absolute = absoluteURL(*relative->string(), base && base->string() ? *base->string() : std::string());
+        spendContent(absolute.size());
+        return absolute;
+    }
+
+    const Dictionary& _top;
+    const Array& _objects;
+    std::vector<Found> _found;
+    std::size_t _valuesLeft;
+    std::size_t _contentLeft;
 };
 
 } // namespace
 
-Result<Error> unarchivedError(std::span<const std::uint8_t> bytes, bool secure)
+// Nothing but values is made of any class, so that checking them makes no difference.
+Result<Error> unarchivedError(std::span<const std::uint8_t> bytes, bool /*secure*/)
 {
-    const PlistTree archive = readBinaryTree(bytes);
+    const auto archive = readPropertyList(bytes);
     try {
-        if (!isSmallDictionary(archive.get()))
+        if (!archive || !archive->dictionary())
             throw Damaged();
-        return Reader(archive.get(), secure).readRoot(archive.get());
+        return Reader(*archive->dictionary(), bytes.size()).read();
     } catch (const Damaged&) {
         return std::unexpected(corruptPropertyListError("The archived error is damaged."));
     }

@@ -4,8 +4,9 @@
 #include "platform/Unicode.h"
 
 #include <array>
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
 #include <string>
@@ -36,8 +37,11 @@ public:
 
     Data write(const Error& error)
     {
-        const Index root = addError(error, 1);
-        const auto top = dictionary({{"root", _plist.addReference(root)}});
+        const Index root = queue(error);
+        // Errors wait for their turn, since a chain of them is longer than a recursion may be deep.
+        for (; !_waiting.empty(); _waiting.pop_front())
+            addError(_waiting.front());
+        const auto top = dictionary({{"root", uid(root)}});
         return _plist.finish(dictionary({{"$version", _plist.addInteger(KeyedArchive::version)},
                                          {"$archiver", _plist.addString(KeyedArchive::archiver)},
                                          {"$top", top},
@@ -46,6 +50,11 @@ public:
 
 private:
     using Object = BinaryWriter::Object;
+
+    struct Waiting {
+        const Error& error;
+        Index index;
+    };
 
     Object dictionary(std::initializer_list<std::pair<std::string_view, Object>> entries)
     {
@@ -58,12 +67,14 @@ private:
         return _plist.addDictionary(keys, values);
     }
 
+    Object uid(Index index) { return _plist.addUID(UID{index}); }
+
     Object references(const std::vector<Index>& indexes)
     {
         std::vector<Object> objects;
         objects.reserve(indexes.size());
         for (const Index index : indexes)
-            objects.push_back(_plist.addReference(index));
+            objects.push_back(uid(index));
         return _plist.addArray(objects);
     }
 
@@ -75,7 +86,7 @@ private:
             const Object classes = _plist.addArray(ancestry);
             found->second = append(dictionary({{"$classname", _plist.addString(name)}, {"$classes", classes}}));
         }
-        return _plist.addReference(found->second);
+        return uid(found->second);
     }
 
     Index append(Object object)
@@ -95,27 +106,25 @@ private:
         return found->second;
     }
 
-    // Nothing for a value that no reader would take: nested too deeply, or a date that is no number.
+    // Nullopt for a value that no reader would take: nested too deeply, or what an archive means something else by.
     std::optional<Index> addValue(const PropertyList& value, int depth)
     {
-        if (depth > KeyedArchive::maximumDepth)
+        if (depth > KeyedArchive::maximumDepth || value.uid())
             return std::nullopt;
         if (const std::string* text = value.string())
             return addText(*text);
         if (const Array* array = value.array())
             return addArray(*array, depth);
         if (const Dictionary* entries = value.dictionary())
-            return addDictionary(*entries, nullptr, depth);
+            return addDictionary(*entries, depth);
         if (const Date* date = value.date())
             return addDate(*date);
         const auto object = _plist.addValue(value);
         return object ? std::optional(append(*object)) : std::nullopt;
     }
 
-    std::optional<Index> addDate(Date date)
+    Index addDate(Date date)
     {
-        if (!std::isfinite(date.secondsSinceReferenceDate))
-            return std::nullopt;
         const Index index = reserve();
         _objects[index] = dictionary(
             {{"NS.time", _plist.addReal(date.secondsSinceReferenceDate)}, {"$class", classReference("NSDate")}});
@@ -130,47 +139,92 @@ private:
             if (const auto added = addValue(element, depth + 1))
                 elements.push_back(*added);
         }
-        const Object list = references(elements);
-        _objects[index] = dictionary({{"NS.objects", list}, {"$class", classReference("NSArray")}});
+        finishArray(index, elements);
         return index;
     }
 
-    Index addDictionary(const Dictionary& entries, const Error* underlying, int depth)
+    void finishArray(Index index, const std::vector<Index>& elements)
+    {
+        const Object list = references(elements);
+        _objects[index] = dictionary({{"NS.objects", list}, {"$class", classReference("NSArray")}});
+    }
+
+    Index addDictionary(const Dictionary& entries, int depth)
     {
         const Index index = reserve();
         std::vector<Index> keys;
         std::vector<Index> values;
+        addEntries(entries, keys, values, depth);
+        finishDictionary(index, keys, values);
+        return index;
+    }
+
+    void addEntries(const Dictionary& entries, std::vector<Index>& keys, std::vector<Index>& values, int depth)
+    {
         for (const Dictionary::Entry& entry : entries) {
             if (const auto added = addValue(entry.value, depth + 1)) {
                 keys.push_back(addText(entry.key));
                 values.push_back(*added);
             }
         }
-        // An error has its domain and its user info inside it.
-        if (underlying && depth + 2 <= KeyedArchive::maximumDepth) {
-            keys.push_back(addText(UnderlyingErrorKey));
-            values.push_back(addError(*underlying, depth + 1));
-        }
+    }
+
+    void finishDictionary(Index index, const std::vector<Index>& keys, const std::vector<Index>& values)
+    {
         const Object keyList = references(keys);
         const Object valueList = references(values);
         _objects[index] =
             dictionary({{"NS.keys", keyList}, {"NS.objects", valueList}, {"$class", classReference("NSDictionary")}});
+    }
+
+    bool hasRoom() const { return _errorCount < KeyedArchive::maximumErrors; }
+
+    Index queue(const Error& error)
+    {
+        ++_errorCount;
+        const Index index = reserve();
+        _waiting.push_back({error, index});
         return index;
     }
 
-    Index addError(const Error& error, int depth)
+    // What no reader would take of a long chain is left out.
+    Index addUserInfo(const Error& error)
     {
         const Index index = reserve();
-        const Object code = _plist.addInteger(error.code);
-        const Object domain = _plist.addReference(addText(error.domain));
-        const Object userInfo = _plist.addReference(addDictionary(error.userInfo, error.underlying.get(), depth + 1));
-        _objects[index] = dictionary(
-            {{"NSCode", code}, {"NSDomain", domain}, {"NSUserInfo", userInfo}, {"$class", classReference("NSError")}});
+        std::vector<Index> keys;
+        std::vector<Index> values;
+        addEntries(error.userInfo, keys, values, 0);
+        if (error.underlying && hasRoom()) {
+            keys.push_back(addText(UnderlyingErrorKey));
+            values.push_back(queue(*error.underlying));
+        }
+        if (!error.multipleUnderlying.empty() && hasRoom()) {
+            keys.push_back(addText(MultipleUnderlyingErrorsKey));
+            values.push_back(reserve());
+            std::vector<Index> errors;
+            for (const auto& each : error.multipleUnderlying) {
+                if (hasRoom())
+                    errors.push_back(queue(*each));
+            }
+            finishArray(values.back(), errors);
+        }
+        finishDictionary(index, keys, values);
         return index;
+    }
+
+    void addError(const Waiting& waiting)
+    {
+        const Object code = _plist.addInteger(waiting.error.code);
+        const Object domain = uid(addText(waiting.error.domain));
+        const Object userInfo = uid(addUserInfo(waiting.error));
+        _objects[waiting.index] = dictionary(
+            {{"NSCode", code}, {"NSDomain", domain}, {"NSUserInfo", userInfo}, {"$class", classReference("NSError")}});
     }
 
     BinaryWriter _plist;
     std::vector<Object> _objects;
+    std::deque<Waiting> _waiting;
+    std::size_t _errorCount = 0;
     std::map<std::string, Index> _texts;
     std::map<std::string, Index> _classes;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace platform {
@@ -12,8 +13,11 @@ inline constexpr const char* archiver = "NSKeyedArchiver";
 inline constexpr std::int64_t version = 100000;
 inline constexpr const char* nothing = "$null";
 
-// Objects inside each other, the root included.
+// Values inside each other in an error's user info.
 inline constexpr int maximumDepth = 64;
+
+// All errors of an archive together.
+inline constexpr std::size_t maximumErrors = 1000;
 
 } // namespace KeyedArchive
 

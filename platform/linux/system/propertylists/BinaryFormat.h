@@ -26,7 +26,7 @@ inline constexpr unsigned Date = 0x3;
 inline constexpr unsigned Data = 0x4;
 inline constexpr unsigned ASCII = 0x5;
 inline constexpr unsigned UTF16 = 0x6;
-inline constexpr unsigned Reference = 0x8;
+inline constexpr unsigned UID = 0x8;
 inline constexpr unsigned Array = 0xA;
 inline constexpr unsigned Dictionary = 0xD;
 

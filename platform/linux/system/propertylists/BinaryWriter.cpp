@@ -1,12 +1,11 @@
 #include "platform/linux/system/propertylists/BinaryWriter.h"
 
-#include "platform/linux/system/errors/CodingError.h"
 #include "platform/linux/system/propertylists/BinaryFormat.h"
+#include "platform/linux/system/propertylists/Limits.h"
 #include "platform/Unicode.h"
 
 #include <algorithm>
 #include <bit>
-#include <cmath>
 
 namespace platform {
 
@@ -89,6 +88,15 @@ BinaryWriter::Object BinaryWriter::addInteger(std::int64_t value)
     return endObject();
 }
 
+// Sixteen bytes, since eight have a sign.
+BinaryWriter::Object BinaryWriter::addUnsigned(std::uint64_t value)
+{
+    _encoded.push_back(markerByte(BinaryMarker::Integer, 4));
+    appendBigEndian(_encoded, 0, 8);
+    appendBigEndian(_encoded, value, 8);
+    return endObject();
+}
+
 BinaryWriter::Object BinaryWriter::addReal(double value)
 {
     _encoded.push_back(markerByte(BinaryMarker::Real, 3));
@@ -125,11 +133,11 @@ BinaryWriter::Object BinaryWriter::addString(std::string_view value)
     return object;
 }
 
-BinaryWriter::Object BinaryWriter::addReference(std::uint32_t value)
+BinaryWriter::Object BinaryWriter::addUID(UID value)
 {
-    const std::size_t width = widthOf(value);
-    _encoded.push_back(markerByte(BinaryMarker::Reference, width - 1));
-    appendBigEndian(_encoded, value, width);
+    const std::size_t width = widthOf(value.index);
+    _encoded.push_back(markerByte(BinaryMarker::UID, width - 1));
+    appendBigEndian(_encoded, value.index, width);
     return endObject();
 }
 
@@ -193,21 +201,24 @@ std::optional<BinaryWriter::Object> BinaryWriter::addValue(const PropertyList& v
 // `depth` counts the collections around the value.
 std::optional<BinaryWriter::Object> BinaryWriter::addValue(const PropertyList& value, int depth)
 {
-    const bool mayNest = depth < maximumPropertyListDepth;
+    const bool mayNest = depth < PropertyListLimits::depth;
     switch (value.type()) {
     case PropertyList::Type::Boolean:
         return addBoolean(value.boolValue());
     case PropertyList::Type::Integer:
         return addInteger(value.integerValue());
+    case PropertyList::Type::Unsigned:
+        return addUnsigned(*value.unsignedInteger());
     case PropertyList::Type::Real:
         return addReal(value.realValue());
     case PropertyList::Type::String:
         return addText(*value.string());
     case PropertyList::Type::Date:
-        return std::isfinite(value.date()->secondsSinceReferenceDate) ? std::optional(addDate(*value.date()))
-                                                                      : std::nullopt;
+        return addDate(*value.date());
     case PropertyList::Type::Data:
         return addData(*value.data());
+    case PropertyList::Type::UID:
+        return addUID(*value.uid());
     case PropertyList::Type::Array:
         return mayNest ? addArray(*value.array(), depth + 1) : std::nullopt;
     case PropertyList::Type::Dictionary:

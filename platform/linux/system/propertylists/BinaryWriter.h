@@ -13,24 +13,25 @@
 
 namespace platform {
 
-// Collects the objects of a binary property list and lays them out, in time linear in their size, which libplist's
-// writer is not. Objects refer to each other by the number that adding one returns.
+// Collects the objects of a binary property list and lays them out, in time linear in their size. Objects refer to each
+// other by the number that adding one returns.
 class BinaryWriter {
 public:
     using Object = std::uint32_t;
 
     Object addBoolean(bool value);
-    Object addInteger(std::int64_t value); // equal ones are kept once
+    Object addInteger(std::int64_t value);   // equal ones are kept once
+    Object addUnsigned(std::uint64_t value); // from 2^63 on
     Object addReal(double value);
     Object addDate(Date value);
     Object addData(std::span<const std::uint8_t> value);
     Object addString(std::string_view value); // valid UTF-8; equal strings are kept once
-    Object addReference(std::uint32_t value); // a keyed archive's UID
+    Object addUID(UID value);
     Object addArray(std::span<const Object> elements);
     Object addDictionary(std::span<const Object> keys, std::span<const Object> values);
 
-    // The whole value. Nothing when it holds text that isn't UTF-8 or has a NUL, a date that is no number, or
-    // collections nested more than 512 deep.
+    // The whole value. Nullopt when it holds text that isn't UTF-8 or has a NUL, or collections nested more than 512
+    // deep.
     std::optional<Object> addValue(const PropertyList& value);
 
     Data finish(Object root) const;

@@ -1,6 +1,6 @@
 #include "platform/linux/system/propertylists/OldStyleReader.h"
 
-#include "platform/linux/system/errors/CodingError.h"
+#include "platform/linux/system/propertylists/Limits.h"
 #include "platform/Unicode.h"
 
 #include <cstdint>
@@ -106,7 +106,7 @@ bool OldStyleReader::readValue(PropertyList& value)
 
 bool OldStyleReader::readArray(PropertyList& value)
 {
-    if (++_depth > maximumPropertyListDepth || !take('('))
+    if (++_depth > PropertyListLimits::depth || !take('('))
         return false;
     Array array;
     while (!take(')')) {
@@ -128,7 +128,7 @@ bool OldStyleReader::readArray(PropertyList& value)
 bool OldStyleReader::readDictionary(PropertyList& value)
 {
     Dictionary dictionary;
-    if (++_depth > maximumPropertyListDepth || !take('{') || !readPairs(dictionary, true))
+    if (++_depth > PropertyListLimits::depth || !take('{') || !readPairs(dictionary, true))
         return false;
     --_depth;
     value = PropertyList(std::move(dictionary));

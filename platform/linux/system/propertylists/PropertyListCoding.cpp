@@ -2,23 +2,19 @@
 
 #include "platform/linux/system/errors/CodingError.h"
 #include "platform/linux/system/propertylists/BinaryFormat.h"
+#include "platform/linux/system/propertylists/BinaryReader.h"
 #include "platform/linux/system/propertylists/BinaryWriter.h"
 #include "platform/linux/system/propertylists/OldStyleReader.h"
-#include "platform/linux/system/propertylists/PlistTree.h"
 #include "platform/linux/system/propertylists/PropertyListReader.h"
+#include "platform/linux/system/propertylists/TextEncoding.h"
 #include "platform/linux/system/propertylists/XMLReader.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace platform {
 
 namespace {
-
-std::optional<PropertyList> readBinary(std::span<const std::uint8_t> bytes)
-{
-    const PlistTree tree = readBinaryTree(bytes);
-    return tree ? valueOfTree(tree.get()) : std::nullopt;
-}
 
 Result<PropertyList> orCorrupt(std::optional<PropertyList> value)
 {
@@ -31,10 +27,12 @@ Result<PropertyList> orCorrupt(std::optional<PropertyList> value)
 
 std::optional<PropertyList> readPropertyList(std::span<const std::uint8_t> bytes)
 {
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (text.starts_with(BinaryFormat::header))
-        return readBinary(bytes);
-    return XMLReader::looksLikeXML(text) ? XMLReader(text).read() : OldStyleReader(text).read();
+    if (std::ranges::equal(bytes.first(std::min(bytes.size(), BinaryFormat::header.size())), BinaryFormat::header))
+        return BinaryReader(bytes).read();
+    const auto text = utf8OfText(bytes);
+    if (!text)
+        return std::nullopt;
+    return XMLReader::looksLikeXML(*text) ? XMLReader(*text).read() : OldStyleReader(*text).read();
 }
 
 Result<Data> binaryPropertyList(const PropertyList& value)
@@ -49,6 +47,11 @@ Result<Data> binaryPropertyList(const PropertyList& value)
 Result<PropertyList> propertyListWithData(std::span<const std::uint8_t> bytes)
 {
     return orCorrupt(readPropertyList(bytes));
+}
+
+Result<PropertyList> binaryPropertyListWithData(std::span<const std::uint8_t> bytes, std::size_t maximumValues)
+{
+    return orCorrupt(BinaryReader(bytes, maximumValues).read());
 }
 
 Result<PropertyList> propertyListWithOldStyleText(std::string_view text)

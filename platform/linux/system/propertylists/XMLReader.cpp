@@ -1,6 +1,6 @@
 #include "platform/linux/system/propertylists/XMLReader.h"
 
-#include "platform/linux/system/errors/CodingError.h"
+#include "platform/linux/system/propertylists/Limits.h"
 #include "platform/linux/system/propertylists/XMLScalar.h"
 #include "platform/Unicode.h"
 
@@ -13,41 +13,46 @@ namespace platform {
 namespace {
 
 constexpr std::string_view whiteSpace = " \t\r\n";
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
-
-std::string_view withoutByteOrderMark(std::string_view text)
+// The element as a UID, when that is how XML has one.
+std::optional<UID> uidOfXML(const Dictionary& dictionary)
 {
-    return text.starts_with(byteOrderMark) ? text.substr(byteOrderMark.size()) : text;
+    const PropertyList* index = dictionary.size() == 1 ? dictionary.find("CF$UID") : nullptr;
+    if (index && index->unsignedInteger())
+        return UID{*index->unsignedInteger()};
+    if (!index || index->type() != PropertyList::Type::Integer || index->integerValue() < 0)
+        return std::nullopt;
+    return UID{static_cast<std::uint64_t>(index->integerValue())};
 }
 
 } // namespace
 
+// Data in the old style also begins with a bracket, but none of these is hexadecimal.
 bool XMLReader::looksLikeXML(std::string_view text)
 {
-    constexpr std::array<std::string_view, 4> beginnings{"<?xml", "<!DOCTYPE", "<!--", "<plist"};
-    text = withoutByteOrderMark(text);
+    constexpr std::array<std::string_view, 13> beginnings{"<?xml",  "<!DOCTYPE", "<!--",  "<plist", "<dict",
+                                                          "<array", "<string",   "<int",  "<real",  "<date",
+                                                          "<data",  "<true",     "<false"};
     text.remove_prefix(std::min(text.find_first_not_of(whiteSpace), text.size()));
     return std::ranges::any_of(beginnings, [&](std::string_view beginning) { return text.starts_with(beginning); });
 }
 
 std::optional<PropertyList> XMLReader::read()
 {
-    if (_rest.find('\0') != std::string_view::npos || !isValidUTF8(_rest))
-        return std::nullopt;
-    _rest = withoutByteOrderMark(_rest);
-    if (!skipProlog())
-        return std::nullopt;
+    auto value = skipProlog() ? readContent() : std::nullopt;
+    return value && skipComments() && _rest.empty() ? std::move(value) : std::nullopt;
+}
+
+std::optional<PropertyList> XMLReader::readContent()
+{
     const auto root = takeTag();
-    if (!root || root->name != "plist" || root->isEnd || root->isEmpty || !skipComments())
+    if (!root || root->name != "plist")
+        return root ? readElement(*root) : std::nullopt;
+    if (root->isEnd || root->isEmpty || !skipComments())
         return std::nullopt;
     const auto first = takeTag();
     auto value = first ? readElement(*first) : std::nullopt;
-    if (!value || !skipComments())
-        return std::nullopt;
-    const auto end = takeTag();
-    if (!end || end->name != "plist" || !end->isEnd || !skipComments() || !_rest.empty())
-        return std::nullopt;
-    return value;
+    const auto end = value && skipComments() ? takeTag() : std::nullopt;
+    return end && end->name == "plist" && end->isEnd ? std::move(value) : std::nullopt;
 }
 
 bool XMLReader::takePast(std::string_view mark)
@@ -143,12 +148,16 @@ std::optional<PropertyList> XMLReader::readCollection(const Tag& tag)
     const bool isArray = tag.name == "array";
     Array array;
     Dictionary dictionary;
-    if (++_depth > maximumPropertyListDepth)
+    if (++_depth > PropertyListLimits::depth)
         return std::nullopt;
     if (!tag.isEmpty && !(isArray ? readArray(array) : readDictionary(dictionary)))
         return std::nullopt;
     --_depth;
-    return isArray ? PropertyList(std::move(array)) : PropertyList(std::move(dictionary));
+    if (isArray)
+        return PropertyList(std::move(array));
+    if (const auto uid = uidOfXML(dictionary))
+        return PropertyList(*uid);
+    return PropertyList(std::move(dictionary));
 }
 
 bool XMLReader::readArray(Array& array)

@@ -55,10 +55,13 @@ std::optional<PropertyList> integerOfXML(std::string_view text)
         text.remove_prefix(1);
     const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
     const auto magnitude = wholeNumber<std::uint64_t>(text.substr(isHexadecimal ? 2 : 0), isHexadecimal ? 16 : 10);
-    constexpr auto largest = static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
-    if (!magnitude || *magnitude > largest + (isNegative ? 1 : 0))
+    if (!magnitude)
         return std::nullopt;
-    return static_cast<std::int64_t>(isNegative ? 0 - *magnitude : *magnitude);
+    if (!isNegative)
+        return *magnitude;
+    constexpr auto largest = std::uint64_t{1} << 63;
+    return *magnitude <= largest ? std::optional<PropertyList>(static_cast<std::int64_t>(0 - *magnitude))
+                                 : std::nullopt;
 }
 
 std::optional<PropertyList> realOfXML(const std::string& text)

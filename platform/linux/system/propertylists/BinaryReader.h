@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/PropertyList.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace platform {
+
+// Reads a binary property list straight from its tables. What the input unfolds into is bounded by its size
+// (PropertyListLimits), and with it the time and memory that this takes.
+class BinaryReader {
+public:
+    // At most `maximumValues` are read, however large the input is.
+    explicit BinaryReader(std::span<const std::uint8_t> bytes,
+                          std::size_t maximumValues = std::numeric_limits<std::size_t>::max());
+
+    // Nullopt for any damage among the objects that the root leads to, and when there are too many of them.
+    std::optional<PropertyList> read();
+
+private:
+    // Where an object's content is: `count` elements from `content`. Scalars have no count but the lower half of their
+    // first byte.
+    struct Object {
+        unsigned marker = 0;
+        std::size_t count = 0;
+        std::size_t content = 0;
+    };
+
+    std::uint64_t numberAt(std::size_t at, std::size_t size) const;
+    bool readTrailer();
+    bool readCount(Object& object) const;
+    bool fits(const Object& object, std::size_t elementSize) const;
+    std::optional<Object> objectAtIndex(std::uint64_t index);
+    std::uint64_t reference(const Object& object, std::size_t number) const;
+    bool spendValues(std::size_t count);
+    bool spendContent(std::size_t size);
+
+    // These make of a damaged object any value and set _isDamaged. `depth` counts the collections around the value.
+    PropertyList damaged();
+    PropertyList readValue(std::uint64_t index, int depth);
+    PropertyList readScalar(const Object& object);
+    PropertyList readInteger(const Object& object);
+    PropertyList readReal(const Object& object);
+    PropertyList readUID(const Object& object);
+    PropertyList readData(const Object& object);
+    PropertyList readArray(const Object& object, int depth);
+    PropertyList readDictionary(const Object& object, int depth);
+    bool readText(const Object& object, std::string& text);
+
+    std::span<const std::uint8_t> _bytes;
+    std::size_t _valuesLeft;
+    std::size_t _contentLeft;
+    std::size_t _offsetSize = 0;
+    std::size_t _referenceSize = 0;
+    std::uint64_t _objectCount = 0;
+    std::uint64_t _root = 0;
+    std::size_t _table = 0; // content lies before it
+    bool _isDamaged = false;
+};
+
+} // namespace platform
