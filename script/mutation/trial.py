@@ -80,14 +80,21 @@ class Copy:
         sources = [path for path in self.files if self.is_room(path) and path.endswith(".cpp")]
         with open(os.path.join(BUILD, "compile_commands.json"), encoding="utf-8") as file:
             commands = {os.path.relpath(entry["file"], COPY): entry["command"] for entry in json.load(file)}
-        tasks = [(path, arguments_of(commands[path])) for path in sources if path in commands]
         found = {}
         with concurrent.futures.ProcessPoolExecutor(os.cpu_count(), mp_context=multiprocessing.get_context("spawn")) as pool:
-            for by_path, errors in pool.map(find_in, tasks, [self.room] * len(tasks)):
-                for error in errors:
-                    say(f"mutate: the parser's words: {error}")
-                for path, mutants in by_path.items():
-                    found.setdefault(path, {}).update({mutant.key: mutant for mutant in mutants})
+            def look(paths, command):
+                tasks = [(path, arguments_of(command(path))) for path in paths]
+                for by_path, errors in pool.map(find_in, tasks, [self.room] * len(tasks)):
+                    for error in errors:
+                        say(f"mutate: the parser's words: {error}")
+                    for path, mutants in by_path.items():
+                        found.setdefault(path, {}).update({mutant.key: mutant for mutant in mutants})
+
+            sources = [path for path in sources if path in commands]
+            look(sources, commands.get)
+            # Headers that no source of the room includes are read by themselves.
+            look([path for path in self.files if self.is_room(path) and path.endswith(".h") and os.path.join(ROOT, path) not in found],
+                 lambda path: commands[sources[0]])
         self.mutants = [mutant for path in sorted(found) for mutant in sorted(found[path].values(), key=lambda m: (m.start, -m.end, m.became))]
         for number, mutant in enumerate(self.mutants, 1):
             mutant.number = number
@@ -174,7 +181,7 @@ def lines_of(mutant):
 
 def arguments_of(command):
     """What the parser needs of a compiler's command: language, definitions and folders, those of the sources themselves."""
-    taken, words = [], command.split()
+    taken, words = ["-xc++"], command.split()
     for place, word in enumerate(words):
         if word.startswith("-D") or word.startswith("-std="):
             taken.append(word.replace("\\", ""))
