@@ -1,5 +1,6 @@
 """A copy of the sources with all mutants of a room in it, its build, and its test programs."""
 import concurrent.futures
+import fcntl
 import json
 import multiprocessing
 import os
@@ -39,9 +40,12 @@ def write_if_other(path, data):
 
 
 class Copy:
-    """The copy below build/ and what is changed in it."""
+    """The copy below build/ and what is changed in it; one process has it at a time."""
 
     def __init__(self, room):
+        os.makedirs(COPY, exist_ok=True)
+        self.lock = os.open(COPY + ".lock", os.O_RDWR | os.O_CREAT | os.O_CLOEXEC)
+        fcntl.flock(self.lock, fcntl.LOCK_EX)
         self.room = room
         self.refused_path = os.path.join(ROOT, "build", f"mutate-{room}-refused.json")
         listed = subprocess.run(["git", "ls-files", "-co", "--exclude-standard"], cwd=ROOT, capture_output=True, text=True, check=True)
@@ -67,8 +71,7 @@ class Copy:
             for name in names:
                 if os.path.relpath(os.path.join(folder, name), COPY) not in known:
                     os.remove(os.path.join(folder, name))
-        if not os.path.exists(os.path.join(BUILD, "build.ninja")):
-            run(["cmake", "--preset", "debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O0"], COPY)
+        run(["cmake", "--preset", "debug", "-DCMAKE_CXX_FLAGS=-w", "-DCMAKE_CXX_FLAGS_DEBUG=-O0"], COPY)
 
     @staticmethod
     def with_listener(data):
@@ -285,6 +288,8 @@ class Program:
             options.append("-tce=" + ",".join(test.pattern for test in self.broken))
         limit = 10 + 6 * sum(test.seconds for test in tests)
         status, output = self.start(options, {"BREVANE_MUTANT": str(mutant.number)}, limit)
+        if status is None:  # or was it only a busy moment?
+            status, output = self.start(options, {"BREVANE_MUTANT": str(mutant.number)}, limit)
         if status == 0:
             return None
         names = re.findall(r"^TEST CASE:\s+(.*)$", output, re.M)
@@ -297,22 +302,25 @@ def marked(file, row, width):
     return {number for number, byte in enumerate(file.read(width)) if byte}
 
 
-def programs_of(candidates, folders):
-    """The room's test programs among the candidates, with what CTest knows of each."""
+def programs_of(folders, named):
+    """The doctest programs of the tests with a folder's label, or of these names, with what CTest knows of each."""
     listed = subprocess.run(["ctest", "--show-only=json-v1"], cwd=BUILD, capture_output=True, text=True, check=True)
     described = {}
     for test in json.loads(listed.stdout)["tests"]:
-        if test.get("command"):
-            described.setdefault(os.path.basename(test["command"][0]),
-                                 (test["command"][0], {entry["name"]: entry["value"] for entry in test.get("properties", [])}))
-    return [Program(described[name][0], folders, described[name][1]) for name in candidates if name in described]
+        path = test.get("command", [""])[0]
+        properties = {entry["name"]: entry["value"] for entry in test.get("properties", [])}
+        wanted = os.path.basename(path) in named or not set(properties.get("LABELS", [])).isdisjoint(folders)
+        if wanted and path.startswith(BUILD + "/"):
+            described.setdefault(path, properties)
+    return [Program(path, folders, properties) for path, properties in described.items()]
 
 
-def targets(candidates):
-    """Those of the candidates that the build knows."""
+def targets(folders, named):
+    """What to build: the folders' own targets, or the programs of these names."""
     listed = subprocess.run(["ninja", "-C", BUILD, "-t", "targets", "all"], capture_output=True, text=True, check=True).stdout
     known = set(re.findall(r"^([\w.-]+): phony$", listed, re.M))
-    return [name for name in candidates if name in known]
+    rooms = [f"room_{folder}" for folder in folders if f"room_{folder}" in known]
+    return rooms or [name for name in named if name in known]
 
 
 def timed(begin):

@@ -63,9 +63,9 @@ class MutationTest(unittest.TestCase):
         cls.program = os.path.join(cls.folder.name, "sample")
         subprocess.run(["c++", "-std=c++20", "-w", "-o", cls.program, source], check=True)
 
-    def printed(self, number):
+    def printed(self, number, limit=60):
         environment = {**os.environ, "BREVANE_MUTANT": str(number)}
-        done = subprocess.run([self.program], env=environment, capture_output=True, text=True, timeout=1, check=False)
+        done = subprocess.run([self.program], env=environment, capture_output=True, text=True, timeout=limit, check=False)
         return done.stdout.splitlines()
 
     def line_of(self, mutant):
@@ -89,7 +89,7 @@ class MutationTest(unittest.TestCase):
                            if words in self.line_of(mutant) and became == mutant.became)
             with self.subTest(line=self.line_of(mutant), became=mutant.became):
                 if changed is None:
-                    self.assertRaises(subprocess.TimeoutExpired, self.printed, mutant.number)
+                    self.assertRaises(subprocess.TimeoutExpired, self.printed, mutant.number, 1)
                 else:
                     self.assertEqual(self.printed(mutant.number), [changed.get(i, line) for i, line in enumerate(PLAIN)])
 
