@@ -3,7 +3,7 @@
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 set(product Library/Brevane)
-set(installed_targets brevane_scheduler_helper brevane_post_update brevane brevane_log_tool)
+set(installed_targets brevane_scheduler_helper brevane_backup_daemon brevane_post_update brevane brevane_log_tool)
 foreach(target IN LISTS installed_targets)
     if(NOT TARGET ${target})
         list(REMOVE_ITEM installed_targets ${target})
@@ -25,14 +25,15 @@ install(CODE "
     endforeach()" COMPONENT brevane)
 
 foreach(target IN LISTS installed_targets)
-    if(target MATCHES "helper|post_update")
+    if(target MATCHES "helper|backup_daemon|post_update")
         install(TARGETS ${target} RUNTIME DESTINATION ${product} COMPONENT brevane)
     else()
         install(TARGETS ${target} RUNTIME DESTINATION ${product}/bin COMPONENT brevane)
     endif()
 endforeach()
 install(DIRECTORY "${CMAKE_SOURCE_DIR}/resources/" DESTINATION ${product}/share/brevane/resources COMPONENT brevane
-    PATTERN linux EXCLUDE PATTERN macos EXCLUDE PATTERN "*.txt" EXCLUDE)
+    PATTERN linux EXCLUDE PATTERN macos EXCLUDE PATTERN programs EXCLUDE PATTERN "*.txt" EXCLUDE)
+install(DIRECTORY "${CMAKE_SOURCE_DIR}/resources/programs" DESTINATION ${product}/share/brevane COMPONENT brevane)
 install(FILES "${CMAKE_SOURCE_DIR}/resources/linux/com.zerkolin.brevane.scheduler.plist"
     DESTINATION ${product}/LaunchDaemons COMPONENT brevane)
 file(GLOB system_files CONFIGURE_DEPENDS "${CMAKE_SOURCE_DIR}/resources/linux/com.zerkolin.brevane*")

@@ -2,6 +2,8 @@
 
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
+#include "tests/platform/ScriptedClock.h"
+#include "tests/platform/ScriptedConditions.h"
 #include "tests/platform/ScriptedFiles.h"
 #include "tests/platform/ScriptedLegacyLogSearch.h"
 #include "tests/platform/ScriptedNotifications.h"
@@ -23,6 +25,8 @@ void reset()
     service::reset(); // first: old connections still log that they became invalid
     authorization::reset();
     background::reset();
+    clock::reset();
+    conditions::reset();
     notifications::reset();
     files::reset();
     legacylog::reset();

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "helper/backupd/BackupLog.h"
+#include "platform/FileDescriptor.h"
+#include "platform/linux/system/backups/BackupRecord.h"
+
+#include <optional>
+#include <string>
+
+namespace helper {
+
+// Runs the job that stands on disk, if it has this identifier still, and writes down that it runs and how it ended.
+// Holds the backup facility's lock meanwhile.
+class BackupSession {
+public:
+    explicit BackupSession(std::string identifier) : _identifier(std::move(identifier)) { }
+
+    // The exit status of this process: that of the job, EX_CONFIG where there is no such job, EX_TEMPFAIL while another
+    // backup holds the lock.
+    int run();
+
+private:
+    bool takeLock();
+    int runCommands(const platform::BackupJob& job);
+    void record(std::optional<int> status);
+
+    std::string _identifier;
+    BackupLog _log;
+    platform::FileDescriptor _lock;
+    platform::BackupRecord _record;
+};
+
+} // namespace helper

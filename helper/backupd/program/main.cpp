@@ -1,0 +1,25 @@
+// Runs one backup in the background, started by the scheduler helper and independent of it from then on.
+
+#include "helper/backupd/BackupSession.h"
+#include "platform/linux/system/files/Root.h"
+
+#include <cstdio>
+#include <string_view>
+#include <sys/stat.h>
+#include <sysexits.h>
+#include <unistd.h>
+
+int main(int count, char** arguments)
+{
+    if (count != 5 || std::string_view(arguments[1]) != "--root" || std::string_view(arguments[3]) != "--identifier") {
+        std::fputs("usage: com.zerkolin.brevane.backupd --root FOLDER --identifier NAME\n"
+                   "Runs the backup of that name, which the scheduler helper has put down below the root.\n",
+                   stderr);
+        return EX_USAGE;
+    }
+    ::umask(077);
+    platform::setSystemRoot(arguments[2]);
+    if (::chdir("/") != 0)
+        return EX_OSERR;
+    return helper::BackupSession(arguments[4]).run();
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+// The chosen backup program, as it is sent, stored and fetched. No secret is ever among its fields.
+namespace BackupProgramKey {
+
+// The payload of BRVMessageSetBackupProgram, and part of the reply to BRVMessageGetBackupProgram.
+inline constexpr const char* Program = "Program"; // string: its identifier; absent: none is chosen
+inline constexpr const char* Fields = "Fields";   // dictionary: what the program needs, by the keys of its fields
+inline constexpr const char* PreventSleep = "PreventSleep"; // boolean: the computer stays awake during a backup
+
+// Only in the reply: an array of dictionaries, one a program that can be chosen, with the keys below and Program.
+inline constexpr const char* Programs = "Programs";
+inline constexpr const char* Name = "Name";           // string: as a person reads it
+inline constexpr const char* Package = "Package";     // string: the system's package that has it; absent: it needs none
+inline constexpr const char* Installed = "Installed"; // boolean
+inline constexpr const char* Missing = "Missing";     // string: a file that it needs and that is not there
+inline constexpr const char* Restore = "Restore";     // string: the command that brings files back, for people
+inline constexpr const char* FieldList = "FieldList"; // array of dictionaries, in the order to ask, with the keys below
+inline constexpr const char* Key = "Key";             // string: the key among Fields
+inline constexpr const char* Kind = "Kind";           // string: one of BackupFieldKind
+inline constexpr const char* Required = "Required";   // boolean
+
+} // namespace BackupProgramKey
+
+// What a field holds. Every path is absolute, without "." or ".." in it.
+namespace BackupFieldKind {
+
+inline constexpr const char* Folders = "Folders";         // array of strings: what is backed up
+inline constexpr const char* Destination = "Destination"; // string: the folder that the program writes to
+inline constexpr const char* Patterns = "Patterns";       // array of strings: what is left out
+inline constexpr const char* SecretFile = "SecretFile";   // string: a file that only the administrator can read
+inline constexpr const char* Word = "Word";               // string of letters, digits, "-" and "_"
+inline constexpr const char* Unit = "Unit";               // string: the name of a system service
+
+} // namespace BackupFieldKind
