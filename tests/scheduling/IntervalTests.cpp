@@ -129,12 +129,12 @@ TEST_CASE("A retry on the day of the failed backup leaves the time of day, one o
 
 TEST_CASE("Another schedule forgets the time of day that was kept")
 {
-    const auto record = intervalRecord("Days", 1);
-    CHECK(Story(record)
-              .in("UTC", "2026-06-01T22:00:00Z")
-              .apply(at(26, 0), intervalRecord("Days", 2))
-              .lasting(days(3))
+    CHECK(Story(intervalRecord("Days", 1))
+              .in("UTC", "2026-06-01T09:00:00Z")
+              .sleep(at(23, 0), at(27, 30))
+              .apply(at(28, 0), intervalRecord("Days", 2))
+              .lasting(days(4))
               .play()
-          == Lines{"06-02 22:00:00 start 06-02 22:00:00", "06-02 22:00:00 end well",
-                   "06-04 22:00:00 start 06-04 22:00:00", "06-04 22:00:00 end well"});
+          == Lines{"06-02 12:30:00 start 06-02 09:00:00", "06-02 12:30:00 end well",
+                   "06-04 12:30:00 start 06-04 12:30:00", "06-04 12:30:00 end well"});
 }

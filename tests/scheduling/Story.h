@@ -4,6 +4,7 @@
 #include "scheduling/Instant.h"
 
 #include <cstdint>
+#include <doctest/doctest.h>
 #include <initializer_list>
 #include <string>
 #include <utility>
@@ -66,4 +67,15 @@ private:
     Story& event(std::int64_t time, const char* kind, platform::PropertyList value);
 
     platform::Dictionary _script;
+};
+
+template <>
+struct doctest::StringMaker<Story::Lines> {
+    static String convert(const Story::Lines& lines)
+    {
+        std::string text;
+        for (const std::string& line : lines)
+            text += "\n    " + line;
+        return text.c_str();
+    }
 };
