@@ -16,7 +16,7 @@ struct Conditions {
     bool maintenance = false;     // an update or the uninstallation is at work
     bool noProgram = false;       // no backup program is chosen, or it is not there
     // True time (Now::elapsed) since which nobody has used the computer; nullopt while somebody uses it.
-    std::optional<std::int64_t> unusedSince;
+    std::optional<std::int64_t> unusedSince{};
 
     bool operator==(const Conditions&) const = default;
 };

@@ -161,6 +161,7 @@ class Model:
         self.told = []          # reasons at the look before
         self.held = {}          # reasons at instants of the clock
         self.lines = []
+        self.known = None       # the record and zone of which the moments are known, and they
         steps = [event["ClockBy"] for event in self.events if "ClockBy" in event]
         self.reach = (self.begin - sum(-step for step in steps if step < 0) - 3 * DAY,
                       self.begin + self.length + sum(step for step in steps if step > 0) + 40 * DAY)
@@ -179,7 +180,10 @@ class Model:
     # Moments
 
     def calendar(self):
-        return moments_between(self.zone, tuple(entries_of(self.record)), *self.reach)
+        if self.known is None or self.known[0] is not self.record or self.known[1] != self.zone:
+            moments = moments_between(self.zone, tuple(entries_of(self.record)), *self.reach)
+            self.known = self.record, self.zone, moments
+        return self.known[2]
 
     def unsettled(self):
         moments = self.calendar()
@@ -426,12 +430,12 @@ class Model:
 
     def run(self, every_second=False):
         """The lines. Seconds at which nothing can happen are left out, unless every second is wanted."""
+        phases = set()
         stops = {0, self.length} | {event["At"] for event in self.script.get("Events", [])}
         while self.elapsed <= self.length:
-            if (every_second or self.elapsed in stops or self.left == 0
-                    or self.clock % 60 in self.seconds_of_the_minute()):
+            if every_second or self.elapsed in stops or self.left == 0 or self.clock % 60 in phases:
                 self.second()
-                self.phases = self.seconds_of_the_minute()
+                phases = self.seconds_of_the_minute()
             self.elapsed += 1
             if self.left and not self.asleep:
                 self.left -= 1
