@@ -135,3 +135,14 @@ TEST_CASE("A damaged payload is an error that says why")
         CHECK(payload.error().underlying->domain == platform::CocoaErrorDomain);
     }
 }
+
+TEST_CASE("A payload of more values than any record has is refused, and the longest record is not")
+{
+    const auto entry = Dictionary{{"Weekday", 1}, {"Hour", 2}, {"Minute", 3}, {"Day", 4}};
+    const auto longest = platform::binaryPropertyList(platform::Array(10'000, entry));
+    REQUIRE(longest.has_value());
+    CHECK(RequestReader::payloadOfRequest({2, {}, *longest}).has_value());
+    const auto vast = platform::binaryPropertyList(platform::Array(130'000, platform::PropertyList(1)));
+    REQUIRE(vast.has_value());
+    CHECK_FALSE(RequestReader::payloadOfRequest({2, {}, *vast}).has_value());
+}
