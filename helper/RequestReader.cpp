@@ -76,7 +76,7 @@ Result<RequestReader::Payload> RequestReader::payloadOfRequest(const Request& re
     if (!request.payload)
         return Payload();
     // Applications send this format alone; the readers of the others are spared what anybody may send.
-    auto value = platform::binaryPropertyListWithData(*request.payload);
+    auto value = platform::binaryPropertyListWithData(*request.payload, maximumValues);
     if (!value) {
         auto error = deserializeError(request.message);
         error.underlying = std::make_shared<const platform::Error>(std::move(value.error()));

@@ -25,6 +25,8 @@ public:
     using Payload = std::optional<platform::PropertyList>;
 
     static constexpr std::size_t maximumPayloadSize = std::size_t(4) << 20;
+    // The longest record that is taken has ten thousand entries of nine values.
+    static constexpr std::size_t maximumValues = 120'000;
 
     // What is read of a message: the rest is passed over, unread.
     static const std::vector<platform::ServiceKey>& form();
@@ -35,7 +37,7 @@ public:
                                                        const std::vector<std::string>& tooLong = {});
 
     // The payload as a value, parsed only once the sender may make the request; binary format alone. Messager error 3
-    // when it is damaged.
+    // when it is damaged or holds too many values.
     static platform::Result<Payload> payloadOfRequest(const Request& request);
 
     // The messager error 3 of the message.

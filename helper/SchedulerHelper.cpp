@@ -61,6 +61,13 @@ const Dictionary& changed()
     return reply;
 }
 
+// The reply when there is no room. Encoded once, since whoever sends too much gets it often.
+const ServiceDictionary& busy()
+{
+    static const auto reply = ReplyBuilder::replyWithError({platform::POSIXErrorDomain, EBUSY, {}, nullptr});
+    return reply;
+}
+
 } // namespace
 
 std::shared_ptr<SchedulerHelper> SchedulerHelper::create(const HelperOptions& options, Listener& listener,
@@ -146,7 +153,8 @@ void SchedulerHelper::handle(Listener::Request received, Listener::Reply reply)
     if (const auto found = _services.find(job.request.message); found != _services.end())
         job.service = &found->second;
     if (job.service && job.service->ready && !job.needsRight) {
-        job.reply(job.service->ready());
+        if (job.reply)
+            job.reply(job.service->ready());
         return;
     }
     std::optional<Error> fault;
@@ -164,9 +172,15 @@ void SchedulerHelper::handle(Listener::Request received, Listener::Reply reply)
 // What is at fault waits for its turn too: by then its sender is known, and its refusals are no faster than others'.
 void SchedulerHelper::enqueue(Job made, std::size_t size, std::optional<Error> fault)
 {
+    const auto peer = _peers->identified(made.sender);
+    const auto lane = made.needsRight && !fault ? Service::Lane::Changing : Service::Lane::Reading;
+    const auto line = lineOf(peer ? nameOf(peer->user) : made.sender, lane);
+    if (!_turns->hasRoom(line, size)) {
+        if (made.reply)
+            made.reply(busy());
+        return;
+    }
     auto job = std::make_shared<Job>(std::move(made));
-    const auto peer = _peers->identified(job->sender);
-    auto lane = job->needsRight && !fault ? Service::Lane::Changing : Service::Lane::Reading;
     auto start = [self = weak_from_this(), job, fault = std::move(fault)](const Turns::Turn& turn) {
         const auto helper = self.lock();
         const auto sender = helper ? helper->_peers->identified(job->sender) : std::nullopt;
@@ -177,9 +191,11 @@ void SchedulerHelper::enqueue(Job made, std::size_t size, std::optional<Error> f
         else
             helper->begin(job, turn);
     };
-    auto refuse = [job] { job->reply(ReplyBuilder::replyWithError({platform::POSIXErrorDomain, EBUSY, {}, nullptr})); };
-    _turns->add(lineOf(peer ? nameOf(peer->user) : job->sender, lane),
-                {job->sender, size, std::move(start), std::move(refuse)}, peer.has_value());
+    auto refuse = [job] {
+        if (job->reply)
+            job->reply(busy());
+    };
+    _turns->add(line, {job->sender, size, std::move(start), std::move(refuse)}, peer.has_value());
 }
 
 void SchedulerHelper::identify(const BusPeer& peer)
@@ -245,7 +261,8 @@ void SchedulerHelper::perform(const std::shared_ptr<Job>& job, const BusPeer& se
 Service::Completion SchedulerHelper::completionOf(const std::shared_ptr<Job>& job, const BusPeer& sender)
 {
     return [self = shared_from_this(), job, sender](const Service::Outcome& outcome) {
-        job->reply(replyTo(job->request.message, outcome));
+        if (job->reply)
+            job->reply(replyTo(job->request.message, outcome));
         if (outcome && job->needsRight)
             RefusalLog::accepted(job->request.message, sender);
         if (!outcome) {
@@ -258,7 +275,8 @@ Service::Completion SchedulerHelper::completionOf(const std::shared_ptr<Job>& jo
 
 void SchedulerHelper::refuse(const Job& job, const BusPeer& sender, const Error& error)
 {
-    job.reply(ReplyBuilder::replyWithError(error));
+    if (job.reply)
+        job.reply(ReplyBuilder::replyWithError(error));
     _refusals.refused(job.request.message, sender, error, RefusalLog::Clock::now());
 }
 

@@ -49,7 +49,7 @@ private:
     struct Job {
         Request request;
         std::string sender;
-        Listener::Reply reply;
+        Listener::Reply reply;            // null when nobody waits for one
         const Service* service = nullptr; // null when the message is not served
         bool needsRight = false;
     };

@@ -11,12 +11,19 @@ std::shared_ptr<Turns> Turns::create(Post post)
     return std::shared_ptr<Turns>(new Turns(std::move(post)));
 }
 
+bool Turns::hasRoom(const std::string& name, std::size_t size) const
+{
+    const auto found = _lines.find(name);
+    return found == _lines.end() || found->second.size + size + requestOverhead <= maximumLineSize;
+}
+
 void Turns::add(const std::string& name, Entry entry, bool isOpen)
 {
+    const bool fits = hasRoom(name, entry.size);
     entry.size += requestOverhead;
     Line& line = _lines[name];
     line.isOpen = line.isOpen || isOpen;
-    if (line.size + entry.size > maximumLineSize) {
+    if (!fits) {
         entry.refuse();
         return;
     }

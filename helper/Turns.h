@@ -33,6 +33,8 @@ public:
 
     static std::shared_ptr<Turns> create(Post post);
 
+    // Whether the line would take an entry of this size.
+    bool hasRoom(const std::string& line, std::size_t size) const;
     // A line that is not open only waits. Starts the entry before the return when it is its turn.
     void add(const std::string& line, Entry entry, bool isOpen);
     // Whoever stands in a line that was not open goes to the end of another one.

@@ -1,3 +1,4 @@
+#include "diagnostics/log/ZRKQueue.h"
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "messaging/ZRKError.h"
@@ -6,6 +7,7 @@
 #include "protocol/ScheduleRanges.h"
 #include "tests/helper/RunningHelper.h"
 #include "tests/helper/SettingsRecords.h"
+#include "tests/support/BusOwner.h"
 
 #include <algorithm>
 #include <atomic>
@@ -477,4 +479,117 @@ TEST_CASE("On a full disk a change is refused with the system's error, and the o
     CHECK(servedSettings(helper) == old);
     REQUIRE(::unlink(filler.c_str()) == 0);
     CHECK(resultIn(helper.send(applyRequest(newSettings()))).dictionary());
+}
+
+TEST_CASE("A message that has no payload is answered whatever comes as one")
+{
+    RunningHelper helper(Answer::Authorized);
+    for (const auto& payload : {Data(100, 0xff), Data(4'000'000, 0x62), Data()})
+        for (auto number : {BRVMessageGetSettings, BRVMessageGetAutoUpdates})
+            CHECK(resultIn(helper.send({{"message", number}, {"payload", payload}})).dictionary());
+}
+
+TEST_CASE("A payload is not read before its sender may send it")
+{
+    RunningHelper helper(Answer::Denied);
+    const ServiceDictionary damaged{{"message", 2}, {"auth", ownToken()}, {"payload", Data(100, 0xff)}};
+    CHECK(errorIn(helper.send(damaged)).code == ZRKAuthorizationErrorValidateRights);
+    helper.answerEverything(Answer::Authorized);
+    CHECK(errorIn(helper.send(damaged)).code == ZRKMessagerErrorDeserializeMessage);
+}
+
+TEST_CASE("A payload above 4 MB is refused, and nobody is asked about it")
+{
+    RunningHelper helper(Answer::Authorized);
+    checkError(helper.send({{"message", 2}, {"auth", ownToken()}, {"payload", Data((std::size_t(4) << 20) + 1)}}),
+               ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeMessage, {{"message", 2}});
+    CHECK(helper.authority().calls().empty());
+}
+
+TEST_CASE("What waits when the bus is lost is not decided by the next one")
+{
+    RunningHelper helper(Answer::Hang);
+    for (int count = 0; count < 20; ++count)
+        helper.client().sendXPCMessage(applyRequest(newSettings()));
+    REQUIRE(helper.authority().waitForCalls(1).size() == 1);
+    helper.bus().kill();
+    helper.bus().restart();
+    PolkitAuthority generous;
+    for (const auto* right : {BRVRightModifySettings1, BRVRightModifySettings2})
+        generous.setAnswer(right, Answer::Authorized);
+    CHECK(helper.program().wait() == EX_UNAVAILABLE);
+    CHECK(generous.calls().empty());
+    CHECK_FALSE(helper.storedSettings());
+}
+
+TEST_CASE("The log says for whom a change was made")
+{
+    RunningHelper helper(Answer::Authorized);
+    REQUIRE(resultIn(helper.send(applyRequest(newSettings()))).dictionary());
+    helper.program().signal(SIGTERM);
+    CHECK(helper.program().wait() == 0);
+    CHECK(helper.log().contains("Did message 2 for user " + std::to_string(::getuid()) + ", '"));
+    CHECK(helper.log().contains("brevane_helper_tests' (process " + std::to_string(::getpid()) + ")."));
+}
+
+TEST_CASE("The refusals of one user are counted in one line")
+{
+    RunningHelper helper(Answer::Denied);
+    for (int count = 0; count < 300; ++count)
+        CHECK(errorIn(helper.send(applyRequest(newSettings()))).code == ZRKAuthorizationErrorValidateRights);
+    helper.program().signal(SIGTERM);
+    CHECK(helper.program().wait() == 0);
+    const auto log = helper.log();
+    const auto user = "user " + std::to_string(::getuid());
+    CHECK(log.contains("Refused message 2 of " + user + ", '"));
+    CHECK(log.contains("Refused 299 more messages of " + user + ", the last of '"));
+    CHECK(std::ranges::count(log, '\n') < 10);
+}
+
+TEST_CASE("A key of any length makes neither a long reply nor a long line of the log")
+{
+    RunningHelper helper(Answer::Authorized);
+    const auto error = errorIn(helper.send(applyRequest(settingsWith(std::string(1'000'000, 'k'), 1))));
+    CHECK(error.code == BRVErrorUnknownKey);
+    CHECK(error.userInfo.stringForKey("key")->size() < 300);
+    CHECK(helper.log().size() < 16'384);
+}
+
+TEST_CASE("A termination that comes before the helper listens is not lost")
+{
+    RunningHelper helper;
+    helper.program().kill();
+    ChildProcess next({"/usr/bin/python3", "-c",
+                       "import os, signal, sys; signal.pthread_sigmask(signal.SIG_BLOCK, {signal.SIGTERM}); "
+                       "os.kill(os.getpid(), signal.SIGTERM); os.execv(sys.argv[1], sys.argv[1:])",
+                       BREVANE_SCHEDULER_HELPER, "--root", helper.root()});
+    CHECK(next.wait() == 0);
+}
+
+TEST_CASE("The request right after a failure reaches the helper, before the failure was heard of")
+{
+    RunningHelper helper;
+    helper.program().kill();
+    ZRKXPCClient client(BRVSchedulerServiceName);
+    std::promise<void> heard;
+    ZRKQueueMain()->async([wait = heard.get_future().share()] { wait.wait(); });
+    CHECK(client.sendSynchronousXPCMessage({{"message", 1}}) == std::unexpected(ServiceError::Invalid));
+    ChildProcess next({BREVANE_SCHEDULER_HELPER, "--root", helper.root()});
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (ownerOfBusName(BRVSchedulerServiceName) != next.pid() && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    CHECK(client.sendSynchronousXPCMessage({{"message", 1}}).has_value());
+    heard.set_value();
+}
+
+TEST_CASE("Whether a password is needed is said in plain words")
+{
+    RunningHelper helper(Answer::Authorized);
+    for (bool allowed : {true, false})
+        REQUIRE(resultIn(helper.send({{"message", BRVMessageSetAllowWithoutPassword},
+                                      {"auth", ownToken()},
+                                      {"payload", binaryData(Dictionary{{"Allow", allowed}})}}))
+                    .dictionary());
+    CHECK(helper.log().contains("Changing settings needs no password."));
+    CHECK(helper.log().contains("Changing settings needs a password."));
 }

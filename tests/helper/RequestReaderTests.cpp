@@ -90,23 +90,32 @@ TEST_CASE("A payload is bytes, and not too many")
               .has_value());
 }
 
-TEST_CASE("A payload is read in the binary format, and refused in every other")
+TEST_CASE("A payload is read in the binary format and in no other")
 {
     platform::PropertyList value(Dictionary{{"Enabled", "1"}});
     auto binary = platform::binaryPropertyList(value);
     REQUIRE(binary.has_value());
     auto payload = RequestReader::payloadOfRequest({21, {}, *binary});
     REQUIRE(payload.has_value());
-    REQUIRE(payload->has_value());
-    CHECK(**payload == value);
+    CHECK(*payload == value);
     for (const auto& bytes :
-         {textData("{ Enabled = 1; }"), textData("<dict><key>Enabled</key><string>1</string></dict>"),
+         {textData("{ Enabled = 1; }"), textData("bplist0"), Data(),
           textData("<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>Enabled</key><string>1</string></dict>"
-                   "</plist>")}) {
-        auto refused = RequestReader::payloadOfRequest({21, {}, bytes});
-        REQUIRE_FALSE(refused.has_value());
-        checkDamaged(refused.error(), {{"message", 21}});
-    }
+                   "</plist>")})
+        CHECK_FALSE(RequestReader::payloadOfRequest({21, {}, bytes}).has_value());
+}
+
+TEST_CASE("What the transport left out for its length is refused as what it would have been")
+{
+    auto request = RequestReader::requestForMessage({{"message", 2}}, {"payload"});
+    REQUIRE_FALSE(request.has_value());
+    checkDamaged(request.error(), {{"message", 2}});
+    request = RequestReader::requestForMessage({{"message", 2}}, {"auth"});
+    REQUIRE_FALSE(request.has_value());
+    CHECK(request.error().code == ZRKAuthorizationErrorCreateFromExternalForm);
+    request = RequestReader::requestForMessage({}, {"message"});
+    REQUIRE_FALSE(request.has_value());
+    checkDamaged(request.error(), {});
 }
 
 TEST_CASE("A request without a payload has none")
@@ -125,4 +134,15 @@ TEST_CASE("A damaged payload is an error that says why")
         REQUIRE(payload.error().underlying);
         CHECK(payload.error().underlying->domain == platform::CocoaErrorDomain);
     }
+}
+
+TEST_CASE("A payload of more values than any record has is refused, and the longest record is not")
+{
+    const auto entry = Dictionary{{"Weekday", 1}, {"Hour", 2}, {"Minute", 3}, {"Day", 4}};
+    const auto longest = platform::binaryPropertyList(platform::Array(10'000, entry));
+    REQUIRE(longest.has_value());
+    CHECK(RequestReader::payloadOfRequest({2, {}, *longest}).has_value());
+    const auto vast = platform::binaryPropertyList(platform::Array(130'000, platform::PropertyList(1)));
+    REQUIRE(vast.has_value());
+    CHECK_FALSE(RequestReader::payloadOfRequest({2, {}, *vast}).has_value());
 }

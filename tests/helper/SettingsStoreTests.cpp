@@ -136,12 +136,33 @@ TEST_CASE("A stored record that lacks values or is marked as disabled is served 
     CHECK(*SettingsStore(path).settings() == record);
 }
 
+TEST_CASE("A stored record of a later version is served with the keys that this one does not know")
+{
+    TemporaryDirectory folder;
+    auto record = intervalSettings({{"Minutes", 90}, {"Months", 2}});
+    record.set("Colour", "blue");
+    auto path = folder.write("settings.plist", binaryText(record));
+    CHECK(*SettingsStore(path).settings() == record);
+    CHECK(stored(path) == PropertyList(record));
+}
+
+TEST_CASE("The reply that is kept ready follows the settings")
+{
+    TemporaryDirectory folder;
+    SettingsStore store(folder.file("settings.plist"));
+    for (int minutes : {61, 62}) {
+        auto record = intervalSettings({{"Minutes", minutes}});
+        REQUIRE(store.setSettings(record).has_value());
+        auto reply = store.reply();
+        CHECK(platform::propertyListWithData(std::get<platform::Data>(reply.at("payload"))) == PropertyList(record));
+    }
+}
+
 TEST_CASE("A damaged stored file is kept beside, and the defaults are served")
 {
     auto whole = binaryText(defaultScheduleSettings());
-    for (const auto& text :
-         {std::string(), std::string("garbage \xff"), whole.substr(0, whole.size() / 2), binaryText(platform::Array{1}),
-          binaryText(settingsWith("Unknown", 1)), binaryText(settingsWith("Backups", "yes"))}) {
+    for (const auto& text : {std::string(), std::string("garbage \xff"), whole.substr(0, whole.size() / 2),
+                             binaryText(platform::Array{1}), binaryText(settingsWith("Backups", "yes"))}) {
         TemporaryDirectory folder;
         auto path = folder.write("settings.plist", text);
         SettingsStore store(path);

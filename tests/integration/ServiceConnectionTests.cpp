@@ -232,23 +232,54 @@ TEST_CASE("Entries of a reply that can't travel are left out")
     CHECK(dataIn(*reply, "payload") == platform::Data{1, 2});
 }
 
-TEST_CASE("A peer that does not keep to the protocol is an invalid endpoint")
+TEST_CASE("What a peer that lives answers concerns that request alone")
 {
     PrivateBus bus;
     const auto service = startTestService("--raw");
-    for (const std::int64_t message : {10, 11}) {
-        RecordedConnection recorded;
-        CHECK(recorded.connection->sendSynchronously({{"message", message}}) == Invalid);
-        CHECK(recorded.settledEvents() == Invalidity);
-    }
+    RecordedConnection recorded;
+    for (const std::int64_t message : {10, 11})
+        CHECK(recorded.connection->sendSynchronously({{"message", message}})
+              == ServiceReply(std::unexpected(ServiceError::Refused)));
+    CHECK(recorded.settledEvents().empty());
+    CHECK_FALSE(recorded.connection->isInvalid());
+    CHECK(recorded.connection->sendSynchronously({{"message", 9}}));
 }
 
-TEST_CASE("A request that the peer drops is answered all the same")
+TEST_CASE("A request that the peer drops is answered, and those that are pending beside it stay")
 {
     PrivateBus bus;
     const auto service = startTestService();
     RecordedConnection recorded;
-    CHECK(recorded.connection->sendSynchronously({{"message", 8}}) == Invalid);
+    const auto replies = std::make_shared<Arrivals<ServiceReply>>();
+    recorded.connection->send({{"message", 4}, {"delay", 300}, {"echo", 5}}, recorded.queue,
+                              [replies](ServiceReply reply) { replies->add(std::move(reply)); });
+    CHECK(recorded.connection->sendSynchronously({{"message", 8}})
+          == ServiceReply(std::unexpected(ServiceError::Refused)));
+    const auto answered = replies->waitFor(1);
+    REQUIRE(answered.size() == 1);
+    REQUIRE(answered.front());
+    CHECK(integerIn(*answered.front(), "echo") == 5);
+    CHECK(recorded.settledEvents().empty());
+}
+
+TEST_CASE("A request above what the bus carries is told as such and costs the connection nothing")
+{
+    PrivateBus bus;
+    const auto service = startTestService();
+    RecordedConnection recorded;
+    const platform::ServiceDictionary big = {{"message", 7}, {"payload", platform::Data(std::size_t(32) << 20)}};
+    const ServiceReply tooLarge = std::unexpected(ServiceError::TooLarge);
+    CHECK(recorded.connection->sendSynchronously(big) == tooLarge);
+    const auto replies = std::make_shared<Arrivals<ServiceReply>>();
+    recorded.connection->send(big, recorded.queue, [replies](ServiceReply reply) { replies->add(std::move(reply)); });
+    CHECK(replies->waitFor(1) == std::vector<ServiceReply>{tooLarge});
+    recorded.connection->send(big);
+    // What is just below goes through.
+    const auto reply = recorded.connection->sendSynchronously(
+        {{"message", 7}, {"payload", platform::Data((std::size_t(32) << 20) - 8192)}});
+    REQUIRE(reply);
+    CHECK(integerIn(*reply, "size") == (32 << 20) - 8192);
+    CHECK(recorded.settledEvents().empty());
 }
 
 TEST_CASE("Threads that send at once each get their own replies")

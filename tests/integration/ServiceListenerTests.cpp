@@ -7,6 +7,7 @@
 #include <doctest/doctest.h>
 #include <systemd/sd-bus.h>
 #include <thread>
+#include <unistd.h>
 
 using platform::ServiceListener;
 
@@ -16,8 +17,12 @@ namespace {
 class Served {
 public:
     explicit Served(decltype(ServiceListener::Handlers::received) handler)
+        : Served(ServiceListener::Handlers{std::move(handler), {}, {}})
     {
-        auto created = ServiceListener::create(TestServiceName, {std::move(handler), {}, {}});
+    }
+    explicit Served(ServiceListener::Handlers handlers, std::vector<platform::ServiceKey> form = {})
+    {
+        auto created = ServiceListener::create(TestServiceName, std::move(handlers), std::move(form));
         REQUIRE(created);
         listener = std::move(*created);
         _thread = std::thread([this] { _result = listener->run(); });
@@ -214,13 +219,14 @@ TEST_CASE("A reply given after the listener went away is dropped")
           == std::vector<platform::ServiceReply>{std::unexpected(platform::ServiceError::Interrupted)});
 }
 
-TEST_CASE("A request that asks for no reply gets none, not even when it is dropped")
+TEST_CASE("A request that asks for no reply gets none")
 {
     PrivateBus bus;
     Arrivals<std::int64_t> seen;
     Served served([&](ServiceListener::Request request, const ServiceListener::Reply& reply) {
         const std::int64_t number = integerIn(request.message, "number").value_or(-1);
-        if (number % 2 == 0)
+        CHECK((reply != nullptr) == (number == 10));
+        if (reply)
             reply({{"number", number}});
         seen.add(number);
     });
@@ -292,4 +298,150 @@ TEST_CASE("A big reply from another thread leaves even when the listener stops r
     CHECK(dataIn(*reply, "payload")->size() == Size);
     CHECK(served.join());
     worker.join();
+}
+
+TEST_CASE("With a form its keys are read and no other, and what is too long is named and left out")
+{
+    PrivateBus bus;
+    Arrivals<ServiceListener::Request> requests;
+    Served served({[&](ServiceListener::Request request, const ServiceListener::Reply& reply) {
+                       requests.add(std::move(request));
+                       reply({});
+                   },
+                   {},
+                   {}},
+                  {{"number", 0}, {"payload", 10}});
+    RecordedConnection recorded;
+    CHECK(recorded.connection->sendSynchronously(
+        {{"number", 5}, {"payload", platform::Data(10)}, {"other", platform::Data(5'000'000)}, {"more", 6}}));
+    CHECK(recorded.connection->sendSynchronously({{"payload", platform::Data(11)}}));
+    const auto seen = requests.waitFor(2);
+    REQUIRE(seen.size() == 2);
+    CHECK(seen[0].message == platform::ServiceDictionary{{"number", 5}, {"payload", platform::Data(10)}});
+    CHECK(seen[0].tooLong.empty());
+    CHECK(seen[1].message.empty());
+    CHECK(seen[1].tooLong == std::vector<std::string>{"payload"});
+}
+
+TEST_CASE("A message of many values is refused before it is looked through")
+{
+    PrivateBus bus;
+    std::atomic<int> handled = 0;
+    Served served({[&](const ServiceListener::Request&, const ServiceListener::Reply& reply) {
+                       ++handled;
+                       reply({});
+                   },
+                   {},
+                   {}},
+                  {{"number", 0}});
+    RawClient client;
+    const auto send = [&](int entryCount, int valueCount) {
+        sd_bus_message* message = nullptr;
+        REQUIRE(sd_bus_message_new_method_call(client.bus(), &message, TestServiceName,
+                                               "/com/zerkolin/brevane/scheduler", TestServiceName, "Send")
+                >= 0);
+        sd_bus_message_open_container(message, 'a', "{sv}");
+        for (int entry = 0; entry < entryCount; ++entry) {
+            sd_bus_message_open_container(message, 'e', "sv");
+            sd_bus_message_append(message, "s", "junk");
+            sd_bus_message_open_container(message, 'v', "av");
+            sd_bus_message_open_container(message, 'a', "v");
+            for (int value = 0; value < valueCount; ++value)
+                sd_bus_message_append(message, "v", "s", "x");
+            sd_bus_message_close_container(message);
+            sd_bus_message_close_container(message);
+            sd_bus_message_close_container(message);
+        }
+        sd_bus_message_close_container(message);
+        sd_bus_error error = SD_BUS_ERROR_NULL;
+        const int result = sd_bus_call(client.bus(), message, 0, &error, nullptr);
+        sd_bus_error_free(&error);
+        sd_bus_message_unref(message);
+        return result;
+    };
+    CHECK(send(3, 20) >= 0);
+    CHECK(handled == 1);
+    CHECK(send(1, 200'000) < 0);
+    CHECK(send(20'000, 1) < 0);
+    CHECK(handled == 1);
+    CHECK(send(1, 1) >= 0);
+}
+
+TEST_CASE("A listener learns from the bus who its senders are, and when they leave")
+{
+    PrivateBus bus;
+    Arrivals<platform::BusPeer> identified;
+    Arrivals<std::string> left;
+    Served served({echo, [&](const platform::BusPeer& peer) { identified.add(peer); },
+                   [&](const std::string& name) { left.add(name); }});
+    std::string name;
+    {
+        RawClient client;
+        const char* unique = nullptr;
+        REQUIRE(sd_bus_get_unique_name(client.bus(), &unique) >= 0);
+        name = unique;
+        CHECK(client.call("Send", "a{sv}", 0) >= 0);
+        CHECK(client.call("Send", "a{sv}", 0) >= 0);
+        REQUIRE(identified.waitFor(1).size() == 1);
+    }
+    CHECK(left.waitFor(1) == std::vector<std::string>{name});
+    const auto peers = identified.waitFor(0);
+    REQUIRE(peers.size() == 1);
+    CHECK(peers[0].name == name);
+    CHECK(peers[0].user == getuid());
+    CHECK(peers[0].process == static_cast<std::uint32_t>(getpid()));
+    CHECK(peers[0].program.ends_with("test_integration"));
+}
+
+TEST_CASE("A client that never reads is cut off, and the others are answered")
+{
+    PrivateBus bus;
+    Served served([](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {
+        reply({{"payload", platform::Data(request.message.empty() ? 1'000'000 : 1)}});
+    });
+    std::vector<std::unique_ptr<RawClient>> deaf;
+    // The bus takes nothing more from a connection of which 127 MB are unread.
+    for (int index = 0; index < 3; ++index) {
+        deaf.push_back(std::make_unique<RawClient>());
+        for (int count = 0; count < 100; ++count) {
+            sd_bus_message* message = nullptr;
+            REQUIRE(sd_bus_message_new_method_call(deaf.back()->bus(), &message, TestServiceName,
+                                                   "/com/zerkolin/brevane/scheduler", TestServiceName, "Send")
+                    >= 0);
+            sd_bus_message_append(message, "a{sv}", 0);
+            CHECK(sd_bus_send(deaf.back()->bus(), message, nullptr) >= 0);
+            sd_bus_message_unref(message);
+        }
+        sd_bus_flush(deaf.back()->bus());
+    }
+    // Of the same user, who has to wait for the deaf ones to leave; of others the floods say more.
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    deaf.clear();
+    RecordedConnection recorded;
+    for (int count = 0; count < 30; ++count)
+        CHECK(recorded.connection->sendSynchronously({{"number", 1}}));
+}
+
+TEST_CASE("A client that reads is never cut off, however much it is sent")
+{
+    PrivateBus bus;
+    Served served([](const ServiceListener::Request&, const ServiceListener::Reply& reply) {
+        reply({{"payload", platform::Data(1'000'000)}});
+    });
+    RecordedConnection recorded;
+    for (int count = 0; count < 100; ++count)
+        REQUIRE(recorded.connection->sendSynchronously({}));
+}
+
+TEST_CASE("A reply above what the bus carries becomes an error, and the listener serves on")
+{
+    PrivateBus bus;
+    Served served([](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {
+        reply({{"payload", platform::Data(request.message.empty() ? std::size_t(40) << 20 : 1)}});
+    });
+    RecordedConnection recorded;
+    CHECK(recorded.connection->sendSynchronously({})
+          == platform::ServiceReply(std::unexpected(platform::ServiceError::Refused)));
+    CHECK(recorded.connection->sendSynchronously({{"number", 1}}));
+    CHECK(served.stop());
 }

@@ -9,6 +9,7 @@
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 
+#include <cerrno>
 #include <doctest/doctest.h>
 #include <future>
 #include <thread>
@@ -489,4 +490,20 @@ TEST_CASE("a negative or huge message number travels as it is")
     Fixture it;
     for (const auto number : {std::int64_t(-1), std::numeric_limits<std::int64_t>::max()})
         CHECK(it.client.XPCMessageForMessage(number, {}) == ServiceDictionary{{"message", number}});
+}
+
+TEST_CASE(
+    "a request that the transport would not carry could not be serialized, and one that was refused found no service")
+{
+    Fixture it;
+    const auto tooLarge = it.client.replyForMessage(2, std::unexpected(ServiceError::TooLarge));
+    REQUIRE_FALSE(tooLarge);
+    CHECK(tooLarge.error().domain == ZRKMessagerErrorDomain);
+    CHECK(tooLarge.error().code == ZRKMessagerErrorSerializeMessage);
+    REQUIRE(tooLarge.error().underlying);
+    CHECK(tooLarge.error().underlying->domain == platform::POSIXErrorDomain);
+    CHECK(tooLarge.error().underlying->code == EMSGSIZE);
+    const auto refused = it.client.replyForMessage(2, std::unexpected(ServiceError::Refused));
+    REQUIRE_FALSE(refused);
+    CHECK(refused.error().code == ZRKMessagerErrorServiceUnavailable);
 }

@@ -44,7 +44,7 @@ platform::Data bytes(const std::string& text)
     return {text.begin(), text.end()};
 }
 
-void handle(const platform::ServiceListener::Request& request, const platform::ServiceListener::Reply& reply)
+void answer(const platform::ServiceListener::Request& request, const platform::ServiceListener::Reply& reply)
 {
     const auto payload = request.message.find("payload");
     switch (integer(request.message, "message")) {
@@ -80,6 +80,11 @@ void handle(const platform::ServiceListener::Request& request, const platform::S
     default:
         return;
     }
+}
+
+void handle(const platform::ServiceListener::Request& request, const platform::ServiceListener::Reply& reply)
+{
+    answer(request, reply ? reply : [](const platform::ServiceDictionary&) { });
 }
 
 int handleRaw(sd_bus_message* request, void*, sd_bus_error* error)

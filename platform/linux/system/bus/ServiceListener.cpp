@@ -331,12 +331,15 @@ int BusServiceListener::receive(sd_bus_message* message, sd_bus_error* error)
             _peers->charge(sender, SmallReplySize);
         return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "The request cannot be read.");
     }
+    ServiceListener::Request request = {std::move(reading->dictionary), std::move(reading->tooLong), sender};
+    if (sd_bus_message_get_expect_reply(message) <= 0) {
+        _handlers.received(std::move(request), nullptr);
+        return 1;
+    }
     const std::uint64_t number = ++_requestCount;
-    if (sd_bus_message_get_expect_reply(message) > 0)
-        _owed.emplace(number, Owed{sender, BusMessage(sd_bus_message_ref(message)), nullptr, nullptr});
+    _owed.emplace(number, Owed{sender, BusMessage(sd_bus_message_ref(message)), nullptr, nullptr});
     auto owed = std::make_shared<OwedReply>(*this, _inbox, number);
-    _handlers.received({std::move(reading->dictionary), std::move(reading->tooLong), sender},
-                       [owed](ServiceDictionary reply) { owed->give(std::move(reply)); });
+    _handlers.received(std::move(request), [owed](ServiceDictionary reply) { owed->give(std::move(reply)); });
     owed.reset();
     runTasks(); // a reply that was given at once
     detach(number);

@@ -23,8 +23,8 @@ public:
         std::vector<std::string> tooLong; // keys of the form whose bytes are more than they may be, left out too
         std::string sender;               // the unique name of the connection that sent it, as the bus itself reports
     };
-    // Sends the reply. Any thread, once; nothing is sent when the request asked for none. When every copy is dropped
-    // unused the sender gets an error.
+    // Sends the reply. Any thread, once. When every copy is dropped unused the sender gets an error. Null when the
+    // request asked for no reply.
     using Reply = std::function<void(ServiceDictionary)>;
     // What is called on the thread of run(), and must not block.
     struct Handlers {

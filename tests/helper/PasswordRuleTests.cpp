@@ -1,0 +1,85 @@
+#include "helper/DefaultRights.h"
+#include "helper/PasswordRule.h"
+#include "messaging/ZRKAuthorizationManager.h"
+#include "platform/Authorization.h"
+#include "platform/Folder.h"
+#include "platform/linux/system/files/AtomicFile.h"
+#include "protocol/Messages.h"
+#include "tests/support/EnvironmentVariable.h"
+#include "tests/support/TemporaryDirectory.h"
+
+#include <doctest/doctest.h>
+#include <unistd.h>
+
+using platform::Array;
+using platform::Dictionary;
+
+namespace {
+
+struct Machine {
+    TemporaryDirectory root;
+    EnvironmentVariable variable{"BREVANE_ROOT", root.path()};
+    std::string rules = root.write("rules.d/10-other.rules", "").substr(0, root.path().size() + 8);
+    std::string file = rules + "/49-com.zerkolin.brevane.rules";
+    std::string store = root.file("Library/Preferences/com.zerkolin.brevane.rights.plist");
+    helper::PasswordRule rule{rules};
+
+    Machine() { REQUIRE(platform::createFolder(root.file("Library/Preferences"))); }
+
+    static std::string storedRule()
+    {
+        const auto definition = platform::Authorization::right(BRVRightModifySettings1).value_or(Dictionary());
+        const auto* rule = definition.arrayForKey("rule");
+        return rule && rule->size() == 1 && rule->front().string() ? *rule->front().string() : "none";
+    }
+    bool isWritten() const { return ::access(file.c_str(), F_OK) == 0; }
+};
+
+} // namespace
+
+TEST_CASE("What agrees is left as it is at the start")
+{
+    Machine machine;
+    helper::installDefaultRights();
+    REQUIRE(machine.rule.takeStricter().has_value());
+    CHECK(machine.storedRule() == "authenticate-admin");
+    REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
+    REQUIRE(machine.rule.takeStricter().has_value());
+    CHECK(machine.storedRule() == "is-admin");
+    CHECK(machine.isWritten());
+}
+
+TEST_CASE("A rules file without the stored rule is removed at the start")
+{
+    Machine machine;
+    REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
+    REQUIRE(ZRKAuthorizationManager::setAuthorizationRights(
+                {{BRVRightModifySettings1, {{"rule", Array{"authenticate-admin"}}}}})
+                .has_value());
+    REQUIRE(machine.rule.takeStricter().has_value());
+    CHECK_FALSE(machine.isWritten());
+    CHECK(machine.storedRule() == "authenticate-admin");
+}
+
+TEST_CASE("A stored rule without its rules file asks for the password again from the start on")
+{
+    Machine machine;
+    REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
+    REQUIRE(::unlink(machine.file.c_str()) == 0);
+    REQUIRE(machine.rule.takeStricter().has_value());
+    CHECK_FALSE(machine.isWritten());
+    CHECK(machine.storedRule() == "authenticate-admin");
+}
+
+TEST_CASE("A damaged rights file is kept under another name, and the password is asked for")
+{
+    Machine machine;
+    REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
+    const std::string_view garbage = "garbage";
+    REQUIRE(platform::replaceFile(machine.store, {reinterpret_cast<const std::uint8_t*>(garbage.data()), 7}));
+    helper::installDefaultRights();
+    REQUIRE(machine.rule.takeStricter().has_value());
+    CHECK(platform::readFile(machine.store + ".damaged")->size() == garbage.size());
+    CHECK(machine.storedRule() == "authenticate-admin");
+    CHECK_FALSE(machine.isWritten());
+}
