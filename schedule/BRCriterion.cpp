@@ -3,8 +3,10 @@
 #include "platform/Calendar.h"
 #include "platform/Localization.h"
 #include "platform/ui/DatePicker.h"
+#include "schedule/model/CalendarRow.h"
 
 #include <cstdio>
+#include <string_view>
 
 using namespace platform::ui;
 using platform::localizedString;
@@ -13,9 +15,9 @@ namespace {
 
 PopUpButton::Items weekdayItems()
 {
-    std::vector<std::string> titles{localizedString("Every Day"), ""};
-    for (const char* day : {"Monday", "Tuesday", "Wednesday", "Thursday", "Friday", "Saturday", "Sunday"})
-        titles.push_back(localizedString(day));
+    std::vector<std::string> titles;
+    for (const std::string_view title : CalendarRow::weekdayTitles)
+        titles.push_back(title.empty() ? "" : localizedString(title));
     return std::make_shared<const std::vector<std::string>>(std::move(titles));
 }
 

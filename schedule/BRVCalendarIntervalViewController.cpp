@@ -5,44 +5,13 @@
 #include "platform/ui/PopUpButton.h"
 #include "protocol/ScheduleSettings.h"
 
-#include <algorithm>
-
 using namespace platform::ui;
 
 namespace {
 
-constexpr int everyDayIndex = 0;
-constexpr int mondayIndex = 2; // the separator is between
-constexpr int sundayIndex = 8;
-
 // The place of the two controls among a row's display values.
 constexpr std::size_t weekdayColumn = CriterionTypeWeekday;
 constexpr std::size_t timeColumn = CriterionTypeTime;
-
-bool hasNumber(const platform::Dictionary& entry, const char* key)
-{
-    const platform::PropertyList* value = entry.find(key);
-    return value && value->isNumber();
-}
-
-bool isShown(const platform::Dictionary& entry)
-{
-    return !hasNumber(entry, ScheduleKey::Day)
-        && (hasNumber(entry, ScheduleKey::Weekday) || hasNumber(entry, ScheduleKey::Hour));
-}
-
-// A weekday for which the pop-up has no item selects none: the row is then written back as one that the scheduler
-// helper refuses by its key, rather than as another day.
-int popUpIndexOfEntry(const platform::Dictionary& entry)
-{
-    if (!hasNumber(entry, ScheduleKey::Weekday))
-        return everyDayIndex;
-    const std::int64_t weekday = entry.integerForKey(ScheduleKey::Weekday);
-    if (weekday == 0)
-        return sundayIndex;
-    constexpr std::int64_t beyond = sundayIndex + 1; // held in the range of an index
-    return static_cast<int>(std::clamp(weekday, -beyond, beyond)) - 1 + mondayIndex;
-}
 
 template <class T>
 std::shared_ptr<T> controlAt(const RuleEditor::DisplayValues& values, std::size_t column)
@@ -51,19 +20,14 @@ std::shared_ptr<T> controlAt(const RuleEditor::DisplayValues& values, std::size_
     return view ? std::dynamic_pointer_cast<T>(*view) : nullptr;
 }
 
-platform::Dictionary entryOfRow(const RuleEditor::DisplayValues& values)
+CalendarRow rowOfControls(const RuleEditor::DisplayValues& values)
 {
-    const auto popUp = controlAt<PopUpButton>(values, weekdayColumn);
-    const auto picker = controlAt<DatePicker>(values, timeColumn);
-    const int index = popUp ? popUp->indexOfSelectedItem() : everyDayIndex;
-    const platform::TimeOfDay time = picker ? picker->timeOfDay() : platform::TimeOfDay();
-
-    platform::Dictionary entry;
-    if (index != everyDayIndex)
-        entry.set(ScheduleKey::Weekday, index - mondayIndex + 1);
-    entry.set(ScheduleKey::Hour, time.hour);
-    entry.set(ScheduleKey::Minute, time.minute);
-    return entry;
+    CalendarRow row;
+    if (const auto popUp = controlAt<PopUpButton>(values, weekdayColumn))
+        row.weekdayIndex = popUp->indexOfSelectedItem();
+    if (const auto picker = controlAt<DatePicker>(values, timeColumn))
+        row.time = picker->timeOfDay();
+    return row;
 }
 
 } // namespace
@@ -82,7 +46,12 @@ void BRVCalendarIntervalViewController::connectOutlets(const Interface& interfac
 {
     _ruleEditor = interface.outlet<RuleEditor>("ruleEditor");
     _backUpASAPCheckBox = interface.outlet<CheckBox>("asapCheckBox");
+    _noteTextField = interface.outlet<TextField>("tooManyTimesLabel");
     _ruleEditor->setDelegate(weak_from_this());
+    _ruleEditor->setAction([weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->changeRows();
+    });
 }
 
 void BRVCalendarIntervalViewController::awakeFromNib()
@@ -91,42 +60,33 @@ void BRVCalendarIntervalViewController::awakeFromNib()
     updateView();
 }
 
-platform::Dictionary BRVCalendarIntervalViewController::settings() const
+CalendarState BRVCalendarIntervalViewController::state() const
 {
-    if (!isViewLoaded() && _settings)
-        return *_settings;
-    const int rows = isViewLoaded() ? _ruleEditor->numberOfRows() : 0;
-    platform::Array intervals;
-    intervals.reserve(static_cast<std::size_t>(rows));
+    CalendarState state{.rows = {}, .asap = _backUpASAPCheckBox->isOn()};
+    const int rows = _ruleEditor->numberOfRows();
+    state.rows.reserve(static_cast<std::size_t>(rows));
     for (int row = 0; row < rows; ++row)
-        intervals.emplace_back(entryOfRow(_ruleEditor->displayValuesForRow(row)));
-    const bool asap = isViewLoaded() && _backUpASAPCheckBox->isOn();
-    return {{ScheduleKey::Intervals, std::move(intervals)}, {ScheduleKey::ASAP, asap}};
+        state.rows.push_back(rowOfControls(_ruleEditor->displayValuesForRow(row)));
+    return state;
 }
 
-void BRVCalendarIntervalViewController::setSettings(const platform::Dictionary* settings)
+platform::Dictionary BRVCalendarIntervalViewController::settings()
 {
-    _settings = settings ? std::optional(*settings) : std::nullopt;
-    if (isViewLoaded())
-        updateView();
+    view();
+    return state().record();
 }
 
 void BRVCalendarIntervalViewController::updateView()
 {
+    const auto shown = CalendarState::showing(keptSettings(), platform::currentTimeOfDay());
     _ruleEditor->removeAllRows();
-    if (const platform::Array* intervals = _settings ? _settings->arrayForKey(ScheduleKey::Intervals) : nullptr) {
-        for (const platform::PropertyList& interval : *intervals) {
-            const platform::Dictionary* entry = interval.dictionary();
-            if (entry && isShown(*entry))
-                appendRowForEntry(*entry);
-        }
-    }
-    if (_ruleEditor->numberOfRows() == 0)
-        _ruleEditor->addRow();
-    _backUpASAPCheckBox->setOn(_settings && _settings->boolForKey(ScheduleKey::ASAP));
+    for (const CalendarRow& row : shown.rows)
+        appendRow(row);
+    _backUpASAPCheckBox->setOn(shown.asap);
+    _noteTextField->setHidden(!shown.hasMore);
 }
 
-void BRVCalendarIntervalViewController::appendRowForEntry(const platform::Dictionary& entry)
+void BRVCalendarIntervalViewController::appendRow(const CalendarRow& row)
 {
     RuleEditor::Criteria criteria;
     RuleEditor::DisplayValues values;
@@ -134,12 +94,14 @@ void BRVCalendarIntervalViewController::appendRowForEntry(const platform::Dictio
         criteria.push_back(criterion);
         values.push_back(criterion->displayValue());
     }
-    controlAt<PopUpButton>(values, weekdayColumn)->selectItemAtIndex(popUpIndexOfEntry(entry));
-    const auto time = platform::timeOfDayFromComponents(entry.integerForKey(ScheduleKey::Hour),
-                                                        entry.integerForKey(ScheduleKey::Minute));
-    if (time)
-        controlAt<DatePicker>(values, timeColumn)->setTimeOfDay(*time);
+    controlAt<PopUpButton>(values, weekdayColumn)->selectItemAtIndex(row.weekdayIndex);
+    controlAt<DatePicker>(values, timeColumn)->setTimeOfDay(row.time);
     _ruleEditor->setCriteria(std::move(criteria), std::move(values), _ruleEditor->numberOfRows());
+}
+
+void BRVCalendarIntervalViewController::changeRows()
+{
+    _noteTextField->setHidden(!CalendarState::isTooMany(static_cast<std::size_t>(_ruleEditor->numberOfRows())));
 }
 
 int BRVCalendarIntervalViewController::numberOfChildrenForCriterion(RuleEditor&,

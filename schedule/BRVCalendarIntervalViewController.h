@@ -2,11 +2,12 @@
 
 #include "platform/ui/CheckBox.h"
 #include "platform/ui/RuleEditor.h"
+#include "platform/ui/TextField.h"
 #include "schedule/BRCriterion.h"
 #include "schedule/BRVViewController.h"
+#include "schedule/model/CalendarState.h"
 
 #include <memory>
-#include <optional>
 
 // The editor of times of day: a row for each, on every day or on one weekday, and whether a missed backup is caught up
 // as soon as possible.
@@ -16,12 +17,10 @@ class BRVCalendarIntervalViewController : public BRVViewController,
 public:
     static std::shared_ptr<BRVCalendarIntervalViewController> create();
 
-    // An entry for each row, in the rows' order. Sunday is read as 0 or 7 and always written as 7.
-    platform::Dictionary settings() const override;
-    void setSettings(const platform::Dictionary* settings) override;
+    platform::Dictionary settings() override;
 
     // Rebuilds the rows from the sub-record; edits are lost. Needs a loaded view.
-    void updateView();
+    void updateView() override;
 
     int numberOfChildrenForCriterion(platform::ui::RuleEditor& editor,
                                      const std::shared_ptr<platform::ui::RuleCriterion>& criterion) override;
@@ -38,10 +37,12 @@ protected:
 
 private:
     BRVCalendarIntervalViewController();
-    void appendRowForEntry(const platform::Dictionary& entry);
+    void appendRow(const CalendarRow& row);
+    CalendarState state() const;
+    void changeRows();
 
     std::shared_ptr<platform::ui::RuleEditor> _ruleEditor;
     std::shared_ptr<platform::ui::CheckBox> _backUpASAPCheckBox;
+    std::shared_ptr<platform::ui::TextField> _noteTextField; // more times than a schedule can hold
     std::shared_ptr<BRCriterion> _rootItem;
-    std::optional<platform::Dictionary> _settings;
 };

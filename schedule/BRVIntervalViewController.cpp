@@ -1,46 +1,10 @@
 #include "schedule/BRVIntervalViewController.h"
 
 #include "platform/Localization.h"
-#include "protocol/ScheduleRanges.h"
 #include "protocol/ScheduleSettings.h"
 #include "schedule/BRVNumberTextField.h"
 
-#include <array>
-
 using namespace platform::ui;
-
-namespace {
-
-struct Unit {
-    const char* key; // in the sub-record
-    const char* label;
-    const char* singular;
-    const char* plural;
-};
-
-// By IntervalUnit. Each unit has a label of its own, so that translations can agree with it.
-constexpr std::array<Unit, 4> units{{
-    {ScheduleKey::Minutes, "Back up every-minutes", "minute", "minutes"},
-    {ScheduleKey::Hours, "Back up every-hours", "hour", "hours"},
-    {ScheduleKey::Days, "Back up every-days", "day", "days"},
-    {ScheduleKey::Weeks, "Back up every-weeks", "week", "weeks"},
-}};
-
-platform::Dictionary intervalSettings(IntervalUnit unit, std::int64_t count)
-{
-    if (unit == IntervalUnitMinutes && count % 60 == 0)
-        return {{ScheduleKey::Hours, count / 60}};
-    if (unit == IntervalUnitHours && count % 24 == 0)
-        return {{ScheduleKey::Days, count / 24}};
-    return {{units[unit].key, count}};
-}
-
-std::int64_t clampedCount(std::int64_t value)
-{
-    return ScheduleRanges::intervalCount.clamp(value);
-}
-
-} // namespace
 
 std::shared_ptr<BRVIntervalViewController> BRVIntervalViewController::create()
 {
@@ -76,56 +40,52 @@ void BRVIntervalViewController::awakeFromNib()
     updateView();
 }
 
-platform::Dictionary BRVIntervalViewController::settings() const
+IntervalState BRVIntervalViewController::state() const
 {
-    if (!isViewLoaded())
-        return _settings.value_or(intervalSettings(IntervalUnitMinutes, clampedCount(0)));
-    return intervalSettings(intervalMode(), intervalValue());
+    return {intervalMode(), intervalValue()};
 }
 
-void BRVIntervalViewController::setSettings(const platform::Dictionary* settings)
+platform::Dictionary BRVIntervalViewController::settings()
 {
-    _settings = settings ? std::optional(*settings) : std::nullopt;
-    if (isViewLoaded())
-        updateView();
+    view();
+    return state().record();
 }
 
 std::int64_t BRVIntervalViewController::intervalValue() const
 {
-    return clampedCount(_intervalTextField->integerValue());
+    return IntervalState::clampedCount(_intervalTextField->integerValue());
 }
 
 void BRVIntervalViewController::setIntervalValue(std::int64_t value)
 {
-    _intervalTextField->setIntegerValue(clampedCount(value));
+    _intervalTextField->setIntegerValue(IntervalState::clampedCount(value));
     updateStepper();
     updateUnitsPopup();
 }
 
 IntervalUnit BRVIntervalViewController::intervalMode() const
 {
-    const int index = _unitsPopup->indexOfSelectedItem();
-    return index >= 1 && index <= 3 ? static_cast<IntervalUnit>(index) : IntervalUnitMinutes;
+    return IntervalState::unitForIndex(_unitsPopup->indexOfSelectedItem());
 }
 
 void BRVIntervalViewController::setIntervalMode(unsigned mode)
 {
-    if (mode < units.size())
+    if (mode < IntervalState::unitCount)
         _unitsPopup->selectItemAtIndex(static_cast<int>(mode));
     updateLabelTextField();
 }
 
 void BRVIntervalViewController::updateView()
 {
-    const platform::Dictionary settings = _settings.value_or(platform::Dictionary());
-    const auto interval = IntervalSchedule::fromRecord(settings);
-    setIntervalMode(interval.unit);
-    setIntervalValue(interval.count);
+    const auto* const settings = keptSettings();
+    const auto shown = IntervalState::showing(settings ? IntervalSchedule::fromRecord(*settings) : IntervalSchedule());
+    setIntervalMode(shown.unit);
+    setIntervalValue(shown.count);
 }
 
 void BRVIntervalViewController::updateLabelTextField()
 {
-    _labelTextField->setStringValue(platform::localizedString(units[intervalMode()].label));
+    _labelTextField->setStringValue(platform::localizedString(state().label()));
 }
 
 void BRVIntervalViewController::updateStepper()
@@ -135,11 +95,9 @@ void BRVIntervalViewController::updateStepper()
 
 void BRVIntervalViewController::updateUnitsPopup()
 {
-    const bool singular = intervalValue() < 2;
-    for (std::size_t i = 0; i < units.size(); ++i) {
-        const char* title = singular ? units[i].singular : units[i].plural;
-        _unitsPopup->setItemTitleAtIndex(static_cast<int>(i), platform::localizedString(title));
-    }
+    int index = 0;
+    for (const char* title : state().unitTitles())
+        _unitsPopup->setItemTitleAtIndex(index++, platform::localizedString(title));
 }
 
 void BRVIntervalViewController::changeUnitsPopup()

@@ -3,12 +3,11 @@
 #include "platform/ui/PopUpButton.h"
 #include "platform/ui/Stepper.h"
 #include "platform/ui/TextField.h"
-#include "protocol/Schedule.h"
 #include "schedule/BRVViewController.h"
+#include "schedule/model/IntervalState.h"
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 
 // The editor of a fixed interval: a count from 1 to 999 and its unit.
 class BRVIntervalViewController : public BRVViewController,
@@ -17,9 +16,7 @@ class BRVIntervalViewController : public BRVViewController,
 public:
     static std::shared_ptr<BRVIntervalViewController> create();
 
-    // Minutes fold into hours, hours into days; days never fold into weeks.
-    platform::Dictionary settings() const override;
-    void setSettings(const platform::Dictionary* settings) override;
+    platform::Dictionary settings() override;
 
     // The rest needs a loaded view.
     std::int64_t intervalValue() const;        // 1 to 999
@@ -27,7 +24,7 @@ public:
     IntervalUnit intervalMode() const;
     void setIntervalMode(unsigned mode); // above 3 the selection stays
 
-    void updateView();
+    void updateView() override;
     void updateLabelTextField();
     void updateStepper();
     void updateUnitsPopup();
@@ -46,10 +43,10 @@ protected:
 
 private:
     BRVIntervalViewController();
+    IntervalState state() const;
 
     std::shared_ptr<platform::ui::TextField> _labelTextField;
     std::shared_ptr<platform::ui::TextField> _intervalTextField;
     std::shared_ptr<platform::ui::Stepper> _stepper;
     std::shared_ptr<platform::ui::PopUpButton> _unitsPopup;
-    std::optional<platform::Dictionary> _settings;
 };

@@ -6,6 +6,13 @@ BRVViewController::BRVViewController(std::string name, std::string interfaceName
 {
 }
 
+void BRVViewController::setSettings(const platform::Dictionary* settings)
+{
+    _settings = settings ? std::optional(*settings) : std::nullopt;
+    if (isViewLoaded())
+        updateView();
+}
+
 const std::shared_ptr<platform::ui::View>& BRVViewController::view()
 {
     if (!_view) {

@@ -4,6 +4,7 @@
 #include "platform/ui/Interface.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 // The editor of one mode: shows the mode's sub-record of the schedule and builds a new one from its controls. Its view
@@ -17,10 +18,10 @@ public:
     // The mode's value, which is also the key of its sub-record.
     const std::string& name() const { return _name; }
 
-    // A new sub-record from the controls as they are now. An editor that was never shown gives back the one it keeps.
-    virtual platform::Dictionary settings() const = 0;
+    // A new sub-record from the controls as they are now, which are loaded for it if they were never shown.
+    virtual platform::Dictionary settings() = 0;
     // Keeps a copy of the sub-record (null: absent) and shows it, at once or when the view loads.
-    virtual void setSettings(const platform::Dictionary* settings) = 0;
+    virtual void setSettings(const platform::Dictionary* settings);
 
     const std::shared_ptr<platform::ui::View>& view();
     bool isViewLoaded() const { return _view != nullptr; }
@@ -28,13 +29,19 @@ public:
 protected:
     BRVViewController(std::string name, std::string interfaceName);
 
+    // As last given; null when absent.
+    const platform::Dictionary* keptSettings() const { return _settings ? &*_settings : nullptr; }
+
     // The interface has just been loaded: take the outlets, then show what is kept.
     virtual void connectOutlets(const platform::ui::Interface& interface) = 0;
     virtual void awakeFromNib() { }
+    // Shows what is kept in the controls, which are loaded.
+    virtual void updateView() { }
 
 private:
     std::string _name;
     std::string _interfaceName;
+    std::optional<platform::Dictionary> _settings;
     std::unique_ptr<platform::ui::Interface> _interface;
     std::shared_ptr<platform::ui::View> _view;
 };

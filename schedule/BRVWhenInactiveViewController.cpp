@@ -7,7 +7,7 @@ BRVWhenInactiveViewController::BRVWhenInactiveViewController()
 {
 }
 
-platform::Dictionary BRVWhenInactiveViewController::settings() const
+platform::Dictionary BRVWhenInactiveViewController::settings()
 {
     return {};
 }

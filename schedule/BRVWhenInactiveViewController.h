@@ -7,7 +7,7 @@ class BRVWhenInactiveViewController : public BRVViewController {
 public:
     BRVWhenInactiveViewController();
 
-    platform::Dictionary settings() const override;                  // always empty
+    platform::Dictionary settings() override;                        // always empty
     void setSettings(const platform::Dictionary* settings) override; // ignored
 
 protected:

@@ -1,43 +1,18 @@
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKError.h"
-#include "platform/Calendar.h"
 #include "platform/Localization.h"
 #include "platform/Preferences.h"
 #include "protocol/ErrorCodes.h"
-#include "protocol/ScheduleSettings.h"
 #include "schedule/BRVCalendarIntervalViewController.h"
 #include "schedule/BRVIntervalViewController.h"
 #include "schedule/BRVWhenInactiveViewController.h"
+#include "schedule/model/BatteryNote.h"
 #include "shell/BREditorController.h"
-#include "version/ZRKSystemVersionManager.h"
 
 using namespace platform::ui;
 using platform::localizedString;
 
 namespace {
-
-bool runningAtLeast(unsigned release)
-{
-    return ZRKSystemVersionManager::sharedManager().runningAtLeast(release);
-}
-
-bool supportsPassiveCondition()
-{
-    return runningAtLeast(0);
-}
-
-bool supportsWiredNetworkCondition()
-{
-    return runningAtLeast(4);
-}
-
-void setPicker(DatePicker& picker, const platform::Dictionary& settings, const char* hourKey, const char* minuteKey)
-{
-    const auto time =
-        platform::timeOfDayFromComponents(settings.integerForKey(hourKey), settings.integerForKey(minuteKey));
-    if (time)
-        picker.setTimeOfDay(*time);
-}
 
 std::shared_ptr<BRVViewController> createViewController(int mode)
 {
@@ -98,81 +73,96 @@ std::shared_ptr<BRVViewController> BREditorController::viewController()
     return editorForMode(_outlets.operationModePopUp->indexOfSelectedItem());
 }
 
+EditorState BREditorController::stateOfControls() const
+{
+    return {
+        .backups = _outlets.backupsCheckBox->isOn(),
+        .modeIndex = _outlets.operationModePopUp->indexOfSelectedItem(),
+        .suspend = _outlets.suspendCheckBox->isOn(),
+        .suspendFrom = _outlets.suspendFromPicker->timeOfDay(),
+        .suspendTo = _outlets.suspendToPicker->timeOfDay(),
+        .dontRunWhenPassive = _outlets.dontRunWhenPassiveCheckBox->isOn(),
+        .dontRunWithSleepPreventers = _outlets.dontRunWithSleepPreventersCheckBox->isOn(),
+        .dontRunWhenNotNetworkWired = _outlets.dontRunWhenNotNetworkWiredCheckBox->isOn(),
+        .allowBattery = _outlets.allowBatteryCheckBox->isOn(),
+        .snapshots = _outlets.snapshotsCheckBox->isOn(),
+        .showsAdvancedSettings = _showAdvancedSettings,
+    };
+}
+
+void BREditorController::showState(const EditorState& state)
+{
+    _outlets.backupsCheckBox->setOn(state.backups);
+    _outlets.operationModePopUp->selectItemAtIndex(state.modeIndex);
+    _outlets.suspendCheckBox->setOn(state.suspend);
+    _outlets.suspendFromPicker->setTimeOfDay(state.suspendFrom);
+    _outlets.suspendToPicker->setTimeOfDay(state.suspendTo);
+    _outlets.dontRunWhenPassiveCheckBox->setOn(state.dontRunWhenPassive);
+    _outlets.dontRunWithSleepPreventersCheckBox->setOn(state.dontRunWithSleepPreventers);
+    _outlets.dontRunWhenNotNetworkWiredCheckBox->setOn(state.dontRunWhenNotNetworkWired);
+    _outlets.allowBatteryCheckBox->setOn(state.allowBattery);
+    _outlets.snapshotsCheckBox->setOn(state.snapshots);
+    _showAdvancedSettings = state.showsAdvancedSettings;
+    updateDependentControls();
+}
+
+void BREditorController::updateDependentControls()
+{
+    const EditorState state = stateOfControls();
+    _outlets.operationModePopUp->setEnabled(state.enablesModes());
+    _outlets.advancedSettingsButton->setHidden(state.hidesAdvancedSettingsButton());
+    _outlets.advancedSettingsButton->setTitle(localizedString(state.advancedSettingsTitle()));
+}
+
 void BREditorController::updateSettings()
 {
     if (!_currentSettings)
         return;
-    const ScheduleSettings& settings = *_currentSettings;
     for (const auto& editor : _viewControllers) {
         if (editor)
-            editor->setSettings(settings.dictionaryForKey(editor->name()));
+            editor->setSettings(_currentSettings->dictionaryForKey(editor->name()));
     }
-    const bool disabled = settings.boolForKey(ScheduleKey::Disabled);
-    const bool backups = !disabled && settings.boolForKey(ScheduleKey::Backups);
-    _outlets.backupsCheckBox->setOn(backups);
-    updateBackupsControls(backups);
-
-    _outlets.operationModePopUp->selectItemAtIndex(operationModeOfSettings(settings));
+    showState(EditorState::showing(Schedule::fromRecord(*_currentSettings), stateOfControls()));
     _currentViewController = viewController();
-
-    _outlets.suspendCheckBox->setOn(settings.boolForKey(ScheduleKey::Suspend));
-    if (const platform::Dictionary* suspend = settings.dictionaryForKey(ScheduleKey::SuspendSettings)) {
-        setPicker(*_outlets.suspendFromPicker, *suspend, ScheduleKey::StartHour, ScheduleKey::StartMinute);
-        setPicker(*_outlets.suspendToPicker, *suspend, ScheduleKey::EndHour, ScheduleKey::EndMinute);
-    }
-
-    const bool passive = settings.boolForKey(ScheduleKey::DontRunWhenPassive);
-    const bool sleepPreventers = settings.boolForKey(ScheduleKey::DontRunWithSleepPreventers);
-    const bool notWired = settings.boolForKey(ScheduleKey::DontRunWhenNotNetworkWired);
-    _outlets.dontRunWhenPassiveCheckBox->setOn(passive);
-    _outlets.dontRunWithSleepPreventersCheckBox->setOn(sleepPreventers);
-    _outlets.dontRunWhenNotNetworkWiredCheckBox->setOn(notWired);
-    _outlets.allowBatteryCheckBox->setOn(settings.boolForKey(ScheduleKey::AllowBattery));
-    _outlets.snapshotsCheckBox->setOn(!disabled && settings.boolForKey(ScheduleKey::Snapshots));
-
-    // Once shown, the advanced settings stay so.
-    _showAdvancedSettings = _showAdvancedSettings || passive || sleepPreventers || notWired;
-    updateAdvancedSettingsButton();
     updateStackView();
 }
 
-void BREditorController::updateBackupsControls(bool on)
+std::shared_ptr<View> BREditorController::viewForRow(EditorRow row) const
 {
-    _outlets.operationModePopUp->setEnabled(on);
-    _outlets.advancedSettingsButton->setHidden(!on);
-}
-
-void BREditorController::updateAdvancedSettingsButton()
-{
-    _outlets.advancedSettingsButton->setTitle(
-        localizedString(_showAdvancedSettings ? "Hide Advanced Settings" : "Show Advanced Settings"));
+    switch (row) {
+    case EditorRow::Mode:
+        return _outlets.modeStackView;
+    case EditorRow::ModeEditor:
+        return _currentViewController ? _currentViewController->view() : nullptr;
+    case EditorRow::Suspend:
+        return _outlets.suspendStackView;
+    case EditorRow::AllowBattery:
+        return _outlets.allowBatteryCheckBox;
+    case EditorRow::DontRunWhenPassive:
+        return _outlets.dontRunWhenPassiveCheckBox;
+    case EditorRow::DontRunWithSleepPreventers:
+        return _outlets.dontRunWithSleepPreventersCheckBox;
+    case EditorRow::DontRunWhenNotNetworkWired:
+        return _outlets.dontRunWhenNotNetworkWiredCheckBox;
+    case EditorRow::Snapshots:
+        return _outlets.snapshotsCheckBox;
+    }
+    return nullptr;
 }
 
 void BREditorController::updateStackView()
 {
-    std::vector<std::shared_ptr<View>> rows{_outlets.modeStackView};
-    if (_outlets.backupsCheckBox->isOn()) {
-        if (_currentViewController)
-            rows.push_back(_currentViewController->view());
-        rows.push_back(_outlets.suspendStackView);
-        if (_supportsBattery)
-            rows.push_back(_outlets.allowBatteryCheckBox);
-        if (_showAdvancedSettings) {
-            if (supportsPassiveCondition())
-                rows.push_back(_outlets.dontRunWhenPassiveCheckBox);
-            rows.push_back(_outlets.dontRunWithSleepPreventersCheckBox);
-            if (supportsWiredNetworkCondition())
-                rows.push_back(_outlets.dontRunWhenNotNetworkWiredCheckBox);
-        }
+    std::vector<std::shared_ptr<View>> views;
+    for (const EditorRow row : stateOfControls().rows(_capabilities)) {
+        if (auto view = viewForRow(row))
+            views.push_back(std::move(view));
     }
-    if (_supportsSnapshots)
-        rows.push_back(_outlets.snapshotsCheckBox);
-    _stackView->setViews(rows);
+    _stackView->setViews(views);
 }
 
 void BREditorController::changeBackUpCheckbox()
 {
-    updateBackupsControls(_outlets.backupsCheckBox->isOn());
+    updateDependentControls();
     updateStackView();
 }
 
@@ -186,10 +176,8 @@ void BREditorController::changeOperationMode()
 
 void BREditorController::changeAllowBatteryPower(const CheckBox& sender)
 {
-    if (sender.state() == CheckState::Off || !runningAtLeast(5))
-        return;
     const auto requiresPower = platform::preferenceValue("RequiresACPower", "com.apple.TimeMachine");
-    if (requiresPower && requiresPower->isNumber() && !requiresPower->boolValue())
+    if (!needsBatteryNote(sender.state() == CheckState::Off, _capabilities, requiresPower))
         return;
     Alert alert;
     alert.setMessageText(localizedString("Important Note."));
@@ -201,54 +189,28 @@ void BREditorController::changeAllowBatteryPower(const CheckBox& sender)
 void BREditorController::changeAdvancedSettings()
 {
     _showAdvancedSettings = !_showAdvancedSettings;
-    updateAdvancedSettingsButton();
+    updateDependentControls();
     updateStackView();
 }
 
-ScheduleSettings BREditorController::settingsFromControls() const
+ModeSettings BREditorController::settingsOfEditors() const
 {
-    ScheduleSettings settings = _currentSettings.value_or(ScheduleSettings());
-    settings.remove(ScheduleKey::Disabled);
-    settings.set(ScheduleKey::Backups, _outlets.backupsCheckBox->isOn());
-    settings.set(ScheduleKey::BackupsMode, backupsModeForIndex(_outlets.operationModePopUp->indexOfSelectedItem()));
-    for (const auto& editor : _viewControllers) {
-        if (editor)
-            settings.set(editor->name(), editor->settings());
+    ModeSettings settings;
+    for (std::size_t mode = 0; mode < settings.size(); ++mode) {
+        if (const auto& editor = _viewControllers[mode])
+            settings[mode] = editor->settings();
     }
-
-    settings.set(ScheduleKey::Suspend, _outlets.suspendCheckBox->isOn());
-    const platform::TimeOfDay start = _outlets.suspendFromPicker->timeOfDay();
-    const platform::TimeOfDay end = _outlets.suspendToPicker->timeOfDay();
-    settings.set(ScheduleKey::SuspendSettings,
-                 platform::Dictionary{{ScheduleKey::StartHour, start.hour},
-                                      {ScheduleKey::StartMinute, start.minute},
-                                      {ScheduleKey::EndHour, end.hour},
-                                      {ScheduleKey::EndMinute, end.minute}});
-
-    // Hiding the advanced settings switches them off.
-    const auto advanced = [this](const CheckBox& box) { return _showAdvancedSettings && box.isOn(); };
-    settings.set(ScheduleKey::DontRunWhenPassive,
-                 supportsPassiveCondition() && advanced(*_outlets.dontRunWhenPassiveCheckBox));
-    settings.set(ScheduleKey::DontRunWithSleepPreventers, advanced(*_outlets.dontRunWithSleepPreventersCheckBox));
-    settings.set(ScheduleKey::DontRunWhenNotNetworkWired,
-                 supportsWiredNetworkCondition() && advanced(*_outlets.dontRunWhenNotNetworkWiredCheckBox));
-    if (_supportsBattery)
-        settings.set(ScheduleKey::AllowBattery, _outlets.allowBatteryCheckBox->isOn());
-    if (_supportsSnapshots)
-        settings.set(ScheduleKey::Snapshots, _outlets.snapshotsCheckBox->isOn());
     return settings;
 }
 
 void BREditorController::apply()
 {
-    const ScheduleSettings settings = settingsFromControls();
-    if (_currentSettings == settings) {
-        displaySystemSchedulerCheckAlert(localizedString("Settings already applied."),
-                                         localizedString("The settings you are attempting to apply are already the "
-                                                         "ones installed in your system."));
-        return;
-    }
-    applySettings(settings);
+    const auto settings =
+        stateOfControls().record(_currentSettings.value_or(ScheduleSettings()), _capabilities, settingsOfEditors());
+    if (isAlreadyApplied(_currentSettings, settings))
+        displayApplyAlert(ApplyAlert::AlreadyApplied);
+    else
+        applySettings(settings);
 }
 
 void BREditorController::applySettings(const ScheduleSettings& settings)
@@ -257,22 +219,29 @@ void BREditorController::applySettings(const ScheduleSettings& settings)
     if (reply) {
         _currentSettings = settings;
         displayDidApplyAlertForSettings(settings);
-    } else if (!userCanceledAuthentication(reply.error())) {
-        displayAlertWithTitle(localizedString("Failed to apply settings."), reply.error(), true);
+        return;
     }
+    const ApplyAlert alert = alertAfterFailingToApply(userCanceledAuthentication(reply.error()));
+    if (alert != ApplyAlert::None)
+        displayAlertWithTitle(localizedString(textsOf(alert).title), reply.error(), true);
 }
 
 void BREditorController::displayDidApplyAlertForSettings(const ScheduleSettings& settings)
 {
-    const std::string title = localizedString("Settings applied successfully.");
-    if (!settings.boolForKey(ScheduleKey::Disabled)
-        && (settings.boolForKey(ScheduleKey::Backups) || settings.boolForKey(ScheduleKey::Snapshots))) {
-        displaySystemSchedulerCheckAlert(title, localizedString("Brevane will now enforce the new scheduling."));
+    displayApplyAlert(alertAfterApplying(settings));
+}
+
+void BREditorController::displayApplyAlert(ApplyAlert alert)
+{
+    const std::string title = localizedString(textsOf(alert).title);
+    const std::string message = localizedString(textsOf(alert).message);
+    if (checksSystemScheduler(alert)) {
+        displaySystemSchedulerCheckAlert(title, message);
         return;
     }
-    Alert alert;
-    alert.setMessageText(title);
-    alert.setInformativeText(localizedString("Brevane will not schedule backups anymore."));
-    alert.addButton(localizedString("OK"));
-    alert.beginSheet(_outlets.window, nullptr);
+    Alert plain;
+    plain.setMessageText(title);
+    plain.setInformativeText(message);
+    plain.addButton(localizedString("OK"));
+    plain.beginSheet(_outlets.window, nullptr);
 }

@@ -48,19 +48,20 @@ void BREditorController::awakeFromNib()
     _outlets.window->setAutorecalculatesKeyViewLoop(true);
     BRVDatePicker::correctLayout(*_outlets.suspendFromPicker);
     BRVDatePicker::correctLayout(*_outlets.suspendToPicker);
-    _supportsSnapshots = ZRKSystemVersionManager::sharedManager().runningAtLeast(3);
+    _capabilities = EditorCapabilities::of(platform::supportsBatteryPower().value_or(false), [](unsigned release) {
+        return ZRKSystemVersionManager::sharedManager().runningAtLeast(release);
+    });
     _stackView->setOrientation(ZRKStackView::Vertical);
     // The last view takes the room that the controls leave.
     _modeStackView->setViews({_outlets.backupsCheckBox, _outlets.operationModePopUp, View::create()});
     _suspendStackView->setViews({_outlets.suspendCheckBox, _outlets.suspendFromPicker, _outlets.suspendToLabel,
                                  _outlets.suspendToPicker, View::create()});
-    if (!_supportsSnapshots) {
+    if (!_capabilities.snapshots) {
         _outlets.localSnapshotsMenuItem->setHidden(true);
         _outlets.localSnapshotsMenuItem->setKeyEquivalent("");
         if (const auto next = _outlets.localSnapshotsMenuItem->next())
             next->setKeyEquivalent("1");
     }
-    _supportsBattery = platform::supportsBatteryPower().value_or(false);
 }
 
 void BREditorController::applicationDidFinishLaunching()

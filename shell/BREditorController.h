@@ -8,6 +8,8 @@
 #include "platform/ui/Application.h"
 #include "protocol/ScheduleSettings.h"
 #include "schedule/BRVViewController.h"
+#include "schedule/model/ApplyAlert.h"
+#include "schedule/model/EditorState.h"
 #include "shell/MainWindowOutlets.h"
 #include "update/BRVPreferencesController.h"
 
@@ -84,9 +86,12 @@ private:
     void connect(const std::shared_ptr<platform::ui::MenuItem>& item, void (BREditorController::*action)());
 
     std::shared_ptr<BRVViewController> editorForMode(int mode);
-    ScheduleSettings settingsFromControls() const;
-    void updateBackupsControls(bool on);
-    void updateAdvancedSettingsButton();
+    EditorState stateOfControls() const;
+    void showState(const EditorState& state);
+    void updateDependentControls();
+    std::shared_ptr<platform::ui::View> viewForRow(EditorRow row) const;
+    ModeSettings settingsOfEditors() const;
+    void displayApplyAlert(ApplyAlert alert);
 
     // Adds the two buttons to the alert and attaches it to the main window.
     void beginSheetOfferingTimeMachineSettings(platform::ui::Alert& alert);
@@ -100,8 +105,7 @@ private:
     std::shared_ptr<BRVViewController> _currentViewController;
     std::array<std::shared_ptr<BRVViewController>, OperationModeCount> _viewControllers; // by OperationMode
     std::optional<ScheduleSettings> _currentSettings;                                    // as last fetched or applied
-    bool _supportsBattery = false;
-    bool _supportsSnapshots = false;
+    EditorCapabilities _capabilities; // since the interface was loaded
     bool _showAdvancedSettings = false;
     bool _checkingUpdates = false;
 

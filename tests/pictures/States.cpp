@@ -2,6 +2,7 @@
 
 #include "platform/Localization.h"
 #include "protocol/ErrorCodes.h"
+#include "protocol/ScheduleRanges.h"
 #include "tests/pictures/Onlooker.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
@@ -70,6 +71,16 @@ void interval(Onlooker& onlooker)
 void timesOfDay(Onlooker& onlooker)
 {
     const EditorTest editor(atTimesOfDay());
+    onlooker.lookAtWindow();
+}
+
+// More than a schedule can hold.
+void tooManyTimes(Onlooker& onlooker)
+{
+    ScheduleSettings record = inMode("CalendarIntervals");
+    const Array entries(ScheduleRanges::maximumIntervals + 1, entry(1, 9, 0));
+    record.set("CalendarIntervals", Dictionary{{"Intervals", entries}, {"ASAP", true}});
+    const EditorTest editor(std::move(record));
     onlooker.lookAtWindow();
 }
 
@@ -358,6 +369,7 @@ const std::vector<State>& states()
         {"when-inactive", whenInactive},
         {"interval", interval},
         {"times-of-day", timesOfDay},
+        {"too-many-times", tooManyTimes},
         {"advanced", advanced},
         {"off", off},
         {"applied", applied},

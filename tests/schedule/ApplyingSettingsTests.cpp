@@ -1,9 +1,9 @@
 #include "messaging/ZRKAuthorizationManager.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
+#include "protocol/ScheduleRanges.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
-#include "tests/schedule/Instrumented.h"
 #include "tests/schedule/RowsUser.h"
 #include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
@@ -118,34 +118,12 @@ TEST_CASE("every control is written under its key")
     CHECK(*sent == expected);
 }
 
-TEST_CASE("a record built from nothing has its keys in the editor's order, with values of their own types")
+TEST_CASE("a record built from nothing is sent with its keys in the editor's order")
 {
-    EditorTest editor(ScheduleSettings{{"Backups", true}});
-    editor.user.choose("operationModePopUp", 1);
-    const auto sent = editor.apply();
-    REQUIRE(sent);
-    CHECK(keys(*sent)
-          == std::vector<std::string>{"Backups", "BackupsMode", "WhenInactive", "Interval", "Suspend",
-                                      "SuspendSettings", "DontRunWhenPassive", "DontRunWithSleepPreventers",
-                                      "DontRunWhenNotNetworkWired", "AllowBattery", "Snapshots"});
-    CHECK(keys(*sent->dictionaryForKey("SuspendSettings"))
-          == std::vector<std::string>{"StartHour", "StartMinute", "EndHour", "EndMinute"});
-    using Type = platform::PropertyList::Type;
-    for (const char* key : {"Backups", "Suspend", "DontRunWhenPassive", "DontRunWithSleepPreventers",
-                            "DontRunWhenNotNetworkWired", "AllowBattery", "Snapshots"})
-        CHECK(sent->find(key)->type() == Type::Boolean);
-    CHECK(sent->find("SuspendSettings")->dictionary()->find("StartHour")->type() == Type::Integer);
-    CHECK(sent->find("BackupsMode")->type() == Type::String);
-}
-
-TEST_CASE("a key that the record had keeps its place")
-{
-    EditorTest editor({{"Snapshots", true}, {"Backups", false}, {"Disabled", false}});
-    const auto sent = editor.apply();
-    REQUIRE(sent);
-    const auto order = keys(*sent);
-    CHECK(order[0] == "Snapshots");
-    CHECK(order[1] == "Backups");
+    CHECK(keys(sentUnedited({}))
+          == std::vector<std::string>{"Backups", "BackupsMode", "WhenInactive", "Suspend", "SuspendSettings",
+                                      "DontRunWhenPassive", "DontRunWithSleepPreventers", "DontRunWhenNotNetworkWired",
+                                      "AllowBattery", "Snapshots"});
 }
 
 TEST_CASE("keys that the editor does not know travel through untouched")
@@ -175,15 +153,22 @@ TEST_CASE("a mode that was never shown is sent back exactly as it was fetched")
     CHECK(*sent->find("CalendarIntervals") == *completeRecord().find("CalendarIntervals"));
 }
 
-TEST_CASE("the selected mode keeps its sub-record while backups are off, since its editor is not shown")
+TEST_CASE("the selected mode is written from its controls, also while backups are off and it is not on screen")
 {
+    const platform::Array entries{Dictionary{{"Day", 1}, {"Hour", 9}},
+                                  Dictionary{{"Weekday", 0}, {"Hour", 9}, {"Minute", 30}}};
+    const ScheduleSettings calendar = sentUnedited({{"Disabled", true},
+                                                    {"Backups", true},
+                                                    {"BackupsMode", "CalendarIntervals"},
+                                                    {"CalendarIntervals", Dictionary{{"Intervals", entries}}}});
+    CHECK_FALSE(calendar.boolForKey("Backups"));
+    CHECK(*calendar.dictionaryForKey("CalendarIntervals")
+          == Dictionary{{"Intervals", platform::Array{Dictionary{{"Weekday", 7}, {"Hour", 9}, {"Minute", 30}}}},
+                        {"ASAP", false}});
+
     ScheduleSettings fetched = completeRecordWith("Backups", false);
     fetched.set("Interval", Dictionary{{"Minutes", 180}});
-    EditorTest editor(fetched);
-    editor.user.click("snapshotsCheckBox");
-    const auto sent = editor.apply();
-    REQUIRE(sent);
-    CHECK(*sent->dictionaryForKey("Interval") == Dictionary{{"Minutes", 180}});
+    CHECK(*sentUnedited(fetched).dictionaryForKey("Interval") == Dictionary{{"Hours", 3}});
 }
 
 TEST_CASE("an interval that was shown is sent in its normal form, so that it differs from the fetched one")
@@ -245,35 +230,56 @@ TEST_CASE("entries that the calendar editor does not show are gone once it was o
 
 TEST_CASE("a check box in the mixed state counts as off")
 {
-    EditorTest editor(completeRecord());
-    for (const char* box : {"suspendCheckBox", "allowBatteryCheckBox", "snapshotsCheckBox"})
+    ScheduleSettings fetched = completeRecordWith("BackupsMode", "CalendarIntervals");
+    for (const char* key : {"DontRunWhenPassive", "DontRunWithSleepPreventers", "DontRunWhenNotNetworkWired"})
+        fetched.set(key, true);
+    EditorTest editor(fetched);
+    for (const char* box :
+         {"suspendCheckBox", "allowBatteryCheckBox", "snapshotsCheckBox", "dontRunWhenPassiveCheckBox",
+          "dontRunWithSleepPreventersCheckBox", "dontRunWhenNotNetworkWiredCheckBox", "asapCheckBox"})
         makeMixed(box);
+    makeMixed("backupsCheckBox");
     const auto sent = editor.apply();
     REQUIRE(sent);
-    for (const char* key : {"Suspend", "AllowBattery", "Snapshots"}) {
+    for (const char* key : {"Backups", "Suspend", "AllowBattery", "Snapshots", "DontRunWhenPassive",
+                            "DontRunWithSleepPreventers", "DontRunWhenNotNetworkWired"}) {
+        CAPTURE(key);
         REQUIRE(sent->find(key));
         CHECK_FALSE(sent->boolForKey(key));
     }
-    CHECK(sent->boolForKey("Backups"));
+    CHECK_FALSE(sent->dictionaryForKey("CalendarIntervals")->boolForKey("ASAP"));
 }
 
-TEST_CASE("a record with a million calendar entries is shown and written without harm")
+TEST_CASE("a mixed backups box shows the window of backups that are off")
 {
-    constexpr std::size_t count = isInstrumented ? 100'000 : 1'000'000;
+    EditorTest editor(completeRecord());
+    makeMixed("backupsCheckBox");
+    editor.controller->changeBackUpCheckbox();
+    CHECK(editor.user.rows() == std::vector<std::string>{"modeStackView", "snapshotsCheckBox"});
+    CHECK_FALSE(editor.user.isEnabled("operationModePopUp"));
+    CHECK_FALSE(editor.user.sees("advancedSettingsButton"));
+}
+
+TEST_CASE(
+    "a record with a hundred thousand calendar entries is shown and written without harm, as far as a schedule goes")
+{
+    constexpr std::size_t count = 100'000;
+    constexpr std::size_t most = ScheduleRanges::maximumIntervals;
     ScheduleSettings fetched = completeRecordWith("BackupsMode", "CalendarIntervals");
     fetched.set("CalendarIntervals",
                 Dictionary{{"Intervals", platform::Array(count, Dictionary{{"Weekday", 0}, {"Hour", 99}})}});
     fetched.set("Future", "kept");
     EditorTest editor(std::move(fetched));
+    CHECK(editor.user.sees("tooManyTimesLabel"));
     RowsUser rows;
-    CHECK(rows.count() == static_cast<int>(count));
-    rows.setTime(static_cast<int>(count) - 1, {4, 44});
+    CHECK(rows.count() == static_cast<int>(most));
+    rows.setTime(static_cast<int>(most) - 1, {4, 44});
     const auto sent = editor.apply();
     REQUIRE(sent);
     const auto& written = *sent->dictionaryForKey("CalendarIntervals")->arrayForKey("Intervals");
-    REQUIRE(written.size() == count);
+    REQUIRE(written.size() == most);
     const platform::PropertyList sunday(Dictionary{{"Weekday", 7}, {"Hour", 3}, {"Minute", 0}});
-    CHECK(std::count(written.begin(), written.end(), sunday) == static_cast<std::ptrdiff_t>(count) - 1);
+    CHECK(std::count(written.begin(), written.end(), sunday) == static_cast<std::ptrdiff_t>(most) - 1);
     CHECK(written.back() == platform::PropertyList(Dictionary{{"Weekday", 7}, {"Hour", 4}, {"Minute", 44}}));
     CHECK(*sent->stringForKey("Future") == "kept");
 }
@@ -295,53 +301,6 @@ TEST_CASE("hiding the advanced settings switches all three conditions off, whate
     editor.user.click("advancedSettingsButton");
     CHECK(editor.user.isOn("dontRunWhenPassiveCheckBox"));
     CHECK(editor.apply()->boolForKey("DontRunWhenNotNetworkWired"));
-}
-
-TEST_CASE("an advanced condition that the system cannot judge is always sent as false")
-{
-    ScheduleSettings fetched = completeRecordWith("DontRunWhenNotNetworkWired", true);
-    fetched.set("DontRunWhenPassive", true);
-    fetched.set("DontRunWithSleepPreventers", true);
-
-    const ScheduleSettings onHighSierra = sentUnedited(fetched, {.system = {10, 13, 6}});
-    CHECK(onHighSierra.boolForKey("DontRunWhenPassive"));
-    CHECK(onHighSierra.boolForKey("DontRunWithSleepPreventers"));
-    CHECK_FALSE(onHighSierra.boolForKey("DontRunWhenNotNetworkWired"));
-
-    const ScheduleSettings onMavericks = sentUnedited(fetched, {.system = {10, 9, 5}});
-    CHECK_FALSE(onMavericks.boolForKey("DontRunWhenPassive"));
-    CHECK(onMavericks.boolForKey("DontRunWithSleepPreventers"));
-    CHECK_FALSE(onMavericks.boolForKey("DontRunWhenNotNetworkWired"));
-}
-
-TEST_CASE("without a battery the battery key is sent back as it was fetched, or not at all")
-{
-    const auto sentBattery = [](const ScheduleSettings& fetched, const Machine& machine) {
-        EditorTest editor(fetched, machine);
-        editor.user.click("suspendCheckBox");
-        const auto sent = editor.apply();
-        REQUIRE(sent);
-        const platform::PropertyList* value = sent->find("AllowBattery");
-        return value ? std::optional(*value) : std::nullopt;
-    };
-    const platform::PropertyList odd("sometimes");
-    CHECK(sentBattery(completeRecordWith("AllowBattery", odd), {.battery = false}) == odd);
-    CHECK(sentBattery(completeRecordWith("AllowBattery", odd), {.battery = std::nullopt}) == odd);
-    ScheduleSettings without = completeRecord();
-    without.remove("AllowBattery");
-    CHECK_FALSE(sentBattery(without, {.battery = false}));
-    CHECK(sentBattery(without, {.battery = true}) == platform::PropertyList(false));
-}
-
-TEST_CASE("on systems without snapshots the snapshots key is sent back as it was fetched")
-{
-    const platform::PropertyList odd(7);
-    EditorTest editor(completeRecordWith("Snapshots", odd), {.system = {10, 12, 6}});
-    editor.user.click("suspendCheckBox");
-    const auto sent = editor.apply();
-    REQUIRE(sent);
-    CHECK(sent->find("Snapshots")->type() == platform::PropertyList::Type::Integer);
-    CHECK(*sent->find("Snapshots") == odd);
 }
 
 TEST_CASE("a suspension that crosses midnight, and an empty one, are sent as they stand")

@@ -1,3 +1,4 @@
+#include "protocol/ScheduleRanges.h"
 #include "schedule/BRVCalendarIntervalViewController.h"
 #include "tests/platform/ScriptedCalendar.h"
 #include "tests/schedule/RowsUser.h"
@@ -11,7 +12,6 @@
 
 using platform::Array;
 using platform::Dictionary;
-using platform::PropertyList;
 using platform::TimeOfDay;
 
 namespace {
@@ -27,26 +27,13 @@ Dictionary calendar(Array intervals, bool asap = false)
     return {{"Intervals", std::move(intervals)}, {"ASAP", asap}};
 }
 
-// What the editor makes of a sub-record that it has shown.
-Dictionary rewritten(const Dictionary& settings)
-{
-    const auto editor = BRVCalendarIntervalViewController::create();
-    editor->setSettings(&settings);
-    editor->view();
-    return editor->settings();
-}
-
+// What the editor's controls make of the entries.
 Array rewritten(Array intervals)
 {
-    return *rewritten(calendar(std::move(intervals))).arrayForKey("Intervals");
-}
-
-std::vector<std::string> keys(const Dictionary& dictionary)
-{
-    std::vector<std::string> result;
-    for (const auto& entry : dictionary)
-        result.push_back(entry.key);
-    return result;
+    const Dictionary settings = calendar(std::move(intervals));
+    const auto editor = BRVCalendarIntervalViewController::create();
+    editor->setSettings(&settings);
+    return *editor->settings().arrayForKey("Intervals");
 }
 
 ScheduleSettings calendarRecord(Array intervals, bool asap = false)
@@ -71,30 +58,6 @@ TEST_CASE("the calendar editor's name is the mode's value")
     CHECK(BRVCalendarIntervalViewController::create()->name() == "CalendarIntervals");
 }
 
-TEST_CASE("without entries there is one row, every day at the current time")
-{
-    CHECK(rewritten(Dictionary{}) == calendar({everyDayNow}));
-    CHECK(rewritten(Array{}) == Array{everyDayNow});
-    CHECK(rewritten(Dictionary{{"Intervals", "daily"}}) == calendar({everyDayNow}));
-    const auto editor = BRVCalendarIntervalViewController::create();
-    editor->setSettings(nullptr);
-    editor->view();
-    CHECK(editor->settings() == calendar({everyDayNow}));
-}
-
-TEST_CASE("entries that are in order are written back unchanged, in their order, duplicates too")
-{
-    const Array entries{
-        Dictionary{{"Hour", 18}, {"Minute", 0}},
-        Dictionary{{"Hour", 9}, {"Minute", 0}},
-        Dictionary{{"Weekday", 3}, {"Hour", 14}, {"Minute", 5}},
-        Dictionary{{"Weekday", 3}, {"Hour", 14}, {"Minute", 5}},
-        Dictionary{{"Weekday", 7}, {"Hour", 0}, {"Minute", 0}},
-        Dictionary{{"Weekday", 1}, {"Hour", 23}, {"Minute", 59}},
-    };
-    CHECK(rewritten(entries) == entries);
-}
-
 TEST_CASE("every weekday and every time of the day is written back as it was read")
 {
     Array entries;
@@ -103,72 +66,6 @@ TEST_CASE("every weekday and every time of the day is written back as it was rea
             entries.emplace_back(Dictionary{{"Weekday", weekday}, {"Hour", minute / 60}, {"Minute", minute % 60}});
     }
     CHECK(rewritten(entries) == entries);
-}
-
-TEST_CASE("Sunday is read as 0 or 7 and written as 7")
-{
-    const Dictionary sunday{{"Weekday", 7}, {"Hour", 9}, {"Minute", 30}};
-    CHECK(rewritten(Array{Dictionary{{"Weekday", 0}, {"Hour", 9}, {"Minute", 30}}}) == Array{sunday});
-    CHECK(rewritten(Array{sunday}) == Array{sunday});
-    CHECK(rewritten(Array{Dictionary{{"Weekday", false}, {"Hour", 9}, {"Minute", 30}}}) == Array{sunday});
-}
-
-TEST_CASE("a missing hour or minute counts as 0")
-{
-    CHECK(rewritten(Array{Dictionary{{"Hour", 6}}}) == Array{Dictionary{{"Hour", 6}, {"Minute", 0}}});
-    CHECK(rewritten(Array{Dictionary{{"Weekday", 2}}})
-          == Array{Dictionary{{"Weekday", 2}, {"Hour", 0}, {"Minute", 0}}});
-    CHECK(rewritten(Array{Dictionary{{"Weekday", 2}, {"Minute", 30}}})
-          == Array{Dictionary{{"Weekday", 2}, {"Hour", 0}, {"Minute", 30}}});
-}
-
-TEST_CASE("an entry with a day of the month, or with neither weekday nor hour, is not shown and not written")
-{
-    const Dictionary shown{{"Hour", 8}, {"Minute", 15}};
-    for (const Dictionary& hidden :
-         {Dictionary{{"Minute", 30}}, Dictionary{}, Dictionary{{"Day", 1}, {"Hour", 9}},
-          Dictionary{{"Day", 0}, {"Weekday", 2}, {"Hour", 9}, {"Minute", 1}}, Dictionary{{"Day", true}, {"Hour", 9}}}) {
-        CHECK(rewritten(Array{hidden, shown}) == Array{shown});
-        CHECK(rewritten(Array{hidden}) == Array{everyDayNow});
-    }
-}
-
-TEST_CASE("values of other types read as absent")
-{
-    CHECK(rewritten(Array{Dictionary{{"Day", "first"}, {"Hour", 9}}}) == Array{Dictionary{{"Hour", 9}, {"Minute", 0}}});
-    CHECK(rewritten(Array{Dictionary{{"Weekday", "Monday"}, {"Hour", 9}}})
-          == Array{Dictionary{{"Hour", 9}, {"Minute", 0}}});
-    CHECK(rewritten(Array{Dictionary{{"Weekday", "Monday"}}}) == Array{everyDayNow});
-    CHECK(rewritten(Array{Dictionary{{"Hour", 9}, {"Minute", Array{}}}})
-          == Array{Dictionary{{"Hour", 9}, {"Minute", 0}}});
-    CHECK(rewritten(Array{PropertyList("noon"), PropertyList(12), PropertyList(Array{})}) == Array{everyDayNow});
-    CHECK(rewritten(Array{Dictionary{{"Weekday", true}, {"Hour", 9.9}, {"Minute", 2.5}}})
-          == Array{Dictionary{{"Weekday", 1}, {"Hour", 9}, {"Minute", 2}}});
-}
-
-TEST_CASE("hours and minutes out of range carry over, as a lenient calendar has it")
-{
-    struct Case {
-        std::int64_t hour, minute;
-        TimeOfDay shown;
-    };
-    for (const Case& each : std::vector<Case>{{99, 0, {3, 0}},
-                                              {24, 0, {0, 0}},
-                                              {0, 60, {1, 0}},
-                                              {-1, 0, {23, 0}},
-                                              {10, -1, {9, 59}},
-                                              {23, 61, {0, 1}}}) {
-        CAPTURE(each.hour);
-        CHECK(rewritten(Array{Dictionary{{"Hour", each.hour}, {"Minute", each.minute}}})
-              == Array{Dictionary{{"Hour", each.shown.hour}, {"Minute", each.shown.minute}}});
-    }
-}
-
-TEST_CASE("a time that cannot be counted leaves the row's picker at the current time")
-{
-    for (const auto& [hour, minute] :
-         {std::pair{largest, std::int64_t{0}}, {smallest, smallest}, {largest / 60, largest}})
-        CHECK(rewritten(Array{Dictionary{{"Hour", hour}, {"Minute", minute}}}) == Array{everyDayNow});
 }
 
 TEST_CASE("a weekday that there is not selects nothing and is written as none, which the scheduler helper refuses")
@@ -180,42 +77,15 @@ TEST_CASE("a weekday that there is not selects nothing and is written as none, w
     }
 }
 
-TEST_CASE("a weekday stands one place further down the pop-up than its number, so that -1 is every day")
+TEST_CASE("a calendar editor that was never shown loads its controls to say what they would")
 {
-    CHECK(rewritten(Array{Dictionary{{"Weekday", -1}, {"Hour", 9}, {"Minute", 0}}})
-          == Array{Dictionary{{"Hour", 9}, {"Minute", 0}}});
-}
-
-TEST_CASE("the sub-record and its entries have their keys in order, with values of their own types")
-{
-    const Dictionary written = rewritten(calendar(
-        {Dictionary{{"Minute", 5}, {"Hour", 4}, {"Weekday", 3}}, Dictionary{{"Minute", 5}, {"Hour", 4}}}, true));
-    CHECK(keys(written) == std::vector<std::string>{"Intervals", "ASAP"});
-    CHECK(written.find("ASAP")->type() == PropertyList::Type::Boolean);
-    const Array& entries = *written.arrayForKey("Intervals");
-    CHECK(keys(*entries[0].dictionary()) == std::vector<std::string>{"Weekday", "Hour", "Minute"});
-    CHECK(keys(*entries[1].dictionary()) == std::vector<std::string>{"Hour", "Minute"});
-    for (const auto& entry : *entries[0].dictionary())
-        CHECK(entry.value.type() == PropertyList::Type::Integer);
-}
-
-TEST_CASE("the catch-up box is on exactly for a true number")
-{
-    for (const PropertyList& on : {PropertyList(true), PropertyList(1), PropertyList(0.5), PropertyList(-3)})
-        CHECK(rewritten(Dictionary{{"ASAP", on}}).boolForKey("ASAP"));
-    for (const PropertyList& off : {PropertyList(false), PropertyList(0), PropertyList("yes"), PropertyList(Array{})})
-        CHECK_FALSE(rewritten(Dictionary{{"ASAP", off}}).boolForKey("ASAP"));
-    CHECK_FALSE(rewritten(Dictionary{}).boolForKey("ASAP"));
-}
-
-TEST_CASE("a calendar editor that was never shown gives back what it was given")
-{
+    const Dictionary odd =
+        calendar({Dictionary{{"Day", 1}, {"Hour", 9}}, Dictionary{{"Weekday", 0}, {"Hour", 9}, {"Minute", 30}}}, true);
     const auto editor = BRVCalendarIntervalViewController::create();
-    CHECK(editor->settings() == calendar({}));
-    const Dictionary odd{{"Intervals", Array{Dictionary{{"Day", 1}}}}, {"Extra", 1}};
     editor->setSettings(&odd);
-    CHECK(editor->settings() == odd);
     CHECK_FALSE(editor->isViewLoaded());
+    CHECK(editor->settings() == calendar({Dictionary{{"Weekday", 7}, {"Hour", 9}, {"Minute", 30}}}, true));
+    CHECK(BRVCalendarIntervalViewController::create()->settings() == calendar({everyDayNow}));
 }
 
 TEST_CASE("a sub-record given to a shown calendar editor replaces its rows at once")
@@ -303,6 +173,28 @@ TEST_CASE("an added row follows the one whose button was pressed, every day at t
     CHECK(rows.weekday(1) == 0);
     CHECK(rows.time(1) == TimeOfDay{20, 15});
     CHECK(rows.weekday(2) == 3);
+}
+
+TEST_CASE("a note stands below the rows while there are more than a schedule can hold")
+{
+    const char* const note = "tooManyTimesLabel";
+    Array entries(ScheduleRanges::maximumIntervals, Dictionary{{"Hour", 9}, {"Minute", 0}});
+    EditorTest editor(calendarRecord(entries));
+    CHECK_FALSE(editor.user.sees(note));
+    RowsUser rows;
+    rows.add(0);
+    CHECK(editor.user.text(note)
+          == "A schedule can hold 10,000 times of day. Further ones are left out when you apply.");
+    CHECK(sentCalendar(editor).arrayForKey("Intervals")->size() == entries.size());
+    rows.remove(0);
+    CHECK_FALSE(editor.user.sees(note));
+
+    entries.emplace_back(Dictionary{{"Hour", 10}, {"Minute", 0}});
+    editor.scheduler.setRecord(calendarRecord(entries));
+    REQUIRE(editor.controller->reloadSettings());
+    editor.controller->updateSettings();
+    CHECK(editor.user.sees(note));
+    CHECK(rows.count() == static_cast<int>(ScheduleRanges::maximumIntervals));
 }
 
 TEST_CASE("showing the current settings puts the rows back as they were applied")

@@ -1,5 +1,5 @@
-#include "platform/Localization.h"
 #include "schedule/BRVIntervalViewController.h"
+#include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
 
 #include <cstdint>
@@ -12,24 +12,9 @@ using platform::Dictionary;
 
 namespace {
 
-// What the editor makes of a sub-record that it has shown.
-Dictionary rewritten(const Dictionary& settings)
-{
-    const auto editor = BRVIntervalViewController::create();
-    editor->setSettings(&settings);
-    editor->view();
-    return editor->settings();
-}
-
-// What it makes of a count entered with a unit selected.
-Dictionary entered(std::int64_t count, IntervalUnit unit)
-{
-    const auto editor = BRVIntervalViewController::create();
-    editor->view();
-    editor->setIntervalMode(unit);
-    editor->setIntervalValue(count);
-    return editor->settings();
-}
+// By unit, as this program's own string table has them.
+const std::vector<std::string> labels{
+    "each so many minutes:", "each so many hours:", "each so many days:", "each so many weeks:"};
 
 ScheduleSettings intervalRecord(const Dictionary& interval)
 {
@@ -43,94 +28,25 @@ TEST_CASE("the interval editor's name is the mode's value")
     CHECK(BRVIntervalViewController::create()->name() == "Interval");
 }
 
-TEST_CASE("minutes that make whole hours are written as hours, once")
-{
-    CHECK(entered(60, IntervalUnitMinutes) == Dictionary{{"Hours", 1}});
-    CHECK(entered(90, IntervalUnitMinutes) == Dictionary{{"Minutes", 90}});
-    CHECK(entered(999, IntervalUnitMinutes) == Dictionary{{"Minutes", 999}});
-    CHECK(entered(960, IntervalUnitMinutes) == Dictionary{{"Hours", 16}});
-    CHECK(entered(1, IntervalUnitMinutes) == Dictionary{{"Minutes", 1}});
-}
-
-TEST_CASE("hours that make whole days are written as days, and days stay days")
-{
-    CHECK(entered(24, IntervalUnitHours) == Dictionary{{"Days", 1}});
-    CHECK(entered(72, IntervalUnitHours) == Dictionary{{"Days", 3}});
-    CHECK(entered(984, IntervalUnitHours) == Dictionary{{"Days", 41}});
-    CHECK(entered(25, IntervalUnitHours) == Dictionary{{"Hours", 25}});
-    CHECK(entered(7, IntervalUnitDays) == Dictionary{{"Days", 7}});
-    CHECK(entered(14, IntervalUnitDays) == Dictionary{{"Days", 14}});
-    CHECK(entered(60, IntervalUnitWeeks) == Dictionary{{"Weeks", 60}});
-}
-
-TEST_CASE("every count that can be entered is written as the rules say, as an integer")
-{
-    const std::vector<std::string> keys{"Minutes", "Hours", "Days", "Weeks"};
-    const std::vector<std::int64_t> folds{60, 24, 0, 0};
-    const auto editor = BRVIntervalViewController::create();
-    editor->view();
-    for (unsigned unit = 0; unit < 4; ++unit) {
-        editor->setIntervalMode(unit);
-        for (std::int64_t count = 1; count <= 999; ++count) {
-            editor->setIntervalValue(count);
-            const bool isFolded = folds[unit] != 0 && count % folds[unit] == 0;
-            const Dictionary written = editor->settings();
-            REQUIRE(written.size() == 1);
-            REQUIRE(written.begin()->key == keys[isFolded ? unit + 1 : unit]);
-            REQUIRE(written.begin()->value.type() == platform::PropertyList::Type::Integer);
-            REQUIRE(written.begin()->value.integerValue() == (isFolded ? count / folds[unit] : count));
-        }
-    }
-}
-
-TEST_CASE("a sub-record that was shown is written back in its normal form")
-{
-    CHECK(rewritten({{"Minutes", 180}}) == Dictionary{{"Hours", 3}});
-    CHECK(rewritten({{"Minutes", 90}}) == Dictionary{{"Minutes", 90}});
-    CHECK(rewritten({{"Days", 14}}) == Dictionary{{"Days", 14}});
-    CHECK(rewritten({{"Minutes", 0}}) == Dictionary{{"Minutes", 1}});
-    CHECK(rewritten({{"Hours", -5}}) == Dictionary{{"Hours", 1}});
-    CHECK(rewritten({{"Weeks", 1000}}) == Dictionary{{"Weeks", 999}});
-    CHECK(rewritten({{"Days", std::numeric_limits<std::int64_t>::max()}}) == Dictionary{{"Days", 999}});
-    CHECK(rewritten({{"Days", std::numeric_limits<std::int64_t>::min()}}) == Dictionary{{"Days", 1}});
-    CHECK(rewritten({{"Days", true}}) == Dictionary{{"Days", 1}});
-    CHECK(rewritten({{"Hours", 2.9}}) == Dictionary{{"Hours", 2}});
-}
-
-TEST_CASE("of several counts the one of the largest unit is shown")
-{
-    CHECK(rewritten({{"Hours", 48}, {"Days", 5}}) == Dictionary{{"Days", 5}});
-    CHECK(rewritten({{"Weeks", 2}, {"Minutes", 5}}) == Dictionary{{"Weeks", 2}});
-    CHECK(rewritten({{"Minutes", 5}, {"Hours", 7}}) == Dictionary{{"Hours", 7}});
-    CHECK(rewritten({{"Minutes", 5}, {"Hours", 7}, {"Days", 2}, {"Weeks", 1}}) == Dictionary{{"Weeks", 1}});
-}
-
-TEST_CASE("a sub-record without a count reads as one minute")
-{
-    CHECK(rewritten({}) == Dictionary{{"Minutes", 1}});
-    CHECK(rewritten({{"Fortnights", 2}}) == Dictionary{{"Minutes", 1}});
-    const auto editor = BRVIntervalViewController::create();
-    editor->setSettings(nullptr);
-    editor->view();
-    CHECK(editor->settings() == Dictionary{{"Minutes", 1}});
-}
-
-TEST_CASE("a count of another type is as good as absent")
-{
-    CHECK(rewritten({{"Weeks", "2"}, {"Minutes", 5}}) == Dictionary{{"Minutes", 5}});
-    CHECK(rewritten({{"Minutes", "90"}}) == Dictionary{{"Minutes", 1}});
-}
-
-TEST_CASE("an editor that was never shown gives back what it was given")
+TEST_CASE("an editor that was never shown loads its controls to say what they would")
 {
     const auto editor = BRVIntervalViewController::create();
-    CHECK(editor->settings() == Dictionary{{"Minutes", 1}});
-    const Dictionary unnormalised{{"Minutes", 180}};
-    editor->setSettings(&unnormalised);
-    CHECK(editor->settings() == unnormalised);
+    const Dictionary minutes{{"Minutes", 180}};
+    editor->setSettings(&minutes);
     CHECK_FALSE(editor->isViewLoaded());
-    editor->setSettings(nullptr);
-    CHECK(editor->settings() == Dictionary{{"Minutes", 1}});
+    CHECK(editor->settings() == Dictionary{{"Hours", 3}});
+    CHECK(editor->isViewLoaded());
+    CHECK(BRVIntervalViewController::create()->settings() == Dictionary{{"Minutes", 1}});
+}
+
+TEST_CASE("every unit is shown and written through the controls")
+{
+    const auto editor = BRVIntervalViewController::create();
+    for (const char* key : {"Minutes", "Hours", "Days", "Weeks"}) {
+        const Dictionary settings{{key, 7}};
+        editor->setSettings(&settings);
+        CHECK(editor->settings() == settings);
+    }
 }
 
 TEST_CASE("a sub-record given to a shown editor replaces its edits at once")
@@ -172,7 +88,7 @@ TEST_CASE("the stepper, the label and the unit titles show the fetched interval"
 {
     EditorTest editor(intervalRecord({{"Hours", 5}}));
     CHECK(editor.user.text("intervalField") == "5");
-    CHECK(editor.user.text("intervalLabel") == platform::localizedString("Back up every-hours"));
+    CHECK(editor.user.text("intervalLabel") == labels[1]);
     CHECK(editor.user.selectedIndex("intervalUnitsPopUp") == 1);
     CHECK(editor.user.stepperValue("intervalStepper") == 5);
     CHECK(editor.user.itemTitles("intervalUnitsPopUp")
@@ -255,16 +171,52 @@ TEST_CASE("the stepper changes the count")
 
 TEST_CASE("another unit keeps the count and changes the label and the written key")
 {
-    const std::vector<std::string> labels{"Back up every-minutes", "Back up every-hours", "Back up every-days",
-                                          "Back up every-weeks"};
     EditorTest editor(intervalRecord({{"Minutes", 7}}));
-    for (const int unit : {1, 2, 3, 0}) {
-        editor.user.choose("intervalUnitsPopUp", unit);
+    CHECK(editor.user.text("intervalLabel") == labels[0]);
+    for (const std::size_t unit : {1u, 2u, 3u, 0u}) {
+        editor.user.choose("intervalUnitsPopUp", static_cast<int>(unit));
         CHECK(editor.user.text("intervalField") == "7");
-        CHECK(editor.user.text("intervalLabel") == platform::localizedString(labels[static_cast<std::size_t>(unit)]));
+        CHECK(editor.user.text("intervalLabel") == labels[unit]);
     }
     editor.user.choose("intervalUnitsPopUp", 3);
     const auto sent = editor.apply();
     REQUIRE(sent);
     CHECK(*sent->dictionaryForKey("Interval") == Dictionary{{"Weeks", 7}});
+}
+
+TEST_CASE("the label is asked for anew whenever the unit changes, also when it does not exist")
+{
+    EditorTest editor(intervalRecord({{"Days", 7}}));
+    const auto interval =
+        std::dynamic_pointer_cast<BRVIntervalViewController>(editor.controller->intervalViewController());
+    for (const unsigned unit : {3u, 0u, 1u}) {
+        interval->setIntervalMode(unit);
+        CHECK(editor.user.text("intervalLabel") == labels[unit]);
+    }
+    const auto label = textFieldOnScreen("intervalLabel");
+    label->setStringValue("");
+    interval->setIntervalMode(4);
+    CHECK(label->stringValue() == labels[1]);
+    label->setStringValue("");
+    interval->changeUnitsPopup();
+    CHECK(label->stringValue() == labels[1]);
+}
+
+TEST_CASE("the arrows in the count's field are handled, and nothing else")
+{
+    using platform::ui::TextCommand;
+    EditorTest editor(intervalRecord({{"Days", 7}}));
+    const auto interval =
+        std::dynamic_pointer_cast<BRVIntervalViewController>(editor.controller->intervalViewController());
+    const auto field = textFieldOnScreen("intervalField");
+    CHECK(interval->doCommand(*field, TextCommand::MoveUp));
+    CHECK(interval->intervalValue() == 8);
+    CHECK(interval->doCommand(*field, TextCommand::MoveDown));
+    CHECK(interval->doCommand(*field, TextCommand::MoveDown));
+    CHECK(interval->intervalValue() == 6);
+    for (const auto command : {TextCommand::InsertNewline, TextCommand::CancelOperation, TextCommand::Other})
+        CHECK_FALSE(interval->doCommand(*field, command));
+    CHECK_FALSE(interval->doCommand(*textFieldOnScreen("intervalLabel"), TextCommand::MoveUp));
+    CHECK_FALSE(interval->doCommand(*textFieldOnScreen("intervalLabel"), TextCommand::MoveDown));
+    CHECK(interval->intervalValue() == 6);
 }

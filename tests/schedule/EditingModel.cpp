@@ -111,10 +111,10 @@ void EditingModel::showCalendar()
         _calendarRows.push_back({0, scripted::calendar::usualTime});
 }
 
-Dictionary EditingModel::calendar() const
+Dictionary EditingModel::calendar()
 {
-    if (!_calendarEditor.wasShown)
-        return _calendarEditor.kept.value_or(Dictionary{{"Intervals", platform::Array()}, {"ASAP", false}});
+    if (!std::exchange(_calendarEditor.wasShown, true))
+        showCalendar();
     platform::Array entries;
     for (const CalendarRow& row : _calendarRows) {
         Dictionary entry;
@@ -193,10 +193,10 @@ std::array<bool, 3> EditingModel::judgedConditions() const
     return {isAtLeast(10), true, isAtLeast(14)};
 }
 
-Dictionary EditingModel::interval() const
+Dictionary EditingModel::interval()
 {
-    if (!_intervalEditor.wasShown)
-        return _intervalEditor.kept.value_or(Dictionary{{"Minutes", 1}});
+    if (!std::exchange(_intervalEditor.wasShown, true))
+        showInterval();
     if (_unit == 0 && _count % 60 == 0)
         return {{"Hours", _count / 60}};
     if (_unit == 1 && _count % 24 == 0)
@@ -204,7 +204,7 @@ Dictionary EditingModel::interval() const
     return {{units[static_cast<std::size_t>(_unit)], _count}};
 }
 
-ScheduleSettings EditingModel::record() const
+ScheduleSettings EditingModel::record()
 {
     ScheduleSettings record = _current;
     record.remove("Disabled");

@@ -40,20 +40,20 @@ public:
     const ScheduleSettings& current() const { return _current; }
     std::int64_t count() const { return _count; }
     std::size_t calendarRows() const { return _calendarRows.size(); }
-    ScheduleSettings record() const;
+    ScheduleSettings record(); // loads the controls of every editor that exists
     std::vector<std::string> rows() const;
 
 private:
     void createEditor();
     void layOut();
     void showInterval();
-    platform::Dictionary interval() const;
+    platform::Dictionary interval();
     void showCalendar();
-    platform::Dictionary calendar() const;
+    platform::Dictionary calendar();
     bool isAtLeast(std::int64_t minor) const;
     std::array<bool, 3> judgedConditions() const;
 
-    // A mode's editor is made when the mode is first chosen, and has controls once it was on screen.
+    // A mode's editor is made when the mode is first chosen, and has controls once it was on screen or applied.
     struct Editor {
         bool exists = false;
         bool wasShown = false;

@@ -2,13 +2,10 @@
 #include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
 
-#include <cstdint>
 #include <doctest/doctest.h>
-#include <limits>
 #include <string>
 #include <vector>
 
-using platform::Dictionary;
 using platform::TimeOfDay;
 using Rows = std::vector<std::string>;
 
@@ -16,11 +13,6 @@ namespace {
 
 const std::vector<std::string> advancedKeys{"DontRunWhenPassive", "DontRunWithSleepPreventers",
                                             "DontRunWhenNotNetworkWired"};
-
-Dictionary suspension(std::int64_t startHour, std::int64_t startMinute, std::int64_t endHour, std::int64_t endMinute)
-{
-    return {{"StartHour", startHour}, {"StartMinute", startMinute}, {"EndHour", endHour}, {"EndMinute", endMinute}};
-}
 
 } // namespace
 
@@ -68,21 +60,6 @@ TEST_CASE("an empty record shows backups off, the when-inactive mode and nothing
     CHECK(editor.user.rows() == Rows{"modeStackView", "snapshotsCheckBox"});
 }
 
-TEST_CASE("a record without a mode shows the when-inactive mode")
-{
-    EditorTest editor({{"Backups", true}});
-    CHECK(editor.user.selectedIndex("operationModePopUp") == 0);
-    CHECK(editor.user.sees("whenInactiveView"));
-}
-
-TEST_CASE("an unknown mode, or one of another type, shows the when-inactive mode")
-{
-    for (const platform::PropertyList& mode : {platform::PropertyList("Hourly"), platform::PropertyList(1)}) {
-        EditorTest editor(completeRecordWith("BackupsMode", mode));
-        CHECK(editor.user.selectedIndex("operationModePopUp") == 0);
-    }
-}
-
 TEST_CASE("the calendar mode shows its rows in the mode's place")
 {
     EditorTest editor(completeRecordWith("BackupsMode", "CalendarIntervals"));
@@ -107,39 +84,6 @@ TEST_CASE("a disabled record shows backups and snapshots off whatever else it sa
     CHECK(editor.user.rows() == Rows{"modeStackView", "snapshotsCheckBox"});
 }
 
-TEST_CASE("a record that is expressly not disabled shows what it says")
-{
-    EditorTest editor(completeRecordWith("Disabled", false));
-    CHECK(editor.user.isOn("backupsCheckBox"));
-    CHECK(editor.user.isOn("snapshotsCheckBox"));
-}
-
-TEST_CASE("numbers count as booleans by value, and other types as false")
-{
-    EditorTest numbers({{"Backups", 1}, {"Suspend", 2}, {"Snapshots", 0}, {"AllowBattery", 1.5}});
-    CHECK(numbers.user.isOn("backupsCheckBox"));
-    CHECK(numbers.user.isOn("suspendCheckBox"));
-    CHECK_FALSE(numbers.user.isOn("snapshotsCheckBox"));
-    CHECK(numbers.user.isOn("allowBatteryCheckBox"));
-}
-
-TEST_CASE("values of other types read as absent or false")
-{
-    EditorTest editor({{"Backups", true},
-                       {"BackupsMode", "Interval"},
-                       {"Interval", "often"},
-                       {"Suspend", "yes"},
-                       {"SuspendSettings", 5},
-                       {"DontRunWhenPassive", "true"},
-                       {"AllowBattery", Dictionary()},
-                       {"Snapshots", platform::Array{true}}});
-    CHECK(editor.user.text("intervalField") == "1");
-    CHECK_FALSE(editor.user.isOn("suspendCheckBox"));
-    CHECK_FALSE(editor.user.isOn("allowBatteryCheckBox"));
-    CHECK_FALSE(editor.user.isOn("snapshotsCheckBox"));
-    CHECK(editor.user.text("advancedSettingsButton") == "Show Advanced Settings");
-}
-
 TEST_CASE("without suspension times the pickers keep what they show")
 {
     EditorTest editor(completeRecord());
@@ -150,52 +94,6 @@ TEST_CASE("without suspension times the pickers keep what they show")
     editor.controller->updateSettings();
     CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
     CHECK(editor.user.time("suspendToPicker") == TimeOfDay{6, 45});
-}
-
-TEST_CASE("hours and minutes out of range carry over, as a lenient calendar has it")
-{
-    struct Case {
-        std::int64_t hour, minute;
-        TimeOfDay shown;
-    };
-    for (const Case& each : std::vector<Case>{{25, 0, {1, 0}},
-                                              {24, 0, {0, 0}},
-                                              {0, 60, {1, 0}},
-                                              {23, 59, {23, 59}},
-                                              {23, 61, {0, 1}},
-                                              {-1, 0, {23, 0}},
-                                              {0, -1, {23, 59}},
-                                              {100, 100, {5, 40}},
-                                              {12, -720, {0, 0}}}) {
-        CAPTURE(each.hour);
-        CAPTURE(each.minute);
-        EditorTest editor(completeRecordWith("SuspendSettings", suspension(each.hour, each.minute, 6, 45)));
-        CHECK(editor.user.time("suspendFromPicker") == each.shown);
-        CHECK(editor.user.time("suspendToPicker") == TimeOfDay{6, 45});
-    }
-}
-
-TEST_CASE("a time that cannot be represented leaves its picker alone")
-{
-    EditorTest editor(completeRecord());
-    const std::int64_t huge = std::numeric_limits<std::int64_t>::max();
-    editor.scheduler.setRecord(completeRecordWith("SuspendSettings", suspension(huge, 5, 7, 30)));
-    REQUIRE(editor.controller->reloadSettings());
-    editor.controller->updateSettings();
-    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
-    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{7, 30});
-    editor.scheduler.setRecord(completeRecordWith("SuspendSettings", suspension(huge / 60, huge, 8, 30)));
-    REQUIRE(editor.controller->reloadSettings());
-    editor.controller->updateSettings();
-    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{22, 15});
-    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{8, 30});
-}
-
-TEST_CASE("missing or mistyped parts of a time count as 0")
-{
-    EditorTest editor(completeRecordWith("SuspendSettings", Dictionary{{"StartMinute", 20}, {"EndHour", "six"}}));
-    CHECK(editor.user.time("suspendFromPicker") == TimeOfDay{0, 20});
-    CHECK(editor.user.time("suspendToPicker") == TimeOfDay{0, 0});
 }
 
 TEST_CASE("any advanced condition of the record opens the advanced settings")

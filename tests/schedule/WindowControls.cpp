@@ -31,6 +31,11 @@ void makeMixed(std::string_view checkBox)
     dynamic_cast<CheckBox&>(viewOnScreen(checkBox)).setState(CheckState::Mixed);
 }
 
+std::shared_ptr<TextField> textFieldOnScreen(std::string_view identifier)
+{
+    return std::dynamic_pointer_cast<TextField>(viewOnScreen(identifier).shared_from_this());
+}
+
 Rect frameOf(std::string_view control)
 {
     return viewOnScreen(control).frame();

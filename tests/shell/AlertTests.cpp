@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+using platform::ui::AlertStyle;
 using Texts = std::vector<std::string>;
 
 namespace {
@@ -110,6 +111,7 @@ TEST_CASE("an unreachable scheduler helper is diagnosed, and every button does w
             CHECK(alert.informativeText == situation.text);
             CHECK(alert.buttons == situation.buttons);
             CHECK(alert.isSheet);
+            CHECK(alert.style == AlertStyle::Critical);
             user::answer(static_cast<int>(button));
             checkButtonDoesWhatItSays(situation.buttons[button]);
         }
@@ -130,6 +132,7 @@ TEST_CASE("the same diagnosis stands alone when it is not a sheet")
             CHECK(alerts[0].informativeText == situation.text);
             CHECK(alerts[0].buttons == situation.buttons);
             CHECK_FALSE(alerts[0].isSheet);
+            CHECK(alerts[0].style == AlertStyle::Critical);
             checkButtonDoesWhatItSays(situation.buttons[button]);
         }
     }
@@ -184,6 +187,7 @@ TEST_CASE("any other error is described, with the advice that is not for transla
                   == std::string(each.description)
                       + "\n\nYou should try installing the latest version available from the web site.");
             CHECK(alert.buttons == buttons);
+            CHECK(alert.style == AlertStyle::Critical);
             user::answer(static_cast<int>(button));
             checkButtonDoesWhatItSays(buttons[button]);
         }
@@ -232,6 +236,7 @@ TEST_CASE("a notice is plain as long as the system's own backups are off or unkn
         CHECK(alert.informativeText == "Message.");
         CHECK(alert.buttons == Texts{"OK"});
         CHECK(alert.isSheet);
+        CHECK(alert.style == AlertStyle::Warning);
         editor.user.answer("OK");
         CHECK(scripted::workspace::openedFiles().empty());
     }
@@ -251,6 +256,7 @@ TEST_CASE("a notice warns of the system's own backups and offers their settings"
                  "Preferences in order to turn off the system scheduler.");
         CHECK(alert.buttons == Texts{"Open System Preferences", "OK"});
         CHECK(alert.isSheet);
+        CHECK(alert.style == AlertStyle::Warning);
         editor.user.answer(button);
         const bool opens = std::string(button) != "OK";
         CHECK(scripted::workspace::openedFiles() == (opens ? Texts{panePath} : Texts{}));
@@ -276,6 +282,7 @@ TEST_CASE("the news that nothing is scheduled anymore never warns")
     REQUIRE(editor.apply());
     CHECK(editor.user.alert().informativeText == "Brevane will not schedule backups anymore.");
     CHECK(editor.user.alert().buttons == Texts{"OK"});
+    CHECK(editor.user.alert().style == AlertStyle::Warning);
 }
 
 TEST_CASE("texts with format characters are shown as they are")
@@ -314,6 +321,7 @@ TEST_CASE("the battery reminder offers the system's settings")
                  "Options.");
         CHECK(alert.buttons == Texts{"Open System Preferences", "OK"});
         CHECK(alert.isSheet);
+        CHECK(alert.style == AlertStyle::Warning);
         editor.user.answer(button);
         const bool opens = std::string(button) != "OK";
         CHECK(scripted::workspace::openedFiles() == (opens ? Texts{panePath} : Texts{}));
@@ -326,6 +334,19 @@ TEST_CASE("unticking the battery box reminds of nothing")
     EditorTest editor(completeRecord());
     editor.user.click("allowBatteryCheckBox");
     CHECK_FALSE(editor.user.isOn("allowBatteryCheckBox"));
+    CHECK_FALSE(user::currentAlert());
+}
+
+TEST_CASE("a battery box in the mixed state is not off, and reminds")
+{
+    EditorTest editor(completeRecord());
+    const auto box = platform::ui::CheckBox::create("");
+    box->setState(platform::ui::CheckState::Mixed);
+    editor.controller->changeAllowBatteryPower(*box);
+    CHECK(editor.user.alert().messageText == "Important Note.");
+    editor.user.dismissAlert();
+    box->setState(platform::ui::CheckState::Off);
+    editor.controller->changeAllowBatteryPower(*box);
     CHECK_FALSE(user::currentAlert());
 }
 
@@ -363,6 +384,7 @@ TEST_CASE("a desktop without the settings pane says so in a sheet")
     CHECK(alert.informativeText == "This desktop has no settings pane of that kind.");
     CHECK(alert.buttons == Texts{"OK"});
     CHECK(alert.isSheet);
+    CHECK(alert.style == AlertStyle::Informational);
     editor.user.answer("OK");
     CHECK_FALSE(user::currentAlert());
 }
@@ -397,6 +419,7 @@ TEST_CASE("a failed uninstallation is told in an alert of its own")
     CHECK(alerts[0].informativeText == "Peers are connected.");
     CHECK(alerts[0].buttons == Texts{"OK"});
     CHECK_FALSE(alerts[0].isSheet);
+    CHECK(alerts[0].style == AlertStyle::Critical);
     CHECK(scripted::workspace::openedURLs().empty());
 }
 

@@ -1,4 +1,5 @@
 #include "messaging/ZRKAuthorizationManager.h"
+#include "platform/Folder.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
 #include "tests/platform/ScriptedAuthorization.h"
@@ -77,6 +78,7 @@ TEST_CASE("the first end asks about automatic updates, and Enable switches them 
              "time from the preferences.");
     CHECK(alerts[0].buttons == Texts{"Enable", "Maybe Later"});
     CHECK_FALSE(alerts[0].isSheet);
+    CHECK(alerts[0].style == platform::ui::AlertStyle::Warning);
     CHECK(didAsk());
     CHECK(editor.scheduler.installsUpdates());
     CHECK(editor.scheduler.messages() == std::vector<std::int64_t>{1, 18, 21});
@@ -230,6 +232,7 @@ TEST_CASE("uninstalling asks first, and cancelling changes nothing")
     CHECK(alerts[0].informativeText == "You can't undo this action.");
     CHECK(alerts[0].buttons == Texts{"Uninstall", "Cancel"});
     CHECK_FALSE(alerts[0].isSheet);
+    CHECK(alerts[0].style == platform::ui::AlertStyle::Warning);
     CHECK(test.hasLogs());
     CHECK(didAsk());
     CHECK(test.editor.scheduler.messages() == std::vector<std::int64_t>{1});
@@ -305,6 +308,20 @@ TEST_CASE("logs that are not there, or defaults that stay, do not stop an uninst
     scripted::defaults::setReadOnly(true);
     test.choose(Uninstall);
     CHECK(user::runEventsUntil([&] { return test.editor.scheduler.count(28) == 1; }, 10000));
+    user::takeAnsweredAlerts();
+}
+
+TEST_CASE("defaults go also when the logs cannot be removed, and the scheduler helper is asked")
+{
+    UninstallTest test;
+    std::filesystem::remove_all(test.home.file("Library"));
+    test.home.write("Library", "in the way of the folder");
+    REQUIRE_FALSE(platform::removeFolder(test.home.file("Library/Logs/Brevane")));
+    test.choose(Uninstall);
+    CHECK(scripted::defaults::removals() == 1);
+    CHECK(scripted::defaults::all().empty());
+    CHECK(user::runEventsUntil([&] { return test.editor.scheduler.count(28) == 1; }, 10000));
+    UninstallTest::settle();
     user::takeAnsweredAlerts();
 }
 

@@ -1,9 +1,12 @@
+#include "diagnostics/log/ZRKLog.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ScriptedSystemLog.h"
 #include "tests/platform/ScriptedUserDefaults.h"
 #include "tests/platform/ScriptedWorkspace.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/support/FileContent.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <algorithm>
 #include <doctest/doctest.h>
@@ -49,6 +52,24 @@ TEST_CASE("a launch logs the running version once, for information")
     };
     REQUIRE(std::ranges::count_if(messages, isVersion) == 1);
     CHECK(std::ranges::find_if(messages, isVersion)->type == 1);
+}
+
+TEST_CASE("the version is logged to the file too")
+{
+    const TemporaryDirectory home;
+    setUp({});
+    scripted::system::setHomeDirectory(home.path());
+    ZRKLogInit("com.zerkolin.brevane", "application");
+    const PlayedScheduler scheduler(completeRecord());
+    const auto controller = BREditorController::create();
+    user::launch(controller);
+    const std::string text = contentOfFile(home.file("Library/Logs/Brevane/application.log"));
+    const std::string line = "Running version 1234.\n";
+    CHECK(text.ends_with(line));
+    CHECK(text.find(line) == text.size() - line.size());
+    // Without the file again, as the other tests have it.
+    scripted::system::reset();
+    ZRKLogInit("com.zerkolin.brevane", "application");
 }
 
 TEST_CASE("a launch without a scheduler helper says that it is disabled and ends")
@@ -146,6 +167,20 @@ TEST_CASE("as long as the question about automatic updates is open, the process 
     const auto controller = BREditorController::create();
     user::launch(controller);
     CHECK(scripted::system::suddenTerminationDisabled() == 0);
+}
+
+TEST_CASE("the process must be asked before it ends already while the schedule is fetched")
+{
+    setUp({});
+    int disabledAtFetch = 0;
+    scripted::service::setHandler([&](const platform::ServiceDictionary&) {
+        disabledAtFetch = scripted::system::suddenTerminationDisabled();
+        return replyWith(completeRecord());
+    });
+    const auto controller = BREditorController::create();
+    user::launch(controller);
+    CHECK(disabledAtFetch == 1);
+    CHECK(scripted::system::suddenTerminationDisabled() == 1);
 }
 
 TEST_CASE("a machine without a battery, and one that cannot say, offer nothing about battery power")

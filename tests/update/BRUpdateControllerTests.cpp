@@ -22,6 +22,7 @@ namespace authorization = scripted::authorization;
 namespace workspace = scripted::workspace;
 using platform::Authorization;
 using platform::Dictionary;
+using platform::ui::AlertStyle;
 using Texts = std::vector<std::string>;
 
 namespace {
@@ -116,6 +117,7 @@ TEST_CASE("a new version is offered by name, with three choices")
     CHECK(alert.messageText == "New version available.");
     CHECK(alert.informativeText == "Brevane 2.1 is available. Would you like to update now?");
     CHECK(alert.buttons == Texts{"Update", "Download", "Later"});
+    CHECK(alert.style == AlertStyle::Informational);
     CHECK_FALSE(alert.checkBox);
     CHECK(workspace::openedURLs().empty());
     CHECK(workspace::launches().empty());
@@ -221,6 +223,7 @@ TEST_CASE("an installation that fails ends the tool with signal 15 before it is 
     CHECK(alerts[1].messageText == "Brevane was unable to update.");
     CHECK(alerts[1].informativeText.starts_with("Could not download update"));
     CHECK(alerts[1].buttons == Texts{"OK"});
+    CHECK(alerts[1].style == AlertStyle::Warning);
 }
 
 TEST_CASE("every kind of failed installation is described by its own error")
@@ -296,6 +299,7 @@ TEST_CASE("up to date with automatic updates on: no check box, nothing sent")
     CHECK(alert.messageText == "You are up to date.");
     CHECK(alert.informativeText == "You are currently using the latest version of Brevane.");
     CHECK(alert.buttons == Texts{"OK"});
+    CHECK(alert.style == AlertStyle::Informational);
     CHECK_FALSE(alert.checkBox);
     CHECK(test.scheduler.messages() == std::vector<std::int64_t>{26, 18});
     CHECK(test.notifications == 0);
@@ -356,14 +360,15 @@ TEST_CASE("an unanswered question about automatic updates counts as off")
     }
 }
 
-TEST_CASE("the check box is large from macOS 11 on")
+TEST_CASE("the check box is a switch button before macOS 10.12, and large from macOS 11 on")
 {
     struct Case {
         platform::OperatingSystemVersion system;
-        bool large;
+        bool switchButton, large;
     };
-    for (const Case& each : {Case{{10, 9, 0}, false}, Case{{10, 11, 6}, false}, Case{{10, 12, 0}, false},
-                             Case{{10, 15, 7}, false}, Case{{11, 0, 0}, true}, Case{{14, 0, 0}, true}}) {
+    for (const Case& each :
+         {Case{{10, 9, 0}, true, false}, Case{{10, 11, 6}, true, false}, Case{{10, 12, 0}, false, false},
+          Case{{10, 15, 7}, false, false}, Case{{11, 0, 0}, false, true}, Case{{14, 0, 0}, false, true}}) {
         UpdateTest test(std::nullopt, {.system = each.system});
         test.scheduler.setInstallsUpdates(false);
         user::tickAndAnswerNextAlert(0);
@@ -371,6 +376,7 @@ TEST_CASE("the check box is large from macOS 11 on")
         const auto alert = UpdateTest::alert();
         CHECK(alert.checkBox == "Install updates automatically");
         CHECK(alert.checkBoxIsLarge == each.large);
+        CHECK(alert.checkBoxIsSwitchButton == each.switchButton);
         CHECK(test.notifications == 1);
     }
 }
@@ -414,7 +420,33 @@ TEST_CASE("every failure of a check is told in the error's own words, and nothin
         CHECK(alert.messageText == "Brevane was unable to check for updates.");
         CHECK(alert.informativeText == ZRKError::localizedDescriptionForError(error));
         CHECK(alert.buttons == Texts{"OK"});
+        CHECK(alert.style == AlertStyle::Warning);
         CHECK(test.scheduler.messages() == std::vector<std::int64_t>{26});
+    }
+}
+
+TEST_CASE("a check ends only when its last alert was answered")
+{
+    struct Case {
+        std::int64_t message; // that fails
+        platform::Error error;
+        std::size_t alerts;
+    };
+    for (const Case& each : std::vector<Case>{{26, updaterError(ZRKUpdaterErrorUpToDate), 1},
+                                              {26, updaterError(ZRKUpdaterErrorFetchInfo), 1},
+                                              {27, updaterError(ZRKUpdaterErrorInstall), 2}}) {
+        CAPTURE(each.error.code);
+        UpdateTest test(newVersion());
+        test.scheduler.refuseMessage(each.message, each.error);
+        std::vector<int> completionsAtAlerts;
+        user::answerEveryAlert([&](const user::ShownAlert&) {
+            completionsAtAlerts.push_back(test.completions);
+            return 0;
+        });
+        test.checkToTheEnd();
+        user::answerEveryAlert(nullptr);
+        CHECK(completionsAtAlerts == std::vector<int>(each.alerts, 0));
+        user::takeAnsweredAlerts();
     }
 }
 

@@ -5,9 +5,11 @@
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/shell/support/WindowWatch.h"
 #include "update/BRVPreferencesController.h"
 
 #include <doctest/doctest.h>
+#include <QWidget>
 #include <string>
 #include <vector>
 
@@ -73,6 +75,31 @@ TEST_CASE("the window is that of the interface file with the controller's name")
     CHECK(user::activeWindow() == "preferencesWindow");
 }
 
+TEST_CASE("the preferences window is shown when it is filled")
+{
+    PreferencesTest test;
+    int shown = 0;
+    const WindowWatch watch("preferencesWindow", [&](QWidget&) {
+        ++shown;
+        CHECK(test.scheduler.messages() == std::vector<std::int64_t>{18});
+        CHECK(test.user.isOn(autoUpdates));
+        CHECK(test.user.isOn(requirePassword));
+    });
+    test.show();
+    CHECK(shown == 1);
+}
+
+TEST_CASE("the preferences window is put in the middle of the screen")
+{
+    PreferencesTest test;
+    test.show();
+    QWidget& window = windowNamed("preferencesWindow");
+    window.move(1, 2);
+    test.controller->windowDidLoad();
+    user::runEvents();
+    CHECK(distanceFromCenter(window) < 20);
+}
+
 TEST_CASE("a window that was closed comes back as it was, and asks nothing again")
 {
     PreferencesTest test;
@@ -114,6 +141,16 @@ TEST_CASE("with the scheduler helper out of reach the automatic updates' box sta
     test.controller->updateAutoUpdates();
     CHECK_FALSE(test.user.isOn(autoUpdates));
     CHECK_FALSE(user::currentAlert());
+}
+
+TEST_CASE("with the scheduler helper out of reach a box that is on stays on")
+{
+    PreferencesTest test;
+    test.show();
+    CHECK(test.user.isOn(autoUpdates));
+    test.scheduler.answerWith(std::unexpected(platform::ServiceError::Invalid));
+    test.controller->updateAutoUpdates();
+    CHECK(test.user.isOn(autoUpdates));
 }
 
 TEST_CASE("the password's box follows the right's rule")

@@ -105,6 +105,12 @@ InterfaceDescription calendarIntervalsView()
         .root = {.kind = Column,
                  .identifier = "calendarIntervalsView",
                  .children = {{.kind = RuleEditor, .identifier = "ruleEditor", .accessibleName = "Times of Day"},
+                              {.kind = Explanation,
+                               .identifier = "tooManyTimesLabel",
+                               .title = "A schedule can hold 10,000 times of day. Further ones are left out when you "
+                                        "apply.",
+                               .width = explanationWidth,
+                               .isHidden = true},
                               checkBox("asapCheckBox", "Ba&ck up as soon as possible after a missed time")},
                  .indentation = checkBoxIndentation},
     };

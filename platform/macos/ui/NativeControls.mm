@@ -25,6 +25,25 @@
 @implementation BRVStackContainer
 @end
 
+// A text that wraps, and takes no room while it is hidden.
+@interface BRVExplanationField : NSTextField
+@end
+
+@implementation BRVExplanationField
+
+- (NSSize)intrinsicContentSize
+{
+    return self.hidden ? NSZeroSize : [super intrinsicContentSize];
+}
+
+- (void)setHidden:(BOOL)hidden
+{
+    [super setHidden:hidden];
+    [self invalidateIntrinsicContentSize];
+}
+
+@end
+
 namespace platform::ui {
 
 namespace {
@@ -60,7 +79,7 @@ NSPopUpButton* newPopUpButton(const Element& element)
 
 NSTextField* newExplanation(const Element& element)
 {
-    NSTextField* const label = newLabel(text(element.title));
+    NSTextField* const label = newLabel(text(element.title), [BRVExplanationField class]);
     [label.cell setWraps:YES];
     [label.cell setScrollable:NO];
     label.preferredMaxLayoutWidth = element.width;

@@ -21,12 +21,14 @@ ShownAlert AlertWatcher::describe(const AlertBox& box)
     ShownAlert shown{.messageText = box.text().toStdString(),
                      .informativeText = box.informativeText().toStdString(),
                      .buttons = {},
-                     .isSheet = box.windowModality() == Qt::WindowModal};
+                     .isSheet = box.windowModality() == Qt::WindowModal,
+                     .style = box.alertStyle()};
     for (const auto* const button : box.buttonsInOrder())
         shown.buttons.push_back(platform::ui::plainTitle(button->text()));
     if (const auto* const check = box.findChild<QCheckBox*>(); check && check->isVisible()) {
         shown.checkBox = platform::ui::plainTitle(check->text());
         shown.checkBoxIsOn = check->isChecked();
+        shown.checkBoxIsSwitchButton = check->property("isSwitchButton").toBool();
         const auto view = std::dynamic_pointer_cast<Control>(platform::ui::viewForWidget(check));
         shown.checkBoxIsLarge = view && view->controlSize() == platform::ui::ControlSize::Large;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ui/Alert.h"
 #include "platform/ui/Application.h"
 #include "platform/ui/CheckBox.h"
 #include "platform/ui/DatePicker.h"
@@ -54,10 +55,12 @@ struct ShownAlert {
     std::string informativeText;
     std::vector<std::string> buttons;
     bool isSheet = false;
+    platform::ui::AlertStyle style = platform::ui::AlertStyle::Warning;
     // The check box below the texts.
     std::optional<std::string> checkBox = std::nullopt;
     bool checkBoxIsOn = false;
     bool checkBoxIsLarge = false;
+    bool checkBoxIsSwitchButton = false;
 };
 
 // The front one on screen.

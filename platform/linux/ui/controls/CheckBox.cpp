@@ -14,7 +14,8 @@ std::shared_ptr<CheckBox> CheckBox::create(const std::string& title)
 
 std::shared_ptr<CheckBox> CheckBox::createSwitchButton(const std::string& title)
 {
-    auto box = create(title); // one and the same here
+    auto box = create(title); // they look alike here; the property tells them apart
+    widgetOf<QCheckBox>(*box).setProperty("isSwitchButton", true);
     widgetOf<QCheckBox>(*box).adjustSize();
     return box;
 }

@@ -24,7 +24,10 @@ int comfortableTextWidth(const QWidget& box)
 
 } // namespace
 
-AlertBox::AlertBox(const Content& content, QWidget* parent) : QMessageBox(parent), _accessoryView(content.accessoryView)
+AlertBox::AlertBox(const Content& content, QWidget* parent)
+    : QMessageBox(parent),
+      _style(content.style),
+      _accessoryView(content.accessoryView)
 {
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QGuiApplication::applicationDisplayName());

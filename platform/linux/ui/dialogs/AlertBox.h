@@ -26,6 +26,7 @@ public:
     AlertBox(const Content& content, QWidget* parent);
     ~AlertBox() override;
 
+    AlertStyle alertStyle() const { return _style; } // two of them look alike
     const QList<QPushButton*>& buttonsInOrder() const { return _inOrder; }
     // Of the button that was pressed, or of the last one.
     int answer() const;
@@ -36,6 +37,7 @@ private:
 
     void insertAccessory(QWidget& accessory);
 
+    AlertStyle _style;
     QList<QPushButton*> _inOrder;
     std::shared_ptr<View> _accessoryView;
 };
