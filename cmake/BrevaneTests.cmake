@@ -1,0 +1,96 @@
+# A room of the tests is a folder directly in tests/. Each of its tests has the room as a label, and the target room_NAME
+# builds what they need; script/test NAME builds that and runs those.
+function(brevane_room result)
+    file(RELATIVE_PATH path "${CMAKE_SOURCE_DIR}/tests" "${CMAKE_CURRENT_SOURCE_DIR}")
+    string(REGEX REPLACE "/.*" "" room "${path}")
+    if(NOT TARGET room_${room})
+        add_custom_target(room_${room})
+    endif()
+    set(${result} "${room}" PARENT_SCOPE)
+endfunction()
+
+# A test of this folder's room that is no doctest case: COMMAND runs it, NEEDS are the targets that must be built.
+function(brevane_command_test sentence)
+    cmake_parse_arguments(ARG "" "TIMEOUT;PROCESSORS" "COMMAND;NEEDS;ENVIRONMENT" ${ARGN})
+    brevane_room(room)
+    if(ARG_NEEDS)
+        add_dependencies(room_${room} ${ARG_NEEDS})
+    endif()
+    add_test(NAME "${sentence}" COMMAND ${ARG_COMMAND})
+    set(properties LABELS ${room} SKIP_REGULAR_EXPRESSION "SKIPPED:")
+    foreach(property TIMEOUT PROCESSORS ENVIRONMENT)
+        if(ARG_${property})
+            list(APPEND properties ${property} "${ARG_${property}}")
+        endif()
+    endforeach()
+    set_tests_properties("${sentence}" PROPERTIES ${properties})
+endfunction()
+
+# A test program of doctest cases; each case becomes a CTest test under its room's name and its own sentence. A case that
+# can't run on a machine prints "SKIPPED: why" and is counted as skipped. THREADS: its code runs on several threads, which
+# is what the thread sanitizer's run is for.
+function(brevane_test name)
+    cmake_parse_arguments(ARG "RUN_SERIAL;OWN_MAIN;NO_UNITY;THREADS" "TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+    if(NOT ARG_SOURCES)
+        file(GLOB ARG_SOURCES CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    endif()
+    brevane_room(room)
+    add_executable(${name} ${ARG_SOURCES})
+    add_dependencies(room_${room} ${name})
+    target_link_libraries(${name} PRIVATE brevane_options ${ARG_LINKS} doctest::doctest)
+    set_target_properties(${name} PROPERTIES BREVANE_TEST ON)
+    brevane_use_precompiled(${name} brevane_precompiled_tests)
+    if(ARG_OWN_MAIN)
+        set_source_files_properties(main.cpp PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+    else()
+        target_link_libraries(${name} PRIVATE brevane_test_main)
+    endif()
+    if(ARG_NO_UNITY)
+        set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
+    endif()
+    set(labels ${room})
+    if(ARG_THREADS)
+        list(APPEND labels threads)
+        add_dependencies(brevane_threaded_tests ${name})
+    endif()
+    brevane_describe_part(${name} "${room}" "${labels}" ${ARGN})
+    add_custom_command(TARGET ${name} POST_BUILD COMMAND "${Python3_EXECUTABLE}" -B
+        "${CMAKE_SOURCE_DIR}/cmake/discover_tests.py" "$<TARGET_FILE:${name}>" "${CMAKE_CURRENT_BINARY_DIR}/${name}.json" VERBATIM)
+endfunction()
+
+# What discover_tests.py has to know about the cases of these sources.
+function(brevane_describe_part name room labels)
+    cmake_parse_arguments(ARG "RUN_SERIAL" "TIMEOUT" "SOURCES;ENVIRONMENT" ${ARGN})
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 120)
+    endif()
+    if(NOT ARG_SOURCES)
+        file(GLOB ARG_SOURCES CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+    endif()
+    set(sources)
+    foreach(source IN LISTS ARG_SOURCES)
+        get_filename_component(source "${source}" ABSOLUTE)
+        file(RELATIVE_PATH source "${CMAKE_SOURCE_DIR}" "${source}")
+        list(APPEND sources "${source}")
+    endforeach()
+    set(serial "")
+    if(ARG_RUN_SERIAL)
+        set(serial TRUE)
+    endif()
+    set(tests "${CMAKE_CURRENT_BINARY_DIR}/${name}.tests.cmake")
+    file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${name}.json" CONTENT "{
+  \"room\": \"${room}\",
+  \"sources\": [\"$<JOIN:${sources},\"$<COMMA> \">\"],
+  \"environment\": \"${ARG_ENVIRONMENT}\",
+  \"properties\": {\"TIMEOUT\": \"${ARG_TIMEOUT}\", \"SKIP_REGULAR_EXPRESSION\": \"SKIPPED:\", \"LABELS\": \"${labels}\", \"RUN_SERIAL\": \"${serial}\"},
+  \"tests\": \"${tests}\"
+}
+")
+    file(WRITE "${tests}.in" "if(EXISTS [==[${tests}]==])
+    include([==[${tests}]==])
+else()
+    add_test([==[${room}: ${name} is not built]==] false)
+endif()
+")
+    set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${tests}.in")
+endfunction()
