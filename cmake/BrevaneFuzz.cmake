@@ -15,6 +15,7 @@ function(brevane_fuzzer name SOURCE CORPUS_FOLDER)
     brevane_command_test("${name}: every saved input is taken without harm" COMMAND ${name}_replay "${corpus}"
         NEEDS ${name}_replay TIMEOUT 120)
     if(BREVANE_FUZZ)
+        add_dependencies(brevane_fuzzers ${name})
         add_executable(${name} "${SOURCE}")
         target_link_libraries(${name} PRIVATE brevane_options ${ARGN})
         target_link_options(${name} PRIVATE -fsanitize=fuzzer)

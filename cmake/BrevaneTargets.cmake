@@ -1,7 +1,6 @@
-# A room's library: every source directly in the named folders (relative to this one; "." by default). NO_UNITY where
-# sources name local things alike.
+# A room's library: every source directly in the named folders (relative to this one; "." by default).
 function(brevane_library name)
-    cmake_parse_arguments(ARG "NO_UNITY" "PRECOMPILED" "FOLDERS;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "" "PRECOMPILED" "FOLDERS;LINKS" ${ARGN})
     if(NOT ARG_FOLDERS)
         set(ARG_FOLDERS .)
     endif()
@@ -17,7 +16,4 @@ function(brevane_library name)
         set(ARG_PRECOMPILED brevane_precompiled_values)
     endif()
     brevane_use_precompiled(${name} ${ARG_PRECOMPILED})
-    if(ARG_NO_UNITY)
-        set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
-    endif()
 endfunction()

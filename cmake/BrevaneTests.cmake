@@ -1,3 +1,9 @@
+# All doctest cases are in three programs, by what a case stands on:
+#   values     no toolkit, the scripted port
+#   controls   the toolkit, off screen, and the scripted port
+#   machine    the real port: bus, helper, processes, files; as root also polkit and btrfs
+set(brevane_test_programs values controls machine)
+
 # A room of the tests is a folder directly in tests/. Each of its tests has the room as a label, and the target room_NAME
 # builds what they need; script/test NAME builds that and runs those.
 function(brevane_room result)
@@ -26,46 +32,67 @@ function(brevane_command_test sentence)
     set_tests_properties("${sentence}" PROPERTIES ${properties})
 endfunction()
 
-# A test program of doctest cases; each case becomes a CTest test under its room's name and its own sentence. A case that
-# can't run on a machine prints "SKIPPED: why" and is counted as skipped. THREADS: its code runs on several threads, which
-# is what the thread sanitizer's run is for.
+# The doctest cases of SOURCES (every source of this folder by default), in the PROGRAM of that name. Each becomes a CTest
+# test under its room's name and its own sentence, and runs in a process of its own, with ENVIRONMENT. A case that can't
+# run on a machine prints "SKIPPED: why" and is counted as skipped.
+#   WINDOWS      in the machine's program: the toolkit's application is there for the cases of the suite "windows"
+#   THREADS      code that runs on several threads, which is what the thread sanitizer's run is for
+# The target NAME is a program of these cases alone, for whoever works on their room; `all` leaves it out.
+# target_compile_definitions, target_link_options and add_dependencies of NAME hold in both programs.
 function(brevane_test name)
-    cmake_parse_arguments(ARG "RUN_SERIAL;OWN_MAIN;NO_UNITY;THREADS" "TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "RUN_SERIAL;WINDOWS;THREADS" "PROGRAM;TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+    if(NOT ARG_PROGRAM IN_LIST brevane_test_programs OR ARG_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "brevane_test(${name} PROGRAM values|controls|machine ...): ${ARG_UNPARSED_ARGUMENTS}")
+    endif()
     if(NOT ARG_SOURCES)
         file(GLOB ARG_SOURCES CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
     endif()
+    set(main brevane_${ARG_PROGRAM}_main)
+    set(precompiled brevane_precompiled_tests)
+    if(ARG_PROGRAM STREQUAL "controls" OR ARG_WINDOWS)
+        set(precompiled brevane_precompiled_windows)
+        list(APPEND ARG_LINKS brevane_ui_user brevane_ui Qt6::Test)
+    elseif(ARG_PROGRAM STREQUAL "machine")
+        set(main brevane_values_main)
+    endif()
     brevane_room(room)
-    add_executable(${name} ${ARG_SOURCES})
+
+    add_library(${name}_cases OBJECT ${ARG_SOURCES})
+    target_link_libraries(${name}_cases PUBLIC brevane_options ${ARG_LINKS} doctest::doctest)
+    target_compile_definitions(${name}_cases PRIVATE $<TARGET_PROPERTY:${name},COMPILE_DEFINITIONS>)
+    set_target_properties(${name}_cases PROPERTIES BREVANE_TEST ON)
+    brevane_use_precompiled(${name}_cases ${precompiled})
+
+    add_executable(${name} EXCLUDE_FROM_ALL)
+    set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+    target_link_libraries(${name} PRIVATE ${name}_cases ${main})
     add_dependencies(room_${room} ${name})
-    target_link_libraries(${name} PRIVATE brevane_options ${ARG_LINKS} doctest::doctest)
-    set_target_properties(${name} PROPERTIES BREVANE_TEST ON)
-    brevane_use_precompiled(${name} brevane_precompiled_tests)
-    if(ARG_OWN_MAIN)
-        set_source_files_properties(main.cpp PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
-    else()
-        target_link_libraries(${name} PRIVATE brevane_test_main)
-    endif()
-    if(ARG_NO_UNITY)
-        set_target_properties(${name} PROPERTIES UNITY_BUILD OFF)
-    endif()
+
     set(labels ${room})
     if(ARG_THREADS)
         list(APPEND labels threads)
-        add_dependencies(brevane_threaded_tests ${name})
     endif()
-    brevane_describe_part(${name} "${room}" "${labels}" ${ARGN})
-    add_custom_command(TARGET ${name} POST_BUILD COMMAND "${Python3_EXECUTABLE}" -B
-        "${CMAKE_SOURCE_DIR}/cmake/discover_tests.py" "$<TARGET_FILE:${name}>" "${CMAKE_CURRENT_BINARY_DIR}/${name}.json" VERBATIM)
+    brevane_describe_part(${name} "${room}" "${labels}")
+    brevane_discover(${name} "${CMAKE_CURRENT_BINARY_DIR}/${name}.json")
+    # A run with the thread sanitizer leaves out what has one thread.
+    if(ARG_THREADS OR NOT BREVANE_SANITIZE MATCHES thread)
+        set_property(GLOBAL APPEND PROPERTY brevane_parts_${ARG_PROGRAM} ${name})
+        set_property(GLOBAL APPEND PROPERTY brevane_descriptions_${ARG_PROGRAM} "${CMAKE_CURRENT_BINARY_DIR}/${name}.json")
+    endif()
 endfunction()
 
-# What discover_tests.py has to know about the cases of these sources.
-function(brevane_describe_part name room labels)
-    cmake_parse_arguments(ARG "RUN_SERIAL" "TIMEOUT" "SOURCES;ENVIRONMENT" ${ARGN})
+# Runs all the cases of the part NAME in one process under the sentence, with an ENVIRONMENT of its own. They are no tests
+# by themselves then.
+function(brevane_whole_test name sentence)
+    cmake_parse_arguments(ARG "" "" "ENVIRONMENT" ${ARGN})
+    list(JOIN ARG_ENVIRONMENT "|" environment)
+    set_property(TARGET ${name} APPEND PROPERTY BREVANE_WHOLE "[\"${sentence}\", \"${environment}\"]")
+endfunction()
+
+# Writes what discover_tests.py has to know about a part, from the variables of brevane_test.
+macro(brevane_describe_part name room labels)
     if(NOT ARG_TIMEOUT)
         set(ARG_TIMEOUT 120)
-    endif()
-    if(NOT ARG_SOURCES)
-        file(GLOB ARG_SOURCES CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
     endif()
     set(sources)
     foreach(source IN LISTS ARG_SOURCES)
@@ -73,6 +100,7 @@ function(brevane_describe_part name room labels)
         file(RELATIVE_PATH source "${CMAKE_SOURCE_DIR}" "${source}")
         list(APPEND sources "${source}")
     endforeach()
+    list(JOIN sources "\", \"" sources)
     set(serial "")
     if(ARG_RUN_SERIAL)
         set(serial TRUE)
@@ -80,7 +108,8 @@ function(brevane_describe_part name room labels)
     set(tests "${CMAKE_CURRENT_BINARY_DIR}/${name}.tests.cmake")
     file(GENERATE OUTPUT "${CMAKE_CURRENT_BINARY_DIR}/${name}.json" CONTENT "{
   \"room\": \"${room}\",
-  \"sources\": [\"$<JOIN:${sources},\"$<COMMA> \">\"],
+  \"sources\": [\"${sources}\"],
+  \"whole\": [$<JOIN:$<TARGET_PROPERTY:${name},BREVANE_WHOLE>,$<COMMA> >],
   \"environment\": \"${ARG_ENVIRONMENT}\",
   \"properties\": {\"TIMEOUT\": \"${ARG_TIMEOUT}\", \"SKIP_REGULAR_EXPRESSION\": \"SKIPPED:\", \"LABELS\": \"${labels}\", \"RUN_SERIAL\": \"${serial}\"},
   \"tests\": \"${tests}\"
@@ -89,8 +118,34 @@ function(brevane_describe_part name room labels)
     file(WRITE "${tests}.in" "if(EXISTS [==[${tests}]==])
     include([==[${tests}]==])
 else()
-    add_test([==[${room}: ${name} is not built]==] false)
+    add_test([==[${room}: ${name} is built]==] false)
 endif()
 ")
     set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES "${tests}.in")
+endmacro()
+
+function(brevane_discover program)
+    add_custom_command(TARGET ${program} POST_BUILD COMMAND "${Python3_EXECUTABLE}" -B
+        "${CMAKE_SOURCE_DIR}/cmake/discover_tests.py" "$<TARGET_FILE:${program}>" ${ARGN} VERBATIM)
+endfunction()
+
+# The three programs, when every room has said what is in them.
+function(brevane_add_test_programs)
+    foreach(program IN LISTS brevane_test_programs)
+        get_property(parts GLOBAL PROPERTY brevane_parts_${program})
+        get_property(descriptions GLOBAL PROPERTY brevane_descriptions_${program})
+        add_executable(brevane_${program}_tests)
+        set_target_properties(brevane_${program}_tests PROPERTIES LINKER_LANGUAGE CXX)
+        add_dependencies(brevane_threaded_tests brevane_${program}_tests)
+        foreach(part IN LISTS parts)
+            target_link_libraries(brevane_${program}_tests PRIVATE ${part}_cases)
+            target_link_options(brevane_${program}_tests PRIVATE $<TARGET_PROPERTY:${part},LINK_OPTIONS>)
+            get_target_property(needs ${part} MANUALLY_ADDED_DEPENDENCIES)
+            if(needs)
+                add_dependencies(brevane_${program}_tests ${needs})
+            endif()
+        endforeach()
+        target_link_libraries(brevane_${program}_tests PRIVATE brevane_${program}_main)
+        brevane_discover(brevane_${program}_tests ${descriptions})
+    endforeach()
 endfunction()

@@ -31,13 +31,25 @@ def is_of(part, source):
     return re.sub(r"^(\.\./)+", "", source) in part["sources"]
 
 
+def filters(cases):
+    """Those that choose the cases, by sentence where there is only one: wildcards in it do no harm in its own file."""
+    chosen = ["--source-file=" + ",".join(sorted({filter_of(source) for source, _ in cases}))]
+    return chosen + (["--test-case=" + filter_of(cases[0][1])] if len(cases) == 1 else [])
+
+
+def runs_of(part, cases):
+    """Sentence, environment and cases of each test."""
+    if part["whole"]:
+        return [(sentence, environment.replace("|", ";"), cases) for sentence, environment in part["whole"]]
+    return [(case[1], part["environment"], [case]) for case in cases]
+
+
 def lines_of(part, program, cases):
-    properties = dict(part["properties"], ENVIRONMENT=part["environment"])
-    words = " ".join(f"{key} {bracket(value)}" for key, value in properties.items() if value)
-    for source, sentence in cases:
+    for sentence, environment, chosen in runs_of(part, cases):
         name = bracket(f"{part['room']}: {sentence}")
-        command = [program, "--test-case=" + filter_of(sentence), "--source-file=" + filter_of(source)]
-        yield f"add_test({name} {' '.join(map(bracket, command))})"
+        properties = dict(part["properties"], ENVIRONMENT=environment)
+        words = " ".join(f"{key} {bracket(value)}" for key, value in properties.items() if value)
+        yield f"add_test({name} {' '.join(map(bracket, [program] + filters(chosen)))})"
         yield f"set_tests_properties({name} PROPERTIES {words})"
 
 
