@@ -5,15 +5,12 @@ if(APPLE)
 endif()
 option(BREVANE_TESTS "Build the tests and benchmarks" ${BREVANE_TESTS_DEFAULT})
 option(BREVANE_FUZZ "Build the fuzzers (needs clang)" OFF)
-option(BREVANE_UNITY "Compile several sources in one go: a whole build takes a third of the time" OFF)
 set(BREVANE_SANITIZE "" CACHE STRING "Sanitizers, comma separated, as -fsanitize= takes them")
 
 set(CMAKE_CXX_STANDARD 23)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
-set(CMAKE_UNITY_BUILD ${BREVANE_UNITY})
-set(CMAKE_UNITY_BUILD_BATCH_SIZE 10)
 
 find_program(BREVANE_CCACHE ccache)
 if(BREVANE_CCACHE)
@@ -33,12 +30,16 @@ if(NOT APPLE)
     target_link_options(brevane_options INTERFACE -fuse-ld=lld)
 endif()
 
+# The tests' cases are checked too, but not made fast where nobody works on them: that took half of the whole build's time.
+set(is_test $<BOOL:$<TARGET_PROPERTY:BREVANE_TEST>>)
+if(BREVANE_SANITIZE OR NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_compile_options(brevane_options INTERFACE $<${is_test}:-O0> $<${is_test}:-g1>)
+    target_compile_definitions(brevane_options INTERFACE $<${is_test}:DOCTEST_CONFIG_SUPER_FAST_ASSERTS>)
+endif()
+
 if(BREVANE_SANITIZE)
-    # The tests' own code is checked too, but not made fast: that would take half of the whole build's time.
     target_compile_options(brevane_options INTERFACE
-        -fsanitize=${BREVANE_SANITIZE} -fno-omit-frame-pointer -g1 $<IF:$<BOOL:$<TARGET_PROPERTY:BREVANE_TEST>>,-O0,-O1>)
-    target_compile_definitions(brevane_options INTERFACE
-        $<$<BOOL:$<TARGET_PROPERTY:BREVANE_TEST>>:DOCTEST_CONFIG_SUPER_FAST_ASSERTS>)
+        -fsanitize=${BREVANE_SANITIZE} -fno-omit-frame-pointer -g1 $<$<NOT:${is_test}>:-O1>)
     target_link_options(brevane_options INTERFACE -fsanitize=${BREVANE_SANITIZE})
     if(BREVANE_SANITIZE MATCHES undefined)
         target_compile_options(brevane_options INTERFACE -fno-sanitize-recover=undefined)
@@ -52,7 +53,8 @@ if(BREVANE_SANITIZE)
     endif()
 else()
     target_compile_options(brevane_options INTERFACE -fstack-protector-strong)
-    target_compile_definitions(brevane_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+    target_compile_definitions(brevane_options INTERFACE
+        $<$<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:${is_test}>>:_FORTIFY_SOURCE=2>)
     if(NOT APPLE)
         target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
     endif()

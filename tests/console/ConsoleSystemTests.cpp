@@ -20,6 +20,8 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+TEST_SUITE_BEGIN("windows");
+
 using namespace platform;
 
 namespace {
@@ -224,3 +226,5 @@ TEST_CASE("A file that cannot be written is told with its name and the reason, a
     ::mkdir(folder.file("folder").c_str(), 0755);
     CHECK_FALSE(writeFileAtomically(folder.file("folder"), "x"));
 }
+
+TEST_SUITE_END();

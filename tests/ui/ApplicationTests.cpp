@@ -7,7 +7,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#define DOCTEST_CONFIG_IMPLEMENT
 #include <doctest/doctest.h>
 #include <functional>
 #include <QApplication>
@@ -101,7 +100,7 @@ std::string startAgain(const char* home = nullptr)
         alarm(30);
         if (home)
             setenv("HOME", home, 1);
-        execl("/proc/self/exe", "application", "--launch-once", nullptr);
+        execl(LAUNCH_PROBE, "application", "once", nullptr);
         _exit(127);
     }
     int status = 0;
@@ -242,7 +241,7 @@ TEST_CASE("An application that was killed leaves nothing behind that a next star
     for (int turn = 0; turn < 2; ++turn) {
         const auto child = fork();
         if (child == 0) {
-            execl("/proc/self/exe", "application", "--launch-and-hang", nullptr);
+            execl(LAUNCH_PROBE, "application", "hang", nullptr);
             _exit(127);
         }
         usleep(300'000);
@@ -252,38 +251,4 @@ TEST_CASE("An application that was killed leaves nothing behind that a next star
         CHECK(WIFSIGNALED(status));
         CHECK(startAgain() == "42");
     }
-}
-
-namespace {
-
-// An application of its own program: once launched it ends with 42, or never.
-int launchOnly(bool hangs)
-{
-    struct LaunchedDelegate : ApplicationDelegate {
-        explicit LaunchedDelegate(bool theHangs) : hangs(theHangs) { }
-        void awakeFromNib() override { }
-        void applicationDidFinishLaunching() override
-        {
-            if (!hangs)
-                _exit(42);
-        }
-        bool applicationShouldTerminate() override { return true; }
-        bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
-        void applicationDidReopen() override { }
-        bool hangs;
-    };
-    char name[] = "application";
-    char* arguments[] = {name, nullptr};
-    return applicationMain(1, arguments, [hangs] { return std::make_shared<LaunchedDelegate>(hangs); });
-}
-
-} // namespace
-
-int main(int argc, char** argv)
-{
-    setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    const std::string_view argument = argc > 1 ? argv[1] : "";
-    if (argument == "--launch-once" || argument == "--launch-and-hang")
-        return launchOnly(argument == "--launch-and-hang");
-    return doctest::Context(argc, argv).run();
 }

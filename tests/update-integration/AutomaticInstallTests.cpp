@@ -14,7 +14,7 @@ void startTryingEachSecond(UpdateMachine& machine, bool enabled = true)
 {
     machine.start();
     for (const bool value : {!enabled, enabled})
-        REQUIRE(resultIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", value}})).contains("Applied"));
+        REQUIRE(recordIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", value}})).contains("Applied"));
     machine.offer("2.0");
     machine.writeConfiguration({{"Interval", 1}});
     machine.startUnasked();
@@ -39,7 +39,7 @@ TEST_CASE("With automatic updates on the helper installs each new version by its
     machine.offer("2.1");
     CHECK(waitForVersion(machine, "2.1"));
     REQUIRE(machine.waitForHelper("2.1"));
-    CHECK(resultIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
+    CHECK(recordIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
 }
 
 TEST_CASE("With automatic updates off the helper installs nothing by itself")

@@ -44,9 +44,9 @@ TEST_CASE("A check tells of a newer version, with its address when the feed has 
     UpdateMachine machine;
     machine.start();
     machine.serveFeed(feedOf("1.0.1"));
-    CHECK(resultIn(check(machine)) == Dictionary{{"Version", "1.0.1"}, {"HumanVersion", "Version 1.0.1"}});
+    CHECK(recordIn(check(machine)) == Dictionary{{"Version", "1.0.1"}, {"HumanVersion", "Version 1.0.1"}});
     machine.serveFeed(feedWith("URL", "https://example.invalid/Brevane.pkg"));
-    CHECK(resultIn(check(machine))
+    CHECK(recordIn(check(machine))
           == Dictionary{
               {"Version", "2.0"}, {"HumanVersion", "Version 2.0"}, {"URL", "https://example.invalid/Brevane.pkg"}});
     CHECK(machine.authority().calls().empty());
@@ -77,7 +77,7 @@ TEST_CASE("A server's status is told, and too many requests have an error of the
     machine.answer("update.plist", "status 429");
     checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorTooManyRequests);
     machine.serveAgain("update.plist");
-    CHECK(resultIn(check(machine)).contains("Version"));
+    CHECK(recordIn(check(machine)).contains("Version"));
 }
 
 TEST_CASE("What is no property list, or endless, is data that could not be read")
@@ -171,7 +171,7 @@ TEST_CASE("Over TLS with a certificate that is vouched for updates are found, an
     UpdateMachine machine(Transport::Trusted);
     machine.serveFeed(feedOf("2.0"));
     machine.start();
-    CHECK(resultIn(check(machine)).contains("Version"));
+    CHECK(recordIn(check(machine)).contains("Version"));
     machine.answer("update.plist", "redirect http://127.0.0.1:1/update.plist");
     auto error = errorIn(check(machine));
     CHECK(error.code == ZRKUpdaterErrorFetchInfo);
@@ -186,9 +186,9 @@ TEST_CASE("A redirection is followed, but not for ever and not to a file")
     UpdateMachine machine;
     machine.start();
     machine.serveFeed(feedOf("2.0"));
-    run({"cp", machine.served("update.plist"), machine.served("elsewhere.plist")});
+    outputOf({"cp", machine.served("update.plist"), machine.served("elsewhere.plist")});
     machine.answer("update.plist", "redirect /elsewhere.plist");
-    CHECK(resultIn(check(machine)).contains("Version"));
+    CHECK(recordIn(check(machine)).contains("Version"));
     machine.answer("update.plist", "redirect /update.plist");
     CHECK(errorIn(check(machine)).underlying->code == -1007);
     machine.answer("update.plist", "redirect file://" + machine.served("elsewhere.plist"));
@@ -202,7 +202,7 @@ TEST_CASE("A phased version is for no machine, some or all")
     machine.serveFeed(feedWith("Share", 0));
     checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorPhasedDeferral);
     machine.serveFeed(feedWith("Share", 100));
-    CHECK(resultIn(check(machine)).contains("Version"));
+    CHECK(recordIn(check(machine)).contains("Version"));
 }
 
 TEST_CASE("A feed may be a file")
@@ -212,7 +212,7 @@ TEST_CASE("A feed may be a file")
     machine.start();
     checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
     machine.serveFeed(feedOf("2.0"));
-    CHECK(resultIn(check(machine)).contains("Version"));
+    CHECK(recordIn(check(machine)).contains("Version"));
 }
 
 TEST_CASE("While a check is under way other work on the installation is refused, and settings are served and changed")
@@ -228,11 +228,11 @@ TEST_CASE("While a check is under way other work on the installation is refused,
     }));
     for (auto message : {BRVMessageCheckForUpdates, BRVMessageInstallUpdate, BRVMessageUninstall})
         checkError(machine.send(message), BRVErrorDomain, BRVErrorUpdateRunning);
-    CHECK(resultIn(machine.send(BRVMessageGetSettings)).contains("Backups"));
-    CHECK(resultIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
+    CHECK(recordIn(machine.send(BRVMessageGetSettings)).contains("Backups"));
+    CHECK(recordIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
     CHECK(first.wait_for(std::chrono::seconds(0)) != std::future_status::ready);
     checkError(first.get(), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
     machine.serveAgain("update.plist");
     machine.serveFeed(feedOf("2.0"));
-    CHECK(resultIn(check(machine)).contains("Version"));
+    CHECK(recordIn(check(machine)).contains("Version"));
 }

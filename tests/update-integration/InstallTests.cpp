@@ -77,9 +77,9 @@ TEST_CASE("An update replaces the installation, and the helper goes on as the ne
     UpdateMachine machine;
     machine.start();
     machine.offer("2.0");
-    REQUIRE(resultIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
     const auto process = machine.helperProcess();
-    CHECK(resultIn(install(machine)) == Dictionary{{"Applied", true}});
+    CHECK(recordIn(install(machine)) == Dictionary{{"Applied", true}});
     CHECK(machine.wholeVersion() == "2.0");
     CHECK_FALSE(machine.isStaging());
     CHECK_FALSE(files::exists(machine.product() + "/share/only-in-1.0"));
@@ -92,14 +92,14 @@ TEST_CASE("An update replaces the installation, and the helper goes on as the ne
         return !failure && contentOfFile(program).ends_with("version 2.0") && machine.helperProcess() == process;
     }));
     REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetAutoUpdates).has_value(); }));
-    CHECK(resultIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
+    CHECK(recordIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
     CHECK(machine.log().contains("Running version 1.0."));
     CHECK(machine.log().contains("Running version 2.0."));
     checkError(machine.send(BRVMessageCheckForUpdates), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
     checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
 
     machine.offer("2.1");
-    CHECK(resultIn(install(machine)).contains("Applied"));
+    CHECK(recordIn(install(machine)).contains("Applied"));
     CHECK(machine.wholeVersion() == "2.1");
 }
 
@@ -111,7 +111,7 @@ TEST_CASE("What is installed belongs to the helper's user, with plain modes, wha
     REQUIRE(::chmod((layout + "/Library/Brevane/bin/brevane").c_str(), 06777) == 0);
     REQUIRE(::chmod((layout + "/Library/Brevane/share/text").c_str(), 0666) == 0);
     machine.offer("2.0");
-    REQUIRE(resultIn(install(machine)).contains("Applied"));
+    REQUIRE(recordIn(install(machine)).contains("Applied"));
     for (const auto& [name, mode] :
          {std::pair{"", 040755}, std::pair{"/bin", 040755}, std::pair{"/bin/brevane", 0100755},
           std::pair{"/share/text", 0100644}, std::pair{"/installation.plist", 0100644}}) {
@@ -128,7 +128,7 @@ TEST_CASE("What somebody else had put beside the product's files is still there 
     machine.start();
     machine.offer("2.0");
     std::ofstream(machine.product() + "/share/mine") << "mine";
-    REQUIRE(resultIn(install(machine)).contains("Applied"));
+    REQUIRE(recordIn(install(machine)).contains("Applied"));
     CHECK(contentOfFile(machine.product() + "/share/mine") == "mine");
     files::remove(machine.product() + "/share/mine");
     CHECK(machine.wholeVersion() == "2.0");
@@ -161,7 +161,7 @@ TEST_CASE("A download that fails leaves the installation as it was")
 
     machine.serveAgain("update.plist");
     machine.serveAgain("Brevane.pkg");
-    CHECK(resultIn(install(machine)).contains("Applied"));
+    CHECK(recordIn(install(machine)).contains("Applied"));
     CHECK(machine.wholeVersion() == "2.0");
 }
 
@@ -171,7 +171,7 @@ TEST_CASE("Over TLS a package is taken from a server that is vouched for, and fr
         UpdateMachine machine(Transport::Trusted);
         machine.start();
         machine.offer("2.0");
-        CHECK(resultIn(install(machine)).contains("Applied"));
+        CHECK(recordIn(install(machine)).contains("Applied"));
         CHECK(machine.wholeVersion() == "2.0");
     }
     UpdateMachine machine(Transport::Foreign);
@@ -210,14 +210,14 @@ TEST_CASE("A package without a signature, with a damaged one or with somebody el
                      ZRKInstallerPackageErrorInvalidSignature);
         checkUntouched(machine);
     }
-    run({"/usr/bin/python3", "-B", BREVANE_SOURCE "/sandbox/feed.py", "key", machine.file("other.pem")});
-    run({"/usr/bin/python3", "-B", packages, machine.file("other.pem"), machine.layoutOf("2.0"), "2.0", "good",
-         package});
+    outputOf({"/usr/bin/python3", "-B", BREVANE_SOURCE "/sandbox/feed.py", "key", machine.file("other.pem")});
+    outputOf({"/usr/bin/python3", "-B", packages, machine.file("other.pem"), machine.layoutOf("2.0"), "2.0", "good",
+              package});
     checkFailure(install(machine), ZRKUpdaterErrorValidate, ZRKInstallerPackageErrorDomain,
                  ZRKInstallerPackageErrorInvalidSignature);
     checkUntouched(machine);
     machine.serve("Brevane.pkg", good);
-    CHECK(resultIn(install(machine)).contains("Applied"));
+    CHECK(recordIn(install(machine)).contains("Applied"));
 }
 
 TEST_CASE(
@@ -272,14 +272,15 @@ TEST_CASE("A signed package that leads outside, is damaged or is not newer is re
                              "no-archive",
                              "empty"}) {
         CAPTURE(kind);
-        run({"/usr/bin/python3", "-B", packages, machine.keyPath(), layout, "2.0", kind,
-             machine.served("Brevane.pkg")});
+        outputOf({"/usr/bin/python3", "-B", packages, machine.keyPath(), layout, "2.0", kind,
+                  machine.served("Brevane.pkg")});
         checkFailure(install(machine), ZRKUpdaterErrorValidate, platform::POSIXErrorDomain, EBADMSG);
         checkUntouched(machine);
     }
     CHECK(withoutLogs(treeBelow(machine.root())) == withoutLogs(before));
-    run({"/usr/bin/python3", "-B", packages, machine.keyPath(), layout, "2.0", "good", machine.served("Brevane.pkg")});
-    CHECK(resultIn(install(machine)).contains("Applied"));
+    outputOf(
+        {"/usr/bin/python3", "-B", packages, machine.keyPath(), layout, "2.0", "good", machine.served("Brevane.pkg")});
+    CHECK(recordIn(install(machine)).contains("Applied"));
     CHECK(machine.wholeVersion() == "2.0");
 }
 
@@ -315,7 +316,7 @@ TEST_CASE("While a backup runs nothing is installed or removed, but a check is m
     const auto backup = machine.startBackup();
     for (auto message : {BRVMessageInstallUpdate, BRVMessageUninstall})
         checkError(machine.send(message), BRVErrorDomain, BRVErrorBackupRunning);
-    CHECK(resultIn(machine.send(BRVMessageCheckForUpdates)).contains("Version"));
+    CHECK(recordIn(machine.send(BRVMessageCheckForUpdates)).contains("Version"));
     checkUntouched(machine);
     SUBCASE("until it is over")
     {
@@ -326,7 +327,7 @@ TEST_CASE("While a backup runs nothing is installed or removed, but a check is m
         backup->kill();
     }
     backup->wait();
-    CHECK(resultIn(install(machine)).contains("Applied"));
+    CHECK(recordIn(install(machine)).contains("Applied"));
 }
 
 TEST_CASE("While an install is under way others are refused, and settings are served and changed")
@@ -336,16 +337,16 @@ TEST_CASE("While an install is under way others are refused, and settings are se
     auto first = beginInstall(machine);
     for (auto message : {BRVMessageCheckForUpdates, BRVMessageInstallUpdate, BRVMessageUninstall})
         checkError(machine.send(message), BRVErrorDomain, BRVErrorUpdateRunning);
-    auto settings = resultIn(machine.send(BRVMessageGetSettings));
+    auto settings = recordIn(machine.send(BRVMessageGetSettings));
     settings.set("AllowBattery", true);
-    CHECK(resultIn(machine.send(BRVMessageApplySettings, settings)).contains("Applied"));
-    CHECK(resultIn(machine.send(BRVMessageGetSettings)) == settings);
+    CHECK(recordIn(machine.send(BRVMessageApplySettings, settings)).contains("Applied"));
+    CHECK(recordIn(machine.send(BRVMessageGetSettings)) == settings);
     CHECK(first.wait_for(std::chrono::seconds(0)) != std::future_status::ready);
     machine.serve("Brevane.pkg.go", "");
-    CHECK(resultIn(first.get()).contains("Applied"));
+    CHECK(recordIn(first.get()).contains("Applied"));
     CHECK(machine.wholeVersion() == "2.0");
     REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetSettings).has_value(); }));
-    CHECK(resultIn(machine.send(BRVMessageGetSettings)) == settings);
+    CHECK(recordIn(machine.send(BRVMessageGetSettings)) == settings);
 }
 
 TEST_CASE("A helper that is told to stop during an install stops, and the next one begins afresh")

@@ -53,7 +53,7 @@ private:
 TEST_CASE("Killed at each step of an install, the old or the new version is there, whole")
 {
     try {
-        run({"strace", "-qq", "-e", "trace=none", "true"});
+        outputOf({"strace", "-qq", "-e", "trace=none", "true"});
     } catch (const std::exception&) {
         MESSAGE("SKIPPED: strace is not installed, or may not trace here");
         return;
@@ -74,7 +74,7 @@ TEST_CASE("Killed at each step of an install, the old or the new version is ther
             const Tracer tracer(machine.helperProcess(), call, count);
             auto reply = machine.send(BRVMessageInstallUpdate);
             if (reply) {
-                CHECK(resultIn(reply).contains("Applied"));
+                CHECK(recordIn(reply).contains("Applied"));
                 CHECK(machine.wholeVersion() == "2.0");
                 machine.helper().kill();
                 break;
@@ -96,7 +96,7 @@ TEST_CASE("Killed fifty times at random moments of an install, the installation 
     machine.offer("2.0");
     machine.start();
     const auto begin = std::chrono::steady_clock::now();
-    REQUIRE(resultIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
     const auto whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - begin);
     std::mt19937 random(4711); // NOLINT: the same moments each time, as far as that goes
     int replaced = 0;

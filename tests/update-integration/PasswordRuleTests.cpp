@@ -37,10 +37,10 @@ TEST_CASE("Allowing changes without a password writes the right's rule, and disa
     UpdateMachine machine;
     machine.start();
     CHECK(currentRule() == Array{"authenticate-admin"});
-    CHECK(resultIn(allow(machine, true)).contains("Applied"));
+    CHECK(recordIn(allow(machine, true)).contains("Applied"));
     CHECK(currentRule() == Array{"is-admin"});
     CHECK(platform::Authorization::right(BRVRightModifySettings2) == Dictionary{{"rule", Array{"authenticate-admin"}}});
-    CHECK(resultIn(allow(machine, false)).contains("Applied"));
+    CHECK(recordIn(allow(machine, false)).contains("Applied"));
     CHECK(currentRule() == Array{"authenticate-admin"});
     CHECK(machine.authority().calls().size() == 2);
 }
@@ -52,7 +52,7 @@ TEST_CASE("Where an authority reads rules, a file says the same, readable by eve
     files::create_directories(folder);
     machine.start({}, {"--rules", folder});
     CHECK(files::is_empty(folder));
-    CHECK(resultIn(allow(machine, true)).contains("Applied"));
+    CHECK(recordIn(allow(machine, true)).contains("Applied"));
     struct stat status{};
     REQUIRE(::stat((folder + ruleName).c_str(), &status) == 0);
     CHECK(status.st_mode == 0100644);
@@ -62,8 +62,8 @@ TEST_CASE("Where an authority reads rules, a file says the same, readable by eve
     CHECK(std::distance(files::directory_iterator(folder), {}) == 1);
 
     const auto process = machine.helperProcess();
-    CHECK(resultIn(allow(machine, true)).contains("Applied"));
-    CHECK(resultIn(allow(machine, false)).contains("Applied"));
+    CHECK(recordIn(allow(machine, true)).contains("Applied"));
+    CHECK(recordIn(allow(machine, false)).contains("Applied"));
     CHECK(files::is_empty(folder));
     CHECK(machine.helperProcess() == process);
 }

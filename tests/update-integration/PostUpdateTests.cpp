@@ -66,7 +66,7 @@ TEST_CASE("The post-update tool waits for the new version, ends the old applicat
     Application application(machine);
     CHECK(application.process().isRunning());
     CHECK(started(machine).empty());
-    REQUIRE(resultIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
     CHECK(application.process().wait() == -SIGTERM);
     CHECK(waitUntil([&] { return started(machine) == "2.0"; }));
     CHECK(waitUntil([&] { return !application.toolRuns(); }));
@@ -80,7 +80,7 @@ TEST_CASE("The post-update tool leaves on signal 15, and the application goes on
     Application application(machine);
     REQUIRE(::kill(application.tool(), SIGTERM) == 0);
     CHECK(application.process().readLine() == "ended " + std::to_string(128 + SIGTERM));
-    REQUIRE(resultIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     CHECK(application.process().isRunning());
     CHECK(started(machine).empty());
@@ -104,7 +104,7 @@ TEST_CASE("The post-update tool ends nobody who merely started it by hand")
     machine.offer("2.0");
     ChildProcess shell({"sh", "-c", "\"$0\"; echo ended $?", BREVANE_POST_UPDATE});
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    REQUIRE(resultIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
     CHECK(shell.readLine(20000) == "ended 0");
     CHECK(waitUntil([&] { return started(machine) == "2.0"; }));
 }

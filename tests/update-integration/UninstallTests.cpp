@@ -37,13 +37,13 @@ std::map<std::string, std::string> productTree(const std::string& root)
 // As the install rules leave it: the list knows which folders were not there before.
 void installCompletely(UpdateMachine& machine, const std::string& version)
 {
-    run({"/usr/bin/python3", "-B", "-c",
-         "import plistlib, sys\n"
-         "path = sys.argv[1]\n"
-         "manifest = plistlib.load(open(path, 'rb'))\n"
-         "manifest['Folders'] = sys.argv[2:]\n"
-         "plistlib.dump(manifest, open(path, 'wb'))",
-         machine.product() + "/installation.plist", "Library/LaunchDaemons", "usr/bin", "Library/Brevane"});
+    outputOf({"/usr/bin/python3", "-B", "-c",
+              "import plistlib, sys\n"
+              "path = sys.argv[1]\n"
+              "manifest = plistlib.load(open(path, 'rb'))\n"
+              "manifest['Folders'] = sys.argv[2:]\n"
+              "plistlib.dump(manifest, open(path, 'wb'))",
+              machine.product() + "/installation.plist", "Library/LaunchDaemons", "usr/bin", "Library/Brevane"});
     CHECK(machine.wholeVersion() == version);
 }
 
@@ -59,10 +59,10 @@ TEST_CASE("After an uninstall everything is as it was before the installation")
     machine.layOut("1.0");
     installCompletely(machine, "1.0");
     machine.start();
-    auto settings = resultIn(machine.send(BRVMessageGetSettings));
-    REQUIRE(resultIn(machine.send(BRVMessageApplySettings, settings)).contains("Applied"));
-    REQUIRE(resultIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
-    REQUIRE(resultIn(machine.send(BRVMessageSetAllowWithoutPassword, Dictionary{{"Allow", true}})).contains("Applied"));
+    auto settings = recordIn(machine.send(BRVMessageGetSettings));
+    REQUIRE(recordIn(machine.send(BRVMessageApplySettings, settings)).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageSetAllowWithoutPassword, Dictionary{{"Allow", true}})).contains("Applied"));
 
     for (const char* name : {"application.log", "application.0.log", "scheduler.4.log", "post-update.log"})
         std::ofstream(machine.root() + "/Library/Logs/Brevane/" + name) << "a line\n";
@@ -71,7 +71,7 @@ TEST_CASE("After an uninstall everything is as it was before the installation")
     SUBCASE("after an update")
     {
         machine.offer("2.0");
-        REQUIRE(resultIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
+        REQUIRE(recordIn(machine.send(BRVMessageInstallUpdate)).contains("Applied"));
         REQUIRE(machine.waitForHelper("2.0"));
     }
     SUBCASE("with damaged files that were kept, and an update that was interrupted")
@@ -83,7 +83,7 @@ TEST_CASE("After an uninstall everything is as it was before the installation")
         std::ofstream(machine.root() + "/Library/Preferences/.com.zerkolin.brevane.rights.plist.abcdef") << "part";
         files::create_directories(machine.root() + "/Library/.com.zerkolin.brevane.update/Brevane/bin");
     }
-    REQUIRE(resultIn(machine.send(BRVMessageUninstall)) == Dictionary{{"Applied", true}});
+    REQUIRE(recordIn(machine.send(BRVMessageUninstall)) == Dictionary{{"Applied", true}});
     CHECK(machine.helper().wait() == 0);
     CHECK(productTree(machine.root()) == before);
 }
@@ -95,7 +95,7 @@ TEST_CASE("An uninstall leaves what somebody else put among the product's files"
     std::ofstream(machine.product() + "/share/mine") << "mine";
     files::remove(machine.root() + "/usr/bin/log");
     std::ofstream(machine.root() + "/usr/bin/log") << "another tool";
-    REQUIRE(resultIn(machine.send(BRVMessageUninstall)).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageUninstall)).contains("Applied"));
     CHECK(machine.helper().wait() == 0);
     std::set<std::string> left;
     for (const auto& [path, content] : productTree(machine.root())) {
@@ -147,12 +147,12 @@ TEST_CASE("What cannot be removed is told, and the uninstall can be tried again"
         return;
     }
     auto error = errorIn(machine.send(BRVMessageUninstall));
-    run({"chattr", "-i", fixed});
+    outputOf({"chattr", "-i", fixed});
     CHECK(error.domain == platform::POSIXErrorDomain);
     CHECK(error.code == EPERM);
     CHECK(platform::localizedDescription(error) == "'" + fixed + "' could not be removed. Operation not permitted.");
     CHECK(files::exists(machine.product() + "/installation.plist"));
-    REQUIRE(resultIn(machine.send(BRVMessageUninstall)).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageUninstall)).contains("Applied"));
     CHECK(machine.helper().wait() == 0);
     CHECK_FALSE(files::exists(machine.product()));
 }

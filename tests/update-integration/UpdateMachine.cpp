@@ -2,8 +2,6 @@
 
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKAuthorizationManager.h"
-#include "platform/Authorization.h"
-#include "platform/ErrorArchive.h"
 #include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "tests/support/BusOwner.h"
@@ -19,7 +17,6 @@
 #include <utility>
 
 namespace files = std::filesystem;
-using platform::Data;
 using platform::Dictionary;
 
 namespace {
@@ -49,7 +46,7 @@ const std::string& helperContent()
 {
     static const std::string content = [] {
         const TemporaryDirectory folder;
-        run({"objcopy", "--strip-all", BREVANE_SCHEDULER_HELPER, folder.file("helper")});
+        outputOf({"objcopy", "--strip-all", BREVANE_SCHEDULER_HELPER, folder.file("helper")});
         return contentOfFile(folder.file("helper"));
     }();
     return content;
@@ -64,14 +61,11 @@ UpdateMachine::UpdateMachine(Transport transport)
     : _rootVariable("BREVANE_ROOT", root()),
       _home("HOME", file("home")),
       _noProxy("no_proxy", "127.0.0.1"),
-      _authority(std::make_unique<PolkitAuthority>()),
-      _client(std::make_unique<ZRKXPCClient>(BRVSchedulerServiceName)),
+      _stage(PolkitAuthority::Answer::Authorized),
       _keyPath(file("key.pem"))
 {
     files::create_directories(file("served"));
-    for (const auto* right : {BRVRightModifySettings1, BRVRightModifySettings2, BRVRightUninstall})
-        _authority->setAnswer(right, PolkitAuthority::Answer::Authorized);
-    run({python, "-B", feedProgram, "key", _keyPath});
+    outputOf({python, "-B", feedProgram, "key", _keyPath});
     startServer(transport);
     layOut("1.0");
     writeConfiguration();
@@ -81,9 +75,9 @@ void UpdateMachine::startServer(Transport transport)
 {
     ChildProcess::Arguments arguments{python, "-B", std::string(testFolder) + "server.py", file("served")};
     if (transport != Transport::Plain) {
-        run({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days", "2",
-             "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", file("tls.key"), "-out",
-             file("tls.pem")});
+        outputOf({"openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256", "-nodes", "-days",
+                  "2", "-subj", "/CN=127.0.0.1", "-addext", "subjectAltName=IP:127.0.0.1", "-keyout", file("tls.key"),
+                  "-out", file("tls.pem")});
         arguments.insert(arguments.end(), {file("tls.pem"), file("tls.key")});
     }
     if (transport == Transport::Trusted)
@@ -180,8 +174,9 @@ std::string UpdateMachine::wholeVersion() const
 void UpdateMachine::offer(const std::string& version)
 {
     auto package = served("Brevane.pkg");
-    run({python, "-B", feedProgram, "package", _keyPath, layoutOf(version), version, "Version " + version, package});
-    run({python, "-B", feedProgram, "feed", package, version, "Version " + version, served("update.plist")});
+    outputOf(
+        {python, "-B", feedProgram, "package", _keyPath, layoutOf(version), version, "Version " + version, package});
+    outputOf({python, "-B", feedProgram, "feed", package, version, "Version " + version, served("update.plist")});
 }
 
 void UpdateMachine::serveFeed(Dictionary feed) const
@@ -207,7 +202,7 @@ void UpdateMachine::serveAgain(const std::string& name) const
 void UpdateMachine::writeConfiguration(Dictionary more) const
 {
     auto path = file("updates.plist");
-    run({python, "-B", feedProgram, "configuration", _keyPath, url("update.plist"), path});
+    outputOf({python, "-B", feedProgram, "configuration", _keyPath, url("update.plist"), path});
     auto bytes = platform::readFile(path);
     auto record = *platform::propertyListWithData(*bytes)->dictionary();
     record.set("Patience", 2);
@@ -218,26 +213,23 @@ void UpdateMachine::writeConfiguration(Dictionary more) const
     writePropertyList(path, record);
 }
 
-void UpdateMachine::launchHelper(ChildProcess::Arguments before, const ChildProcess::Arguments& more)
+ChildProcess::Arguments UpdateMachine::command(ChildProcess::Arguments before,
+                                               const ChildProcess::Arguments& more) const
 {
     before.insert(before.end(), {product() + "/" + helperName, "--root", root(), "--updates", file("updates.plist")});
     before.insert(before.end(), more.begin(), more.end());
-    _helper.reset();
-    _helper = std::make_unique<ChildProcess>(before);
+    return before;
 }
 
 void UpdateMachine::startUnasked()
 {
-    launchHelper({}, {});
-    REQUIRE(waitUntil([&] { return helperProcess() == _helper->pid(); }));
+    _stage.launch(command({}, {}));
+    REQUIRE(waitUntil([&] { return helperProcess() == helper().pid(); }));
 }
 
 void UpdateMachine::start(ChildProcess::Arguments before, const ChildProcess::Arguments& more)
 {
-    launchHelper(std::move(before), more);
-    auto serves = [&] { return send(BRVMessageGetAutoUpdates).has_value() || !_helper->isRunning(); };
-    if (!waitUntil(serves) || !_helper->isRunning())
-        throw std::runtime_error("the helper does not serve");
+    _stage.start(command(std::move(before), more));
 }
 
 pid_t UpdateMachine::helperProcess() const
@@ -270,10 +262,9 @@ platform::ServiceDictionary requestOf(std::int64_t message, const std::optional<
 {
     platform::ServiceDictionary request{{"message", message}};
     if (payload)
-        request.emplace("payload", *platform::binaryPropertyList(*payload));
+        request.emplace("payload", binaryData(*payload));
     if (!BRVAuthorizationRightsForMessage(message)->empty()) {
-        auto form = *(*platform::Authorization::create())->makeExternalForm();
-        request.emplace("auth", Data(form.begin(), form.end()));
+        request.emplace("auth", ownToken());
     }
     return request;
 }
@@ -282,14 +273,14 @@ platform::ServiceDictionary requestOf(std::int64_t message, const std::optional<
 
 platform::ServiceReply UpdateMachine::send(std::int64_t message, const std::optional<platform::PropertyList>& payload)
 {
-    return _client->sendSynchronousXPCMessage(requestOf(message, payload));
+    return _stage.client().sendSynchronousXPCMessage(requestOf(message, payload));
 }
 
 std::future<platform::ServiceReply> UpdateMachine::sendLater(std::int64_t message)
 {
     auto promise = std::make_shared<std::promise<platform::ServiceReply>>();
-    _client->sendXPCMessage(requestOf(message, {}), platform::Queue::global(),
-                            [promise](platform::ServiceReply reply) { promise->set_value(std::move(reply)); });
+    _stage.client().sendXPCMessage(requestOf(message, {}), platform::Queue::global(),
+                                   [promise](platform::ServiceReply reply) { promise->set_value(std::move(reply)); });
     return promise->get_future();
 }
 
@@ -298,41 +289,7 @@ bool UpdateMachine::isStaging() const
     return files::exists(root() + "/Library/.com.zerkolin.brevane.update");
 }
 
-static const Data* dataIn(const platform::ServiceReply& reply, const char* key)
-{
-    REQUIRE(reply.has_value());
-    auto found = reply->find(key);
-    return found == reply->end() ? nullptr : std::get_if<Data>(&found->second);
-}
-
-Dictionary resultIn(const platform::ServiceReply& reply)
-{
-    if (const auto* error = dataIn(reply, "error"))
-        FAIL(platform::localizedDescription(*platform::unarchivedError(*error, true)));
-    const auto* payload = dataIn(reply, "payload");
-    REQUIRE(payload);
-    auto value = platform::propertyListWithData(*payload);
-    REQUIRE((value && value->dictionary()));
-    return *value->dictionary();
-}
-
-platform::Error errorIn(const platform::ServiceReply& reply)
-{
-    const auto* bytes = dataIn(reply, "error");
-    REQUIRE(bytes);
-    auto error = platform::unarchivedError(*bytes, true);
-    REQUIRE(error.has_value());
-    return *error;
-}
-
-void checkError(const platform::ServiceReply& reply, const char* domain, std::int64_t code)
-{
-    auto error = errorIn(reply);
-    CHECK(error.domain == domain);
-    CHECK(error.code == code);
-}
-
-std::string run(const ChildProcess::Arguments& arguments)
+std::string outputOf(const ChildProcess::Arguments& arguments)
 {
     ChildProcess process(arguments);
     auto output = process.readAll();

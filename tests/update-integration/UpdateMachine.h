@@ -1,11 +1,8 @@
 #pragma once
 
-#include "messaging/ZRKXPCClient.h"
-#include "platform/Error.h"
-#include "tests/support/ChildProcess.h"
+#include "tests/helper/support/HelperStage.h"
+#include "tests/helper/support/Replies.h"
 #include "tests/support/EnvironmentVariable.h"
-#include "tests/support/PolkitAuthority.h"
-#include "tests/support/PrivateBus.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <functional>
@@ -51,8 +48,8 @@ public:
     void start(ChildProcess::Arguments before = {}, const ChildProcess::Arguments& more = {});
     // The same, but nobody sends it a message.
     void startUnasked();
-    ChildProcess& helper() { return *_helper; }
-    PolkitAuthority& authority() { return *_authority; }
+    ChildProcess& helper() { return _stage.program(); }
+    PolkitAuthority& authority() { return _stage.authority(); }
     // The process that has the helper's name; 0 when there is none.
     pid_t helperProcess() const;
     std::string log() const;
@@ -69,29 +66,21 @@ public:
 private:
     std::map<std::string, std::string> contentOf(const std::string& version) const;
     void startServer(Transport transport);
-    void launchHelper(ChildProcess::Arguments before, const ChildProcess::Arguments& more);
+    ChildProcess::Arguments command(ChildProcess::Arguments before, const ChildProcess::Arguments& more) const;
 
     TemporaryDirectory _folder;
     EnvironmentVariable _rootVariable;
     EnvironmentVariable _home;
     EnvironmentVariable _noProxy;
-    PrivateBus _bus;
-    std::unique_ptr<PolkitAuthority> _authority;
+    HelperStage _stage;
     std::unique_ptr<ChildProcess> _server;
-    std::unique_ptr<ChildProcess> _helper;
-    std::unique_ptr<ZRKXPCClient> _client;
     std::string _url;
     std::string _keyPath;
     std::string _authorities;
 };
 
-// What a reply says, read as the application reads it.
-platform::Dictionary resultIn(const platform::ServiceReply& reply);
-platform::Error errorIn(const platform::ServiceReply& reply);
-void checkError(const platform::ServiceReply& reply, const char* domain, std::int64_t code);
-
 // Runs a program to its end, which must be a good one; what it printed.
-std::string run(const ChildProcess::Arguments& arguments);
+std::string outputOf(const ChildProcess::Arguments& arguments);
 bool waitUntil(const std::function<bool()>& condition);
 
 // Every path below a folder with its kind, mode and content.

@@ -20,6 +20,8 @@
         return;                                                                                                        \
     }
 
+TEST_SUITE_BEGIN("windows");
+
 using Names = std::vector<std::string>;
 using namespace platform::ui;
 
@@ -249,3 +251,5 @@ TEST_CASE("the helper makes no snapshot of a folder, through a link, or for an o
           == EX_NOPERM);
     CHECK(snapshotsListedByTool(volume.path()).empty());
 }
+
+TEST_SUITE_END();

@@ -7,14 +7,18 @@
 
 #include <cstdlib>
 #include <doctest/doctest.h>
+#include <string_view>
 
 using platform::Dictionary;
 
 namespace {
 
-// Before the first text is looked up.
-const bool isGerman = setenv("LC_ALL", "de_DE.UTF-8", 1) == 0 && setenv("LANGUAGE", "de", 1) == 0
-    && setenv("BREVANE_RESOURCES", TABLES_FOLDER, 1) == 0;
+// The tables are read once in a process: its environment names the language and where they are.
+bool isGerman()
+{
+    const auto* const language = std::getenv("LANGUAGE");
+    return language && std::string_view(language) == "de" && std::getenv("BREVANE_RESOURCES");
+}
 
 std::string text(const char* domain, std::int64_t code, const Dictionary& userInfo = {})
 {
@@ -25,7 +29,7 @@ std::string text(const char* domain, std::int64_t code, const Dictionary& userIn
 
 TEST_CASE("an error is described in the user's language")
 {
-    REQUIRE(isGerman);
+    REQUIRE(isGerman());
     CHECK(text(BRVErrorDomain, BRVErrorPeersConnected) == "Andere sind verbunden.");
     CHECK(text(ZRKUpdaterErrorDomain, ZRKUpdaterErrorDownload) == "Die Aktualisierung kam nicht an.");
 }
