@@ -41,6 +41,7 @@ TEST_CASE("Tab goes from one row to the next, also to rows that came later than 
     editor.user.choose("operationModePopUp", 0);
     editor.user.choose("operationModePopUp", 1);
     editor.user.click("advancedSettingsButton");
+    user::runEvents(); // the rows take their places
     const auto afterTabIn = [&editor](const char* control) {
         editor.user.press(control, Key::Tab);
         const auto* const focused = windowNamed("mainWindow").focusWidget();
