@@ -60,11 +60,12 @@ function(brevane_test name)
     add_library(${name}_cases OBJECT ${ARG_SOURCES})
     target_link_libraries(${name}_cases PUBLIC brevane_options ${ARG_LINKS} doctest::doctest)
     target_compile_definitions(${name}_cases PRIVATE $<TARGET_PROPERTY:${name},COMPILE_DEFINITIONS>)
-    set_target_properties(${name}_cases PROPERTIES BREVANE_TEST ON)
     brevane_use_precompiled(${name}_cases ${precompiled})
 
     add_executable(${name} EXCLUDE_FROM_ALL)
     set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+    # Both, since the one's definitions are read through the other.
+    set_target_properties(${name}_cases ${name} PROPERTIES BREVANE_TEST ON)
     target_link_libraries(${name} PRIVATE ${name}_cases ${main})
     add_dependencies(room_${room} ${name})
 
