@@ -4,6 +4,7 @@
 #include "platform/linux/ui/windows/WindowNative.h"
 #include "platform/ui/Interface.h"
 #include "platform/ui/TextView.h"
+#include "shell/menus/MainMenu.h"
 #include "tests/platform/ui/User.h"
 
 #include <doctest/doctest.h>
@@ -18,7 +19,7 @@ using namespace platform::ui;
 
 TEST_CASE("Choosing a menu item runs its action")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto item = interface->menuItem("openWebSiteMenuItem");
     int actions = 0;
     item->setAction([&] { ++actions; });
@@ -30,7 +31,7 @@ TEST_CASE("Choosing a menu item runs its action")
 
 TEST_CASE("A menu item's validator is asked each time, for its menu and for its key")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
     auto& window = *interface->window()->native().window;
     const auto item = interface->menuItem("quitMenuItem");
@@ -53,7 +54,7 @@ TEST_CASE("A menu item's validator is asked each time, for its menu and for its 
 
 TEST_CASE("A hidden menu item has no key")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
     user::runEvents();
     const auto item = interface->menuItem("localSnapshotsMenuItem");
@@ -72,7 +73,7 @@ TEST_CASE("A hidden menu item has no key")
 
 TEST_CASE("A key equivalent is one character, of which a capital needs the shift key")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto item = interface->menuItem("aboutMenuItem");
     CHECK(item->keyEquivalent().empty());
     for (const auto* const key : {"1", "w", "W", ",", ""}) {
@@ -83,7 +84,7 @@ TEST_CASE("A key equivalent is one character, of which a capital needs the shift
 
 TEST_CASE("The item that follows is found, hidden ones and separators included, to the menu's end")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto separator = interface->menuItem("closeMenuItem")->next();
     REQUIRE(separator);
     CHECK(separator->title().empty());
@@ -98,7 +99,7 @@ TEST_CASE("The item that follows is found, hidden ones and separators included, 
 
 TEST_CASE("Every item found for the same place in the menu shares its action")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     int actions = 0;
     interface->menuItem("openWebSiteMenuItem")->next()->setAction([&] { ++actions; });
     user::click(*interface->menuItem("contactByMailMenuItem"));
@@ -107,7 +108,7 @@ TEST_CASE("Every item found for the same place in the menu shares its action")
 
 TEST_CASE("The Edit menu acts on the field that has the keyboard")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     auto& window = *interface->window()->native().window;
     auto* const line = new QLineEdit(window.centralWidget());
     interface->window()->makeKeyAndOrderFront();
@@ -136,7 +137,7 @@ TEST_CASE("The Edit menu acts on the field that has the keyboard")
 
 TEST_CASE("An item of the Edit menu is there only when it has something to do")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     auto& window = *interface->window()->native().window;
     auto* const line = new QLineEdit(window.centralWidget());
     interface->window()->makeKeyAndOrderFront();
@@ -177,7 +178,7 @@ TEST_CASE("An item of the Edit menu is there only when it has something to do")
 
 TEST_CASE("The Edit menu copies from a text that cannot be edited, also in another window")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
     QMainWindow other;
     auto* const plain = new QPlainTextEdit(QStringLiteral("one\ntwo"));
@@ -197,7 +198,7 @@ TEST_CASE("The Edit menu copies from a text that cannot be edited, also in anoth
 
 TEST_CASE("The Edit menu selects and copies in the log's text, and leaves it to itself otherwise")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto console = Interface::load("BRVConsole");
     interface->window()->makeKeyAndOrderFront();
     console->window()->makeKeyAndOrderFront();
@@ -223,7 +224,7 @@ TEST_CASE("The Edit menu selects and copies in the log's text, and leaves it to 
 
 TEST_CASE("The Window menu acts on the window that the user is in")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto preferences = Interface::load("BRVPreferencesController");
     interface->window()->makeKeyAndOrderFront();
     preferences->window()->makeKeyAndOrderFront();
