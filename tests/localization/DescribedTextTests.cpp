@@ -21,7 +21,7 @@ void checkKeys(const std::set<std::string>& texts)
 
 } // namespace
 
-TEST_CASE("Every text of the menu bar has a key, by either convention")
+TEST_CASE("every text of the menu bar has a key, by either convention")
 {
     std::set<std::string> texts;
     for (const auto convention : {MenuConvention::ApplicationMenu, MenuConvention::WindowMenus}) {
@@ -37,7 +37,7 @@ TEST_CASE("Every text of the menu bar has a key, by either convention")
     checkKeys(texts);
 }
 
-TEST_CASE("Every text of the macOS edition's windows has a key")
+TEST_CASE("every text of the macOS edition's windows has a key")
 {
     std::set<std::string> texts;
     for (const auto& description : platform::macos::interfaceDescriptions()) {

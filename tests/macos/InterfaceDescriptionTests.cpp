@@ -7,7 +7,7 @@
 
 using namespace platform::macos;
 
-TEST_CASE("No identifier stands twice")
+TEST_CASE("no identifier stands twice")
 {
     std::set<std::string> seen;
     for (const auto& description : interfaceDescriptions()) {
@@ -18,7 +18,7 @@ TEST_CASE("No identifier stands twice")
     }
 }
 
-TEST_CASE("Every control has a name for assistive tools")
+TEST_CASE("every control has a name for assistive tools")
 {
     const std::set<ElementKind> needsNone{ElementKind::Row, ElementKind::Column, ElementKind::Stack,
                                           ElementKind::StackRow, ElementKind::Space};
@@ -34,7 +34,7 @@ TEST_CASE("Every control has a name for assistive tools")
     CHECK(named > 20);
 }
 
-TEST_CASE("Only what holds others has children, and a column is never empty")
+TEST_CASE("only what holds others has children, and a column is never empty")
 {
     for (const auto& description : interfaceDescriptions()) {
         visitAll(description, [](const Element& element) {
@@ -47,7 +47,7 @@ TEST_CASE("Only what holds others has children, and a column is never empty")
     }
 }
 
-TEST_CASE("A window has at most one button for Return")
+TEST_CASE("a window has at most one button for Return")
 {
     int windowsWithOne = 0;
     for (const auto& description : interfaceDescriptions()) {

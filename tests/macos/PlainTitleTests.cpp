@@ -4,7 +4,7 @@
 
 using platform::macos::plainTitle;
 
-TEST_CASE("A title loses the mark for a key that macOS has not")
+TEST_CASE("a title loses the mark for a key that macOS has not")
 {
     CHECK(plainTitle("&File") == "File");
     CHECK(plainTitle("Cu&t") == "Cut");

@@ -137,7 +137,7 @@ void compare(const Element& element, const View& view)
 
 } // namespace
 
-TEST_CASE("Both editions have the same interfaces")
+TEST_CASE("both editions have the same interfaces")
 {
     std::set<std::string> onLinux;
     for (const auto& entry : std::filesystem::directory_iterator(INTERFACE_FOLDER)) {
@@ -151,7 +151,7 @@ TEST_CASE("Both editions have the same interfaces")
     CHECK(!platform::macos::findInterfaceDescription("NoSuchInterface"));
 }
 
-TEST_CASE("Every outlet of one edition is in the other, once in an interface")
+TEST_CASE("every outlet of one edition is in the other, once in an interface")
 {
     std::size_t outlets = 0;
     for (const auto& description : interfaceDescriptions()) {
@@ -166,7 +166,7 @@ TEST_CASE("Every outlet of one edition is in the other, once in an interface")
     CHECK(outlets > 40);
 }
 
-TEST_CASE("A window is one in both editions, with the same title")
+TEST_CASE("a window is one in both editions, with the same title")
 {
     for (const auto& description : interfaceDescriptions()) {
         INFO(std::string(description.name));
@@ -181,7 +181,7 @@ TEST_CASE("A window is one in both editions, with the same title")
     }
 }
 
-TEST_CASE("Each control is of the same class in both editions and says the same")
+TEST_CASE("each control is of the same class in both editions and says the same")
 {
     int compared = 0;
     for (const auto& description : interfaceDescriptions()) {

@@ -39,7 +39,7 @@ using Lines = std::vector<std::string>;
 
 } // namespace
 
-TEST_CASE("The menu bar of a window has what concerns the application in its first menus")
+TEST_CASE("the menu bar of a window has what concerns the application in its first menus")
 {
     const auto menus = mainMenu(MenuConvention::WindowMenus);
     REQUIRE(menus.size() == 5);
@@ -60,7 +60,7 @@ TEST_CASE("The menu bar of a window has what concerns the application in its fir
     CHECK(linesOf(menus[4]) == Lines{"helpMenuItem", "-", "openWebSiteMenuItem", "contactByMailMenuItem"});
 }
 
-TEST_CASE("Where the system has an application menu, that menu has Services, Hide and Quit too")
+TEST_CASE("where the system has an application menu, that menu has Services, Hide and Quit too")
 {
     const auto menus = mainMenu(MenuConvention::ApplicationMenu);
     REQUIRE(menus.size() == 5);
@@ -78,7 +78,7 @@ TEST_CASE("Where the system has an application menu, that menu has Services, Hid
     CHECK(linesOf(menus[4]) == Lines{"helpMenuItem", "-", "openWebSiteMenuItem", "contactByMailMenuItem"});
 }
 
-TEST_CASE("An item that both conventions have is the same in both, but for the name of Quit")
+TEST_CASE("an item that both conventions have is the same in both, but for the name of Quit")
 {
     int same = 0;
     visitItems(MenuConvention::WindowMenus, [&](const MenuItemDescription& item) {
@@ -99,7 +99,7 @@ TEST_CASE("An item that both conventions have is the same in both, but for the n
     CHECK(same == 21);
 }
 
-TEST_CASE("No key, identifier or command stands twice")
+TEST_CASE("no key, identifier or command stands twice")
 {
     for (const auto convention : conventions) {
         std::set<std::string> identifiers;
@@ -115,7 +115,7 @@ TEST_CASE("No key, identifier or command stands twice")
     }
 }
 
-TEST_CASE("The application's menu comes first and help last, each role has one menu, and no group is empty")
+TEST_CASE("the application's menu comes first and help last, each role has one menu, and no group is empty")
 {
     for (const auto convention : conventions) {
         const auto menus = mainMenu(convention);

@@ -17,7 +17,7 @@
 
 using namespace platform::ui;
 
-TEST_CASE("Choosing a menu item runs its action")
+TEST_CASE("choosing a menu item runs its action")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto item = interface->menuItem("openWebSiteMenuItem");
@@ -29,7 +29,7 @@ TEST_CASE("Choosing a menu item runs its action")
     CHECK(actions == 1);
 }
 
-TEST_CASE("A menu item's validator is asked each time, for its menu and for its key")
+TEST_CASE("a menu item's validator is asked each time, for its menu and for its key")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
@@ -52,7 +52,7 @@ TEST_CASE("A menu item's validator is asked each time, for its menu and for its 
     CHECK(actions == 2);
 }
 
-TEST_CASE("A hidden menu item has no key")
+TEST_CASE("a hidden menu item has no key")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
@@ -71,7 +71,7 @@ TEST_CASE("A hidden menu item has no key")
     CHECK(actions == 1);
 }
 
-TEST_CASE("A key equivalent is one character, of which a capital needs the shift key")
+TEST_CASE("a key equivalent is one character, of which a capital needs the shift key")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto item = interface->menuItem("aboutMenuItem");
@@ -82,7 +82,7 @@ TEST_CASE("A key equivalent is one character, of which a capital needs the shift
     }
 }
 
-TEST_CASE("The item that follows is found, hidden ones and separators included, to the menu's end")
+TEST_CASE("the item that follows is found, hidden ones and separators included, to the menu's end")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto separator = interface->menuItem("closeMenuItem")->next();
@@ -97,7 +97,7 @@ TEST_CASE("The item that follows is found, hidden ones and separators included, 
     CHECK_FALSE(interface->menuItem("quitMenuItem")->next());
 }
 
-TEST_CASE("Every item found for the same place in the menu shares its action")
+TEST_CASE("every item found for the same place in the menu shares its action")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     int actions = 0;
@@ -106,7 +106,7 @@ TEST_CASE("Every item found for the same place in the menu shares its action")
     CHECK(actions == 1);
 }
 
-TEST_CASE("The Edit menu acts on the field that has the keyboard")
+TEST_CASE("the Edit menu acts on the field that has the keyboard")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     auto& window = *interface->window()->native().window;
@@ -135,7 +135,7 @@ TEST_CASE("The Edit menu acts on the field that has the keyboard")
     CHECK_THROWS_AS(user::click(*interface->menuItem("pasteMenuItem")), std::logic_error);
 }
 
-TEST_CASE("An item of the Edit menu is there only when it has something to do")
+TEST_CASE("an item of the Edit menu is there only when it has something to do")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     auto& window = *interface->window()->native().window;
@@ -176,7 +176,7 @@ TEST_CASE("An item of the Edit menu is there only when it has something to do")
     CHECK(line->text() == "b");
 }
 
-TEST_CASE("The Edit menu copies from a text that cannot be edited, also in another window")
+TEST_CASE("the Edit menu copies from a text that cannot be edited, also in another window")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
@@ -196,7 +196,7 @@ TEST_CASE("The Edit menu copies from a text that cannot be edited, also in anoth
         CHECK_THROWS_AS(user::click(*interface->menuItem(name)), std::logic_error);
 }
 
-TEST_CASE("The Edit menu selects and copies in the log's text, and leaves it to itself otherwise")
+TEST_CASE("the Edit menu selects and copies in the log's text, and leaves it to itself otherwise")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto console = Interface::load("BRVConsole");
@@ -222,7 +222,7 @@ TEST_CASE("The Edit menu selects and copies in the log's text, and leaves it to 
     CHECK(QApplication::clipboard()->text() == "one\ntwo\n");
 }
 
-TEST_CASE("The Window menu acts on the window that the user is in")
+TEST_CASE("the Window menu acts on the window that the user is in")
 {
     const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto preferences = Interface::load("BRVPreferencesController");
