@@ -5,6 +5,7 @@
 #include "helper/installation/SystemError.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/Authorization.h"
+#include "platform/Folder.h"
 #include "platform/linux/system/files/AtomicFile.h"
 #include "protocol/Messages.h"
 
@@ -106,7 +107,7 @@ Result<void> PasswordRule::removeRules() const
     bool isGone = ::unlink(rulesPath().c_str()) == 0 || errno == ENOENT;
     if (!isGone)
         return std::unexpected(systemError(errno, "'" + rulesPath() + "' could not be removed."));
-    (void)syncFolder(_rulesFolder);
+    (void)platform::syncFolder(_rulesFolder);
     return {};
 }
 

@@ -32,8 +32,8 @@ void appendUnit(std::string& out, char32_t unit)
 void appendEscaped(std::string& out, char32_t character)
 {
     if (character >= 0x10000) {
-        appendUnit(out, 0xD800 + ((character - 0x10000) >> 10));
-        appendUnit(out, 0xDC00 + ((character - 0x10000) & 0x3FF));
+        appendUnit(out, highSurrogateOf(character));
+        appendUnit(out, lowSurrogateOf(character));
     } else if (character >= 0x7F) {
         appendUnit(out, character);
     } else {

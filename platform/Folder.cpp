@@ -1,9 +1,13 @@
 #include "platform/Folder.h"
 
+#include "platform/FileDescriptor.h"
+
 #include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <ftw.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace platform {
 
@@ -47,6 +51,14 @@ std::expected<void, int> removeFolder(const std::string& path)
         return std::unexpected(errno);
     if (firstRemovalFailure != 0)
         return std::unexpected(firstRemovalFailure);
+    return {};
+}
+
+std::expected<void, int> syncFolder(const std::string& path)
+{
+    const FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor || ::fsync(descriptor.get()) != 0)
+        return std::unexpected(errno);
     return {};
 }
 

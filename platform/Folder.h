@@ -14,4 +14,8 @@ std::expected<void, int> createFolder(const std::string& path);
 // the first errno value; ENOENT when there is nothing.
 std::expected<void, int> removeFolder(const std::string& path);
 
+// Makes the entries of the folder permanent: a file that was made, renamed or removed in it stays so after a power cut.
+// The failure is an errno value.
+std::expected<void, int> syncFolder(const std::string& path);
+
 } // namespace platform

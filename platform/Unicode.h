@@ -38,6 +38,17 @@ inline bool isLowSurrogate(char32_t unit)
     return unit >= 0xDC00 && unit < 0xE000;
 }
 
+// Of a character from 0x10000 on.
+inline char16_t highSurrogateOf(char32_t character)
+{
+    return static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10));
+}
+
+inline char16_t lowSurrogateOf(char32_t character)
+{
+    return static_cast<char16_t>(0xDC00 + ((character - 0x10000) & 0x3FF));
+}
+
 inline char32_t characterOfSurrogates(char32_t high, char32_t low)
 {
     return 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00);

@@ -4,6 +4,7 @@
 #include "platform/UserDefaults.h"
 #include "schedule/BRVDatePicker.h"
 #include "shell/BREditorController.h"
+#include "shell/menus/MainMenu.h"
 #include "shell/UserDefaultKeys.h"
 #include "version/ZRKSystemVersionManager.h"
 
@@ -11,7 +12,8 @@ using namespace platform::ui;
 
 std::shared_ptr<BREditorController> BREditorController::create()
 {
-    const std::shared_ptr<BREditorController> controller(new BREditorController(Interface::load("MainWindow")));
+    const std::shared_ptr<BREditorController> controller(
+        new BREditorController(Interface::load("MainWindow", mainMenu(menuConvention()))));
     controller->connectActions();
     return controller;
 }

@@ -1,5 +1,7 @@
 #include "diagnostics/console/RichText.h"
 
+#include "platform/Unicode.h"
+
 #include <algorithm>
 #include <cmath>
 #include <vector>
@@ -21,8 +23,8 @@ void appendCharacterTo(std::string& out, char32_t character)
     else if (character < 0x10000)
         appendUnit(out, character);
     else {
-        appendUnit(out, 0xD800 + ((character - 0x10000) >> 10));
-        appendUnit(out, 0xDC00 + ((character - 0x10000) & 0x3FF));
+        appendUnit(out, platform::highSurrogateOf(character));
+        appendUnit(out, platform::lowSurrogateOf(character));
     }
 }
 

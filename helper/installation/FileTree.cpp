@@ -1,14 +1,12 @@
 #include "helper/installation/FileTree.h"
 
-#include "platform/FileDescriptor.h"
+#include "platform/Folder.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <fcntl.h>
 #include <filesystem>
 #include <system_error>
-#include <unistd.h>
 
 namespace helper {
 
@@ -50,19 +48,8 @@ bool isLinkInside(std::string_view path, std::string_view target)
 
 std::expected<void, int> removeTree(const std::string& folder)
 {
-    std::error_code failure;
-    std::filesystem::remove_all(folder, failure);
-    if (failure)
-        return std::unexpected(failure.value());
-    return {};
-}
-
-std::expected<void, int> syncFolder(const std::string& folder)
-{
-    platform::FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor || ::fsync(descriptor.get()) != 0)
-        return std::unexpected(errno);
-    return {};
+    const auto removed = platform::removeFolder(folder);
+    return removed || removed.error() == ENOENT ? std::expected<void, int>() : removed;
 }
 
 std::expected<void, int> syncFolders(const std::string& folder)
@@ -72,12 +59,12 @@ std::expected<void, int> syncFolders(const std::string& folder)
          at.increment(failure)) {
         if (at->symlink_status().type() != std::filesystem::file_type::directory)
             continue;
-        if (auto synced = syncFolder(at->path()); !synced)
+        if (auto synced = platform::syncFolder(at->path()); !synced)
             return synced;
     }
     if (failure)
         return std::unexpected(failure.value());
-    return syncFolder(folder);
+    return platform::syncFolder(folder);
 }
 
 } // namespace helper

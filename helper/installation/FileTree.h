@@ -13,12 +13,10 @@ bool isPathInside(std::string_view path);
 // Whether a symbolic link at the path, made of names alone, points to something below the same folder.
 bool isLinkInside(std::string_view path, std::string_view target);
 
-// Below the folder, itself included, and never through a link. Failures are errno values. A tree that is not there is
-// removed already.
+// The folder with everything in it, as platform::removeFolder() does, but a tree that is not there is removed already.
 std::expected<void, int> removeTree(const std::string& folder);
 
 // Makes every folder of the tree permanent; its files are already.
 std::expected<void, int> syncFolders(const std::string& folder);
-std::expected<void, int> syncFolder(const std::string& folder);
 
 } // namespace helper

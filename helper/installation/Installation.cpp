@@ -4,6 +4,7 @@
 #include "helper/installation/FileTree.h"
 #include "helper/installation/SystemError.h"
 #include "helper/update/VersionNumber.h"
+#include "platform/Folder.h"
 #include "platform/linux/system/files/Root.h"
 #include "platform/SystemInformation.h"
 
@@ -142,7 +143,7 @@ Result<void> Installation::makeLinks(InstallationManifest& staged) const
         ::unlink(beside.c_str());
         if (::symlink(target.c_str(), beside.c_str()) != 0 || ::rename(beside.c_str(), place.c_str()) != 0)
             return failed(errno, place, "made");
-        if (auto synced = syncFolder(parentOf(place)); !synced)
+        if (auto synced = platform::syncFolder(parentOf(place)); !synced)
             return failed(synced.error(), place, "made");
     }
     return {};
@@ -170,7 +171,7 @@ Result<void> Installation::replace(InstallationManifest staged) const
     if (::renameat2(AT_FDCWD, stagedProduct().c_str(), AT_FDCWD, product().c_str(), RENAME_EXCHANGE) != 0)
         return failed(errno, product(), "replaced");
     for (const auto& folder : {parentOf(product()), stagingFolder()})
-        logFailure(syncFolder(folder), folder);
+        logFailure(platform::syncFolder(folder), folder);
     endReplacement();
     return {};
 }

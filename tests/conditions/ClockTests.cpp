@@ -62,7 +62,7 @@ struct ZoneFixture {
 
 } // namespace
 
-TEST_CASE("Sleep counts as time since boot and not as time awake")
+TEST_CASE("sleep counts as time since boot and not as time awake")
 {
     const auto now = platform::readClocks();
     CHECK(now.sinceBoot >= now.awake);
@@ -71,7 +71,7 @@ TEST_CASE("Sleep counts as time since boot and not as time awake")
     CHECK(platform::readClocks().sinceBoot >= now.sinceBoot);
 }
 
-TEST_CASE_FIXTURE(ZoneFixture, "The zone is the one that the system's link names")
+TEST_CASE_FIXTURE(ZoneFixture, "the zone is the one that the system's link names")
 {
     CHECK(platform::timeZoneName() == "Europe/Berlin");
     setZone("../usr/share/zoneinfo/America/Argentina/Ushuaia");
@@ -83,7 +83,7 @@ TEST_CASE_FIXTURE(ZoneFixture, "The zone is the one that the system's link names
     CHECK(platform::timeZoneName() == "Asia/Kathmandu");
 }
 
-TEST_CASE_FIXTURE(ZoneFixture, "Another zone is told, the same one and other files are not")
+TEST_CASE_FIXTURE(ZoneFixture, "another zone is told, the same one and other files are not")
 {
     Events events;
     root.write("etc/hosts", "127.0.0.1 localhost\n");
@@ -94,7 +94,7 @@ TEST_CASE_FIXTURE(ZoneFixture, "Another zone is told, the same one and other fil
     CHECK(events.come({ClockEvent::ZoneChanged, ClockEvent::ZoneChanged}));
 }
 
-TEST_CASE("Sleep and waking are told as the login manager does")
+TEST_CASE("sleep and waking are told as the login manager does")
 {
     PrivateBus bus;
     const auto service = MockService::login();
@@ -106,7 +106,7 @@ TEST_CASE("Sleep and waking are told as the login manager does")
     CHECK(events.come({ClockEvent::WillSleep, ClockEvent::DidWake}));
 }
 
-TEST_CASE("A clock that is set is told")
+TEST_CASE("a clock that is set is told")
 {
     Events events;
     // To what it shows anyway.
@@ -119,7 +119,7 @@ TEST_CASE("A clock that is set is told")
     CHECK(events.come({ClockEvent::Set}));
 }
 
-TEST_CASE("A timer fires at its moment of either clock, and not before")
+TEST_CASE("a timer fires at its moment of either clock, and not before")
 {
     for (const auto clock : {ClockTimer::Clock::SinceEpoch, ClockTimer::Clock::SinceBoot}) {
         const auto read = [clock] {

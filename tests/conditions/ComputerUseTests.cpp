@@ -44,18 +44,18 @@ bool isActive(const ComputerUse& use)
 
 } // namespace
 
-TEST_CASE("Without a login manager somebody is assumed to use the computer")
+TEST_CASE("without a login manager somebody is assumed to use the computer")
 {
     PrivateBus bus;
     CHECK(Following<ComputerUse>(platform::followComputerUse).current() == ComputerUse{});
 }
 
-TEST_CASE_FIXTURE(UseFixture, "Somebody who is logged in at the computer uses it")
+TEST_CASE_FIXTURE(UseFixture, "somebody who is logged in at the computer uses it")
 {
     CHECK(Following<ComputerUse>(platform::followComputerUse).current() == ComputerUse{true, false, {}});
 }
 
-TEST_CASE_FIXTURE(UseFixture, "Since when nobody has used the computer is a time since boot")
+TEST_CASE_FIXTURE(UseFixture, "since when nobody has used the computer is a time since boot")
 {
     Following<ComputerUse> use(platform::followComputerUse);
     setIdle(400s);
@@ -68,7 +68,7 @@ TEST_CASE_FIXTURE(UseFixture, "Since when nobody has used the computer is a time
     CHECK(use.becomes(ComputerUse{true, false, {}}));
 }
 
-TEST_CASE_FIXTURE(UseFixture, "A clock that was set meanwhile changes nothing of how long nobody has used the computer")
+TEST_CASE_FIXTURE(UseFixture, "a clock that was set meanwhile changes nothing of how long nobody has used the computer")
 {
     Following<ComputerUse> use(platform::followComputerUse);
     const auto now = platform::readClocks();
@@ -82,7 +82,7 @@ TEST_CASE_FIXTURE(UseFixture, "A clock that was set meanwhile changes nothing of
     CHECK(age < 30s + asleep);
 }
 
-TEST_CASE("The computer is passive while nobody is logged in at it")
+TEST_CASE("the computer is passive while nobody is logged in at it")
 {
     PrivateBus bus;
     const auto service = MockService::login();
@@ -115,7 +115,7 @@ TEST_CASE("The computer is passive while nobody is logged in at it")
     }
 }
 
-TEST_CASE_FIXTURE(UseFixture, "The computer is passive with its lid closed, unless it has another display")
+TEST_CASE_FIXTURE(UseFixture, "the computer is passive with its lid closed, unless it has another display")
 {
     Following<ComputerUse> use(platform::followComputerUse);
     CHECK(isActive(use.current()));
@@ -129,7 +129,7 @@ TEST_CASE_FIXTURE(UseFixture, "The computer is passive with its lid closed, unle
     CHECK(use.becomes(isActive));
 }
 
-TEST_CASE_FIXTURE(UseFixture, "A login manager that goes leaves nothing known")
+TEST_CASE_FIXTURE(UseFixture, "a login manager that goes leaves nothing known")
 {
     Following<ComputerUse> use(platform::followComputerUse);
     CHECK(use.current().isKnown);

@@ -37,7 +37,7 @@ long sleepsOfConditions()
 
 } // namespace
 
-TEST_CASE("Nothing wakes the conditions' thread while nothing happens")
+TEST_CASE("nothing wakes the conditions' thread while nothing happens")
 {
 #ifdef __SANITIZE_THREAD__
     std::puts("SKIPPED: the thread sanitizer has a thread of its own that wakes");

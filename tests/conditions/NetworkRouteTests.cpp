@@ -64,7 +64,7 @@ bool makeNetwork(const OwnNetwork& network)
 
 } // namespace
 
-TEST_CASE("The way out is wired while the default route's interface has a carrier")
+TEST_CASE("the way out is wired while the default route's interface has a carrier")
 {
     const OwnNetwork network;
     if (!makeNetwork(network))

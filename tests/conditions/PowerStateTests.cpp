@@ -33,7 +33,7 @@ struct SupplyFixture {
 
 } // namespace
 
-TEST_CASE("The power service says whether the machine is on battery, and each change")
+TEST_CASE("the power service says whether the machine is on battery, and each change")
 {
     PrivateBus bus;
     const auto service = MockService::power(true);
@@ -46,7 +46,7 @@ TEST_CASE("The power service says whether the machine is on battery, and each ch
     CHECK(state.told() == 2);
 }
 
-TEST_CASE("Without a power service the kernel's supplies count, and a service that comes later is asked")
+TEST_CASE("without a power service the kernel's supplies count, and a service that comes later is asked")
 {
     PrivateBus bus;
     Following<PowerState> state(platform::followPowerState);
@@ -57,7 +57,7 @@ TEST_CASE("Without a power service the kernel's supplies count, and a service th
     CHECK(state.becomes([](const PowerState& value) { return !value.onBattery; }));
 }
 
-TEST_CASE("A bus that was restarted is followed again")
+TEST_CASE("a bus that was restarted is followed again")
 {
     PrivateBus bus;
     auto first = std::make_unique<MockService>(MockService::power(true));
@@ -70,7 +70,7 @@ TEST_CASE("A bus that was restarted is followed again")
     CHECK(state.becomes(battery));
 }
 
-TEST_CASE("Without a bus the kernel's supplies count")
+TEST_CASE("without a bus the kernel's supplies count")
 {
     const EnvironmentVariable none("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus");
     const auto start = std::chrono::steady_clock::now();
@@ -79,7 +79,7 @@ TEST_CASE("Without a bus the kernel's supplies count")
     CHECK(std::chrono::steady_clock::now() - start < std::chrono::seconds(1));
 }
 
-TEST_CASE_FIXTURE(SupplyFixture, "A sandbox's plug is pulled and put in again")
+TEST_CASE_FIXTURE(SupplyFixture, "a sandbox's plug is pulled and put in again")
 {
     Following<PowerState> state(platform::followPowerState);
     CHECK(state.current() == mains);
@@ -89,7 +89,7 @@ TEST_CASE_FIXTURE(SupplyFixture, "A sandbox's plug is pulled and put in again")
     CHECK(state.becomes(mains));
 }
 
-TEST_CASE_FIXTURE(SupplyFixture, "Where no mains tells of itself the battery that empties counts")
+TEST_CASE_FIXTURE(SupplyFixture, "where no mains tells of itself the battery that empties counts")
 {
     std::filesystem::remove_all(root.file("sys/class/power_supply/AC"));
     Following<PowerState> state(platform::followPowerState);
@@ -100,7 +100,7 @@ TEST_CASE_FIXTURE(SupplyFixture, "Where no mains tells of itself the battery tha
     CHECK(state.becomes(mains));
 }
 
-TEST_CASE_FIXTURE(SupplyFixture, "A machine without a battery is not on battery however its mains is")
+TEST_CASE_FIXTURE(SupplyFixture, "a machine without a battery is not on battery however its mains is")
 {
     std::filesystem::remove_all(root.file("sys/class/power_supply/BAT0"));
     set("AC/online", "0");

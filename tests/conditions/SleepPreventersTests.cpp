@@ -25,7 +25,7 @@ void setInhibitors(const MockService& service, const std::string& list)
 
 } // namespace
 
-TEST_CASE("Programs that block sleep or idleness prevent sleep, until they end")
+TEST_CASE("programs that block sleep or idleness prevent sleep, until they end")
 {
     PrivateBus bus;
     const auto service = MockService::login();
@@ -41,7 +41,7 @@ TEST_CASE("Programs that block sleep or idleness prevent sleep, until they end")
     CHECK(preventers.becomes(SleepPreventers{true, {}}));
 }
 
-TEST_CASE("What only delays sleep, blocks other things, or is this program's own, prevents nothing")
+TEST_CASE("what only delays sleep, blocks other things, or is this program's own, prevents nothing")
 {
     PrivateBus bus;
     const auto service = MockService::login();
@@ -53,13 +53,13 @@ TEST_CASE("What only delays sleep, blocks other things, or is this program's own
     CHECK(preventers.becomes(SleepPreventers{true, {"Theirs"}}));
 }
 
-TEST_CASE("Without a login manager nothing is known to prevent sleep")
+TEST_CASE("without a login manager nothing is known to prevent sleep")
 {
     PrivateBus bus;
     CHECK(Following<SleepPreventers>(platform::followSleepPreventers).current() == SleepPreventers{});
 }
 
-TEST_CASE("A handler does not run any more once its object has gone")
+TEST_CASE("a handler does not run any more once its object has gone")
 {
     PrivateBus bus;
     const auto service = MockService::login();
@@ -76,7 +76,7 @@ TEST_CASE("A handler does not run any more once its object has gone")
     CHECK(tellings->count() == 0);
 }
 
-TEST_CASE("The computer is kept awake for as long as the inhibitor lives")
+TEST_CASE("the computer is kept awake for as long as the inhibitor lives")
 {
     PrivateBus bus;
     const auto service = MockService::login();
@@ -95,7 +95,7 @@ TEST_CASE("The computer is kept awake for as long as the inhibitor lives")
     CHECK(isGone(preventers.current()));
 }
 
-TEST_CASE("An inhibitor that nobody gives is an error")
+TEST_CASE("an inhibitor that nobody gives is an error")
 {
     PrivateBus bus;
     CHECK_FALSE(platform::SleepInhibitor::create("A backup is running."));

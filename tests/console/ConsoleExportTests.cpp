@@ -68,7 +68,7 @@ struct Exporting : ConsoleFixture {
 
 } // namespace
 
-TEST_CASE("The panel is a sheet of the console and proposes the name of the log")
+TEST_CASE("the panel is a sheet of the console and proposes the name of the log")
 {
     Exporting fixture;
     auto& panel = fixture.openPanel();
@@ -80,7 +80,7 @@ TEST_CASE("The panel is a sheet of the console and proposes the name of the log"
     user::runEvents();
 }
 
-TEST_CASE("A panel that is cancelled writes nothing")
+TEST_CASE("a panel that is cancelled writes nothing")
 {
     Exporting fixture;
     fixture.openPanel().reject();
@@ -88,7 +88,7 @@ TEST_CASE("A panel that is cancelled writes nothing")
     CHECK(scripted::files::written().empty());
 }
 
-TEST_CASE("A name with the extension txt gets plain UTF-8")
+TEST_CASE("a name with the extension txt gets plain UTF-8")
 {
     Exporting fixture;
     fixture.save("log.txt");
@@ -99,7 +99,7 @@ TEST_CASE("A name with the extension txt gets plain UTF-8")
     CHECK(files[0].tagNames.empty());
 }
 
-TEST_CASE("A name with the extension rtf gets rich text with the font and the colours")
+TEST_CASE("a name with the extension rtf gets rich text with the font and the colours")
 {
     Exporting fixture;
     for (const char* const name : {"log.rtf", "second.RTF"}) {
@@ -113,14 +113,14 @@ TEST_CASE("A name with the extension rtf gets rich text with the font and the co
     }
 }
 
-TEST_CASE("A name without one of the extensions gets the chosen one")
+TEST_CASE("a name without one of the extensions gets the chosen one")
 {
     Exporting fixture;
     fixture.save("version 1.2");
     CHECK(fixture.writtenFiles().at(0).path == fixture.folder.file("version 1.2.rtf"));
 }
 
-TEST_CASE("Choosing the other kind of file changes the extension of the name")
+TEST_CASE("choosing the other kind of file changes the extension of the name")
 {
     Exporting fixture;
     auto& panel = fixture.openPanel();
@@ -131,7 +131,7 @@ TEST_CASE("Choosing the other kind of file changes the extension of the name")
     user::runEvents();
 }
 
-TEST_CASE("Tags that the user entered are set on the file, and failing at that is no failure")
+TEST_CASE("tags that the user entered are set on the file, and failing at that is no failure")
 {
     Exporting fixture;
     fixture.save("log.txt", "backup, Mac ,,");
@@ -142,7 +142,7 @@ TEST_CASE("Tags that the user entered are set on the file, and failing at that i
     CHECK_FALSE(user::currentAlert());
 }
 
-TEST_CASE("What is being saved when the application ends is saved, with its tags")
+TEST_CASE("what is being saved when the application ends is saved, with its tags")
 {
     Exporting fixture;
     scripted::files::setDuration(std::chrono::milliseconds(300));
@@ -157,7 +157,7 @@ TEST_CASE("What is being saved when the application ends is saved, with its tags
     CHECK(scripted::files::written()[0].tagNames == std::vector<std::string>{"backup"});
 }
 
-TEST_CASE("Two files that are saved one right after the other are both there, the later one last")
+TEST_CASE("two files that are saved one right after the other are both there, the later one last")
 {
     Exporting fixture;
     scripted::files::setDuration(std::chrono::milliseconds(100));
@@ -172,7 +172,7 @@ TEST_CASE("Two files that are saved one right after the other are both there, th
     CHECK(files[1].path == fixture.folder.file("two.rtf"));
 }
 
-TEST_CASE("A file that cannot be written is told in a sheet of the console")
+TEST_CASE("a file that cannot be written is told in a sheet of the console")
 {
     Exporting fixture;
     scripted::files::setFailure(Error{

@@ -17,7 +17,7 @@ constexpr const char* backupd = "/System/Library/CoreServices/backupd.bundle/Con
 
 } // namespace
 
-TEST_CASE("The log tool is run with exactly the arguments that select the product and the backup daemon")
+TEST_CASE("the log tool is run with exactly the arguments that select the product and the backup daemon")
 {
     ConsoleFixture fixture;
     setToolOutput("[]");
@@ -32,7 +32,7 @@ TEST_CASE("The log tool is run with exactly the arguments that select the produc
                                       "--style", "json"});
 }
 
-TEST_CASE("The output is read in chunks of 2048 bytes, closed, and the tool waited for")
+TEST_CASE("the output is read in chunks of 2048 bytes, closed, and the tool waited for")
 {
     ConsoleFixture fixture;
     setToolOutput("[" + record(product, "Default", std::string(9000, 'x')) + "]");
@@ -43,7 +43,7 @@ TEST_CASE("The output is read in chunks of 2048 bytes, closed, and the tool wait
     CHECK(text.string().find(std::string(9000, 'x')) != std::string::npos);
 }
 
-TEST_CASE("A pipe or a process that cannot be made gives an empty text and no word in the log")
+TEST_CASE("a pipe or a process that cannot be made gives an empty text and no word in the log")
 {
     ConsoleFixture fixture;
     for (const int failure : {EMFILE, EAGAIN, ENOMEM}) {
@@ -53,7 +53,7 @@ TEST_CASE("A pipe or a process that cannot be made gives an empty text and no wo
     CHECK(loggedErrors().empty());
 }
 
-TEST_CASE("A tool that prints nothing gives an empty text and one error in the log")
+TEST_CASE("a tool that prints nothing gives an empty text and one error in the log")
 {
     ConsoleFixture fixture;
     process::setExitStatus(1);
@@ -63,7 +63,7 @@ TEST_CASE("A tool that prints nothing gives an empty text and one error in the l
     CHECK(loggedErrors().front().size() > std::string("Failed to read logs. ").size());
 }
 
-TEST_CASE("Output that is not one valid JSON array gives an empty text and an error in the log")
+TEST_CASE("output that is not one valid JSON array gives an empty text and an error in the log")
 {
     const auto good = record(product, "Default", "message");
     for (const auto& output :
@@ -81,7 +81,7 @@ TEST_CASE("Output that is not one valid JSON array gives an empty text and an er
     }
 }
 
-TEST_CASE("An array without elements, with space around it, gives an empty text and no error")
+TEST_CASE("an array without elements, with space around it, gives an empty text and no error")
 {
     for (const char* const output : {"[]", " \n[ ]\r\n\t", "[\n]\n"}) {
         ConsoleFixture fixture;
@@ -91,7 +91,7 @@ TEST_CASE("An array without elements, with space around it, gives an empty text 
     }
 }
 
-TEST_CASE("A line reads date, sender and message, each in its colour and the fixed-pitch font")
+TEST_CASE("a line reads date, sender and message, each in its colour and the fixed-pitch font")
 {
     ConsoleFixture fixture;
     setToolOutput("[" + record(product, "Default", "Running version 1.") + ","
@@ -112,7 +112,7 @@ TEST_CASE("A line reads date, sender and message, each in its colour and the fix
     });
 }
 
-TEST_CASE("From 10.14 on the colours are the system's, before they are fixed")
+TEST_CASE("from 10.14 on the colours are the system's, before they are fixed")
 {
     ConsoleFixture fixture;
     scripted::system::setOperatingSystemVersion({10, 14, 0});
@@ -127,7 +127,7 @@ TEST_CASE("From 10.14 on the colours are the system's, before they are fixed")
     CHECK(BRVConsoleController::redColor() == Color(FixedColor{0.96, 0, 0, 1}));
 }
 
-TEST_CASE("Before 10.12 the backup daemon's old messages are shown, each run set apart, without styles")
+TEST_CASE("before 10.12 the backup daemon's old messages are shown, each run set apart, without styles")
 {
     ConsoleFixture fixture;
     scripted::system::setOperatingSystemVersion({10, 11, 6});
@@ -151,7 +151,7 @@ TEST_CASE("Before 10.12 the backup daemon's old messages are shown, each run set
     CHECK(process::starts().empty());
 }
 
-TEST_CASE("On an old system the text never starts with an empty line, even with the start of a backup")
+TEST_CASE("on an old system the text never starts with an empty line, even with the start of a backup")
 {
     ConsoleFixture fixture;
     scripted::system::setOperatingSystemVersion({10, 11, 6});
@@ -163,7 +163,7 @@ TEST_CASE("On an old system the text never starts with an empty line, even with 
     }
 }
 
-TEST_CASE("Without old messages the text is empty")
+TEST_CASE("without old messages the text is empty")
 {
     ConsoleFixture fixture;
     scripted::system::setOperatingSystemVersion({10, 9, 5});

@@ -88,7 +88,7 @@ bool isGone(pid_t pid)
 
 } // namespace
 
-TEST_CASE("A real tool is given its arguments and its output is read")
+TEST_CASE("a real tool is given its arguments and its output is read")
 {
     const Root root;
     root.setTool("printf '%s\\n' \"$0\" \"$@\" > \"$BREVANE_ROOT/arguments\"\nprintf '%s' '" + std::string(oneRecord)
@@ -101,14 +101,14 @@ TEST_CASE("A real tool is given its arguments and its output is read")
     CHECK_FALSE(saidSo(root));
 }
 
-TEST_CASE("The tool's exit status is not looked at")
+TEST_CASE("the tool's exit status is not looked at")
 {
     const Root root;
     root.setTool("printf '%s' '" + std::string(oneRecord) + "'; exit 3");
     CHECK_FALSE(BRVConsoleController::fetchLog().empty());
 }
 
-TEST_CASE("A tool that is missing, fails, is killed or prints nothing gives an empty text and an error in the log")
+TEST_CASE("a tool that is missing, fails, is killed or prints nothing gives an empty text and an error in the log")
 {
     for (const char* const script : {"exit 1", "printf '[{'; kill -9 $$", "exit 0", ""}) {
         const Root root;
@@ -120,7 +120,7 @@ TEST_CASE("A tool that is missing, fails, is killed or prints nothing gives an e
     }
 }
 
-TEST_CASE("A program that cannot be executed ends with status 1")
+TEST_CASE("a program that cannot be executed ends with status 1")
 {
     std::fflush(nullptr); // the thread sanitizer has a process that ends flush what it inherited
     const auto process = Process::start("/nowhere/at/all", {"a"});
@@ -130,7 +130,7 @@ TEST_CASE("A program that cannot be executed ends with status 1")
     CHECK((*process)->waitUntilExit() == 1);
 }
 
-TEST_CASE("A process tells its status or the signal that ended it, and is killed when nobody wants it")
+TEST_CASE("a process tells its status or the signal that ended it, and is killed when nobody wants it")
 {
     const auto process = Process::start("/bin/sh", {"-c", "exit 7"});
     CHECK((*process)->waitUntilExit() == 7);
@@ -146,7 +146,7 @@ TEST_CASE("A process tells its status or the signal that ended it, and is killed
     CHECK(isGone(pidIn(folder.file("pid"))));
 }
 
-TEST_CASE("Two gigabytes of nonsense take no memory and not long")
+TEST_CASE("two gigabytes of nonsense take no memory and not long")
 {
     const Root root;
     root.setTool("exec head -c 2147483648 /dev/zero");
@@ -159,7 +159,7 @@ TEST_CASE("Two gigabytes of nonsense take no memory and not long")
     CHECK(elapsed.count() < 60);
 }
 
-TEST_CASE("With a tool that hangs the window closes and the application ends, and the tool with it")
+TEST_CASE("with a tool that hangs the window closes and the application ends, and the tool with it")
 {
     const Root root;
     root.setTool("echo $$ > \"$BREVANE_ROOT/pid\"; exec sleep 1000");
@@ -173,7 +173,7 @@ TEST_CASE("With a tool that hangs the window closes and the application ends, an
     CHECK(isGone(tool));
 }
 
-TEST_CASE("While a tool hangs the main thread goes on, the window closes and opens, and the controller may go")
+TEST_CASE("while a tool hangs the main thread goes on, the window closes and opens, and the controller may go")
 {
     const Root root;
     root.setTool(
@@ -193,7 +193,7 @@ TEST_CASE("While a tool hangs the main thread goes on, the window closes and ope
     user::runEvents();
 }
 
-TEST_CASE("A file is replaced as a whole with its permissions, and tags are set where the file system keeps them")
+TEST_CASE("a file is replaced as a whole with its permissions, and tags are set where the file system keeps them")
 {
     const TemporaryDirectory folder;
     const auto path = folder.file("a file");
@@ -214,7 +214,7 @@ TEST_CASE("A file is replaced as a whole with its permissions, and tags are set 
     CHECK(std::string(list) == "backup,Mac");
 }
 
-TEST_CASE("A file that cannot be written is told with its name and the reason, and leaves nothing behind")
+TEST_CASE("a file that cannot be written is told with its name and the reason, and leaves nothing behind")
 {
     const TemporaryDirectory folder;
     const auto written = writeFileAtomically(folder.file("no folder/file.rtf"), "x");

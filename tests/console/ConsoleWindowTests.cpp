@@ -28,7 +28,7 @@ bool isAtEnd(const ui::TextView& view)
 
 } // namespace
 
-TEST_CASE("Opening the console fetches the log and shows its end")
+TEST_CASE("opening the console fetches the log and shows its end")
 {
     ConsoleFixture fixture;
     setToolOutput(manyRecords(500));
@@ -40,7 +40,7 @@ TEST_CASE("Opening the console fetches the log and shows its end")
     CHECK(process::starts().size() == 1);
 }
 
-TEST_CASE("While a fetch runs the indicator turns and both buttons are disabled")
+TEST_CASE("while a fetch runs the indicator turns and both buttons are disabled")
 {
     ConsoleFixture fixture;
     setToolOutput(manyRecords(1));
@@ -58,7 +58,7 @@ TEST_CASE("While a fetch runs the indicator turns and both buttons are disabled"
     CHECK(process::starts().size() == 1);
 }
 
-TEST_CASE("Refreshing replaces the whole text, also by an empty one")
+TEST_CASE("refreshing replaces the whole text, also by an empty one")
 {
     ConsoleFixture fixture;
     setToolOutput(manyRecords(3));
@@ -78,7 +78,7 @@ TEST_CASE("Refreshing replaces the whole text, also by an empty one")
     CHECK(process::starts().size() == 3);
 }
 
-TEST_CASE("Asking again only brings the window forward")
+TEST_CASE("asking again only brings the window forward")
 {
     ConsoleFixture fixture;
     setToolOutput(manyRecords(1));
@@ -93,7 +93,7 @@ TEST_CASE("Asking again only brings the window forward")
     CHECK_FALSE(fixture.string().empty());
 }
 
-TEST_CASE("Closing the window while a fetch runs is safe, and the text is there when it is opened again")
+TEST_CASE("closing the window while a fetch runs is safe, and the text is there when it is opened again")
 {
     ConsoleFixture fixture;
     setToolOutput(manyRecords(2));
@@ -106,7 +106,7 @@ TEST_CASE("Closing the window while a fetch runs is safe, and the text is there 
     CHECK(fixture.string().find("message 1\n") != std::string::npos);
 }
 
-TEST_CASE("A console that goes while a fetch runs leaves nothing behind that harms")
+TEST_CASE("a console that goes while a fetch runs leaves nothing behind that harms")
 {
     ConsoleFixture fixture;
     setToolOutput(manyRecords(2));
@@ -120,7 +120,7 @@ TEST_CASE("A console that goes while a fetch runs leaves nothing behind that har
     user::runEvents();
 }
 
-TEST_CASE("A selection keeps the colours of its lines")
+TEST_CASE("a selection keeps the colours of its lines")
 {
     ConsoleFixture fixture;
     setToolOutput("[" + record("com.zerkolin.brevane", "Error", "red") + "]");

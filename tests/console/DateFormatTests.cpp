@@ -23,7 +23,7 @@ private:
 
 } // namespace
 
-TEST_CASE("The log tool's date is read to the second, with its zone")
+TEST_CASE("the log tool's date is read to the second, with its zone")
 {
     const Place place("C", "UTC");
     auto parser = DateFormat::withPattern(toolPattern);
@@ -34,7 +34,7 @@ TEST_CASE("The log tool's date is read to the second, with its zone")
     CHECK(parser.dateFromString("2026.11.20 09:56:22.123456-0330"));
 }
 
-TEST_CASE("What is no date in the pattern, or has a field out of range, is not read")
+TEST_CASE("what is no date in the pattern, or has a field out of range, is not read")
 {
     const Place place("C", "UTC");
     auto parser = DateFormat::withPattern(toolPattern);
@@ -48,7 +48,7 @@ TEST_CASE("What is no date in the pattern, or has a field out of range, is not r
     CHECK(parser.dateFromString("2026.11.20 09:56:22.123456+0100")); // still
 }
 
-TEST_CASE("A date is printed in the user's language and time zone")
+TEST_CASE("a date is printed in the user's language and time zone")
 {
     struct Expected {
         const char* locale;

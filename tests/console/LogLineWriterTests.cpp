@@ -22,7 +22,7 @@ const std::string theDate = "11/20/26, 9:56:22\u202FAM";
 
 } // namespace
 
-TEST_CASE("The last component of a path is what the platform takes for it")
+TEST_CASE("the last component of a path is what the platform takes for it")
 {
     CHECK(lastPathComponent("/usr/bin/log") == "log");
     CHECK(lastPathComponent("/usr/bin/") == "bin");
@@ -33,7 +33,7 @@ TEST_CASE("The last component of a path is what the platform takes for it")
     CHECK(lastPathComponent("").empty());
 }
 
-TEST_CASE("Thermal pressure messages of the backup daemon are left out in any letter case, those of the product not")
+TEST_CASE("thermal pressure messages of the backup daemon are left out in any letter case, those of the product not")
 {
     ConsoleFixture fixture;
     for (const char* const message : {"Thermal Pressure Level", "thermal pressure level",
@@ -47,7 +47,7 @@ TEST_CASE("Thermal pressure messages of the backup daemon are left out in any le
     CHECK(linesOf(element(R"(,"eventMessage":"thermal pressure level")")).empty());
 }
 
-TEST_CASE("The scheduler helper has a label of its own, with a space that does not break")
+TEST_CASE("the scheduler helper has a label of its own, with a space that does not break")
 {
     ConsoleFixture fixture;
     CHECK(linesOf(record("com.zerkolin.brevane", "Default", "m", "/Library/Brevane/com.zerkolin.brevane.scheduler"))
@@ -59,7 +59,7 @@ TEST_CASE("The scheduler helper has a label of its own, with a space that does n
           == theDate + " Time Machine m\n");
 }
 
-TEST_CASE("Missing keys, null and values of unknown types are met")
+TEST_CASE("missing keys, null and values of unknown types are met")
 {
     ConsoleFixture fixture;
     CHECK(linesOf("{}") == "??? Time Machine (null)\n");
@@ -74,7 +74,7 @@ TEST_CASE("Missing keys, null and values of unknown types are met")
           == theDate + " Time Machine m\n");
 }
 
-TEST_CASE("A record with a number beyond 64 bits is shown, and so are all others")
+TEST_CASE("a record with a number beyond 64 bits is shown, and so are all others")
 {
     ConsoleFixture fixture;
     CHECK(linesOf(element(R"(,"eventMessage":"before")") + ","
@@ -84,7 +84,7 @@ TEST_CASE("A record with a number beyond 64 bits is shown, and so are all others
               + " Time Machine 18446744073709551616\n");
 }
 
-TEST_CASE("Messages of the types Info and Fault are plain, and the case of a type matters")
+TEST_CASE("messages of the types Info and Fault are plain, and the case of a type matters")
 {
     ConsoleFixture fixture;
     for (const char* const type : {"Info", "Fault", "error", "DEFAULT", "debug", ""}) {
@@ -94,14 +94,14 @@ TEST_CASE("Messages of the types Info and Fault are plain, and the case of a typ
     }
 }
 
-TEST_CASE("The application's own lines show the last component of its executable's path")
+TEST_CASE("the application's own lines show the last component of its executable's path")
 {
     ConsoleFixture fixture;
     CHECK(linesOf(record("com.zerkolin.brevane", "Default", "m", "/opt/brevane/Brevane")) == theDate + " Brevane m\n");
     CHECK(linesOf(record("com.zerkolin.brevane", "Default", "m", "/opt/brevane/")) == theDate + " brevane m\n");
 }
 
-TEST_CASE("Dates show with the separators of the tool and of the format; what is no date shows as question marks")
+TEST_CASE("dates show with the separators of the tool and of the format; what is no date shows as question marks")
 {
     ConsoleFixture fixture;
     const auto dateOf = [](const std::string& timestamp) {
@@ -120,7 +120,7 @@ TEST_CASE("Dates show with the separators of the tool and of the format; what is
     }
 }
 
-TEST_CASE("Records of the same second, of another and without a date follow each other with their own dates")
+TEST_CASE("records of the same second, of another and without a date follow each other with their own dates")
 {
     ConsoleFixture fixture;
     const auto at = [](const char* timestamp) {

@@ -35,7 +35,7 @@ std::vector<std::string> inPieces(const std::string& text, std::mt19937& random)
 
 } // namespace
 
-TEST_CASE("Ten thousand random arrays of records read as a slow and plain second reading has them")
+TEST_CASE("ten thousand random arrays of records read as a slow and plain second reading has them")
 {
     ConsoleFixture fixture;
     const TemporaryDirectory folder;

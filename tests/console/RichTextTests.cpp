@@ -26,7 +26,7 @@ StyledText sampleText()
 
 } // namespace
 
-TEST_CASE("Rich text names the font, its size and the colours, and escapes what it must")
+TEST_CASE("rich text names the font, its size and the colours, and escapes what it must")
 {
     CHECK(richText(sampleText(), {"DejaVu Sans Mono", 10.5})
           == "{\\rtf1\\ansi\\ansicpg1252\\deff0\n"
@@ -38,17 +38,17 @@ TEST_CASE("Rich text names the font, its size and the colours, and escapes what 
              "end\\par\n\\f0\\cf0 plain\\par\n}\n");
 }
 
-TEST_CASE("An empty text is a document without text")
+TEST_CASE("an empty text is a document without text")
 {
     CHECK(richText({}, {"Mono", 12}).ends_with("\\pard\\uc1\\fs24\n}\n"));
 }
 
-TEST_CASE("A font's name cannot break out of the document")
+TEST_CASE("a font's name cannot break out of the document")
 {
     CHECK(richText({}, {"A;}{\\b B", 12}).find("fcharset0 Ab B;}}") != std::string::npos);
 }
 
-TEST_CASE("Another program reads the rich text with its words, colours and font")
+TEST_CASE("another program reads the rich text with its words, colours and font")
 {
     if (::access("/usr/bin/unrtf", X_OK) != 0) {
         MESSAGE("SKIPPED: unrtf is not installed");

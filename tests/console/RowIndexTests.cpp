@@ -6,7 +6,7 @@
 
 using platform::ui::RowIndex;
 
-TEST_CASE("Rows are counted and looked up as adding them all up would, also after changes")
+TEST_CASE("rows are counted and looked up as adding them all up would, also after changes")
 {
     std::mt19937 random(3);
     for (const std::size_t lines : {1U, 2U, 3U, 64U, 100U, 1000U}) {
@@ -32,7 +32,7 @@ TEST_CASE("Rows are counted and looked up as adding them all up would, also afte
     }
 }
 
-TEST_CASE("No lines take no rows")
+TEST_CASE("no lines take no rows")
 {
     RowIndex index;
     index.build(0, [](std::size_t) { return 1; });

@@ -24,7 +24,7 @@ std::string runsOf(const StyledText& text, std::size_t begin, std::size_t end)
 
 } // namespace
 
-TEST_CASE("Appended text grows the text with its attributes")
+TEST_CASE("appended text grows the text with its attributes")
 {
     StyledText text;
     text.appendString("ab", redText);
@@ -38,7 +38,7 @@ TEST_CASE("Appended text grows the text with its attributes")
     CHECK(runsOf(text, 5, 5).empty());
 }
 
-TEST_CASE("An empty format appends an empty run without failing, and a wrong one appends nothing")
+TEST_CASE("an empty format appends an empty run without failing, and a wrong one appends nothing")
 {
     StyledText text;
     CHECK(text.appendAttributes(redText, "", {}));
@@ -48,7 +48,7 @@ TEST_CASE("An empty format appends an empty run without failing, and a wrong one
     CHECK(text.lineCount() == 0);
 }
 
-TEST_CASE("Lines end after newlines, wherever the pieces end, and after so many bytes")
+TEST_CASE("lines end after newlines, wherever the pieces end, and after so many bytes")
 {
     StyledText text;
     for (const char* const piece : {"one", "\ntw", "o\n", "\n", "three"})
@@ -71,7 +71,7 @@ TEST_CASE("Lines end after newlines, wherever the pieces end, and after so many 
     CHECK(longText.line(2) == "z");
 }
 
-TEST_CASE("Offsets in bytes and in UTF-16 units agree with counting all of the text, in random texts")
+TEST_CASE("offsets in bytes and in UTF-16 units agree with counting all of the text, in random texts")
 {
     std::mt19937 random(7);
     const std::vector<std::string> characters = {"a", "\n", "\u00e9", "\u20ac", "\U0001F600", " "};

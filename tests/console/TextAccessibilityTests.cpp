@@ -31,7 +31,7 @@ struct Spoken {
 
 } // namespace
 
-TEST_CASE("Assistive tools see a text of many lines that is read only, under the control's name")
+TEST_CASE("assistive tools see a text of many lines that is read only, under the control's name")
 {
     Spoken spoken("one\n");
     CHECK(spoken.interface->role() == QAccessible::EditableText);
@@ -41,7 +41,7 @@ TEST_CASE("Assistive tools see a text of many lines that is read only, under the
     CHECK(spoken.interface->state().focusable);
 }
 
-TEST_CASE("Assistive tools read the text by lines, words and characters, counted in UTF-16 units")
+TEST_CASE("assistive tools read the text by lines, words and characters, counted in UTF-16 units")
 {
     Spoken spoken("caf\u00e9 \U0001F600 one\nsecond line\n");
     auto& words = *spoken.words;
@@ -62,7 +62,7 @@ TEST_CASE("Assistive tools read the text by lines, words and characters, counted
     CHECK(words.textBeforeOffset(0, QAccessible::LineBoundary, &start, &end).isEmpty());
 }
 
-TEST_CASE("Assistive tools select, scroll and find characters on the screen")
+TEST_CASE("assistive tools select, scroll and find characters on the screen")
 {
     std::string lines;
     for (int number = 0; number < 500; ++number)

@@ -67,7 +67,7 @@ TEST_CASE("Ctrl+F opens a bar with the keyboard in it, Escape closes it and give
     CHECK(finding.view.area().hasFocus());
 }
 
-TEST_CASE("A word is found while it is typed, again with Return, before with Shift, and on from the other end")
+TEST_CASE("a word is found while it is typed, again with Return, before with Shift, and on from the other end")
 {
     //                0123456789012345678901234567
     Finding finding("a Backup, a backup, a BACKUP\n");
@@ -84,7 +84,7 @@ TEST_CASE("A word is found while it is typed, again with Return, before with Shi
     CHECK(finding.outcome() == 12);
 }
 
-TEST_CASE("A word that is not there is told, and the notice goes with the next word")
+TEST_CASE("a word that is not there is told, and the notice goes with the next word")
 {
     Finding finding("something\n");
     CHECK(finding.type("else") == -1);
@@ -95,7 +95,7 @@ TEST_CASE("A word that is not there is told, and the notice goes with the next w
     CHECK(finding.notice().empty());
 }
 
-TEST_CASE("Letters beyond ASCII are found without regard to case, too")
+TEST_CASE("letters beyond ASCII are found without regard to case, too")
 {
     const std::string text = "\u00c4rger mit CAF\u00c9 und caf\u00e9\n";
     Finding finding(text);
@@ -105,7 +105,7 @@ TEST_CASE("Letters beyond ASCII are found without regard to case, too")
     CHECK(finding.type("\u00fcber") == -1);
 }
 
-TEST_CASE("Overlapping matches are found one after another")
+TEST_CASE("overlapping matches are found one after another")
 {
     Finding finding("aaaa\n");
     CHECK(finding.type("aa") == 0);
@@ -117,7 +117,7 @@ TEST_CASE("Overlapping matches are found one after another")
     CHECK(finding.view.area().selection().begin == 0);
 }
 
-TEST_CASE("A match is found wherever it lies in a long text, also across the edges of what is searched at once")
+TEST_CASE("a match is found wherever it lies in a long text, also across the edges of what is searched at once")
 {
     for (const std::size_t place : {0U, 5U, 65530U, 65533U, 65536U, 131071U, 300000U}) {
         for (const char* const word : {"needle", "n\u00e9\u00e9dle"}) {
@@ -139,7 +139,7 @@ TEST_CASE("A match is found wherever it lies in a long text, also across the edg
     }
 }
 
-TEST_CASE("Searching a very long text leaves the main thread free, and a new text ends the search")
+TEST_CASE("searching a very long text leaves the main thread free, and a new text ends the search")
 {
     Finding finding(std::string(100000000, 'x'));
     QElapsedTimer time;
@@ -151,7 +151,7 @@ TEST_CASE("Searching a very long text leaves the main thread free, and a new tex
     CHECK(finding.notice().empty());
 }
 
-TEST_CASE("The bar's buttons have names")
+TEST_CASE("the bar's buttons have names")
 {
     Finding finding("text text\n");
     QStringList names;

@@ -20,13 +20,13 @@ QPalette paletteOn(const QColor& base)
 
 } // namespace
 
-TEST_CASE("Contrast is measured from the same colour to black on white")
+TEST_CASE("contrast is measured from the same colour to black on white")
 {
     CHECK(contrast(Qt::white, Qt::white) == doctest::Approx(1));
     CHECK(contrast(Qt::black, Qt::white) == doctest::Approx(21));
 }
 
-TEST_CASE("Every colour of the console can be read on light and dark, the fixed ones of old systems too")
+TEST_CASE("every colour of the console can be read on light and dark, the fixed ones of old systems too")
 {
     for (const auto& base : {QColor(Qt::white), QColor(25, 25, 25), QColor(53, 53, 53), QColor(239, 240, 241)}) {
         const TextTheme theme(paletteOn(base), QApplication::font(), {});
@@ -44,12 +44,12 @@ TEST_CASE("Every colour of the console can be read on light and dark, the fixed 
     }
 }
 
-TEST_CASE("A colour that can be read stays as it is")
+TEST_CASE("a colour that can be read stays as it is")
 {
     CHECK(legibleOn(Qt::white, QColor(0, 0, 139)) == QColor(0, 0, 139));
 }
 
-TEST_CASE("A fixed colour is the same in every appearance, a system colour is not")
+TEST_CASE("a fixed colour is the same in every appearance, a system colour is not")
 {
     const FixedColor fixed{0.1, 0.2, 0.3, 1};
     CHECK(resolvedColor(fixed, Appearance::Light) == fixed);
@@ -58,7 +58,7 @@ TEST_CASE("A fixed colour is the same in every appearance, a system colour is no
           != resolvedColor(NamedColor::SystemBlue, Appearance::Dark));
 }
 
-TEST_CASE("The user's fixed-pitch font has a name and a size")
+TEST_CASE("the user's fixed-pitch font has a name and a size")
 {
     CHECK_FALSE(userFixedPitchFont().family.empty());
     CHECK(userFixedPitchFont().pointSize > 4);

@@ -52,7 +52,7 @@ struct ShownText {
 
 } // namespace
 
-TEST_CASE("A text of many lines is scrolled by lines, pages and to its ends by the keyboard")
+TEST_CASE("a text of many lines is scrolled by lines, pages and to its ends by the keyboard")
 {
     ShownText shown(numberedLines(1000));
     CHECK(shown.value() == 0);
@@ -71,7 +71,7 @@ TEST_CASE("A text of many lines is scrolled by lines, pages and to its ends by t
     CHECK(shown.lineInSight() == "line 0\n");
 }
 
-TEST_CASE("Wrapped lines are counted as they are laid out, and going up by rows meets every row")
+TEST_CASE("wrapped lines are counted as they are laid out, and going up by rows meets every row")
 {
     ShownText shown(numberedLines(300,
                                   " with words that have to be wrapped because they are many more than fit in a row, "
@@ -89,7 +89,7 @@ TEST_CASE("Wrapped lines are counted as they are laid out, and going up by rows 
     }
 }
 
-TEST_CASE("Jumping into the middle and back to the end shows the end")
+TEST_CASE("jumping into the middle and back to the end shows the end")
 {
     ShownText shown(numberedLines(5000, std::string(300, 'w') + " " + std::string(200, 'm')));
     for (const int part : {2, 3, 7}) {
@@ -100,7 +100,7 @@ TEST_CASE("Jumping into the middle and back to the end shows the end")
     }
 }
 
-TEST_CASE("A narrower view keeps the line at the top, or the end if that was shown")
+TEST_CASE("a narrower view keeps the line at the top, or the end if that was shown")
 {
     ShownText shown(numberedLines(500, " some words for a row of its own, and more of them so that it wraps"));
     shown.area.verticalScrollBar()->setValue(200);
@@ -115,7 +115,7 @@ TEST_CASE("A narrower view keeps the line at the top, or the end if that was sho
     CHECK(shown.lastLineInSight().starts_with("line 499 "));
 }
 
-TEST_CASE("A new text takes the place of the old one, which is given back, and nothing stays selected")
+TEST_CASE("a new text takes the place of the old one, which is given back, and nothing stays selected")
 {
     ShownText shown("first\n");
     shown.area.selectAll();
@@ -130,7 +130,7 @@ TEST_CASE("A new text takes the place of the old one, which is given back, and n
     CHECK(shown.area.offsetAt({10, 10}) == 0);
 }
 
-TEST_CASE("All of the text is selected and copied by the keyboard")
+TEST_CASE("all of the text is selected and copied by the keyboard")
 {
     ShownText shown("one\ncaf\u00e9 \U0001F600\n");
     QTest::keySequence(&shown.area, QKeySequence::SelectAll);
@@ -141,7 +141,7 @@ TEST_CASE("All of the text is selected and copied by the keyboard")
     CHECK_FALSE(data->hasHtml());
 }
 
-TEST_CASE("Nothing selected copies nothing")
+TEST_CASE("nothing selected copies nothing")
 {
     QApplication::clipboard()->setText("before");
     ShownText shown("one\n");
@@ -149,7 +149,7 @@ TEST_CASE("Nothing selected copies nothing")
     CHECK(QApplication::clipboard()->text() == "before");
 }
 
-TEST_CASE("Dragging selects characters, in both directions and across lines")
+TEST_CASE("dragging selects characters, in both directions and across lines")
 {
     ShownText shown("first line\nsecond line\nthird line\n");
     auto* const viewport = shown.area.viewport();
@@ -176,7 +176,7 @@ TEST_CASE("Dragging selects characters, in both directions and across lines")
     CHECK(shown.selected() == "st");
 }
 
-TEST_CASE("A double click selects a word, a third click the line")
+TEST_CASE("a double click selects a word, a third click the line")
 {
     ShownText shown("first line\nsecond word here\n");
     auto* const viewport = shown.area.viewport();
@@ -187,7 +187,7 @@ TEST_CASE("A double click selects a word, a third click the line")
     CHECK(shown.selected() == "second word here\n");
 }
 
-TEST_CASE("The keyboard extends a selection by characters, words, rows and to the ends")
+TEST_CASE("the keyboard extends a selection by characters, words, rows and to the ends")
 {
     ShownText shown("one two\nthree \U0001F600!\nlast\n");
     const auto shift = Qt::ShiftModifier;
@@ -215,7 +215,7 @@ TEST_CASE("The keyboard extends a selection by characters, words, rows and to th
     CHECK(shown.selected() == "\U0001F600");
 }
 
-TEST_CASE("Every character is where a click finds it, in wrapped lines and beside wide characters")
+TEST_CASE("every character is where a click finds it, in wrapped lines and beside wide characters")
 {
     ShownText shown("ascii text\n\u65e5\u672c\u8a9e and caf\u00e9\n" + std::string(200, 'w') + "\nend\n");
     const auto& string = shown.area.text()->string();
@@ -229,7 +229,7 @@ TEST_CASE("Every character is where a click finds it, in wrapped lines and besid
     }
 }
 
-TEST_CASE("Two million lines are taken, scrolled and resized in little time")
+TEST_CASE("two million lines are taken, scrolled and resized in little time")
 {
     auto text = std::make_shared<StyledText>();
     for (int number = 0; number < 2000000; ++number)
@@ -256,7 +256,7 @@ TEST_CASE("Two million lines are taken, scrolled and resized in little time")
     QApplication::clipboard()->clear();
 }
 
-TEST_CASE("A line of a million characters is laid out in parts")
+TEST_CASE("a line of a million characters is laid out in parts")
 {
     ShownText shown(std::string(1000000, 'x') + "\n" + "end\n");
     QElapsedTimer time;
@@ -269,7 +269,7 @@ TEST_CASE("A line of a million characters is laid out in parts")
     CHECK(shown.lastLineInSight() == "end\n");
 }
 
-TEST_CASE("A change of the palette changes the colours of what is shown")
+TEST_CASE("a change of the palette changes the colours of what is shown")
 {
     ShownText shown("green words\n");
     auto dark = QPalette(QColor(50, 50, 50));

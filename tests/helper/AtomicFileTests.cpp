@@ -57,7 +57,7 @@ void killWriter(pid_t child)
 
 } // namespace
 
-TEST_CASE("A replaced file has the new content and mode and leaves nothing beside it")
+TEST_CASE("a replaced file has the new content and mode and leaves nothing beside it")
 {
     TemporaryDirectory folder;
     auto path = folder.write("file", "old");
@@ -69,7 +69,7 @@ TEST_CASE("A replaced file has the new content and mode and leaves nothing besid
     CHECK(entriesIn(folder.path()) == 1);
 }
 
-TEST_CASE("The umask does not change the mode of a replaced file")
+TEST_CASE("the umask does not change the mode of a replaced file")
 {
     TemporaryDirectory folder;
     auto before = ::umask(077);
@@ -81,13 +81,13 @@ TEST_CASE("The umask does not change the mode of a replaced file")
     CHECK((status.st_mode & 07777) == 0644);
 }
 
-TEST_CASE("A file in a folder that is not there cannot be replaced")
+TEST_CASE("a file in a folder that is not there cannot be replaced")
 {
     TemporaryDirectory folder;
     CHECK(platform::replaceFile(folder.file("none/file"), content(1)) == std::unexpected(ENOENT));
 }
 
-TEST_CASE("A failed replacement leaves the old file and nothing beside it")
+TEST_CASE("a failed replacement leaves the old file and nothing beside it")
 {
     TemporaryDirectory folder;
     folder.write("file/inside", "a folder cannot be replaced by a file");
@@ -96,7 +96,7 @@ TEST_CASE("A failed replacement leaves the old file and nothing beside it")
     CHECK(platform::readFile(folder.file("file/inside")).has_value());
 }
 
-TEST_CASE("A writer killed at any moment leaves the old or the new content")
+TEST_CASE("a writer killed at any moment leaves the old or the new content")
 {
     TemporaryDirectory folder;
     auto path = folder.file("file");
@@ -119,7 +119,7 @@ TEST_CASE("A writer killed at any moment leaves the old or the new content")
     CHECK(entriesIn(folder.path()) == 1);
 }
 
-TEST_CASE("Only what an interrupted replacement of the same file left is removed")
+TEST_CASE("only what an interrupted replacement of the same file left is removed")
 {
     TemporaryDirectory folder;
     for (const auto* name : {".a.plist.123456", ".a.plist.12345", ".a.plist.1234567", ".b.plist.123456", "a.plist"})
@@ -129,7 +129,7 @@ TEST_CASE("Only what an interrupted replacement of the same file left is removed
     CHECK(platform::readFile(folder.file(".a.plist.123456")) == std::unexpected(ENOENT));
 }
 
-TEST_CASE("A file is read whole or not at all")
+TEST_CASE("a file is read whole or not at all")
 {
     TemporaryDirectory folder;
     auto path = folder.write("file", std::string(100'000, 'x'));
@@ -139,7 +139,7 @@ TEST_CASE("A file is read whole or not at all")
     CHECK(platform::readFile(folder.file("none")) == std::unexpected(ENOENT));
 }
 
-TEST_CASE("What is not a regular file is not read, and does not hold the reader up")
+TEST_CASE("what is not a regular file is not read, and does not hold the reader up")
 {
     TemporaryDirectory folder;
     CHECK(platform::readFile(folder.path()) == std::unexpected(EINVAL));

@@ -23,7 +23,7 @@ bool waitFor(const std::atomic<int>& attempts, int count)
 
 } // namespace
 
-TEST_CASE("Automatic updates are not tried before they are on, and then again and again, never before the time")
+TEST_CASE("automatic updates are not tried before they are on, and then again and again, never before the time")
 {
     std::atomic<int> attempts = 0;
     AutomaticUpdates updates(interval, [&] {
@@ -40,7 +40,7 @@ TEST_CASE("Automatic updates are not tried before they are on, and then again an
     CHECK(Clock::now() - begin >= 3 * interval);
 }
 
-TEST_CASE("Automatic updates that are switched off are not tried anymore, until they are on again")
+TEST_CASE("automatic updates that are switched off are not tried anymore, until they are on again")
 {
     std::atomic<int> attempts = 0;
     AutomaticUpdates updates(interval, [&] {
@@ -59,7 +59,7 @@ TEST_CASE("Automatic updates that are switched off are not tried anymore, until 
     CHECK(waitFor(attempts, before + 1));
 }
 
-TEST_CASE("The end of automatic updates does not wait for their next time, but for an attempt that is being made")
+TEST_CASE("the end of automatic updates does not wait for their next time, but for an attempt that is being made")
 {
     const auto begin = Clock::now();
     {
@@ -84,7 +84,7 @@ TEST_CASE("The end of automatic updates does not wait for their next time, but f
     CHECK(isDone);
 }
 
-TEST_CASE("Automatic updates can be switched while an attempt is being made, and nobody waits for it")
+TEST_CASE("automatic updates can be switched while an attempt is being made, and nobody waits for it")
 {
     std::atomic<bool> goOn = false;
     std::atomic<int> attempts = 0;

@@ -15,7 +15,7 @@ using namespace helper;
 using platform::Array;
 using platform::Dictionary;
 
-TEST_CASE("Versions are compared number by number, and zeros at the end do not count")
+TEST_CASE("versions are compared number by number, and zeros at the end do not count")
 {
     const auto version = [](const char* text) { return VersionNumber::parse(text); };
     CHECK(version("1.0") == version("1"));
@@ -29,7 +29,7 @@ TEST_CASE("Versions are compared number by number, and zeros at the end do not c
         CHECK_FALSE(version(text));
 }
 
-TEST_CASE("A path inside is made of names alone")
+TEST_CASE("a path inside is made of names alone")
 {
     for (const char* path : {"a", "a/b", "..a", "a..", "...", ".a/b."})
         CHECK(isPathInside(path));
@@ -39,7 +39,7 @@ TEST_CASE("A path inside is made of names alone")
     CHECK_FALSE(isPathInside(std::string_view("a\0b", 3)));
 }
 
-TEST_CASE("A link inside goes up no further than the folder, and only at its beginning")
+TEST_CASE("a link inside goes up no further than the folder, and only at its beginning")
 {
     CHECK(isLinkInside("a", "b"));
     CHECK(isLinkInside("a/b", "../c"));
@@ -52,7 +52,7 @@ TEST_CASE("A link inside goes up no further than the folder, and only at its beg
     CHECK_FALSE(isLinkInside("a/b", ""));
 }
 
-TEST_CASE("An address means what it means beside the feed, and is never less trustworthy")
+TEST_CASE("an address means what it means beside the feed, and is never less trustworthy")
 {
     const std::string feed = "https://updates.example/brevane/update.plist";
     CHECK(Download::resolve("Brevane.pkg", feed) == "https://updates.example/brevane/Brevane.pkg");
@@ -66,7 +66,7 @@ TEST_CASE("An address means what it means beside the feed, and is never less tru
     CHECK(Download::resolve("Brevane.pkg", "file:///srv/update.plist") == "file:///srv/Brevane.pkg");
 }
 
-TEST_CASE("A machine keeps its place in a roll-out, and has another in the next one")
+TEST_CASE("a machine keeps its place in a roll-out, and has another in the next one")
 {
     std::set<int> places;
     for (int version = 0; version < 200; ++version) {
@@ -79,7 +79,7 @@ TEST_CASE("A machine keeps its place in a roll-out, and has another in the next 
     CHECK(places.size() > 50);
 }
 
-TEST_CASE("A list of an installation is read as it was written, and one that names anything else is refused")
+TEST_CASE("a list of an installation is read as it was written, and one that names anything else is refused")
 {
     const TemporaryDirectory folder;
     InstallationManifest manifest{"1.0", "One", {"a", "b/c/d", "b/e"}, {}, {"."}};
@@ -115,7 +115,7 @@ TEST_CASE("A list of an installation is read as it was written, and one that nam
     CHECK_FALSE(InstallationManifest::inFolder(folder.file("none")));
 }
 
-TEST_CASE("Only an edition in its own place writes the system's rules by itself")
+TEST_CASE("only an edition in its own place writes the system's rules by itself")
 {
     const auto options = [](std::vector<const char*> arguments) {
         arguments.insert(arguments.begin(), "helper");

@@ -37,7 +37,7 @@ struct Machine {
 
 } // namespace
 
-TEST_CASE("What agrees is left as it is at the start")
+TEST_CASE("what agrees is left as it is at the start")
 {
     Machine machine;
     helper::installDefaultRights();
@@ -49,7 +49,7 @@ TEST_CASE("What agrees is left as it is at the start")
     CHECK(machine.isWritten());
 }
 
-TEST_CASE("A rules file without the stored rule is removed at the start")
+TEST_CASE("a rules file without the stored rule is removed at the start")
 {
     Machine machine;
     REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
@@ -61,7 +61,7 @@ TEST_CASE("A rules file without the stored rule is removed at the start")
     CHECK(machine.storedRule() == "authenticate-admin");
 }
 
-TEST_CASE("A stored rule without its rules file asks for the password again from the start on")
+TEST_CASE("a stored rule without its rules file asks for the password again from the start on")
 {
     Machine machine;
     REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
@@ -71,7 +71,7 @@ TEST_CASE("A stored rule without its rules file asks for the password again from
     CHECK(machine.storedRule() == "authenticate-admin");
 }
 
-TEST_CASE("A damaged rights file is kept under another name, and the password is asked for")
+TEST_CASE("a damaged rights file is kept under another name, and the password is asked for")
 {
     Machine machine;
     REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());

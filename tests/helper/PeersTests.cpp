@@ -4,7 +4,7 @@
 
 using helper::Peers;
 
-TEST_CASE("Peers are connected from their first message until they leave")
+TEST_CASE("peers are connected from their first message until they leave")
 {
     Peers peers;
     CHECK_FALSE(peers.anyConnected());
@@ -21,7 +21,7 @@ TEST_CASE("Peers are connected from their first message until they leave")
     CHECK_FALSE(peers.anyConnected());
 }
 
-TEST_CASE("Another connection of the same process is no other peer, one that is not known is")
+TEST_CASE("another connection of the same process is no other peer, one that is not known is")
 {
     Peers peers;
     peers.add(":1.1");

@@ -73,7 +73,7 @@ PropertyList servedSettings(RunningHelper& helper)
 
 } // namespace
 
-TEST_CASE("A fresh helper serves the defaults, and automatic updates that are off")
+TEST_CASE("a fresh helper serves the defaults, and automatic updates that are off")
 {
     RunningHelper helper;
     CHECK(servedSettings(helper) == PropertyList(defaultScheduleSettings()));
@@ -83,7 +83,7 @@ TEST_CASE("A fresh helper serves the defaults, and automatic updates that are of
     CHECK(helper.authority().calls().empty());
 }
 
-TEST_CASE("Settings that the application applies are stored and served, and the user is asked once")
+TEST_CASE("settings that the application applies are stored and served, and the user is asked once")
 {
     RunningHelper helper;
     auto messager = BRVHelperMessager::create();
@@ -101,7 +101,7 @@ TEST_CASE("Settings that the application applies are stored and served, and the 
     ZRKAuthorizationManager::sharedManager().invalidate();
 }
 
-TEST_CASE("What was applied is there after a kill and a restart")
+TEST_CASE("what was applied is there after a kill and a restart")
 {
     RunningHelper helper(Answer::Authorized);
     Dictionary settings;
@@ -115,7 +115,7 @@ TEST_CASE("What was applied is there after a kill and a restart")
     }
 }
 
-TEST_CASE("A kill at any moment of a change leaves the old or the new settings")
+TEST_CASE("a kill at any moment of a change leaves the old or the new settings")
 {
     RunningHelper helper(Answer::Authorized);
     std::mt19937 random(20'261'123);
@@ -134,7 +134,7 @@ TEST_CASE("A kill at any moment of a change leaves the old or the new settings")
     }
 }
 
-TEST_CASE("A change that waits for the authority when the helper is killed is interrupted and not made")
+TEST_CASE("a change that waits for the authority when the helper is killed is interrupted and not made")
 {
     RunningHelper helper(Answer::Hang);
     auto reply = sendLater(helper, applyRequest(newSettings()));
@@ -145,7 +145,7 @@ TEST_CASE("A change that waits for the authority when the helper is killed is in
     CHECK(servedSettings(helper) == PropertyList(defaultScheduleSettings()));
 }
 
-TEST_CASE("Without the user's consent nothing is changed")
+TEST_CASE("without the user's consent nothing is changed")
 {
     RunningHelper helper(Answer::Dismissed);
     auto messager = BRVHelperMessager::create();
@@ -170,7 +170,7 @@ TEST_CASE("Without the user's consent nothing is changed")
     CHECK_FALSE(helper.storedSettings());
 }
 
-TEST_CASE("Either right of the pair is enough")
+TEST_CASE("either right of the pair is enough")
 {
     RunningHelper helper(Answer::Denied);
     helper.authority().setAnswer(BRVRightModifySettings2, Answer::Authorized);
@@ -178,7 +178,7 @@ TEST_CASE("Either right of the pair is enough")
     CHECK(helper.storedSettings() == PropertyList(newSettings()));
 }
 
-TEST_CASE("A token that does not stand for its sender is refused although the authority would allow anything")
+TEST_CASE("a token that does not stand for its sender is refused although the authority would allow anything")
 {
     RunningHelper helper(Answer::Authorized);
     auto own = ownToken();
@@ -216,7 +216,7 @@ TEST_CASE("A token that does not stand for its sender is refused although the au
     CHECK_FALSE(helper.storedSettings());
 }
 
-TEST_CASE("A token that was good is worth nothing on a later connection")
+TEST_CASE("a token that was good is worth nothing on a later connection")
 {
     RunningHelper helper(Answer::Authorized);
     auto request = applyRequest(newSettings());
@@ -231,7 +231,7 @@ TEST_CASE("A token that was good is worth nothing on a later connection")
     CHECK(errorIn(helper.send(request)).code == ZRKAuthorizationErrorCreateFromExternalForm);
 }
 
-TEST_CASE("Every number asks for its rights first, and eight are served")
+TEST_CASE("every number asks for its rights first, and eight are served")
 {
     RunningHelper helper(Answer::Authorized);
     for (std::int64_t number = 0; number <= 28; ++number) {
@@ -260,7 +260,7 @@ TEST_CASE("Every number asks for its rights first, and eight are served")
     }
 }
 
-TEST_CASE("A number outside the protocol is an error, and nobody is asked about it")
+TEST_CASE("a number outside the protocol is an error, and nobody is asked about it")
 {
     RunningHelper helper(Answer::Authorized);
     for (std::int64_t number : {std::int64_t(-1), std::int64_t(29), INT64_MIN, INT64_MAX})
@@ -270,7 +270,7 @@ TEST_CASE("A number outside the protocol is an error, and nobody is asked about 
     CHECK(helper.authority().calls().empty());
 }
 
-TEST_CASE("A payload that is no record is refused")
+TEST_CASE("a payload that is no record is refused")
 {
     RunningHelper helper(Answer::Authorized);
     for (const auto& payload : {Data(), Data(100, 0xff), binaryData(platform::Array{1}), binaryData("text")}) {
@@ -284,7 +284,7 @@ TEST_CASE("A payload that is no record is refused")
     CHECK_FALSE(helper.storedSettings());
 }
 
-TEST_CASE("A record that cannot be enforced is refused with the key that is wrong")
+TEST_CASE("a record that cannot be enforced is refused with the key that is wrong")
 {
     RunningHelper helper(Answer::Authorized);
     checkError(helper.send(applyRequest(settingsWithout("Suspend"))), BRVErrorDomain, BRVErrorMissingValue,
@@ -300,7 +300,7 @@ TEST_CASE("A record that cannot be enforced is refused with the key that is wron
     CHECK_FALSE(helper.storedSettings());
 }
 
-TEST_CASE("An authority that does not answer holds up no message that needs no right")
+TEST_CASE("an authority that does not answer holds up no message that needs no right")
 {
     RunningHelper helper(Answer::Hang);
     auto change = sendLater(helper, applyRequest(newSettings()));
@@ -314,7 +314,7 @@ TEST_CASE("An authority that does not answer holds up no message that needs no r
     CHECK(servedSettings(helper) == PropertyList(newSettings()));
 }
 
-TEST_CASE("A thousand reads, a hundred at a time, are all answered")
+TEST_CASE("a thousand reads, a hundred at a time, are all answered")
 {
     RunningHelper helper;
     // A bus lets a connection wait for 128 replies.
@@ -341,7 +341,7 @@ TEST_CASE("A thousand reads, a hundred at a time, are all answered")
     CHECK(good.load() == threadCount * roundCount * readsAtOnce);
 }
 
-TEST_CASE("Reads and changes at the same time always show whole settings")
+TEST_CASE("reads and changes at the same time always show whole settings")
 {
     RunningHelper helper(Answer::Authorized);
     PropertyList first(intervalSettings({{"Hours", 5}}));
@@ -361,7 +361,7 @@ TEST_CASE("Reads and changes at the same time always show whole settings")
     CHECK(whole == 200);
 }
 
-TEST_CASE("A one-way change is made")
+TEST_CASE("a one-way change is made")
 {
     RunningHelper helper(Answer::Authorized);
     helper.client().sendXPCMessage(applyRequest(newSettings()));
@@ -371,7 +371,7 @@ TEST_CASE("A one-way change is made")
     CHECK(helper.storedSettings() == PropertyList(newSettings()));
 }
 
-TEST_CASE("The rights are defined at the first start, and a definition that is there is left alone")
+TEST_CASE("the rights are defined at the first start, and a definition that is there is left alone")
 {
     RunningHelper helper;
     Dictionary asksForPassword{{"rule", platform::Array{"authenticate-admin"}}};
@@ -385,7 +385,7 @@ TEST_CASE("The rights are defined at the first start, and a definition that is t
     CHECK(platform::Authorization::right(BRVRightModifySettings2) == asksForPassword);
 }
 
-TEST_CASE("The helper stops when it is told to, also while the authority does not answer")
+TEST_CASE("the helper stops when it is told to, also while the authority does not answer")
 {
     RunningHelper helper(Answer::Hang);
     for (int number : {SIGTERM, SIGINT}) {
@@ -403,14 +403,14 @@ TEST_CASE("The helper stops when it is told to, also while the authority does no
     CHECK_FALSE(helper.storedSettings());
 }
 
-TEST_CASE("A second helper ends at once and leaves the first one alone")
+TEST_CASE("a second helper ends at once and leaves the first one alone")
 {
     RunningHelper helper;
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "--root", helper.root()}).wait() == EX_UNAVAILABLE);
     CHECK(servedSettings(helper).dictionary());
 }
 
-TEST_CASE("The helper ends when its bus is gone, and does not start without one")
+TEST_CASE("the helper ends when its bus is gone, and does not start without one")
 {
     RunningHelper helper;
     helper.bus().kill();
@@ -418,14 +418,14 @@ TEST_CASE("The helper ends when its bus is gone, and does not start without one"
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "--root", helper.root()}).wait() == EX_UNAVAILABLE);
 }
 
-TEST_CASE("The helper refuses arguments that it does not know")
+TEST_CASE("the helper refuses arguments that it does not know")
 {
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "--root"}).wait() == EX_USAGE);
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "--root", ""}).wait() == EX_USAGE);
     CHECK(ChildProcess({BREVANE_SCHEDULER_HELPER, "/tmp"}).wait() == EX_USAGE);
 }
 
-TEST_CASE("The helper says how it is used, every option of it")
+TEST_CASE("the helper says how it is used, every option of it")
 {
     ChildProcess help({BREVANE_SCHEDULER_HELPER, "--help"});
     const auto usage = help.readAll();
@@ -435,7 +435,7 @@ TEST_CASE("The helper says how it is used, every option of it")
     CHECK(help.wait() == 0);
 }
 
-TEST_CASE("A stored file that is damaged is kept and told in the log, and the helper serves the defaults")
+TEST_CASE("a stored file that is damaged is kept and told in the log, and the helper serves the defaults")
 {
     RunningHelper helper(Answer::Authorized);
     REQUIRE(resultIn(helper.send(applyRequest(newSettings()))).dictionary());
@@ -447,7 +447,7 @@ TEST_CASE("A stored file that is damaged is kept and told in the log, and the he
     CHECK(helper.log().contains("is damaged. It is kept as"));
 }
 
-TEST_CASE("On a full disk a change is refused with the system's error, and the old settings stay")
+TEST_CASE("on a full disk a change is refused with the system's error, and the old settings stay")
 {
     const std::vector<std::string> unshare =
         ::geteuid() == 0 ? std::vector<std::string>{"unshare", "-m"} : std::vector<std::string>{"unshare", "-Urm"};
@@ -481,7 +481,7 @@ TEST_CASE("On a full disk a change is refused with the system's error, and the o
     CHECK(resultIn(helper.send(applyRequest(newSettings()))).dictionary());
 }
 
-TEST_CASE("A message that has no payload is answered whatever comes as one")
+TEST_CASE("a message that has no payload is answered whatever comes as one")
 {
     RunningHelper helper(Answer::Authorized);
     for (const auto& payload : {Data(100, 0xff), Data(4'000'000, 0x62), Data()})
@@ -489,7 +489,7 @@ TEST_CASE("A message that has no payload is answered whatever comes as one")
             CHECK(resultIn(helper.send({{"message", number}, {"payload", payload}})).dictionary());
 }
 
-TEST_CASE("A payload is not read before its sender may send it")
+TEST_CASE("a payload is not read before its sender may send it")
 {
     RunningHelper helper(Answer::Denied);
     const ServiceDictionary damaged{{"message", 2}, {"auth", ownToken()}, {"payload", Data(100, 0xff)}};
@@ -498,7 +498,7 @@ TEST_CASE("A payload is not read before its sender may send it")
     CHECK(errorIn(helper.send(damaged)).code == ZRKMessagerErrorDeserializeMessage);
 }
 
-TEST_CASE("A payload above 4 MB is refused, and nobody is asked about it")
+TEST_CASE("a payload above 4 MB is refused, and nobody is asked about it")
 {
     RunningHelper helper(Answer::Authorized);
     checkError(helper.send({{"message", 2}, {"auth", ownToken()}, {"payload", Data((std::size_t(4) << 20) + 1)}}),
@@ -506,7 +506,7 @@ TEST_CASE("A payload above 4 MB is refused, and nobody is asked about it")
     CHECK(helper.authority().calls().empty());
 }
 
-TEST_CASE("What waits when the bus is lost is not decided by the next one")
+TEST_CASE("what waits when the bus is lost is not decided by the next one")
 {
     RunningHelper helper(Answer::Hang);
     for (int count = 0; count < 20; ++count)
@@ -522,7 +522,7 @@ TEST_CASE("What waits when the bus is lost is not decided by the next one")
     CHECK_FALSE(helper.storedSettings());
 }
 
-TEST_CASE("The log says for whom a change was made")
+TEST_CASE("the log says for whom a change was made")
 {
     RunningHelper helper(Answer::Authorized);
     REQUIRE(resultIn(helper.send(applyRequest(newSettings()))).dictionary());
@@ -532,7 +532,7 @@ TEST_CASE("The log says for whom a change was made")
     CHECK(helper.log().contains("brevane_helper_tests' (process " + std::to_string(::getpid()) + ")."));
 }
 
-TEST_CASE("The refusals of one user are counted in one line")
+TEST_CASE("the refusals of one user are counted in one line")
 {
     RunningHelper helper(Answer::Denied);
     for (int count = 0; count < 300; ++count)
@@ -546,7 +546,7 @@ TEST_CASE("The refusals of one user are counted in one line")
     CHECK(std::ranges::count(log, '\n') < 10);
 }
 
-TEST_CASE("A key of any length makes neither a long reply nor a long line of the log")
+TEST_CASE("a key of any length makes neither a long reply nor a long line of the log")
 {
     RunningHelper helper(Answer::Authorized);
     const auto error = errorIn(helper.send(applyRequest(settingsWith(std::string(1'000'000, 'k'), 1))));
@@ -555,7 +555,7 @@ TEST_CASE("A key of any length makes neither a long reply nor a long line of the
     CHECK(helper.log().size() < 16'384);
 }
 
-TEST_CASE("A termination that comes before the helper listens is not lost")
+TEST_CASE("a termination that comes before the helper listens is not lost")
 {
     RunningHelper helper;
     helper.program().kill();
@@ -566,7 +566,7 @@ TEST_CASE("A termination that comes before the helper listens is not lost")
     CHECK(next.wait() == 0);
 }
 
-TEST_CASE("The request right after a failure reaches the helper, before the failure was heard of")
+TEST_CASE("the request right after a failure reaches the helper, before the failure was heard of")
 {
     RunningHelper helper;
     helper.program().kill();
@@ -582,7 +582,7 @@ TEST_CASE("The request right after a failure reaches the helper, before the fail
     heard.set_value();
 }
 
-TEST_CASE("Whether a password is needed is said in plain words")
+TEST_CASE("whether a password is needed is said in plain words")
 {
     RunningHelper helper(Answer::Authorized);
     for (bool allowed : {true, false})

@@ -35,7 +35,7 @@ Data textData(std::string_view text)
 
 } // namespace
 
-TEST_CASE("A request is its number, its authorization and its payload as sent")
+TEST_CASE("a request is its number, its authorization and its payload as sent")
 {
     Data auth(32, 7);
     auto request = RequestReader::requestForMessage({{"message", 2}, {"auth", auth}, {"payload", textData("{}")}});
@@ -45,7 +45,7 @@ TEST_CASE("A request is its number, its authorization and its payload as sent")
     CHECK(request->payload == textData("{}"));
 }
 
-TEST_CASE("A request may be a number alone, whatever the number")
+TEST_CASE("a request may be a number alone, whatever the number")
 {
     for (auto number : {std::int64_t(1), std::int64_t(-1), std::numeric_limits<std::int64_t>::min(),
                         std::numeric_limits<std::int64_t>::max()}) {
@@ -57,19 +57,19 @@ TEST_CASE("A request may be a number alone, whatever the number")
     }
 }
 
-TEST_CASE("Keys that are not in the protocol are passed over")
+TEST_CASE("keys that are not in the protocol are passed over")
 {
     CHECK(RequestReader::requestForMessage({{"message", 1}, {"error", textData("x")}, {"", 3}}).has_value());
 }
 
-TEST_CASE("A request without a number, or with one of another type, cannot be read")
+TEST_CASE("a request without a number, or with one of another type, cannot be read")
 {
     checkDamaged(refusalOf({}), {});
     checkDamaged(refusalOf({{"payload", textData("{}")}}), {});
     checkDamaged(refusalOf({{"message", textData("1")}}), {});
 }
 
-TEST_CASE("An authorization is exactly 32 bytes")
+TEST_CASE("an authorization is exactly 32 bytes")
 {
     for (std::size_t size : {0, 1, 31, 33, 64, 1'000'000}) {
         CAPTURE(size);
@@ -81,7 +81,7 @@ TEST_CASE("An authorization is exactly 32 bytes")
     CHECK(refusalOf({{"message", 2}, {"auth", 32}}).code == ZRKAuthorizationErrorCreateFromExternalForm);
 }
 
-TEST_CASE("A payload is bytes, and not too many")
+TEST_CASE("a payload is bytes, and not too many")
 {
     checkDamaged(refusalOf({{"message", 2}, {"payload", 5}}), {{"message", 2}});
     checkDamaged(refusalOf({{"message", 2}, {"payload", Data(RequestReader::maximumPayloadSize + 1)}}),
@@ -90,7 +90,7 @@ TEST_CASE("A payload is bytes, and not too many")
               .has_value());
 }
 
-TEST_CASE("A payload is read in the binary format and in no other")
+TEST_CASE("a payload is read in the binary format and in no other")
 {
     platform::PropertyList value(Dictionary{{"Enabled", "1"}});
     auto binary = platform::binaryPropertyList(value);
@@ -105,7 +105,7 @@ TEST_CASE("A payload is read in the binary format and in no other")
         CHECK_FALSE(RequestReader::payloadOfRequest({21, {}, bytes}).has_value());
 }
 
-TEST_CASE("What the transport left out for its length is refused as what it would have been")
+TEST_CASE("what the transport left out for its length is refused as what it would have been")
 {
     auto request = RequestReader::requestForMessage({{"message", 2}}, {"payload"});
     REQUIRE_FALSE(request.has_value());
@@ -118,14 +118,14 @@ TEST_CASE("What the transport left out for its length is refused as what it woul
     checkDamaged(request.error(), {});
 }
 
-TEST_CASE("A request without a payload has none")
+TEST_CASE("a request without a payload has none")
 {
     auto payload = RequestReader::payloadOfRequest({1, {}, {}});
     REQUIRE(payload.has_value());
     CHECK_FALSE(payload->has_value());
 }
 
-TEST_CASE("A damaged payload is an error that says why")
+TEST_CASE("a damaged payload is an error that says why")
 {
     for (const auto& bytes : {textData("bplist00"), textData("<plist><dict>"), textData("{ a = "), Data(100, 0xff)}) {
         auto payload = RequestReader::payloadOfRequest({2, {}, bytes});
@@ -136,7 +136,7 @@ TEST_CASE("A damaged payload is an error that says why")
     }
 }
 
-TEST_CASE("A payload of more values than any record has is refused, and the longest record is not")
+TEST_CASE("a payload of more values than any record has is refused, and the longest record is not")
 {
     const auto entry = Dictionary{{"Weekday", 1}, {"Hour", 2}, {"Minute", 3}, {"Day", 4}};
     const auto longest = platform::binaryPropertyList(platform::Array(10'000, entry));

@@ -105,7 +105,7 @@ std::string applyOnFullDisk(const std::string& folder)
 
 } // namespace
 
-TEST_CASE("A fresh store serves the defaults and writes nothing")
+TEST_CASE("a fresh store serves the defaults and writes nothing")
 {
     TemporaryDirectory folder;
     SettingsStore store(folder.file("settings.plist"));
@@ -113,7 +113,7 @@ TEST_CASE("A fresh store serves the defaults and writes nothing")
     CHECK_FALSE(stored(folder.file("settings.plist")));
 }
 
-TEST_CASE("A stored record is the whole file, a binary property list, and is served by the next store")
+TEST_CASE("a stored record is the whole file, a binary property list, and is served by the next store")
 {
     TemporaryDirectory folder;
     auto path = folder.file("settings.plist");
@@ -128,7 +128,7 @@ TEST_CASE("A stored record is the whole file, a binary property list, and is ser
     CHECK(*SettingsStore(path).settings() == record);
 }
 
-TEST_CASE("A stored record that lacks values or is marked as disabled is served as it is")
+TEST_CASE("a stored record that lacks values or is marked as disabled is served as it is")
 {
     TemporaryDirectory folder;
     Dictionary record{{"Disabled", true}, {"Backups", true}, {"BackupsMode", "Interval"}};
@@ -136,7 +136,7 @@ TEST_CASE("A stored record that lacks values or is marked as disabled is served 
     CHECK(*SettingsStore(path).settings() == record);
 }
 
-TEST_CASE("A stored record of a later version is served with the keys that this one does not know")
+TEST_CASE("a stored record of a later version is served with the keys that this one does not know")
 {
     TemporaryDirectory folder;
     auto record = intervalSettings({{"Minutes", 90}, {"Months", 2}});
@@ -146,7 +146,7 @@ TEST_CASE("A stored record of a later version is served with the keys that this 
     CHECK(stored(path) == PropertyList(record));
 }
 
-TEST_CASE("The reply that is kept ready follows the settings")
+TEST_CASE("the reply that is kept ready follows the settings")
 {
     TemporaryDirectory folder;
     SettingsStore store(folder.file("settings.plist"));
@@ -158,7 +158,7 @@ TEST_CASE("The reply that is kept ready follows the settings")
     }
 }
 
-TEST_CASE("A damaged stored file is kept beside, and the defaults are served")
+TEST_CASE("a damaged stored file is kept beside, and the defaults are served")
 {
     auto whole = binaryText(defaultScheduleSettings());
     for (const auto& text : {std::string(), std::string("garbage \xff"), whole.substr(0, whole.size() / 2),
@@ -174,7 +174,7 @@ TEST_CASE("A damaged stored file is kept beside, and the defaults are served")
     }
 }
 
-TEST_CASE("Every damaged file is kept, and a good one can be stored after it")
+TEST_CASE("every damaged file is kept, and a good one can be stored after it")
 {
     TemporaryDirectory folder;
     auto path = folder.file("settings.plist");
@@ -189,7 +189,7 @@ TEST_CASE("Every damaged file is kept, and a good one can be stored after it")
     CHECK(*SettingsStore(path).settings() == intervalSettings({{"Days", 2}}));
 }
 
-TEST_CASE("What an interrupted write left behind goes when the store starts")
+TEST_CASE("what an interrupted write left behind goes when the store starts")
 {
     TemporaryDirectory folder;
     auto left = folder.write(".settings.plist.AbCdEf", "half a rec");
@@ -197,7 +197,7 @@ TEST_CASE("What an interrupted write left behind goes when the store starts")
     CHECK(platform::readFile(left) == std::unexpected(ENOENT));
 }
 
-TEST_CASE("A store killed at any moment leaves one record or the other")
+TEST_CASE("a store killed at any moment leaves one record or the other")
 {
     TemporaryDirectory folder;
     auto path = folder.file("settings.plist");
@@ -222,7 +222,7 @@ TEST_CASE("A store killed at any moment leaves one record or the other")
     }
 }
 
-TEST_CASE("On a full disk a record is refused with the system's error, and the old one stays")
+TEST_CASE("on a full disk a record is refused with the system's error, and the old one stays")
 {
     TemporaryDirectory folder;
     auto observed = inForkedProcess([&] { return applyOnFullDisk(folder.path()); });
@@ -235,7 +235,7 @@ TEST_CASE("On a full disk a record is refused with the system's error, and the o
               + " The settings could not be saved. No space left on device.");
 }
 
-TEST_CASE("A record that cannot be written leaves what is served")
+TEST_CASE("a record that cannot be written leaves what is served")
 {
     TemporaryDirectory folder;
     SettingsStore store(folder.file("none/settings.plist"));
@@ -246,7 +246,7 @@ TEST_CASE("A record that cannot be written leaves what is served")
     CHECK(*store.settings() == defaultScheduleSettings());
 }
 
-TEST_CASE("Automatic updates are off until they are turned on, and stay so over a restart")
+TEST_CASE("automatic updates are off until they are turned on, and stay so over a restart")
 {
     TemporaryDirectory folder;
     auto path = folder.file("updates.plist");
@@ -258,7 +258,7 @@ TEST_CASE("Automatic updates are off until they are turned on, and stay so over 
     CHECK_FALSE(AutoUpdatesStore(path).enabled());
 }
 
-TEST_CASE("A damaged file of automatic updates reads as off and is kept")
+TEST_CASE("a damaged file of automatic updates reads as off and is kept")
 {
     TemporaryDirectory folder;
     auto path = folder.write("updates.plist", "{ Enabled = maybe; }");

@@ -94,12 +94,12 @@ void checkRanges(const std::vector<Range>& ranges, Make make)
 
 } // namespace
 
-TEST_CASE("The default settings are valid")
+TEST_CASE("the default settings are valid")
 {
     CHECK_FALSE(faultIn(defaultScheduleSettings()));
 }
 
-TEST_CASE("Every key that the editor always writes is required")
+TEST_CASE("every key that the editor always writes is required")
 {
     for (const auto* key : requiredKeys) {
         CAPTURE(key);
@@ -108,7 +108,7 @@ TEST_CASE("Every key that the editor always writes is required")
     CHECK(faultIn({}) == missing("Backups"));
 }
 
-TEST_CASE("The keys that the editor may leave out are optional")
+TEST_CASE("the keys that the editor may leave out are optional")
 {
     for (const auto* key : optionalKeys) {
         CAPTURE(key);
@@ -116,7 +116,7 @@ TEST_CASE("The keys that the editor may leave out are optional")
     }
 }
 
-TEST_CASE("A key that is not in the record's table is unknown, also the one that only the helper sets")
+TEST_CASE("a key that is not in the record's table is unknown, also the one that only the helper sets")
 {
     for (const auto* key : {"Disabled", "backups", "", "Backups ", "Minutes"}) {
         CAPTURE(key);
@@ -124,7 +124,7 @@ TEST_CASE("A key that is not in the record's table is unknown, also the one that
     }
 }
 
-TEST_CASE("A boolean is a number of value 0 or 1")
+TEST_CASE("a boolean is a number of value 0 or 1")
 {
     for (const auto* key : booleanKeys) {
         CAPTURE(key);
@@ -136,7 +136,7 @@ TEST_CASE("A boolean is a number of value 0 or 1")
     }
 }
 
-TEST_CASE("The mode is a string that names one of the three")
+TEST_CASE("the mode is a string that names one of the three")
 {
     CHECK(faultIn(settingsWith("BackupsMode", 1)) == wrongType("BackupsMode", "string"));
     for (const auto* name : {"", "interval", "Always"})
@@ -144,7 +144,7 @@ TEST_CASE("The mode is a string that names one of the three")
               == wrongType("BackupsMode", "WhenInactive, Interval or CalendarIntervals"));
 }
 
-TEST_CASE("A sub-record is a dictionary")
+TEST_CASE("a sub-record is a dictionary")
 {
     for (const auto* key : dictionaryKeys) {
         CAPTURE(key);
@@ -153,12 +153,12 @@ TEST_CASE("A sub-record is a dictionary")
     }
 }
 
-TEST_CASE("What the sub-record of the when-inactive mode holds does not matter")
+TEST_CASE("what the sub-record of the when-inactive mode holds does not matter")
 {
     CHECK_FALSE(faultIn(settingsWith("WhenInactive", Dictionary{{"Anything", "at all"}})));
 }
 
-TEST_CASE("The suspension has four integers in the ranges of a clock and nothing else")
+TEST_CASE("the suspension has four integers in the ranges of a clock and nothing else")
 {
     checkRanges(suspendRanges, suspendSettingsWith);
     CHECK(faultIn(suspendSettingsWith("Hour", 1)) == unknown("Hour"));
@@ -169,13 +169,13 @@ TEST_CASE("The suspension has four integers in the ranges of a clock and nothing
     }
 }
 
-TEST_CASE("A suspension may end before it starts, and when it starts")
+TEST_CASE("a suspension may end before it starts, and when it starts")
 {
     CHECK_FALSE(faultIn(suspendSettingsWith("EndHour", 22)));
     CHECK_FALSE(faultIn(suspendSettingsWith("EndHour", 1)));
 }
 
-TEST_CASE("An interval has exactly one unit, from 1 to 999")
+TEST_CASE("an interval has exactly one unit, from 1 to 999")
 {
     checkRanges(unitRanges, [](auto key, auto value) { return intervalSettings({{key, value}}); });
     CHECK(faultIn(intervalSettings({})) == missing("Interval"));
@@ -183,7 +183,7 @@ TEST_CASE("An interval has exactly one unit, from 1 to 999")
     CHECK(faultIn(intervalSettings({{"Seconds", 5}})) == unknown("Seconds"));
 }
 
-TEST_CASE("Only the mode in force needs its sub-record")
+TEST_CASE("only the mode in force needs its sub-record")
 {
     auto interval = settingsWithout("Interval");
     interval.set("BackupsMode", "Interval");
@@ -196,14 +196,14 @@ TEST_CASE("Only the mode in force needs its sub-record")
     CHECK_FALSE(faultIn(settingsWith("CalendarIntervals", Dictionary())));
 }
 
-TEST_CASE("A sub-record that is not in force is checked all the same")
+TEST_CASE("a sub-record that is not in force is checked all the same")
 {
     CHECK(faultIn(settingsWith("Interval", Dictionary{{"Minutes", 0}}))
           == wrongType("Minutes", "integer from 1 to 999"));
     CHECK(faultIn(settingsWith("CalendarIntervals", Dictionary{{"Interval", Array()}})) == unknown("Interval"));
 }
 
-TEST_CASE("The entries of a calendar hold integers in the ranges of a calendar and nothing else")
+TEST_CASE("the entries of a calendar hold integers in the ranges of a calendar and nothing else")
 {
     checkRanges(entryRanges, [](auto key, auto value) {
         return calendarSettings({Dictionary{{"Hour", 1}, {"Minute", 1}}, Dictionary{{key, value}}});
@@ -218,7 +218,7 @@ TEST_CASE("The entries of a calendar hold integers in the ranges of a calendar a
     CHECK(faultIn(settings) == wrongType("ASAP", "boolean"));
 }
 
-TEST_CASE("A calendar has at most ten thousand entries")
+TEST_CASE("a calendar has at most ten thousand entries")
 {
     Array entries(ScheduleRanges::maximumIntervals, Dictionary{{"Hour", 1}, {"Minute", 1}});
     CHECK_FALSE(faultIn(calendarSettings(entries)));
@@ -226,14 +226,14 @@ TEST_CASE("A calendar has at most ten thousand entries")
     CHECK(faultIn(calendarSettings(entries)) == wrongType("Intervals", "array of at most 10000 entries"));
 }
 
-TEST_CASE("A missing value is reported only when nothing else is wrong")
+TEST_CASE("a missing value is reported only when nothing else is wrong")
 {
     auto settings = settingsWithout("Backups");
     settings.set("Snapshots", "yes");
     CHECK(faultIn(settings) == wrongType("Snapshots", "boolean"));
 }
 
-TEST_CASE("A fault becomes an error of the product with the key and the expected type")
+TEST_CASE("a fault becomes an error of the product with the key and the expected type")
 {
     auto error = wrongType("Hour", "integer from 0 to 23").error();
     CHECK(error.domain == BRVErrorDomain);
@@ -242,7 +242,7 @@ TEST_CASE("A fault becomes an error of the product with the key and the expected
     CHECK(missing("Suspend").error().userInfo == Dictionary{{"key", "Suspend"}});
 }
 
-TEST_CASE("Automatic updates are one boolean")
+TEST_CASE("automatic updates are one boolean")
 {
     auto fault = [](const Dictionary& record) { return SettingsValidator::faultInAutoUpdates(record); };
     CHECK_FALSE(fault({{"Enabled", true}}));

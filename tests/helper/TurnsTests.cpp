@@ -39,7 +39,7 @@ using Names = std::vector<std::string>;
 
 } // namespace
 
-TEST_CASE("A flood of one line does not delay another one")
+TEST_CASE("a flood of one line does not delay another one")
 {
     Played played;
     for (int count = 0; count < 1000; ++count)
@@ -50,7 +50,7 @@ TEST_CASE("A flood of one line does not delay another one")
     CHECK(played.started == Names{"a", "b", "a"});
 }
 
-TEST_CASE("The requests of a line start in order, each after the end of the one before")
+TEST_CASE("the requests of a line start in order, each after the end of the one before")
 {
     Played played;
     for (const char* name : {"a", "b", "c"})
@@ -62,7 +62,7 @@ TEST_CASE("The requests of a line start in order, each after the end of the one 
     played.held.insert(played.held.begin(), copy);
 }
 
-TEST_CASE("A line that is not open waits until its people go to another one")
+TEST_CASE("a line that is not open waits until its people go to another one")
 {
     Played played;
     played.add(":1.1", "early", 0, false);
@@ -77,7 +77,7 @@ TEST_CASE("A line that is not open waits until its people go to another one")
     CHECK(played.turns->size() == 0);
 }
 
-TEST_CASE("A line that is full refuses, and leaves room to the others")
+TEST_CASE("a line that is full refuses, and leaves room to the others")
 {
     Played played;
     played.add("full", "a"); // at work, and no longer waiting
@@ -89,7 +89,7 @@ TEST_CASE("A line that is full refuses, and leaves room to the others")
     CHECK(played.started == Names{"a", "b"});
 }
 
-TEST_CASE("When everything is full the longest line gives way to a short one")
+TEST_CASE("when everything is full the longest line gives way to a short one")
 {
     Played played;
     for (const char* line : {"a", "b", "c", "d"}) {
@@ -108,7 +108,7 @@ TEST_CASE("When everything is full the longest line gives way to a short one")
     CHECK(std::ranges::find(played.started, "waits") != played.started.end());
 }
 
-TEST_CASE("What a sender that left has waiting is dropped without a word")
+TEST_CASE("what a sender that left has waiting is dropped without a word")
 {
     Played played;
     for (const char* name : {"a", "gone", "b", "gone"})
@@ -121,7 +121,7 @@ TEST_CASE("What a sender that left has waiting is dropped without a word")
     CHECK(played.refused == 0);
 }
 
-TEST_CASE("After everything was dropped nothing starts any more")
+TEST_CASE("after everything was dropped nothing starts any more")
 {
     Played played;
     played.add("line", "a");

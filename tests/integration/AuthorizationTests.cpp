@@ -55,7 +55,7 @@ bool isRefused(const Authorization::ExternalForm& form, std::string_view sender)
 
 } // namespace
 
-TEST_CASE("Each answer of the authority has its result code, with and without interaction")
+TEST_CASE("each answer of the authority has its result code, with and without interaction")
 {
     PrivateBus bus;
     PolkitAuthority authority;
@@ -81,7 +81,7 @@ TEST_CASE("Each answer of the authority has its result code, with and without in
     }
 }
 
-TEST_CASE("The authority is asked about this connection's own name, without details, and to interact only if allowed")
+TEST_CASE("the authority is asked about this connection's own name, without details, and to interact only if allowed")
 {
     PrivateBus bus;
     PolkitAuthority authority;
@@ -103,7 +103,7 @@ TEST_CASE("The authority is asked about this connection's own name, without deta
     CHECK(calls[1].flags == 1);
 }
 
-TEST_CASE("The external form is the name of the connection that sends the messages, padded with zeros")
+TEST_CASE("the external form is the name of the connection that sends the messages, padded with zeros")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -116,7 +116,7 @@ TEST_CASE("The external form is the name of the connection that sends the messag
     CHECK(sender.size() < form->size());
 }
 
-TEST_CASE("After the shared connection was replaced the form still names the one that sends the messages")
+TEST_CASE("after the shared connection was replaced the form still names the one that sends the messages")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -130,7 +130,7 @@ TEST_CASE("After the shared connection was replaced the form still names the one
     CHECK(recorded.settledEvents().empty());
 }
 
-TEST_CASE("A form from its own sender asks about that sender without a dialog")
+TEST_CASE("a form from its own sender asks about that sender without a dialog")
 {
     PrivateBus bus;
     PolkitAuthority authority;
@@ -148,7 +148,7 @@ TEST_CASE("A form from its own sender asks about that sender without a dialog")
     CHECK((*received)->makeExternalForm() == *form);
 }
 
-TEST_CASE("Bytes that stand for anyone but their sender are refused")
+TEST_CASE("bytes that stand for anyone but their sender are refused")
 {
     const std::string_view sender = ":1.25";
     CHECK(Authorization::createFromExternalForm(formWith(sender), sender));
@@ -175,7 +175,7 @@ TEST_CASE("Bytes that stand for anyone but their sender are refused")
     CHECK(Authorization::createFromExternalForm(formWith(longestName), longestName));
 }
 
-TEST_CASE("A dialog that stays open does not hold up the messages of other threads")
+TEST_CASE("a dialog that stays open does not hold up the messages of other threads")
 {
     PrivateBus bus;
     PolkitAuthority authority;
@@ -192,7 +192,7 @@ TEST_CASE("A dialog that stays open does not hold up the messages of other threa
     CHECK(status == Authorization::Success);
 }
 
-TEST_CASE("An authority that dies during the dialog has given no answer, and the next question reaches the new one")
+TEST_CASE("an authority that dies during the dialog has given no answer, and the next question reaches the new one")
 {
     PrivateBus bus;
     PolkitAuthority authority;
@@ -210,7 +210,7 @@ TEST_CASE("An authority that dies during the dialog has given no answer, and the
     CHECK(recorded.settledEvents().empty());
 }
 
-TEST_CASE("Without a bus no right is granted and no form can be made")
+TEST_CASE("without a bus no right is granted and no form can be made")
 {
     PrivateBus bus;
     bus.kill();
@@ -223,7 +223,7 @@ TEST_CASE("Without a bus no right is granted and no form can be made")
     CHECK(authorization->copyRight(Right, Prompt, Interactive) == Authorization::Success);
 }
 
-TEST_CASE("A connection that was cut while idle is replaced when a right is asked for")
+TEST_CASE("a connection that was cut while idle is replaced when a right is asked for")
 {
     PrivateBus bus;
     const auto authorization = makeAuthorization();
@@ -238,7 +238,7 @@ TEST_CASE("A connection that was cut while idle is replaced when a right is aske
     CHECK(authorization->copyRight(Right, Prompt, Silent) == Authorization::Success);
 }
 
-TEST_CASE("Destroying the rights revokes what was kept, and the object can't be used afterwards")
+TEST_CASE("destroying the rights revokes what was kept, and the object can't be used afterwards")
 {
     PrivateBus bus;
     PolkitAuthority authority;
@@ -256,7 +256,7 @@ TEST_CASE("Destroying the rights revokes what was kept, and the object can't be 
     CHECK(authority.calls().back().subjectName != subject);
 }
 
-TEST_CASE("Freeing without destroying keeps the grant for the next authorization of the process")
+TEST_CASE("freeing without destroying keeps the grant for the next authorization of the process")
 {
     PrivateBus bus;
     PolkitAuthority authority;

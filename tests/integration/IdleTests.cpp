@@ -52,7 +52,7 @@ bool becomes(const std::function<bool()>& condition)
 
 } // namespace
 
-TEST_CASE("Nothing wakes either process while a connection is idle")
+TEST_CASE("nothing wakes either process while a connection is idle")
 {
 #ifdef __SANITIZE_THREAD__
     std::puts("SKIPPED: the thread sanitizer has a thread of its own that wakes");
@@ -76,7 +76,7 @@ TEST_CASE("Nothing wakes either process while a connection is idle")
     CHECK(sleepsOfThreads(service->pid()) == server);
 }
 
-TEST_CASE("The connection's own thread ends with the bus")
+TEST_CASE("the connection's own thread ends with the bus")
 {
     PrivateBus bus;
     const auto service = startTestService();

@@ -3,7 +3,7 @@
 #include <doctest/doctest.h>
 #include <systemd/sd-bus.h>
 
-TEST_CASE("A private bus answers at its address, dies when killed and comes back at the same address")
+TEST_CASE("a private bus answers at its address, dies when killed and comes back at the same address")
 {
     PrivateBus bus;
     sd_bus* connection = nullptr;

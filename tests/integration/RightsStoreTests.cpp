@@ -33,7 +33,7 @@ Authorization::Status setRight(const char* name, const Dictionary& definition)
 
 } // namespace
 
-TEST_CASE("A right's definition reads back as it was written, and others are left alone")
+TEST_CASE("a right's definition reads back as it was written, and others are left alone")
 {
     const Root root;
     CHECK(setRight(Right, rule("is-admin")) == Authorization::Success);
@@ -44,7 +44,7 @@ TEST_CASE("A right's definition reads back as it was written, and others are lef
     CHECK(Authorization::right("other") == rule("authenticate-admin"));
 }
 
-TEST_CASE("The definitions are readable by everyone and writable by their owner alone")
+TEST_CASE("the definitions are readable by everyone and writable by their owner alone")
 {
     const Root root;
     const mode_t mask = umask(0077);
@@ -55,7 +55,7 @@ TEST_CASE("The definitions are readable by everyone and writable by their owner 
     CHECK((status.st_mode & 07777) == 0644);
 }
 
-TEST_CASE("A right without a definition, or with a damaged store, is denied")
+TEST_CASE("a right without a definition, or with a damaged store, is denied")
 {
     const Root root;
     CHECK(Authorization::right(Right) == std::unexpected(Authorization::Denied));
@@ -68,7 +68,7 @@ TEST_CASE("A right without a definition, or with a damaged store, is denied")
     CHECK(Authorization::right(Right) == rule("is-admin"));
 }
 
-TEST_CASE("A definition that can't be written is denied and the old one stays")
+TEST_CASE("a definition that can't be written is denied and the old one stays")
 {
     const Root root;
     REQUIRE(setRight(Right, rule("is-admin")) == Authorization::Success);

@@ -40,7 +40,7 @@ void waitUntilAsked(platform::ServiceConnection& other)
 
 } // namespace
 
-TEST_CASE("A message and its reply travel with integers and bytes")
+TEST_CASE("a message and its reply travel with integers and bytes")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -52,7 +52,7 @@ TEST_CASE("A message and its reply travel with integers and bytes")
     CHECK(recorded.settledEvents().empty());
 }
 
-TEST_CASE("An empty payload arrives as a payload")
+TEST_CASE("an empty payload arrives as a payload")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -63,7 +63,7 @@ TEST_CASE("An empty payload arrives as a payload")
     CHECK(integerIn(*reply, "entries") == 2);
 }
 
-TEST_CASE("Without a service a send is answered with invalid and the event is told once")
+TEST_CASE("without a service a send is answered with invalid and the event is told once")
 {
     PrivateBus bus;
     RecordedConnection recorded;
@@ -79,7 +79,7 @@ TEST_CASE("Without a service a send is answered with invalid and the event is to
     CHECK(answers(*later.connection));
 }
 
-TEST_CASE("Without a bus a send is answered with invalid")
+TEST_CASE("without a bus a send is answered with invalid")
 {
     PrivateBus bus;
     bus.kill();
@@ -88,7 +88,7 @@ TEST_CASE("Without a bus a send is answered with invalid")
     CHECK(recorded.settledEvents() == Invalidity);
 }
 
-TEST_CASE("A malformed service name is an invalid endpoint")
+TEST_CASE("a malformed service name is an invalid endpoint")
 {
     PrivateBus bus;
     for (const char* name : {"", "nodots", "a..b", "a.b c", ":1.1'", "a.b',member='c"}) {
@@ -98,7 +98,7 @@ TEST_CASE("A malformed service name is an invalid endpoint")
     }
 }
 
-TEST_CASE("A peer killed while a reply is pending interrupts, and the same connection reaches it again")
+TEST_CASE("a peer killed while a reply is pending interrupts, and the same connection reaches it again")
 {
     PrivateBus bus;
     auto service = startTestService();
@@ -116,7 +116,7 @@ TEST_CASE("A peer killed while a reply is pending interrupts, and the same conne
     CHECK(recorded.settledEvents() == Interruption);
 }
 
-TEST_CASE("A peer that ends by itself without an answer interrupts sync and async sends alike")
+TEST_CASE("a peer that ends by itself without an answer interrupts sync and async sends alike")
 {
     PrivateBus bus;
     auto service = startTestService();
@@ -128,7 +128,7 @@ TEST_CASE("A peer that ends by itself without an answer interrupts sync and asyn
     CHECK(recorded.settledEvents() == Interruption);
 }
 
-TEST_CASE("Every loss of an idle peer is told once")
+TEST_CASE("every loss of an idle peer is told once")
 {
     PrivateBus bus;
     auto service = startTestService();
@@ -142,7 +142,7 @@ TEST_CASE("Every loss of an idle peer is told once")
     CHECK(recorded.settledEvents() == Events{ServiceError::Interrupted, ServiceError::Interrupted});
 }
 
-TEST_CASE("A bus that dies answers what is pending with invalid, and a new connection works when it is back")
+TEST_CASE("a bus that dies answers what is pending with invalid, and a new connection works when it is back")
 {
     PrivateBus bus;
     auto service = startTestService();
@@ -167,7 +167,7 @@ TEST_CASE("A bus that dies answers what is pending with invalid, and a new conne
     CHECK(recorded.settledEvents() == Invalidity);
 }
 
-TEST_CASE("A bus that dies while nothing is pending makes the connection invalid")
+TEST_CASE("a bus that dies while nothing is pending makes the connection invalid")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -179,7 +179,7 @@ TEST_CASE("A bus that dies while nothing is pending makes the connection invalid
     CHECK(recorded.connection->sendSynchronously({{"message", 1}}) == Invalid);
 }
 
-TEST_CASE("A service that can be activated is started by the first message")
+TEST_CASE("a service that can be activated is started by the first message")
 {
     PrivateBus bus;
     bus.addActivatable(TestServiceName, std::string(BREVANE_TEST_SERVICE) + " " + TestServiceName);
@@ -190,7 +190,7 @@ TEST_CASE("A service that can be activated is started by the first message")
     CHECK(recorded.settledEvents() == Interruption);
 }
 
-TEST_CASE("A service that can't be activated is invalid, however it fails")
+TEST_CASE("a service that can't be activated is invalid, however it fails")
 {
     PrivateBus bus;
     SUBCASE("its program is missing")
@@ -210,7 +210,7 @@ TEST_CASE("A service that can't be activated is invalid, however it fails")
     CHECK(recorded.settledEvents() == Invalidity);
 }
 
-TEST_CASE("A service that the policy denies is invalid")
+TEST_CASE("a service that the policy denies is invalid")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -220,7 +220,7 @@ TEST_CASE("A service that the policy denies is invalid")
     CHECK(recorded.settledEvents() == Invalidity);
 }
 
-TEST_CASE("Entries of a reply that can't travel are left out")
+TEST_CASE("entries of a reply that can't travel are left out")
 {
     PrivateBus bus;
     const auto service = startTestService("--raw");
@@ -232,7 +232,7 @@ TEST_CASE("Entries of a reply that can't travel are left out")
     CHECK(dataIn(*reply, "payload") == platform::Data{1, 2});
 }
 
-TEST_CASE("What a peer that lives answers concerns that request alone")
+TEST_CASE("what a peer that lives answers concerns that request alone")
 {
     PrivateBus bus;
     const auto service = startTestService("--raw");
@@ -245,7 +245,7 @@ TEST_CASE("What a peer that lives answers concerns that request alone")
     CHECK(recorded.connection->sendSynchronously({{"message", 9}}));
 }
 
-TEST_CASE("A request that the peer drops is answered, and those that are pending beside it stay")
+TEST_CASE("a request that the peer drops is answered, and those that are pending beside it stay")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -262,7 +262,7 @@ TEST_CASE("A request that the peer drops is answered, and those that are pending
     CHECK(recorded.settledEvents().empty());
 }
 
-TEST_CASE("A request above what the bus carries is told as such and costs the connection nothing")
+TEST_CASE("a request above what the bus carries is told as such and costs the connection nothing")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -282,7 +282,7 @@ TEST_CASE("A request above what the bus carries is told as such and costs the co
     CHECK(recorded.settledEvents().empty());
 }
 
-TEST_CASE("Threads that send at once each get their own replies")
+TEST_CASE("threads that send at once each get their own replies")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -306,7 +306,7 @@ TEST_CASE("Threads that send at once each get their own replies")
     CHECK(recorded.settledEvents().empty());
 }
 
-TEST_CASE("One-way, asynchronous and synchronous sends mix, and asynchronous replies keep their order")
+TEST_CASE("one-way, asynchronous and synchronous sends mix, and asynchronous replies keep their order")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -339,7 +339,7 @@ TEST_CASE("One-way, asynchronous and synchronous sends mix, and asynchronous rep
     CHECK(integerIn(*counted, "received") == Count);
 }
 
-TEST_CASE("A reply of 10 MB arrives whole")
+TEST_CASE("a reply of 10 MB arrives whole")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -350,7 +350,7 @@ TEST_CASE("A reply of 10 MB arrives whole")
     CHECK(dataIn(*reply, "payload") == platform::Data(Size, 0x5A));
 }
 
-TEST_CASE("A request of 10 MB arrives whole, however it is sent")
+TEST_CASE("a request of 10 MB arrives whole, however it is sent")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -393,7 +393,7 @@ TEST_CASE("A request of 10 MB arrives whole, however it is sent")
     }
 }
 
-TEST_CASE("A reply that another thread of the peer sends late does not hold up the others")
+TEST_CASE("a reply that another thread of the peer sends late does not hold up the others")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -414,7 +414,7 @@ TEST_CASE("A reply that another thread of the peer sends late does not hold up t
     CHECK((received[0] && integerIn(*received[0], "echo") == 1));
 }
 
-TEST_CASE("Cancelling answers each pending send once with invalid, also those of other threads")
+TEST_CASE("cancelling answers each pending send once with invalid, also those of other threads")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -439,7 +439,7 @@ TEST_CASE("Cancelling answers each pending send once with invalid, also those of
     CHECK(other.settledEvents().empty());
 }
 
-TEST_CASE("Nothing is exchanged before resume, and what was sent by then is sent afterwards")
+TEST_CASE("nothing is exchanged before resume, and what was sent by then is sent afterwards")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -457,7 +457,7 @@ TEST_CASE("Nothing is exchanged before resume, and what was sent by then is sent
     CHECK((received[0] && integerIn(*received[0], "received") == 1));
 }
 
-TEST_CASE("A connection that is dropped while a reply is pending still gets it")
+TEST_CASE("a connection that is dropped while a reply is pending still gets it")
 {
     PrivateBus bus;
     const auto service = startTestService();

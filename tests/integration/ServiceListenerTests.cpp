@@ -89,7 +89,7 @@ private:
 
 } // namespace
 
-TEST_CASE("A listener hands out the message and the sender that the bus reports")
+TEST_CASE("a listener hands out the message and the sender that the bus reports")
 {
     PrivateBus bus;
     Served served(echo);
@@ -101,7 +101,7 @@ TEST_CASE("A listener hands out the message and the sender that the bus reports"
     CHECK(served.stop());
 }
 
-TEST_CASE("A listener that was told to stop before it runs stops at once")
+TEST_CASE("a listener that was told to stop before it runs stops at once")
 {
     PrivateBus bus;
     auto created = ServiceListener::create(TestServiceName, {echo, {}, {}});
@@ -110,7 +110,7 @@ TEST_CASE("A listener that was told to stop before it runs stops at once")
     CHECK((*created)->run());
 }
 
-TEST_CASE("A signal handler may stop a listener")
+TEST_CASE("a signal handler may stop a listener")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -118,7 +118,7 @@ TEST_CASE("A signal handler may stop a listener")
     CHECK(service->wait() == 0);
 }
 
-TEST_CASE("A listener ends with failure when the bus is lost")
+TEST_CASE("a listener ends with failure when the bus is lost")
 {
     PrivateBus bus;
     const auto service = startTestService();
@@ -126,7 +126,7 @@ TEST_CASE("A listener ends with failure when the bus is lost")
     CHECK(service->wait() == 3);
 }
 
-TEST_CASE("A name that is taken, malformed or not allowed can't be served")
+TEST_CASE("a name that is taken, malformed or not allowed can't be served")
 {
     PrivateBus bus;
     const auto first = ServiceListener::create(TestServiceName, {echo, {}, {}});
@@ -144,7 +144,7 @@ TEST_CASE("A name that is taken, malformed or not allowed can't be served")
     CHECK(none.error().find("there is no system bus") != std::string::npos);
 }
 
-TEST_CASE("A name is not waited for: the first owner's end does not pass it on")
+TEST_CASE("a name is not waited for: the first owner's end does not pass it on")
 {
     PrivateBus bus;
     const auto first = startTestService();
@@ -155,7 +155,7 @@ TEST_CASE("A name is not waited for: the first owner's end does not pass it on")
           == platform::ServiceReply(std::unexpected(platform::ServiceError::Invalid)));
 }
 
-TEST_CASE("Replies may come from any thread, late and in any order")
+TEST_CASE("replies may come from any thread, late and in any order")
 {
     PrivateBus bus;
     std::vector<std::thread> workers;
@@ -186,7 +186,7 @@ TEST_CASE("Replies may come from any thread, late and in any order")
         worker.join();
 }
 
-TEST_CASE("A second reply to a request is ignored")
+TEST_CASE("a second reply to a request is ignored")
 {
     PrivateBus bus;
     Served served([](const ServiceListener::Request&, const ServiceListener::Reply& reply) {
@@ -201,7 +201,7 @@ TEST_CASE("A second reply to a request is ignored")
     }
 }
 
-TEST_CASE("A reply given after the listener went away is dropped")
+TEST_CASE("a reply given after the listener went away is dropped")
 {
     PrivateBus bus;
     Arrivals<ServiceListener::Reply> owed;
@@ -219,7 +219,7 @@ TEST_CASE("A reply given after the listener went away is dropped")
           == std::vector<platform::ServiceReply>{std::unexpected(platform::ServiceError::Interrupted)});
 }
 
-TEST_CASE("A request that asks for no reply gets none")
+TEST_CASE("a request that asks for no reply gets none")
 {
     PrivateBus bus;
     Arrivals<std::int64_t> seen;
@@ -255,7 +255,7 @@ TEST_CASE("A request that asks for no reply gets none")
     CHECK(unasked == 0);
 }
 
-TEST_CASE("Messages that are not to the point are refused and change nothing")
+TEST_CASE("messages that are not to the point are refused and change nothing")
 {
     PrivateBus bus;
     std::atomic<int> handled = 0;
@@ -279,7 +279,7 @@ TEST_CASE("Messages that are not to the point are refused and change nothing")
     CHECK(handled == 1);
 }
 
-TEST_CASE("A big reply from another thread leaves even when the listener stops right after")
+TEST_CASE("a big reply from another thread leaves even when the listener stops right after")
 {
     PrivateBus bus;
     constexpr std::size_t Size = 10 * 1024 * 1024;
@@ -300,7 +300,7 @@ TEST_CASE("A big reply from another thread leaves even when the listener stops r
     worker.join();
 }
 
-TEST_CASE("With a form its keys are read and no other, and what is too long is named and left out")
+TEST_CASE("with a form its keys are read and no other, and what is too long is named and left out")
 {
     PrivateBus bus;
     Arrivals<ServiceListener::Request> requests;
@@ -323,7 +323,7 @@ TEST_CASE("With a form its keys are read and no other, and what is too long is n
     CHECK(seen[1].tooLong == std::vector<std::string>{"payload"});
 }
 
-TEST_CASE("A message of many values is refused before it is looked through")
+TEST_CASE("a message of many values is refused before it is looked through")
 {
     PrivateBus bus;
     std::atomic<int> handled = 0;
@@ -367,7 +367,7 @@ TEST_CASE("A message of many values is refused before it is looked through")
     CHECK(send(1, 1) >= 0);
 }
 
-TEST_CASE("A listener learns from the bus who its senders are, and when they leave")
+TEST_CASE("a listener learns from the bus who its senders are, and when they leave")
 {
     PrivateBus bus;
     Arrivals<platform::BusPeer> identified;
@@ -393,7 +393,7 @@ TEST_CASE("A listener learns from the bus who its senders are, and when they lea
     CHECK(peers[0].program.ends_with("test_integration"));
 }
 
-TEST_CASE("A client that never reads is cut off, and the others are answered")
+TEST_CASE("a client that never reads is cut off, and the others are answered")
 {
     PrivateBus bus;
     Served served([](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {
@@ -422,7 +422,7 @@ TEST_CASE("A client that never reads is cut off, and the others are answered")
         CHECK(recorded.connection->sendSynchronously({{"number", 1}}));
 }
 
-TEST_CASE("A client that reads is never cut off, however much it is sent")
+TEST_CASE("a client that reads is never cut off, however much it is sent")
 {
     PrivateBus bus;
     Served served([](const ServiceListener::Request&, const ServiceListener::Reply& reply) {
@@ -433,7 +433,7 @@ TEST_CASE("A client that reads is never cut off, however much it is sent")
         REQUIRE(recorded.connection->sendSynchronously({}));
 }
 
-TEST_CASE("A reply above what the bus carries becomes an error, and the listener serves on")
+TEST_CASE("a reply above what the bus carries becomes an error, and the listener serves on")
 {
     PrivateBus bus;
     Served served([](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {

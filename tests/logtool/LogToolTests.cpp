@@ -52,7 +52,7 @@ const std::vector<std::string> everything = {"show", "--debug", "--info", "--sty
 
 } // namespace
 
-TEST_CASE("The store's messages are printed as one array, in order")
+TEST_CASE("the store's messages are printed as one array, in order")
 {
     const Store store(line("a", "Default", "one") + line("b", "Error", "two \\\"x\\\" \\u0001 \\u00e9"));
     const auto [output, status] = store.run(everything);
@@ -62,7 +62,7 @@ TEST_CASE("The store's messages are printed as one array, in order")
               + "]\n");
 }
 
-TEST_CASE("With the console's predicate only its messages are printed")
+TEST_CASE("with the console's predicate only its messages are printed")
 {
     const Store store(line("com.zerkolin.brevane", "Default", "one")
                       + line("com.apple.TimeMachine", "Default", "two", "/x/backupd")
@@ -74,7 +74,7 @@ TEST_CASE("With the console's predicate only its messages are printed")
               + printed("com.apple.TimeMachine", "Default", "two", "/x/backupd") + "]\n");
 }
 
-TEST_CASE("Info and debug messages are printed when they are asked for")
+TEST_CASE("info and debug messages are printed when they are asked for")
 {
     const Store store(line("a", "Info", "i") + line("a", "Debug", "d") + line("a", "Fault", "f"));
     CHECK(store.run({"show"}).output == "[" + printed("a", "Fault", "f") + "]\n");
@@ -84,21 +84,21 @@ TEST_CASE("Info and debug messages are printed when they are asked for")
           == "[" + printed("a", "Debug", "d") + ",\n" + printed("a", "Fault", "f") + "]\n");
 }
 
-TEST_CASE("One object a line can be had, too")
+TEST_CASE("one object a line can be had, too")
 {
     const Store store(line("a", "Default", "one") + line("a", "Default", "two"));
     CHECK(store.run({"show", "--style", "ndjson"}).output
           == printed("a", "Default", "one") + "\n" + printed("a", "Default", "two") + "\n");
 }
 
-TEST_CASE("A store that is not there, or empty, is an empty array")
+TEST_CASE("a store that is not there, or empty, is an empty array")
 {
     CHECK(Store().run(everything).output == "[]\n");
     CHECK(Store().run(everything).status == 0);
     CHECK(Store("").run(everything).output == "[]\n");
 }
 
-TEST_CASE("Damaged lines are passed over, and one that is still being written")
+TEST_CASE("damaged lines are passed over, and one that is still being written")
 {
     const Store store("garbage\n" + line("a", "Default", "one") + "{\"timestamp\":\n\n[1]\n\xff\n"
                       + line("a", "Default", "two") + "{\"timestamp\":\"2026");
@@ -109,7 +109,7 @@ TEST_CASE("Damaged lines are passed over, and one that is still being written")
     CHECK(output.find("garbage") == std::string::npos);
 }
 
-TEST_CASE("A wrong predicate or option is told on the standard error, with status 64 and no output")
+TEST_CASE("a wrong predicate or option is told on the standard error, with status 64 and no output")
 {
     const Store store(line("a", "Default", "one"));
     const auto told = store.run({"show", "--predicate", "subsystem = 'a'"});
@@ -122,7 +122,7 @@ TEST_CASE("A wrong predicate or option is told on the standard error, with statu
     CHECK(store.run({"help"}).status == 0);
 }
 
-TEST_CASE("A full disk and a store that cannot be read are told with status 74")
+TEST_CASE("a full disk and a store that cannot be read are told with status 74")
 {
     const Store store(line("a", "Default", "one"));
     if (::access("/dev/full", W_OK) == 0)
@@ -134,7 +134,7 @@ TEST_CASE("A full disk and a store that cannot be read are told with status 74")
     CHECK(told.output.find("log: the log cannot be read: Is a directory") != std::string::npos);
 }
 
-TEST_CASE("The system's journal is read like the store")
+TEST_CASE("the system's journal is read like the store")
 {
     if (::geteuid() != 0 || ::access("/usr/lib/systemd/systemd-journald", X_OK) != 0
         || ChildProcess({"unshare", "--mount", "--propagation", "private", "mount", "-t", "tmpfs", "tmpfs", "/run"})

@@ -37,7 +37,7 @@ constexpr const char* consoles =
 
 } // namespace
 
-TEST_CASE("The console's predicate selects the product and the backup daemon alone")
+TEST_CASE("the console's predicate selects the product and the backup daemon alone")
 {
     CHECK(matches(consoles, recordOf("com.zerkolin.brevane", "/anything")));
     CHECK(matches(consoles, recordOf("com.apple.TimeMachine", "/usr/libexec/backupd")));
@@ -48,7 +48,7 @@ TEST_CASE("The console's predicate selects the product and the backup daemon alo
           == std::vector<std::string>{"com.zerkolin.brevane", "com.apple.TimeMachine"});
 }
 
-TEST_CASE("And binds closer than or, and brackets closer than both")
+TEST_CASE("and binds closer than or, and brackets closer than both")
 {
     const auto record = recordOf("a", "p");
     CHECK(matches("subsystem == 'a' || subsystem == 'b' && subsystem == 'c'", record));
@@ -59,7 +59,7 @@ TEST_CASE("And binds closer than or, and brackets closer than both")
     CHECK(matches("subsystem == 'a' AND processImagePath ENDSWITH 'p' or subsystem == 'x'", record));
 }
 
-TEST_CASE("Texts stand in either quotation mark and may have escaped characters")
+TEST_CASE("texts stand in either quotation mark and may have escaped characters")
 {
     const auto record = recordOf("a", "p");
     CHECK(matches("eventMessage == \"say \\\"hello\\\" \\\\\"", record));
@@ -69,7 +69,7 @@ TEST_CASE("Texts stand in either quotation mark and may have escaped characters"
     CHECK_FALSE(matches("processImagePath endswith 'pp'", record));
 }
 
-TEST_CASE("A wrong predicate is told with what is wrong and where")
+TEST_CASE("a wrong predicate is told with what is wrong and where")
 {
     CHECK(failureOf("") == "expected a key or '(' at column 1");
     CHECK(failureOf("subsystem") == "expected '==' or 'endswith' at column 10");
@@ -94,7 +94,7 @@ TEST_CASE("A wrong predicate is told with what is wrong and where")
     CHECK(failureOf(std::string(5000, '(')).starts_with("too many brackets inside each other"));
 }
 
-TEST_CASE("A long chain of comparisons is taken")
+TEST_CASE("a long chain of comparisons is taken")
 {
     std::string chain = "subsystem == 'a'";
     for (int count = 0; count < 2000; ++count)
@@ -104,7 +104,7 @@ TEST_CASE("A long chain of comparisons is taken")
     CHECK_FALSE(matches(chain.c_str(), recordOf("c", "")));
 }
 
-TEST_CASE("Only subsystems that must be there narrow the search")
+TEST_CASE("only subsystems that must be there narrow the search")
 {
     const auto subsystems = [](const char* text) { return Predicate::parse(text)->subsystems(); };
     using Names = std::vector<std::string>;
@@ -116,7 +116,7 @@ TEST_CASE("Only subsystems that must be there narrow the search")
     CHECK(Predicate().subsystems().empty());
 }
 
-TEST_CASE("Options are taken with their values in either form")
+TEST_CASE("options are taken with their values in either form")
 {
     const auto options = LogOptions::parse({"show", "--debug", "--predicate=subsystem == 'a'", "--style", "json"});
     REQUIRE(options);
@@ -129,7 +129,7 @@ TEST_CASE("Options are taken with their values in either form")
     CHECK(LogOptions::parse({"--help"})->asksForHelp);
 }
 
-TEST_CASE("Wrong options are told")
+TEST_CASE("wrong options are told")
 {
     const auto failure = [](const std::vector<std::string>& arguments) {
         const auto options = LogOptions::parse(arguments);

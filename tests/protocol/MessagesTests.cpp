@@ -9,7 +9,7 @@
 
 using Rights = std::vector<std::string>;
 
-TEST_CASE("Each message number from 0 to 28 needs its rights, those for settings in their order")
+TEST_CASE("each message number from 0 to 28 needs its rights, those for settings in their order")
 {
     const Rights none;
     const Rights settings{"com.zerkolin.brevane.settings.modify-1", "com.zerkolin.brevane.settings.modify-2"};
@@ -26,7 +26,7 @@ TEST_CASE("Each message number from 0 to 28 needs its rights, those for settings
     }
 }
 
-TEST_CASE("A number below 0 or above 28 has no entry, which is something else than an empty one")
+TEST_CASE("a number below 0 or above 28 has no entry, which is something else than an empty one")
 {
     for (const std::int64_t message :
          {std::int64_t(-1), std::int64_t(29), std::int64_t(256), std::int64_t(1) << 32,
@@ -38,7 +38,7 @@ TEST_CASE("A number below 0 or above 28 has no entry, which is something else th
     CHECK(BRVMessageLast == 28);
 }
 
-TEST_CASE("The messages have the numbers that both sides were built with")
+TEST_CASE("the messages have the numbers that both sides were built with")
 {
     CHECK(BRVMessageGetSettings == 1);
     CHECK(BRVMessageApplySettings == 2);
@@ -55,7 +55,7 @@ TEST_CASE("The messages have the numbers that both sides were built with")
     CHECK(BRVMessageUninstall == 28);
 }
 
-TEST_CASE("The service, the rights and the keys of the payloads have their names")
+TEST_CASE("the service, the rights and the keys of the payloads have their names")
 {
     using namespace std::string_view_literals;
     CHECK(BRVSchedulerServiceName == "com.zerkolin.brevane.scheduler"sv);
@@ -69,7 +69,7 @@ TEST_CASE("The service, the rights and the keys of the payloads have their names
     CHECK(PayloadKey::HumanVersion == "HumanVersion"sv);
 }
 
-TEST_CASE("The error domains have their names")
+TEST_CASE("the error domains have their names")
 {
     using namespace std::string_view_literals;
     CHECK(ZRKUpdaterErrorDomain == "com.zerkolin.updater"sv);
@@ -80,7 +80,7 @@ TEST_CASE("The error domains have their names")
     CHECK(BRVErrorDomain == "com.zerkolin.brevane"sv);
 }
 
-TEST_CASE("The error codes count up from 0 in each domain")
+TEST_CASE("the error codes count up from 0 in each domain")
 {
     const auto countsUp = [](std::initializer_list<std::int64_t> codes) {
         std::int64_t expected = 0;

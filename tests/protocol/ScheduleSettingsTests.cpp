@@ -19,7 +19,7 @@ constexpr auto smallest = std::numeric_limits<std::int64_t>::min();
 
 } // namespace
 
-TEST_CASE("The keys of the record have their names")
+TEST_CASE("the keys of the record have their names")
 {
     CHECK(ScheduleKey::Disabled == "Disabled"sv);
     CHECK(ScheduleKey::Backups == "Backups"sv);
@@ -33,7 +33,7 @@ TEST_CASE("The keys of the record have their names")
     CHECK(ScheduleKey::Snapshots == "Snapshots"sv);
 }
 
-TEST_CASE("The keys of the sub-records have their names")
+TEST_CASE("the keys of the sub-records have their names")
 {
     CHECK(ScheduleKey::StartHour == "StartHour"sv);
     CHECK(ScheduleKey::StartMinute == "StartMinute"sv);
@@ -51,7 +51,7 @@ TEST_CASE("The keys of the sub-records have their names")
     CHECK(ScheduleKey::Day == "Day"sv);
 }
 
-TEST_CASE("The modes stand in the order of the pop-up, and any other place counts as calendar intervals")
+TEST_CASE("the modes stand in the order of the pop-up, and any other place counts as calendar intervals")
 {
     CHECK(OperationModeCount == 3);
     CHECK(backupsModeForIndex(0) == "WhenInactive"sv);
@@ -66,7 +66,7 @@ TEST_CASE("The modes stand in the order of the pop-up, and any other place count
     CHECK(BackupsModeCalendarIntervals == "CalendarIntervals"sv);
 }
 
-TEST_CASE("Only the three modes' values are modes, spelled exactly so")
+TEST_CASE("only the three modes' values are modes, spelled exactly so")
 {
     for (const auto text : {"WhenInactive"sv, "Interval"sv, "CalendarIntervals"sv}) {
         CAPTURE(text);
@@ -79,7 +79,7 @@ TEST_CASE("Only the three modes' values are modes, spelled exactly so")
     }
 }
 
-TEST_CASE("A record's mode is the one that it names; none, an unknown one and no string are when inactive")
+TEST_CASE("a record's mode is the one that it names; none, an unknown one and no string are when inactive")
 {
     CHECK(operationModeOfSettings({{"BackupsMode", "WhenInactive"}}) == OperationModeWhenInactive);
     CHECK(operationModeOfSettings({{"BackupsMode", "Interval"}}) == OperationModeInterval);
@@ -93,14 +93,14 @@ TEST_CASE("A record's mode is the one that it names; none, an unknown one and no
         CHECK(operationModeOfSettings({{"BackupsMode", value}}) == OperationModeWhenInactive);
 }
 
-TEST_CASE("The modes have their places in the pop-up")
+TEST_CASE("the modes have their places in the pop-up")
 {
     CHECK(OperationModeWhenInactive == 0);
     CHECK(OperationModeInterval == 1);
     CHECK(OperationModeCalendarIntervals == 2);
 }
 
-TEST_CASE("A range holds its ends and what lies between")
+TEST_CASE("a range holds its ends and what lies between")
 {
     constexpr ScheduleRange range{2, 4};
     const std::int64_t inside[] = {2, 3, 4};
@@ -117,7 +117,7 @@ TEST_CASE("A range holds its ends and what lies between")
     }
 }
 
-TEST_CASE("The values of a record have their ranges")
+TEST_CASE("the values of a record have their ranges")
 {
     CHECK(ScheduleRanges::intervalCount == ScheduleRange{1, 999});
     CHECK(ScheduleRanges::hour == ScheduleRange{0, 23});
@@ -129,7 +129,7 @@ TEST_CASE("The values of a record have their ranges")
     CHECK_FALSE(ScheduleRange{1, 2} == ScheduleRange{0, 2});
 }
 
-TEST_CASE("A fresh installation schedules nothing: the record key by key, of the types that are written")
+TEST_CASE("a fresh installation schedules nothing: the record key by key, of the types that are written")
 {
     using Type = PropertyList::Type;
     const Dictionary record = defaultScheduleSettings();

@@ -43,7 +43,7 @@ Schedule withEntries(const Array& entries)
 
 } // namespace
 
-TEST_CASE("An empty record reads as off, when inactive, with nothing in it")
+TEST_CASE("an empty record reads as off, when inactive, with nothing in it")
 {
     const Schedule schedule = Schedule::fromRecord({});
     for (const Flag& flag : flags) {
@@ -59,7 +59,7 @@ TEST_CASE("An empty record reads as off, when inactive, with nothing in it")
     CHECK(schedule == Schedule());
 }
 
-TEST_CASE("Each boolean is read under its own key, and alone")
+TEST_CASE("each boolean is read under its own key, and alone")
 {
     for (const Flag& flag : flags) {
         CAPTURE(flag.key);
@@ -71,7 +71,7 @@ TEST_CASE("Each boolean is read under its own key, and alone")
     }
 }
 
-TEST_CASE("A number stands for a boolean by its value, anything else is false")
+TEST_CASE("a number stands for a boolean by its value, anything else is false")
 {
     for (const Flag& flag : flags) {
         CAPTURE(flag.key);
@@ -84,7 +84,7 @@ TEST_CASE("A number stands for a boolean by its value, anything else is false")
     }
 }
 
-TEST_CASE("Backups and snapshots are scheduled when their box is on and the record is not disabled")
+TEST_CASE("backups and snapshots are scheduled when their box is on and the record is not disabled")
 {
     for (const bool disabled : {false, true}) {
         for (const bool backups : {false, true}) {
@@ -101,7 +101,7 @@ TEST_CASE("Backups and snapshots are scheduled when their box is on and the reco
     }
 }
 
-TEST_CASE("The mode is the one that the record names")
+TEST_CASE("the mode is the one that the record names")
 {
     CHECK(Schedule::fromRecord({{"BackupsMode", "Interval"}}).mode == OperationModeInterval);
     CHECK(Schedule::fromRecord({{"BackupsMode", "CalendarIntervals"}}).mode == OperationModeCalendarIntervals);
@@ -110,7 +110,7 @@ TEST_CASE("The mode is the one that the record names")
     CHECK(Schedule::fromRecord({{"BackupsMode", 2}}).mode == OperationModeWhenInactive);
 }
 
-TEST_CASE("An interval counts its one unit, as it stands")
+TEST_CASE("an interval counts its one unit, as it stands")
 {
     CHECK(withInterval({{"Minutes", 180}}).interval == IntervalSchedule{IntervalUnitMinutes, 180});
     CHECK(withInterval({{"Hours", 72}}).interval == IntervalSchedule{IntervalUnitHours, 72});
@@ -121,7 +121,7 @@ TEST_CASE("An interval counts its one unit, as it stands")
     CHECK(withInterval({}).interval == IntervalSchedule{IntervalUnitMinutes, 0});
 }
 
-TEST_CASE("The units stand in the order of the pop-up")
+TEST_CASE("the units stand in the order of the pop-up")
 {
     CHECK(IntervalUnitMinutes == 0);
     CHECK(IntervalUnitHours == 1);
@@ -129,7 +129,7 @@ TEST_CASE("The units stand in the order of the pop-up")
     CHECK(IntervalUnitWeeks == 3);
 }
 
-TEST_CASE("Of several units the first of weeks, days, hours and minutes counts, whatever their order in the record")
+TEST_CASE("of several units the first of weeks, days, hours and minutes counts, whatever their order in the record")
 {
     CHECK(withInterval({{"Hours", 48}, {"Days", 5}}).interval == IntervalSchedule{IntervalUnitDays, 5});
     CHECK(withInterval({{"Minutes", 1}, {"Hours", 2}, {"Days", 3}, {"Weeks", 4}}).interval
@@ -140,7 +140,7 @@ TEST_CASE("Of several units the first of weeks, days, hours and minutes counts, 
     CHECK(withInterval({{"Hours", 0}, {"Minutes", 7}}).interval == IntervalSchedule{IntervalUnitHours, 0});
 }
 
-TEST_CASE("A count of another type is absent, a boolean counts by value, a real is cut")
+TEST_CASE("a count of another type is absent, a boolean counts by value, a real is cut")
 {
     CHECK(withInterval({{"Weeks", "3"}, {"Hours", 2}}).interval == IntervalSchedule{IntervalUnitHours, 2});
     for (const PropertyList& value : noNumbers)
@@ -150,7 +150,7 @@ TEST_CASE("A count of another type is absent, a boolean counts by value, a real 
     CHECK(withInterval({{"Days", -2.9}}).interval == IntervalSchedule{IntervalUnitDays, -2});
 }
 
-TEST_CASE("A sub-record that is no dictionary is absent")
+TEST_CASE("a sub-record that is no dictionary is absent")
 {
     for (const PropertyList& value :
          {PropertyList("x"), PropertyList(5), PropertyList(Array{Dictionary{{"Hours", 1}}})}) {
@@ -160,7 +160,7 @@ TEST_CASE("A sub-record that is no dictionary is absent")
     }
 }
 
-TEST_CASE("Each value of an entry is read under its own key, and one that is absent stays so")
+TEST_CASE("each value of an entry is read under its own key, and one that is absent stays so")
 {
     CHECK(CalendarEntry::fromRecord({}) == CalendarEntry());
     CHECK(CalendarEntry::fromRecord({}).wellTyped);
@@ -174,7 +174,7 @@ TEST_CASE("Each value of an entry is read under its own key, and one that is abs
     CHECK(CalendarEntry{.hour = 0} != CalendarEntry());
 }
 
-TEST_CASE("An entry is well typed when each value that is there is an integer or a boolean")
+TEST_CASE("an entry is well typed when each value that is there is an integer or a boolean")
 {
     for (const char* const key : {"Weekday", "Day", "Hour", "Minute"}) {
         CAPTURE(key);
@@ -192,7 +192,7 @@ TEST_CASE("An entry is well typed when each value that is there is an integer or
     CHECK(CalendarEntry::fromRecord({{"Second", "1"}}).wellTyped);
 }
 
-TEST_CASE("A value of an entry is taken by value when it is a number, else absent")
+TEST_CASE("a value of an entry is taken by value when it is a number, else absent")
 {
     CHECK(CalendarEntry::fromRecord({{"Hour", true}}).hour == 1);
     CHECK(CalendarEntry::fromRecord({{"Hour", 9.9}}).hour == 9);
@@ -206,7 +206,7 @@ TEST_CASE("A value of an entry is taken by value when it is a number, else absen
 }
 
 TEST_CASE(
-    "The entries of a calendar keep their order, also those that are not shown, and what is no dictionary is left out")
+    "the entries of a calendar keep their order, also those that are not shown, and what is no dictionary is left out")
 {
     const Schedule schedule =
         withEntries({Dictionary{{"Hour", 9}, {"Minute", 30}}, "x", 7, Array(), Dictionary{{"Weekday", 0}, {"Hour", 8}},
@@ -221,7 +221,7 @@ TEST_CASE(
           == Schedule());
 }
 
-TEST_CASE("As soon as possible is the calendar's own boolean")
+TEST_CASE("as soon as possible is the calendar's own boolean")
 {
     const auto asap = [](const PropertyList& value) {
         return Schedule::fromRecord({{"CalendarIntervals", Dictionary{{"ASAP", value}}}}).asap;
@@ -235,7 +235,7 @@ TEST_CASE("As soon as possible is the calendar's own boolean")
     CHECK_FALSE(Schedule::fromRecord({{"Interval", Dictionary{{"ASAP", true}}}}).asap);
 }
 
-TEST_CASE("Suspension times are there with their sub-record, whether it is in force or not, missing ones as 0")
+TEST_CASE("suspension times are there with their sub-record, whether it is in force or not, missing ones as 0")
 {
     const auto times = [](const Dictionary& suspension) {
         return Schedule::fromRecord({{"SuspendSettings", suspension}}).suspension;
@@ -253,7 +253,7 @@ TEST_CASE("Suspension times are there with their sub-record, whether it is in fo
     CHECK_FALSE(Schedule::fromRecord({{"SuspendSettings", Dictionary{{"StartHour", 1}}}}).suspend);
 }
 
-TEST_CASE("The default record reads as a schedule that does nothing and stands ready for an hour")
+TEST_CASE("the default record reads as a schedule that does nothing and stands ready for an hour")
 {
     const Schedule schedule = Schedule::fromRecord(defaultScheduleSettings());
     Schedule expected;
@@ -264,7 +264,7 @@ TEST_CASE("The default record reads as a schedule that does nothing and stands r
     CHECK_FALSE(schedule.schedulesSnapshots());
 }
 
-TEST_CASE("A whole record is read in one go, and keys that it does not know change nothing")
+TEST_CASE("a whole record is read in one go, and keys that it does not know change nothing")
 {
     const Schedule schedule = Schedule::fromRecord({
         {"Unknown", Dictionary{{"Hours", 3}}},

@@ -20,7 +20,7 @@ bool isReadable(int milliseconds = 0)
 
 } // namespace
 
-TEST_CASE("The main queue's descriptor is readable exactly while tasks wait")
+TEST_CASE("the main queue's descriptor is readable exactly while tasks wait")
 {
     CHECK_FALSE(isReadable());
     int ran = 0;
@@ -35,7 +35,7 @@ TEST_CASE("The main queue's descriptor is readable exactly while tasks wait")
     CHECK(ran == 2);
 }
 
-TEST_CASE("Tasks for the main queue from other threads wake its loop and run on the main thread in order")
+TEST_CASE("tasks for the main queue from other threads wake its loop and run on the main thread in order")
 {
     std::vector<int> order;
     std::thread sender([&] {
@@ -54,14 +54,14 @@ TEST_CASE("Tasks for the main queue from other threads wake its loop and run on 
         CHECK(order[static_cast<std::size_t>(number)] == number);
 }
 
-TEST_CASE("A synchronous task for the main queue runs in place on the main thread")
+TEST_CASE("a synchronous task for the main queue runs in place on the main thread")
 {
     bool ran = false;
     Queue::main()->sync([&] { ran = true; });
     CHECK(ran);
 }
 
-TEST_CASE("A synchronous task for the main queue from another thread waits for the loop")
+TEST_CASE("a synchronous task for the main queue from another thread waits for the loop")
 {
     std::atomic<bool> returned = false;
     bool ran = false;
@@ -81,7 +81,7 @@ TEST_CASE("A synchronous task for the main queue from another thread waits for t
     CHECK(ranOn == std::this_thread::get_id());
 }
 
-TEST_CASE("A task that a task of the main queue adds waits for the next round")
+TEST_CASE("a task that a task of the main queue adds waits for the next round")
 {
     std::vector<int> order;
     Queue::main()->async([&] {
@@ -97,7 +97,7 @@ TEST_CASE("A task that a task of the main queue adds waits for the next round")
     CHECK_FALSE(isReadable());
 }
 
-TEST_CASE("A loop inside of a task of the main queue runs none of the queue's tasks and is not woken for them")
+TEST_CASE("a loop inside of a task of the main queue runs none of the queue's tasks and is not woken for them")
 {
     std::vector<int> order;
     Queue::main()->async([&] {
@@ -115,7 +115,7 @@ TEST_CASE("A loop inside of a task of the main queue runs none of the queue's ta
     CHECK(order == std::vector{1, 2, 3, 4});
 }
 
-TEST_CASE("A queue that targets the main queue runs on the main thread only")
+TEST_CASE("a queue that targets the main queue runs on the main thread only")
 {
     auto queue = Queue::createSerial("com.zerkolin.on-main", Queue::main());
     std::vector<int> order;

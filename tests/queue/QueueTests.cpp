@@ -78,7 +78,7 @@ std::string sleepsOfThread(pid_t thread)
 
 } // namespace
 
-TEST_CASE("A serial queue runs its tasks one at a time and each thread's tasks in that thread's order")
+TEST_CASE("a serial queue runs its tasks one at a time and each thread's tasks in that thread's order")
 {
     auto queue = Queue::createSerial("com.zerkolin.order");
     Overlap overlap;
@@ -101,7 +101,7 @@ TEST_CASE("A serial queue runs its tasks one at a time and each thread's tasks i
     }
 }
 
-TEST_CASE("The global queue runs tasks at the same time")
+TEST_CASE("the global queue runs tasks at the same time")
 {
     std::latch meeting(3);
     std::latch done(3);
@@ -115,7 +115,7 @@ TEST_CASE("The global queue runs tasks at the same time")
     CHECK(meeting.try_wait());
 }
 
-TEST_CASE("The global queue gets through many more tasks than it runs at once")
+TEST_CASE("the global queue gets through many more tasks than it runs at once")
 {
     constexpr int count = 5000;
     std::latch done(count);
@@ -130,14 +130,14 @@ TEST_CASE("The global queue gets through many more tasks than it runs at once")
     CHECK(ran == count);
 }
 
-TEST_CASE("A synchronous task of the global queue runs on the calling thread")
+TEST_CASE("a synchronous task of the global queue runs on the calling thread")
 {
     std::thread::id ranOn;
     Queue::global()->sync([&] { ranOn = std::this_thread::get_id(); });
     CHECK(ranOn == std::this_thread::get_id());
 }
 
-TEST_CASE("A synchronous task of an idle serial queue runs on the calling thread, targets included")
+TEST_CASE("a synchronous task of an idle serial queue runs on the calling thread, targets included")
 {
     auto base = Queue::createSerial("com.zerkolin.base");
     auto middle = Queue::createSerial("com.zerkolin.middle", base);
@@ -149,7 +149,7 @@ TEST_CASE("A synchronous task of an idle serial queue runs on the calling thread
     }
 }
 
-TEST_CASE("A synchronous task waits for the tasks before it and goes before those after it")
+TEST_CASE("a synchronous task waits for the tasks before it and goes before those after it")
 {
     auto queue = Queue::createSerial("com.zerkolin.turn");
     std::promise<void> opened;
@@ -171,7 +171,7 @@ TEST_CASE("A synchronous task waits for the tasks before it and goes before thos
     opener.join();
 }
 
-TEST_CASE("Tasks that are added during a synchronous task run after it")
+TEST_CASE("tasks that are added during a synchronous task run after it")
 {
     auto queue = Queue::createSerial("com.zerkolin.during");
     std::vector<int> order;
@@ -184,7 +184,7 @@ TEST_CASE("Tasks that are added during a synchronous task run after it")
     CHECK(order == std::vector{1, 2, 3});
 }
 
-TEST_CASE("Two queues that target one serial queue never run at once, nor with that queue itself")
+TEST_CASE("two queues that target one serial queue never run at once, nor with that queue itself")
 {
     auto target = Queue::createSerial("com.zerkolin.target");
     std::vector queues{Queue::createSerial("com.zerkolin.one", target), Queue::createSerial("com.zerkolin.two", target),
@@ -205,7 +205,7 @@ TEST_CASE("Two queues that target one serial queue never run at once, nor with t
     CHECK(overlap.most() == 1);
 }
 
-TEST_CASE("Two queues without a target run at the same time")
+TEST_CASE("two queues without a target run at the same time")
 {
     std::latch meeting(2);
     auto one = Queue::createSerial("com.zerkolin.one");
@@ -217,7 +217,7 @@ TEST_CASE("Two queues without a target run at the same time")
     CHECK(meeting.try_wait());
 }
 
-TEST_CASE("A queue may target the global queue")
+TEST_CASE("a queue may target the global queue")
 {
     auto queue = Queue::createSerial("com.zerkolin.explicit", Queue::global());
     CHECK(queue->target() == Queue::global());
@@ -229,7 +229,7 @@ TEST_CASE("A queue may target the global queue")
     CHECK(std::is_sorted(order.begin(), order.end()));
 }
 
-TEST_CASE("A task may use another queue synchronously, and its own asynchronously")
+TEST_CASE("a task may use another queue synchronously, and its own asynchronously")
 {
     auto outer = Queue::createSerial("com.zerkolin.outer");
     auto inner = Queue::createSerial("com.zerkolin.inner");
@@ -242,7 +242,7 @@ TEST_CASE("A task may use another queue synchronously, and its own asynchronousl
     CHECK(answer.get_future().get() == 42);
 }
 
-TEST_CASE("Tasks that block the global queue do not keep a serial queue from running")
+TEST_CASE("tasks that block the global queue do not keep a serial queue from running")
 {
     auto queue = Queue::createSerial("com.zerkolin.needed");
     std::promise<void> busy;
@@ -263,7 +263,7 @@ TEST_CASE("Tasks that block the global queue do not keep a serial queue from run
     CHECK(done.try_wait());
 }
 
-TEST_CASE("A queue without handles lives until its last task has run, and no longer")
+TEST_CASE("a queue without handles lives until its last task has run, and no longer")
 {
     std::promise<void> opened;
     std::promise<void> finished;
@@ -280,7 +280,7 @@ TEST_CASE("A queue without handles lives until its last task has run, and no lon
     CHECK(eventually([&] { return weak.expired(); }));
 }
 
-TEST_CASE("What a task holds is dropped before the next task runs")
+TEST_CASE("what a task holds is dropped before the next task runs")
 {
     auto queue = Queue::createSerial("com.zerkolin.captures");
     auto held = std::make_shared<int>(7);
@@ -294,7 +294,7 @@ TEST_CASE("What a task holds is dropped before the next task runs")
     CHECK(dropped);
 }
 
-TEST_CASE("A queue knows its label and target, and the thread that runs its tasks shows the label's end")
+TEST_CASE("a queue knows its label and target, and the thread that runs its tasks shows the label's end")
 {
     auto target = Queue::createSerial("com.zerkolin.target");
     auto queue = Queue::createSerial("com.zerkolin.labels-and-targets", target);
@@ -311,7 +311,7 @@ TEST_CASE("A queue knows its label and target, and the thread that runs its task
     CHECK(name.get_future().get() == "zerkolin.target");
 }
 
-TEST_CASE("Threads that wait for work do not wake by themselves")
+TEST_CASE("threads that wait for work do not wake by themselves")
 {
     std::latch meeting(4);
     std::latch done(4);
@@ -334,7 +334,7 @@ TEST_CASE("Threads that wait for work do not wake by themselves")
     }
 }
 
-TEST_CASE("The process's signals are not delivered to the threads of the queues")
+TEST_CASE("the process's signals are not delivered to the threads of the queues")
 {
     std::promise<bool> blocked;
     Queue::createSerial("com.zerkolin.signals")->async([&] {
@@ -346,7 +346,7 @@ TEST_CASE("The process's signals are not delivered to the threads of the queues"
     CHECK(blocked.get_future().get());
 }
 
-TEST_CASE("A task that throws ends the process instead of letting the exception through")
+TEST_CASE("a task that throws ends the process instead of letting the exception through")
 {
     pid_t child = ::fork();
     if (child == 0) {
@@ -367,7 +367,7 @@ TEST_CASE("A task that throws ends the process instead of letting the exception 
     CHECK(WTERMSIG(status) == SIGABRT);
 }
 
-TEST_CASE("A process whose queues are at work ends at once and in order")
+TEST_CASE("a process whose queues are at work ends at once and in order")
 {
     for (int round = 0; round < 10; ++round) {
         ChildProcess probe({QUEUE_EXIT_PROBE});

@@ -11,7 +11,7 @@ const Grants::Clock::time_point start{};
 
 } // namespace
 
-TEST_CASE("A grant holds for the process and the action that it was given for")
+TEST_CASE("a grant holds for the process and the action that it was given for")
 {
     Grants grants;
     auto identifier = grants.add(asker, "a", start).identifier;
@@ -21,14 +21,14 @@ TEST_CASE("A grant holds for the process and the action that it was given for")
     CHECK_FALSE(grants.find({101, 5}, "a", start));
 }
 
-TEST_CASE("A later process with the same number has no grant")
+TEST_CASE("a later process with the same number has no grant")
 {
     Grants grants;
     grants.add(asker, "a", start);
     CHECK_FALSE(grants.find({100, 6}, "a", start));
 }
 
-TEST_CASE("A grant ends after five minutes")
+TEST_CASE("a grant ends after five minutes")
 {
     using namespace std::chrono_literals;
     Grants grants;
@@ -38,7 +38,7 @@ TEST_CASE("A grant ends after five minutes")
     CHECK(grants.all(start + 300s).empty());
 }
 
-TEST_CASE("Grants are revoked by their identifier, and all those of a process at once")
+TEST_CASE("grants are revoked by their identifier, and all those of a process at once")
 {
     Grants grants;
     auto first = grants.add(asker, "a", start).identifier;
@@ -52,7 +52,7 @@ TEST_CASE("Grants are revoked by their identifier, and all those of a process at
     CHECK(grants.all(start).size() == 1);
 }
 
-TEST_CASE("A process is known by its number and start time while it runs")
+TEST_CASE("a process is known by its number and start time while it runs")
 {
     auto self = Process::running(static_cast<std::uint32_t>(::getpid()));
     REQUIRE(self);

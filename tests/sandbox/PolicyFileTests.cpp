@@ -3,7 +3,7 @@
 
 #include <doctest/doctest.h>
 
-TEST_CASE("The prompt of an action is its message that is in no particular language")
+TEST_CASE("the prompt of an action is its message that is in no particular language")
 {
     TemporaryDirectory folder;
     auto path = folder.write("policy",
@@ -14,7 +14,7 @@ TEST_CASE("The prompt of an action is its message that is in no particular langu
     CHECK(PolicyFile::promptsInFile(path) == PolicyFile::Prompts{{"a.b", "Allow a & b?"}, {"c", "C?"}});
 }
 
-TEST_CASE("A policy file that is missing or damaged has no prompts")
+TEST_CASE("a policy file that is missing or damaged has no prompts")
 {
     TemporaryDirectory folder;
     CHECK_FALSE(PolicyFile::promptsInFile(folder.file("none")));

@@ -5,7 +5,7 @@
 using platform::Dictionary;
 using Lines = Story::Lines;
 
-TEST_CASE("A change of the schedule settles what came before it")
+TEST_CASE("a change of the schedule settles what came before it")
 {
     const auto record = dailyRecord(9, 0);
     CHECK(Story(record)
@@ -16,7 +16,7 @@ TEST_CASE("A change of the schedule settles what came before it")
           == Lines{"06-01 09:00:00 blocked 06-01 09:00:00 battery"});
 }
 
-TEST_CASE("A record that differs in what the present mode does not read is no other schedule")
+TEST_CASE("a record that differs in what the present mode does not read is no other schedule")
 {
     const auto record = dailyRecord(9, 0);
     const Lines started{"06-01 09:00:00 blocked 06-01 09:00:00 battery", "06-01 09:06:00 start 06-01 09:00:00",
@@ -39,7 +39,7 @@ TEST_CASE("A record that differs in what the present mode does not read is no ot
     CHECK(played(with(record, "Disabled", true)).size() == 1);
 }
 
-TEST_CASE("When inactive, the empty sub-record and an absent one are the same, another one is another schedule")
+TEST_CASE("when inactive, the empty sub-record and an absent one are the same, another one is another schedule")
 {
     const auto starts = [](const ScheduleSettings& after) {
         return Story(inactiveRecord()).results({false}).apply(at(0, 7), after).lasting(at(0, 10)).play().size() == 4;
@@ -50,7 +50,7 @@ TEST_CASE("When inactive, the empty sub-record and an absent one are the same, a
     CHECK_FALSE(starts(with(inactiveRecord(), "WhenInactive", Dictionary{{"A", 1}})));
 }
 
-TEST_CASE("A backup that was due is owed by a calendar with ASAP that comes into force")
+TEST_CASE("a backup that was due is owed by a calendar with ASAP that comes into force")
 {
     CHECK(Story(intervalRecord("Hours", 1))
               .first({{"Battery", true}})
@@ -70,7 +70,7 @@ TEST_CASE("A backup that was due is owed by a calendar with ASAP that comes into
           == 3);
 }
 
-TEST_CASE("Nothing is owed to a schedule that is off, or no calendar with ASAP")
+TEST_CASE("nothing is owed to a schedule that is off, or no calendar with ASAP")
 {
     const auto last = [](const ScheduleSettings& between) {
         return Story(dailyRecord(1, 0, true))
@@ -90,7 +90,7 @@ TEST_CASE("Nothing is owed to a schedule that is off, or no calendar with ASAP")
     CHECK(last(dailyRecord(8, 0, true)) == "06-01 03:00:00 end well");
 }
 
-TEST_CASE("A backup that waited for its retry is owed, as of the end of the one that failed")
+TEST_CASE("a backup that waited for its retry is owed, as of the end of the one that failed")
 {
     CHECK(Story(dailyRecord(1, 0, true))
               .results({false})
@@ -101,7 +101,7 @@ TEST_CASE("A backup that waited for its retry is owed, as of the end of the one 
                    "06-01 01:02:00 start 06-01 01:00:00", "06-01 01:02:00 end well"});
 }
 
-TEST_CASE("A backup that was due stays owed in another zone")
+TEST_CASE("a backup that was due stays owed in another zone")
 {
     CHECK(Story(dailyRecord(9, 0, true))
               .first({{"Battery", true}})
@@ -113,14 +113,14 @@ TEST_CASE("A backup that was due stays owed in another zone")
                    "06-01 07:00:00 end well"});
 }
 
-TEST_CASE("Travelling west, 09:00 can come twice within a day")
+TEST_CASE("travelling west, 09:00 can come twice within a day")
 {
     CHECK(Story(dailyRecord(9, 0)).travel(at(10, 0), "America/New_York").play()
           == Lines{"06-01 09:00:00 start 06-01 09:00:00", "06-01 09:00:00 end well",
                    "06-01 09:00:00 start 06-01 13:00:00", "06-01 09:00:00 end well"});
 }
 
-TEST_CASE("Travelling east, moments that now lie more than 600 seconds back are settled untold")
+TEST_CASE("travelling east, moments that now lie more than 600 seconds back are settled untold")
 {
     CHECK(Story(dailyRecord(9, 0)).travel(at(7, 10, 1), "Europe/Berlin").lasting(at(12, 0)).play().empty());
     CHECK(Story(dailyRecord(9, 0)).travel(at(7, 10), "Europe/Berlin").lasting(at(12, 0)).play()
@@ -129,7 +129,7 @@ TEST_CASE("Travelling east, moments that now lie more than 600 seconds back are 
           == Lines{"06-01 10:00:00 start 06-01 07:00:00", "06-01 10:00:00 end well"});
 }
 
-TEST_CASE("A change to a zone of the same name is none")
+TEST_CASE("a change to a zone of the same name is none")
 {
     CHECK(Story(dailyRecord(1, 0, true)).results({false}).travel(at(1, 2), "UTC").lasting(at(1, 3)).play().size() == 2);
     CHECK(Story(dailyRecord(1, 0, true)).results({false}).travel(at(1, 2), "Etc/UTC").lasting(at(1, 3)).play().size()

@@ -4,7 +4,7 @@
 
 using Lines = Story::Lines;
 
-TEST_CASE("Events that come in sleep take effect then and are looked at on waking")
+TEST_CASE("events that come in sleep take effect then and are looked at on waking")
 {
     CHECK(Story(dailyRecord(9, 0, true))
               .first({{"Battery", true}})
@@ -18,7 +18,7 @@ TEST_CASE("Events that come in sleep take effect then and are looked at on wakin
           == Lines{"06-01 12:00:00 start 06-01 09:00:00", "06-01 12:00:00 end well"});
 }
 
-TEST_CASE("A backup that runs when the computer falls asleep ends after waking with the rest of its duration")
+TEST_CASE("a backup that runs when the computer falls asleep ends after waking with the rest of its duration")
 {
     CHECK(Story(dailyRecord(9, 0)).backupsTake(600).sleep(at(9, 4), at(12, 0)).play()
           == Lines{"06-01 09:00:00 start 06-01 09:00:00", "06-01 12:06:00 end well"});
@@ -26,7 +26,7 @@ TEST_CASE("A backup that runs when the computer falls asleep ends after waking w
           == Lines{"06-01 09:00:00 start 06-01 09:00:00", "06-01 12:00:00 end well"});
 }
 
-TEST_CASE("A clock that is put forward is as sleep")
+TEST_CASE("a clock that is put forward is as sleep")
 {
     CHECK(Story(dailyRecord(9, 0)).setClockBy(at(8, 0), at(3, 0)).lasting(at(10, 0)).play()
           == Lines{"06-01 11:00:00 missed 06-01 09:00:00 asleep"});
@@ -36,7 +36,7 @@ TEST_CASE("A clock that is put forward is as sleep")
           == Lines{"06-01 09:10:00 start 06-01 09:00:00", "06-01 09:10:00 end well"});
 }
 
-TEST_CASE("A clock that is put back by at most 3,600 seconds brings nothing again")
+TEST_CASE("a clock that is put back by at most 3,600 seconds brings nothing again")
 {
     CHECK(Story(dailyRecord(9, 0)).setClockBy(at(9, 30), -3'600).lasting(at(12, 0)).play().size() == 2);
     CHECK(Story(dailyRecord(9, 0))
@@ -51,7 +51,7 @@ TEST_CASE("A clock that is put back by at most 3,600 seconds brings nothing agai
                    "06-01 09:00:00 start 06-01 09:00:00", "06-01 09:00:00 end well"});
 }
 
-TEST_CASE("A due moment that comes to lie in the future is not due until then")
+TEST_CASE("a due moment that comes to lie in the future is not due until then")
 {
     CHECK(Story(dailyRecord(9, 0))
               .first({{"Battery", true}})
@@ -63,7 +63,7 @@ TEST_CASE("A due moment that comes to lie in the future is not due until then")
                    "06-01 09:00:00 end well"});
 }
 
-TEST_CASE("A clock put back within the time of a moment lets it come again, with the reasons of then")
+TEST_CASE("a clock put back within the time of a moment lets it come again, with the reasons of then")
 {
     CHECK(Story(calendarRecord({entry(8, 0), entry(9, 0)}))
               .backupsTake(at(3, 0))
@@ -77,7 +77,7 @@ TEST_CASE("A clock put back within the time of a moment lets it come again, with
           == "06-01 10:30:00 missed 06-01 09:00:00 running");
 }
 
-TEST_CASE("Put back by more than 3,600 seconds, what lies in the future becomes now")
+TEST_CASE("put back by more than 3,600 seconds, what lies in the future becomes now")
 {
     // The interval counts from the new now.
     CHECK(Story(intervalRecord("Hours", 5)).setClockBy(at(6, 0), -at(4, 0)).lasting(at(12, 0)).play()

@@ -28,7 +28,7 @@ Now nowAt(std::int64_t seconds)
 
 } // namespace
 
-TEST_CASE("The suspension holds from its start until before its end")
+TEST_CASE("the suspension holds from its start until before its end")
 {
     const auto record = dailyRecord(9, 0);
     CHECK_FALSE(startsAt9(Story(suspendedBetween(record, 9, 0, 10, 0))));
@@ -38,13 +38,13 @@ TEST_CASE("The suspension holds from its start until before its end")
     CHECK(startsAt9(Story(with(suspendedBetween(record, 9, 0, 10, 0), "Suspend", false))));
 }
 
-TEST_CASE("A suspension whose end is before its start crosses midnight")
+TEST_CASE("a suspension whose end is before its start crosses midnight")
 {
     CHECK_FALSE(startsAt9(Story(suspendedBetween(dailyRecord(9, 0), 22, 0, 9, 1))));
     CHECK_FALSE(startsAt9(Story(suspendedBetween(dailyRecord(9, 0), 9, 0, 6, 0))));
 }
 
-TEST_CASE("Equal times, and values out of range, suspend nothing, and a missing value is 0")
+TEST_CASE("equal times, and values out of range, suspend nothing, and a missing value is 0")
 {
     CHECK(startsAt9(Story(suspendedBetween(dailyRecord(9, 0), 9, 0, 9, 0))));
     CHECK(startsAt9(Story(suspendedBetween(dailyRecord(9, 0), 24, 0, 10, 0))));
@@ -56,14 +56,14 @@ TEST_CASE("Equal times, and values out of range, suspend nothing, and a missing 
     CHECK_FALSE(startsAt9(Story(with(record, "SuspendSettings", Dictionary{{"StartHour", 9}}))));
 }
 
-TEST_CASE("A backup that waits starts when the suspension ends")
+TEST_CASE("a backup that waits starts when the suspension ends")
 {
     CHECK(Story(suspendedBetween(dailyRecord(23, 0, true), 22, 0, 6, 0)).lasting(days(2)).play()
           == Lines{"06-01 23:00:00 blocked 06-01 23:00:00 suspended", "06-02 06:00:00 start 06-01 23:00:00",
                    "06-02 06:00:00 end well", "06-02 23:00:00 blocked 06-02 23:00:00 suspended"});
 }
 
-TEST_CASE("Battery power stands in the way of machines that have one, unless it is allowed")
+TEST_CASE("battery power stands in the way of machines that have one, unless it is allowed")
 {
     const auto record = dailyRecord(9, 0);
     CHECK_FALSE(startsAt9(Story(record).first({{"Battery", true}})));
@@ -71,7 +71,7 @@ TEST_CASE("Battery power stands in the way of machines that have one, unless it 
     CHECK(startsAt9(Story(with(record, "AllowBattery", true)).first({{"Battery", true}})));
 }
 
-TEST_CASE("The advanced conditions stand in the way only where the record says so")
+TEST_CASE("the advanced conditions stand in the way only where the record says so")
 {
     const auto record = dailyRecord(9, 0);
     const Dictionary all{{"Passive", true}, {"SleepPreventers", true}, {"Wired", false}};
@@ -89,7 +89,7 @@ TEST_CASE("The advanced conditions stand in the way only where the record says s
     CHECK(Story(with(record, "DontRunWhenNotNetworkWired", true)).first(all).play().front().ends_with(" notWired"));
 }
 
-TEST_CASE("All reasons are told in their order")
+TEST_CASE("all reasons are told in their order")
 {
     ScheduleSettings record = suspendedBetween(dailyRecord(9, 0), 8, 0, 10, 0);
     for (const char* key : {"DontRunWhenPassive", "DontRunWithSleepPreventers", "DontRunWhenNotNetworkWired"})
@@ -106,7 +106,7 @@ TEST_CASE("All reasons are told in their order")
     CHECK_FALSE(look.shouldStart());
 }
 
-TEST_CASE("A blocked backup is told when its reasons change, and not for another moment alone")
+TEST_CASE("a blocked backup is told when its reasons change, and not for another moment alone")
 {
     CHECK(Story(calendarRecord({entry(9, 0), entry(9, 5)}))
               .first({{"Battery", true}})
@@ -127,20 +127,20 @@ TEST_CASE("A blocked backup is told when its reasons change, and not for another
                    "06-01 09:04:00 end well"});
 }
 
-TEST_CASE("Nothing due between two looks makes the same reasons news")
+TEST_CASE("nothing due between two looks makes the same reasons news")
 {
     CHECK(Story(calendarRecord({entry(9, 0), entry(10, 0)})).first({{"Battery", true}}).lasting(at(10, 1)).play()
           == Lines{"06-01 09:00:00 blocked 06-01 09:00:00 battery", "06-01 09:10:01 missed 06-01 09:00:00 battery",
                    "06-01 10:00:00 blocked 06-01 10:00:00 battery"});
 }
 
-TEST_CASE("A running backup is not ended because a condition changed")
+TEST_CASE("a running backup is not ended because a condition changed")
 {
     CHECK(Story(dailyRecord(9, 0)).backupsTake(600).set(at(9, 1), "Battery", true).play()
           == Lines{"06-01 09:00:00 start 06-01 09:00:00", "06-01 09:10:00 end well"});
 }
 
-TEST_CASE("While the record is off nothing is due, no retry either, and a running backup runs on")
+TEST_CASE("while the record is off nothing is due, no retry either, and a running backup runs on")
 {
     CHECK(Story(with(dailyRecord(9, 0), "Backups", false)).play().empty());
     CHECK(Story(with(dailyRecord(9, 0), "Disabled", true)).play().empty());
@@ -152,14 +152,14 @@ TEST_CASE("While the record is off nothing is due, no retry either, and a runnin
           == Lines{"06-01 09:00:00 start 06-01 09:00:00", "06-01 09:10:00 end badly"});
 }
 
-TEST_CASE("An empty record, and an unknown mode, are off and when inactive")
+TEST_CASE("an empty record, and an unknown mode, are off and when inactive")
 {
     CHECK(Story(ScheduleSettings()).play().empty());
     CHECK(Story(with(inactiveRecord(), "BackupsMode", "Other")).lasting(300).play().size() == 2);
     CHECK(Story(ScheduleSettings{{"Backups", true}}).lasting(300).play().size() == 2);
 }
 
-TEST_CASE("A start by hand is a start like any other, but leaves the time of day")
+TEST_CASE("a start by hand is a start like any other, but leaves the time of day")
 {
     Scheduler scheduler = schedulerOf(intervalRecord("Days", 1));
     scheduler.started(Scheduler::Start::ByHand, nowAt(at(15, 0)));
@@ -171,7 +171,7 @@ TEST_CASE("A start by hand is a start like any other, but leaves the time of day
     CHECK(scheduler.status(nowAt(at(16, 0))).due == nowAt(days(1) + at(15, 0)).clock);
 }
 
-TEST_CASE("The status says how things stand")
+TEST_CASE("the status says how things stand")
 {
     Scheduler scheduler = schedulerOf(dailyRecord(9, 0));
     CHECK(scheduler.status(nowAt(0)).state == State::Waiting);
@@ -192,7 +192,7 @@ TEST_CASE("The status says how things stand")
     CHECK(std::string(stateName(State::Running)) == "running");
 }
 
-TEST_CASE("Entries that the suspension makes miss each time are found")
+TEST_CASE("entries that the suspension makes miss each time are found")
 {
     const auto misses = [](const ScheduleSettings& record) { return schedulerOf(record).missesEntriesInSuspension(); };
     CHECK(misses(suspendedBetween(dailyRecord(9, 0), 8, 0, 10, 0)));

@@ -69,7 +69,7 @@ Dictionary withEvent(const Dictionary& event)
 
 } // namespace
 
-TEST_CASE("The simulation prints an object a line")
+TEST_CASE("the simulation prints an object a line")
 {
     auto story = Story(dailyRecord(2, 30)).in("Europe/Berlin", "2026-10-24T12:00:00Z").backupsTake(60).results({false});
     CHECK(
@@ -89,7 +89,7 @@ TEST_CASE("The simulation prints an object a line")
     CHECK(std::count(many.output.begin(), many.output.end(), '\n') == 120);
 }
 
-TEST_CASE("The simulation reads XML, and refuses old-style text that has no dates with a sentence")
+TEST_CASE("the simulation reads XML, and refuses old-style text that has no dates with a sentence")
 {
     const auto outcome = simulateFile(R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0"><dict>
@@ -107,7 +107,7 @@ TEST_CASE("The simulation reads XML, and refuses old-style text that has no date
     CHECK(refused.errors == "The simulation's 'From' is no date.\n");
 }
 
-TEST_CASE("The seconds of the beginning and of the end are both looked at")
+TEST_CASE("the seconds of the beginning and of the end are both looked at")
 {
     CHECK(Story(intervalRecord("Minutes", 1)).lastStart("2026-05-31T23:59:00Z").lasting(0).play().size() == 2);
     CHECK(Story(intervalRecord("Minutes", 1)).lasting(60).play().size() == 2);
@@ -128,7 +128,7 @@ TEST_CASE("The seconds of the beginning and of the end are both looked at")
           == 1);
 }
 
-TEST_CASE("At the same second given events come first, then ends, then looks")
+TEST_CASE("at the same second given events come first, then ends, then looks")
 {
     CHECK(Story(intervalRecord("Minutes", 2))
               .backupsTake(60)
@@ -140,7 +140,7 @@ TEST_CASE("At the same second given events come first, then ends, then looks")
                           "06-01 00:04:00 start 06-01 00:04:00"});
 }
 
-TEST_CASE("A file that is no property list is refused with one sentence")
+TEST_CASE("a file that is no property list is refused with one sentence")
 {
     for (const char* content : {"", "bplist00", "<plist><dict>", "\xff\xfe", "( a, b"}) {
         const auto outcome = simulateFile(content);
@@ -155,7 +155,7 @@ TEST_CASE("A file that is no property list is refused with one sentence")
     CHECK(isRefused("text"));
 }
 
-TEST_CASE("A missing or senseless value is refused with one sentence")
+TEST_CASE("a missing or senseless value is refused with one sentence")
 {
     CHECK(simulate(script()).status == 0);
     for (const char* key : {"Record", "Zone", "From", "Until"}) {
@@ -179,7 +179,7 @@ TEST_CASE("A missing or senseless value is refused with one sentence")
     CHECK(isRefused(changed("Events", Array{5})));
 }
 
-TEST_CASE("A senseless event is refused with one sentence")
+TEST_CASE("a senseless event is refused with one sentence")
 {
     CHECK(simulate(withEvent({{"At", 1}, {"Asleep", true}, {"Unknown", 1}})).status == 0);
     CHECK(isRefused(withEvent({{"Asleep", true}})));
@@ -200,7 +200,7 @@ TEST_CASE("A senseless event is refused with one sentence")
     CHECK(simulate(changed("Events", Array{early, late, late})).status == 0);
 }
 
-TEST_CASE("Without a file the program tells its usage")
+TEST_CASE("without a file the program tells its usage")
 {
     ChildProcess program({"/bin/sh", "-c", R"(exec "$0" --simulate 2>&1)", BREVANE_SCHEDULER_HELPER});
     CHECK(program.readAll().find("--simulate FILE") != std::string::npos);

@@ -30,7 +30,7 @@ using Texts = std::vector<std::string>;
 
 } // namespace
 
-TEST_CASE("The next moments of a calendar are marked where a gap moves them and where their time comes twice")
+TEST_CASE("the next moments of a calendar are marked where a gap moves them and where their time comes twice")
 {
     CHECK(upcoming(dailyRecord(2, 30), "Europe/Berlin", "2026-03-28T12:00:00Z", 2)
           == Texts{"2026-03-29T03:00:00+02:00 shifted", "2026-03-30T02:30:00+02:00"});
@@ -42,7 +42,7 @@ TEST_CASE("The next moments of a calendar are marked where a gap moves them and 
     CHECK(upcoming(dailyRecord(9, 0), "UTC", "2026-06-01T09:00:00Z", 1) == Texts{"2026-06-02T09:00:00+00:00"});
 }
 
-TEST_CASE("The next moments of an interval are as if each backup started in its moment")
+TEST_CASE("the next moments of an interval are as if each backup started in its moment")
 {
     CHECK(upcoming(intervalRecord("Hours", 6), "UTC", "2026-06-01T00:00:00Z", 3)
           == Texts{"2026-06-01T06:00:00+00:00", "2026-06-01T12:00:00+00:00", "2026-06-01T18:00:00+00:00"});
@@ -50,7 +50,7 @@ TEST_CASE("The next moments of an interval are as if each backup started in its 
           == Texts{"2026-03-29T03:00:00+02:00 shifted", "2026-03-30T02:30:00+02:00"});
 }
 
-TEST_CASE("When inactive one moment is known at most, and none while the record is off")
+TEST_CASE("when inactive one moment is known at most, and none while the record is off")
 {
     CHECK(upcoming(inactiveRecord(), "UTC", "2026-06-01T00:00:00Z", 20) == Texts{"2026-06-01T00:05:00+00:00"});
     CHECK(upcoming(with(dailyRecord(9, 0), "Disabled", true), "UTC", "2026-06-01T00:00:00Z", 20).empty());

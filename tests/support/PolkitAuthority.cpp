@@ -1,12 +1,13 @@
 #include "tests/support/PolkitAuthority.h"
 
+#include "platform/linux/system/queues/EventDescriptor.h"
+
 #include <array>
 #include <condition_variable>
 #include <map>
 #include <mutex>
 #include <poll.h>
 #include <stdexcept>
-#include <sys/eventfd.h>
 #include <systemd/sd-bus.h>
 #include <thread>
 #include <unistd.h>
@@ -67,7 +68,7 @@ struct PolkitAuthority::State {
     int answer(sd_bus_message* message, const Call& call);
     int answerFromGrants(sd_bus_message* message, const Call& call);
     int revoke(sd_bus_message* message);
-    void wake() const { eventfd_write(signal, 1); }
+    void wake() const { signal.signal(); }
 
     static int handleCheck(sd_bus_message* message, void* state, sd_bus_error*)
     {
@@ -81,7 +82,7 @@ struct PolkitAuthority::State {
     mutable std::mutex mutex;
     mutable std::condition_variable called;
     sd_bus* bus = nullptr;
-    const int signal = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    const platform::EventDescriptor signal;
     bool isStopping = false;
     bool isCrashing = false;
     std::map<std::string, Answer> script;
@@ -124,11 +125,10 @@ void PolkitAuthority::State::serve()
         if (std::exchange(isCrashing, false))
             close();
         const short events = static_cast<short>(bus ? std::max(sd_bus_get_events(bus), 0) : 0);
-        std::array<pollfd, 2> descriptors = {{{bus ? sd_bus_get_fd(bus) : -1, events, 0}, {signal, POLLIN, 0}}};
+        std::array<pollfd, 2> descriptors = {{{bus ? sd_bus_get_fd(bus) : -1, events, 0}, {signal.get(), POLLIN, 0}}};
         lock.unlock();
         ::poll(descriptors.data(), descriptors.size(), -1);
-        eventfd_t count = 0;
-        eventfd_read(signal, &count);
+        signal.reset();
         lock.lock();
     }
 }
@@ -207,7 +207,6 @@ PolkitAuthority::~PolkitAuthority()
     }
     _state->thread.join();
     _state->close();
-    ::close(_state->signal);
 }
 
 void PolkitAuthority::setAnswer(const std::string& action, Answer answer)

@@ -65,7 +65,7 @@ private:
 
 } // namespace
 
-TEST_CASE("A unit that may start is enabled, one that was switched off requires approval")
+TEST_CASE("a unit that may start is enabled, one that was switched off requires approval")
 {
     PrivateBus bus;
     for (const char* state : {"enabled", "enabled-runtime", "static", "linked", "indirect", "alias", "generated"}) {
@@ -80,7 +80,7 @@ TEST_CASE("A unit that may start is enabled, one that was switched off requires 
     }
 }
 
-TEST_CASE("A unit that the service manager does not know is not found")
+TEST_CASE("a unit that the service manager does not know is not found")
 {
     PrivateBus bus;
     for (const char* state : {"", "bad", "error:org.freedesktop.systemd1.NoSuchUnit", "error:System.Error.ENOENT"}) {
@@ -92,7 +92,7 @@ TEST_CASE("A unit that the service manager does not know is not found")
     CHECK(platform::backgroundItemStatus("/Library/LaunchDaemons/other.plist") == BackgroundItemStatus::NotFound);
 }
 
-TEST_CASE("Without a service manager, or with one that refuses, there is no answer")
+TEST_CASE("without a service manager, or with one that refuses, there is no answer")
 {
     PrivateBus bus;
     CHECK_FALSE(platform::backgroundItemStatus(launchDaemon));
@@ -100,13 +100,13 @@ TEST_CASE("Without a service manager, or with one that refuses, there is no answ
     CHECK_FALSE(platform::backgroundItemStatus(launchDaemon));
 }
 
-TEST_CASE("Without a bus there is no answer")
+TEST_CASE("without a bus there is no answer")
 {
     EnvironmentVariable address("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
     CHECK_FALSE(platform::backgroundItemStatus(launchDaemon));
 }
 
-TEST_CASE("A service manager that hangs is not waited for without end")
+TEST_CASE("a service manager that hangs is not waited for without end")
 {
     PrivateBus bus;
     sd_bus* silent = nullptr;

@@ -32,7 +32,7 @@ int minutesAheadIn(const char* zone)
 
 } // namespace
 
-TEST_CASE("The current time of day is that of the user's time zone")
+TEST_CASE("the current time of day is that of the user's time zone")
 {
     CHECK(minutesAheadIn("UTC0") == 0);
     CHECK(minutesAheadIn("XXX-05:30") == 330);

@@ -9,7 +9,7 @@
 #include <sys/mount.h>
 #include <sys/stat.h>
 
-TEST_CASE("A folder is made with those above it, as the umask has them")
+TEST_CASE("a folder is made with those above it, as the umask has them")
 {
     TemporaryDirectory folder;
     const auto mask = ::umask(027);
@@ -22,7 +22,7 @@ TEST_CASE("A folder is made with those above it, as the umask has them")
     }
 }
 
-TEST_CASE("A folder that is there already is a success, with a slash at its end too")
+TEST_CASE("a folder that is there already is a success, with a slash at its end too")
 {
     TemporaryDirectory folder;
     CHECK(platform::createFolder(folder.path()));
@@ -32,7 +32,7 @@ TEST_CASE("A folder that is there already is a success, with a slash at its end 
     CHECK(std::filesystem::is_directory(folder.file("new")));
 }
 
-TEST_CASE("A folder that cannot be made says why")
+TEST_CASE("a folder that cannot be made says why")
 {
     TemporaryDirectory folder;
     auto file = folder.write("file", "");
@@ -42,7 +42,7 @@ TEST_CASE("A folder that cannot be made says why")
     CHECK(platform::createFolder("").error() == ENOENT);
 }
 
-TEST_CASE("Removing a folder takes everything in it, and follows no link")
+TEST_CASE("removing a folder takes everything in it, and follows no link")
 {
     TemporaryDirectory folder;
     folder.write("kept/file", "kept");
@@ -63,7 +63,7 @@ TEST_CASE("Removing a folder takes everything in it, and follows no link")
     CHECK_FALSE(std::filesystem::exists(folder.file("kept/file")));
 }
 
-TEST_CASE("A very deep and a very wide folder are removed")
+TEST_CASE("a very deep and a very wide folder are removed")
 {
     TemporaryDirectory folder;
     std::string path = folder.file("gone");
@@ -76,14 +76,14 @@ TEST_CASE("A very deep and a very wide folder are removed")
     CHECK_FALSE(std::filesystem::exists(folder.file("gone")));
 }
 
-TEST_CASE("Removing a folder that is not there fails with ENOENT")
+TEST_CASE("removing a folder that is not there fails with ENOENT")
 {
     TemporaryDirectory folder;
     CHECK(platform::removeFolder(folder.file("none")) == std::unexpected(ENOENT));
     CHECK(platform::removeFolder("") == std::unexpected(ENOENT));
 }
 
-TEST_CASE("What cannot be removed is told, and the rest is removed")
+TEST_CASE("what cannot be removed is told, and the rest is removed")
 {
     TemporaryDirectory folder;
     folder.write("gone/busy/file", "text");

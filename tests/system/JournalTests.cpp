@@ -40,7 +40,7 @@ std::string entryOf(const std::vector<std::string>& entries, const std::string& 
 
 } // namespace
 
-TEST_CASE("The journal keeps each message with its type, priority, subsystem and category")
+TEST_CASE("the journal keeps each message with its type, priority, subsystem and category")
 {
     if (!canHaveJournal()) {
         MESSAGE("SKIPPED: a private journal needs root and systemd-journald");

@@ -14,7 +14,7 @@ std::string json(std::string_view text)
 
 } // namespace
 
-TEST_CASE("A JSON string keeps text of any script and escapes what JSON needs escaped")
+TEST_CASE("a JSON string keeps text of any script and escapes what JSON needs escaped")
 {
     CHECK(json("") == "\"\"");
     CHECK(json("Zürich 東京 😀 /") == "\"Zürich 東京 😀 /\"");
@@ -23,7 +23,7 @@ TEST_CASE("A JSON string keeps text of any script and escapes what JSON needs es
     CHECK(json(std::string_view("a\0b", 3)) == "\"a\\u0000b\"");
 }
 
-TEST_CASE("Bytes that are not UTF-8 are replaced, the text around them is kept")
+TEST_CASE("bytes that are not UTF-8 are replaced, the text around them is kept")
 {
     const std::string mark = "\uFFFD";
     CHECK(platform::validUTF8("caf\xE9!") == "caf" + mark + "!");
@@ -36,7 +36,7 @@ TEST_CASE("Bytes that are not UTF-8 are replaced, the text around them is kept")
     CHECK(json("\xFF\"") == "\"" + mark + "\\\"\"");
 }
 
-TEST_CASE("Whatever the bytes, the result is valid UTF-8 without control characters")
+TEST_CASE("whatever the bytes, the result is valid UTF-8 without control characters")
 {
     std::string bytes;
     for (int first = 0; first < 256; ++first) {

@@ -24,7 +24,7 @@ struct PowerFixture {
 
 } // namespace
 
-TEST_CASE_FIXTURE(PowerFixture, "A machine without power supplies or with mains alone has no battery")
+TEST_CASE_FIXTURE(PowerFixture, "a machine without power supplies or with mains alone has no battery")
 {
     CHECK(platform::supportsBatteryPower() == false);
     addSupply("AC", "Mains");
@@ -32,7 +32,7 @@ TEST_CASE_FIXTURE(PowerFixture, "A machine without power supplies or with mains 
     CHECK(platform::supportsBatteryPower() == false);
 }
 
-TEST_CASE_FIXTURE(PowerFixture, "A machine's own battery counts, one of a mouse or headset does not")
+TEST_CASE_FIXTURE(PowerFixture, "a machine's own battery counts, one of a mouse or headset does not")
 {
     addSupply("hidpp_battery_0", "Battery", "Device");
     CHECK(platform::supportsBatteryPower() == false);
@@ -40,7 +40,7 @@ TEST_CASE_FIXTURE(PowerFixture, "A machine's own battery counts, one of a mouse 
     CHECK(platform::supportsBatteryPower() == true);
 }
 
-TEST_CASE_FIXTURE(PowerFixture, "A battery of the system's scope counts, an uninterruptible supply is no battery")
+TEST_CASE_FIXTURE(PowerFixture, "a battery of the system's scope counts, an uninterruptible supply is no battery")
 {
     addSupply("ups", "UPS");
     CHECK(platform::supportsBatteryPower() == false);
@@ -48,7 +48,7 @@ TEST_CASE_FIXTURE(PowerFixture, "A battery of the system's scope counts, an unin
     CHECK(platform::supportsBatteryPower() == true);
 }
 
-TEST_CASE("A sandbox without power supplies of its own has the machine's")
+TEST_CASE("a sandbox without power supplies of its own has the machine's")
 {
     TemporaryDirectory root;
     EnvironmentVariable variable("BREVANE_ROOT", root.path());

@@ -22,7 +22,7 @@ struct PreferencesFixture {
 
 } // namespace
 
-TEST_CASE_FIXTURE(PreferencesFixture, "Preferences are read from the domain's file below the root")
+TEST_CASE_FIXTURE(PreferencesFixture, "preferences are read from the domain's file below the root")
 {
     write("<?xml version=\"1.0\" encoding=\"UTF-8\"?><plist version=\"1.0\"><dict>"
           "<key>AutoBackup</key><true/><key>RequiresACPower</key><integer>0</integer></dict></plist>");
@@ -32,7 +32,7 @@ TEST_CASE_FIXTURE(PreferencesFixture, "Preferences are read from the domain's fi
     CHECK_FALSE(platform::preferenceValue("AutoBackup", "com.apple.Other"));
 }
 
-TEST_CASE_FIXTURE(PreferencesFixture, "A change of the file shows in the next reading")
+TEST_CASE_FIXTURE(PreferencesFixture, "a change of the file shows in the next reading")
 {
     write("{ AutoBackup = 1; }");
     CHECK(value("AutoBackup"));
@@ -40,7 +40,7 @@ TEST_CASE_FIXTURE(PreferencesFixture, "A change of the file shows in the next re
     CHECK_FALSE(value("AutoBackup"));
 }
 
-TEST_CASE_FIXTURE(PreferencesFixture, "Preferences that are missing, damaged or no dictionary are nothing")
+TEST_CASE_FIXTURE(PreferencesFixture, "preferences that are missing, damaged or no dictionary are nothing")
 {
     CHECK_FALSE(value("AutoBackup"));
     for (const char* content :

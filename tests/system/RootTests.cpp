@@ -6,7 +6,7 @@
 #include <doctest/doctest.h>
 #include <unistd.h>
 
-TEST_CASE("Without a variable the product's paths stand below the folder that it is installed in")
+TEST_CASE("without a variable the product's paths stand below the folder that it is installed in")
 {
     EnvironmentVariable variable("BREVANE_ROOT");
     CHECK(platform::systemRoot() == "/opt/brevane");
@@ -16,7 +16,7 @@ TEST_CASE("Without a variable the product's paths stand below the folder that it
     CHECK(platform::systemRoot() == "/opt/brevane");
 }
 
-TEST_CASE("The variable names another root, with or without a slash at its end")
+TEST_CASE("the variable names another root, with or without a slash at its end")
 {
     EnvironmentVariable variable("BREVANE_ROOT", "/srv/sandbox");
     CHECK(platform::systemPath("/usr/bin/log") == "/srv/sandbox/usr/bin/log");
@@ -29,7 +29,7 @@ TEST_CASE("The variable names another root, with or without a slash at its end")
     CHECK_FALSE(platform::usesSandboxStore());
 }
 
-TEST_CASE("A relative root is taken from the current folder")
+TEST_CASE("a relative root is taken from the current folder")
 {
     EnvironmentVariable variable("BREVANE_ROOT", "build/root");
     char folder[4096];
@@ -37,7 +37,7 @@ TEST_CASE("A relative root is taken from the current folder")
     CHECK(platform::systemRoot() == std::string(folder) + "/build/root");
 }
 
-TEST_CASE("A root that the program fixes wins over the variable")
+TEST_CASE("a root that the program fixes wins over the variable")
 {
     EnvironmentVariable variable("BREVANE_ROOT", "/srv/sandbox");
     CHECK(inForkedProcess([] {

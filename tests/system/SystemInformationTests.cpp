@@ -23,7 +23,7 @@ bool isExactly(platform::OperatingSystemVersion version)
 
 } // namespace
 
-TEST_CASE("The system is 14.0.0 unless the environment says otherwise")
+TEST_CASE("the system is 14.0.0 unless the environment says otherwise")
 {
     EnvironmentVariable variable(versionVariable);
     CHECK(isExactly({14, 0, 0}));
@@ -36,7 +36,7 @@ TEST_CASE("The system is 14.0.0 unless the environment says otherwise")
     CHECK(isExactly({10, 13, 0}));
 }
 
-TEST_CASE("A malformed version is as good as none")
+TEST_CASE("a malformed version is as good as none")
 {
     for (const char* text : {"", ".", "10.", "10..1", "ten", "10.12.6.1", "-10.9.5", "10.-9.5", "10.9.5 ", " 10.9.5",
                              "10,9,5", "99999999999999999999.0.0"}) {
@@ -46,7 +46,7 @@ TEST_CASE("A malformed version is as good as none")
     }
 }
 
-TEST_CASE("Versions are compared number by number")
+TEST_CASE("versions are compared number by number")
 {
     EnvironmentVariable variable(versionVariable, "10.12.6");
     CHECK(platform::isOperatingSystemAtLeast({10, 9, 9}));
@@ -57,7 +57,7 @@ TEST_CASE("Versions are compared number by number")
     CHECK_FALSE(platform::isOperatingSystemAtLeast({11, 0, 0}));
 }
 
-TEST_CASE("The version query is there from 10.10 on")
+TEST_CASE("the version query is there from 10.10 on")
 {
     EnvironmentVariable variable(versionVariable, "10.9.5");
     CHECK_FALSE(platform::offersOperatingSystemQuery());
@@ -67,7 +67,7 @@ TEST_CASE("The version query is there from 10.10 on")
     CHECK(platform::offersOperatingSystemQuery());
 }
 
-TEST_CASE("The home folder is HOME, otherwise the account's, without a slash at the end")
+TEST_CASE("the home folder is HOME, otherwise the account's, without a slash at the end")
 {
     EnvironmentVariable home("HOME", "/home/someone/");
     CHECK(platform::homeDirectory() == "/home/someone");
@@ -75,7 +75,7 @@ TEST_CASE("The home folder is HOME, otherwise the account's, without a slash at 
     CHECK(platform::homeDirectory() == ::getpwuid(::geteuid())->pw_dir);
 }
 
-TEST_CASE("The bundle version is the release with the number of the build")
+TEST_CASE("the bundle version is the release with the number of the build")
 {
     const auto version = platform::bundleVersion();
     CAPTURE(version);
@@ -83,7 +83,7 @@ TEST_CASE("The bundle version is the release with the number of the build")
     CHECK(std::ranges::all_of(version, [](unsigned char c) { return std::isdigit(c) || c == '.'; }));
 }
 
-TEST_CASE("The process, a forked one too, and its user are the system's")
+TEST_CASE("the process, a forked one too, and its user are the system's")
 {
     CHECK(platform::processIdentifier() == ::getpid());
     CHECK(inForkedProcess([] { return platform::processIdentifier() == ::getpid() ? "its own" : "its parent's"; })
@@ -92,7 +92,7 @@ TEST_CASE("The process, a forked one too, and its user are the system's")
     CHECK(platform::effectiveUserIdentifier() == ::geteuid());
 }
 
-TEST_CASE("Files and folders exist, dangling links do not")
+TEST_CASE("files and folders exist, dangling links do not")
 {
     TemporaryDirectory folder;
     auto file = folder.write("file", "");

@@ -56,7 +56,7 @@ std::string membersAfterTimestamp(const std::string& line)
 
 } // namespace
 
-TEST_CASE_FIXTURE(StoreFixture, "A sandbox's log holds a message as the log tool prints it, one object a line")
+TEST_CASE_FIXTURE(StoreFixture, "a sandbox's log holds a message as the log tool prints it, one object a line")
 {
     auto log = platform::SystemLog::create("com.zerkolin.brevane", "application");
     log->message(16, "Failed to read logs. \"why\"");
@@ -69,7 +69,7 @@ TEST_CASE_FIXTURE(StoreFixture, "A sandbox's log holds a message as the log tool
     CHECK(content("system.jsonl").ends_with("}\n"));
 }
 
-TEST_CASE_FIXTURE(StoreFixture, "Message types have their names, and an unknown one is a default message")
+TEST_CASE_FIXTURE(StoreFixture, "message types have their names, and an unknown one is a default message")
 {
     auto log = platform::SystemLog::create("s", "c");
     for (std::uint8_t type : {0, 1, 2, 16, 17, 99})
@@ -85,7 +85,7 @@ TEST_CASE_FIXTURE(StoreFixture, "Message types have their names, and an unknown 
                                       R"(,"messageType":"Fault")", R"(,"messageType":"Default")"});
 }
 
-TEST_CASE_FIXTURE(StoreFixture, "The time is the local one with its zone")
+TEST_CASE_FIXTURE(StoreFixture, "the time is the local one with its zone")
 {
     EnvironmentVariable zone("TZ", "XXX-5:30");
     const auto before = std::time(nullptr);
@@ -101,7 +101,7 @@ TEST_CASE_FIXTURE(StoreFixture, "The time is the local one with its zone")
     CHECK(second <= after);
 }
 
-TEST_CASE_FIXTURE(StoreFixture, "Any bytes make a valid line")
+TEST_CASE_FIXTURE(StoreFixture, "any bytes make a valid line")
 {
     platform::SystemLog::create("s", "c")->message(0, "caf\xE9\n\x01\"");
     auto found = lines("system.jsonl");
@@ -112,7 +112,7 @@ TEST_CASE_FIXTURE(StoreFixture, "Any bytes make a valid line")
           != std::string::npos);
 }
 
-TEST_CASE_FIXTURE(StoreFixture, "Lines of many threads with logs of their own are whole")
+TEST_CASE_FIXTURE(StoreFixture, "lines of many threads with logs of their own are whole")
 {
     constexpr std::size_t threads = 4;
     constexpr std::size_t linesEach = 500;
@@ -134,7 +134,7 @@ TEST_CASE_FIXTURE(StoreFixture, "Lines of many threads with logs of their own ar
                  && line.find("\"" + text + "\"") != std::string::npos));
 }
 
-TEST_CASE_FIXTURE(StoreFixture, "A failure of logging is an error of no subsystem, and is told on standard error too")
+TEST_CASE_FIXTURE(StoreFixture, "a failure of logging is an error of no subsystem, and is told on standard error too")
 {
     inForkedProcess([this] {
         int file = ::open(_root.file("stderr").c_str(), O_WRONLY | O_CREAT, 0600);
@@ -149,7 +149,7 @@ TEST_CASE_FIXTURE(StoreFixture, "A failure of logging is an error of no subsyste
     CHECK(contentOfFile(_root.file("stderr")) == "Failed to open log file (13).\n");
 }
 
-TEST_CASE_FIXTURE(StoreFixture, "A sandbox's legacy log holds time, sender, facility, level and message")
+TEST_CASE_FIXTURE(StoreFixture, "a sandbox's legacy log holds time, sender, facility, level and message")
 {
     const auto before = std::time(nullptr);
     auto log = platform::LegacyLog::open("com.zerkolin.brevane");
@@ -167,7 +167,7 @@ TEST_CASE_FIXTURE(StoreFixture, "A sandbox's legacy log holds time, sender, faci
               + R"(","Facility":"com.zerkolin.brevane","Level":"Warning","Message":"careful\n"})");
 }
 
-TEST_CASE("A store that cannot be made loses its messages and nothing else")
+TEST_CASE("a store that cannot be made loses its messages and nothing else")
 {
     TemporaryDirectory folder;
     auto file = folder.write("file", "");

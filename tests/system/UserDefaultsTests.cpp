@@ -22,14 +22,14 @@ struct HomeFixture {
 
 } // namespace
 
-TEST_CASE_FIXTURE(HomeFixture, "A user default that was never set is absent, and false as a boolean")
+TEST_CASE_FIXTURE(HomeFixture, "a user default that was never set is absent, and false as a boolean")
 {
     CHECK_FALSE(platform::userDefault("DidAskAboutAutoUpdates"));
     CHECK_FALSE(platform::userDefaultBool("DidAskAboutAutoUpdates"));
     CHECK_FALSE(std::filesystem::exists(path()));
 }
 
-TEST_CASE_FIXTURE(HomeFixture, "User defaults are kept beside each other, each with its latest value")
+TEST_CASE_FIXTURE(HomeFixture, "user defaults are kept beside each other, each with its latest value")
 {
     CHECK(platform::setUserDefault("DidAskAboutAutoUpdates", true));
     CHECK(platform::setUserDefault("Other", "text"));
@@ -41,7 +41,7 @@ TEST_CASE_FIXTURE(HomeFixture, "User defaults are kept beside each other, each w
     CHECK(content().starts_with("bplist00"));
 }
 
-TEST_CASE_FIXTURE(HomeFixture, "User defaults are for the user's eyes alone")
+TEST_CASE_FIXTURE(HomeFixture, "user defaults are for the user's eyes alone")
 {
     CHECK(platform::setUserDefault("Key", 1));
     struct stat status{};
@@ -49,7 +49,7 @@ TEST_CASE_FIXTURE(HomeFixture, "User defaults are for the user's eyes alone")
     CHECK((status.st_mode & 07777) == 0600);
 }
 
-TEST_CASE_FIXTURE(HomeFixture, "User defaults that another program wrote as XML are read and kept")
+TEST_CASE_FIXTURE(HomeFixture, "user defaults that another program wrote as XML are read and kept")
 {
     _home.write("Library/Preferences/com.zerkolin.brevane.application.plist",
                 R"(<plist version="1.0"><dict><key>Theirs</key><integer>5</integer></dict></plist>)");
@@ -57,7 +57,7 @@ TEST_CASE_FIXTURE(HomeFixture, "User defaults that another program wrote as XML 
     CHECK(platform::userDefault("Theirs") == PropertyList(5));
 }
 
-TEST_CASE_FIXTURE(HomeFixture, "Damaged user defaults count as none and are replaced by the next change")
+TEST_CASE_FIXTURE(HomeFixture, "damaged user defaults count as none and are replaced by the next change")
 {
     for (const char* const damage : {"", "bplist00 but not really", "<plist><array/></plist>"}) {
         _home.write("Library/Preferences/com.zerkolin.brevane.application.plist", damage);
@@ -67,7 +67,7 @@ TEST_CASE_FIXTURE(HomeFixture, "Damaged user defaults count as none and are repl
     }
 }
 
-TEST_CASE_FIXTURE(HomeFixture, "Removing the user defaults forgets all of them, and there may be none")
+TEST_CASE_FIXTURE(HomeFixture, "removing the user defaults forgets all of them, and there may be none")
 {
     CHECK(platform::removeUserDefaults());
     CHECK(platform::setUserDefault("Key", true));
@@ -76,7 +76,7 @@ TEST_CASE_FIXTURE(HomeFixture, "Removing the user defaults forgets all of them, 
     CHECK_FALSE(std::filesystem::exists(path()));
 }
 
-TEST_CASE("Without a home that can be written nothing is kept, and that is told")
+TEST_CASE("without a home that can be written nothing is kept, and that is told")
 {
     const EnvironmentVariable home("HOME", "/dev/null/home");
     CHECK_FALSE(platform::setUserDefault("Key", true));

@@ -47,14 +47,14 @@ struct DesktopFixture {
 
 } // namespace
 
-TEST_CASE_FIXTURE(DesktopFixture, "A URL is handed to the desktop as one argument, whatever is in it")
+TEST_CASE_FIXTURE(DesktopFixture, "a URL is handed to the desktop as one argument, whatever is in it")
 {
     addRecorder("xdg-open");
     CHECK(platform::openURL("https://example.com/?a=1&b='$(touch x)';\"`"));
     CHECK(recorded() == "xdg-open\nhttps://example.com/?a=1&b='$(touch x)';\"`\n");
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "A file is handed to the desktop, and never taken for an option")
+TEST_CASE_FIXTURE(DesktopFixture, "a file is handed to the desktop, and never taken for an option")
 {
     addRecorder("xdg-open");
     CHECK(platform::openFile("/Library/Logs/a file.log"));
@@ -66,14 +66,14 @@ TEST_CASE_FIXTURE(DesktopFixture, "A file is handed to the desktop, and never ta
     CHECK_FALSE(platform::openURL(std::string("https://a\0b", 11)));
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "Without a desktop nothing is opened, and that is told")
+TEST_CASE_FIXTURE(DesktopFixture, "without a desktop nothing is opened, and that is told")
 {
     CHECK_FALSE(platform::openURL("https://example.com/"));
     CHECK_FALSE(platform::openFile("/"));
     CHECK_FALSE(platform::openBackgroundItemSettings());
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "Opening does not wait for the program, which gets a session and signals of its own")
+TEST_CASE_FIXTURE(DesktopFixture, "opening does not wait for the program, which gets a session and signals of its own")
 {
     addProgram("xdg-open",
                "/bin/cat /proc/self/stat > '" + _programs.file("new") + "'; /bin/mv '" + _programs.file("new") + "' '"
@@ -88,7 +88,7 @@ TEST_CASE_FIXTURE(DesktopFixture, "Opening does not wait for the program, which 
     ::kill(session, SIGKILL);
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "A program that was started leaves no zombie")
+TEST_CASE_FIXTURE(DesktopFixture, "a program that was started leaves no zombie")
 {
     addRecorder("xdg-open");
     for (int turn = 0; turn < 5; ++turn) {
@@ -104,7 +104,7 @@ TEST_CASE_FIXTURE(DesktopFixture, "A program that was started leaves no zombie")
     CHECK(reaped);
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "Services are approved in the program that the desktop has for them")
+TEST_CASE_FIXTURE(DesktopFixture, "services are approved in the program that the desktop has for them")
 {
     addRecorder("gnome-control-center");
     CHECK(platform::openBackgroundItemSettings());
@@ -114,7 +114,7 @@ TEST_CASE_FIXTURE(DesktopFixture, "Services are approved in the program that the
     CHECK(recorded() == "systemadm\n");
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "A program is launched by its path, without arguments and in a session of its own")
+TEST_CASE_FIXTURE(DesktopFixture, "a program is launched by its path, without arguments and in a session of its own")
 {
     addRecorder("tool");
     const auto program = platform::launchProgram(_programs.file("tool"));
@@ -122,7 +122,7 @@ TEST_CASE_FIXTURE(DesktopFixture, "A program is launched by its path, without ar
     CHECK(recorded() == "tool\n");
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "A launched program takes signals, and none any more when it has ended")
+TEST_CASE_FIXTURE(DesktopFixture, "a launched program takes signals, and none any more when it has ended")
 {
     addProgram("tool",
                "trap 'echo terminated > " + _programs.file("new") + "; /bin/mv " + _programs.file("new") + " "
@@ -143,14 +143,14 @@ TEST_CASE_FIXTURE(DesktopFixture, "A launched program takes signals, and none an
     CHECK_FALSE(reached);
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "A launched program goes on when nobody holds it")
+TEST_CASE_FIXTURE(DesktopFixture, "a launched program goes on when nobody holds it")
 {
     addProgram("tool", "/bin/sleep 0.2\necho done > '" + _programs.file("arguments") + "'\n");
     CHECK(platform::launchProgram(_programs.file("tool")));
     CHECK(recorded() == "done\n");
 }
 
-TEST_CASE_FIXTURE(DesktopFixture, "A program that cannot be launched is told with the system's own error")
+TEST_CASE_FIXTURE(DesktopFixture, "a program that cannot be launched is told with the system's own error")
 {
     const auto missing = platform::launchProgram(_programs.file("none"));
     REQUIRE_FALSE(missing);

@@ -57,7 +57,7 @@ struct Sheet {
 
 } // namespace
 
-TEST_CASE("A modal alert answers 1000, 1001 or 1002 by its buttons' order")
+TEST_CASE("a modal alert answers 1000, 1001 or 1002 by its buttons' order")
 {
     for (int i = 0; i < 3; ++i) {
         user::answerNextAlert(i);
@@ -71,21 +71,21 @@ TEST_CASE("A modal alert answers 1000, 1001 or 1002 by its buttons' order")
     CHECK_FALSE(shown[0].isSheet);
 }
 
-TEST_CASE("An alert without added buttons has OK")
+TEST_CASE("an alert without added buttons has OK")
 {
     user::answerNextAlert(0);
     CHECK(alertWithButtons({}).runModal() == Alert::FirstButtonReturn);
     CHECK(user::takeAnsweredAlerts().at(0).buttons == std::vector<std::string>{"OK"});
 }
 
-TEST_CASE("Ampersands in a button's title are shown")
+TEST_CASE("ampersands in a button's title are shown")
 {
     user::answerNextAlert(0);
     alertWithButtons({"Save & Quit"}).runModal();
     CHECK(user::takeAnsweredAlerts().at(0).buttons == std::vector<std::string>{"Save & Quit"});
 }
 
-TEST_CASE("A sheet returns at once and its completion hears the answer after it closed")
+TEST_CASE("a sheet returns at once and its completion hears the answer after it closed")
 {
     Sheet sheet;
     sheet.begin({"Enable", "Maybe Later"});
@@ -99,7 +99,7 @@ TEST_CASE("A sheet returns at once and its completion hears the answer after it 
     CHECK_FALSE(user::currentAlert());
 }
 
-TEST_CASE("The completion of a sheet may show the next one")
+TEST_CASE("the completion of a sheet may show the next one")
 {
     Sheet sheet;
     bool second = false;
@@ -114,7 +114,7 @@ TEST_CASE("The completion of a sheet may show the next one")
     CHECK(second);
 }
 
-TEST_CASE("A sheet without a completion just closes")
+TEST_CASE("a sheet without a completion just closes")
 {
     Sheet sheet;
     alertWithButtons({}).beginSheet(sheet.interface->window(), {});
@@ -122,7 +122,7 @@ TEST_CASE("A sheet without a completion just closes")
     CHECK_FALSE(user::currentAlert());
 }
 
-TEST_CASE("A sheet keeps its window from taking input")
+TEST_CASE("a sheet keeps its window from taking input")
 {
     Sheet sheet;
     sheet.begin({"OK"});
@@ -146,7 +146,7 @@ TEST_CASE("Return presses the first button, and Escape and the close button the 
     CHECK(sheet.answers == std::vector{1000, 1002, 1001});
 }
 
-TEST_CASE("An alert's message is bold, both its texts can be selected, and assistive tools can tell them")
+TEST_CASE("an alert's message is bold, both its texts can be selected, and assistive tools can tell them")
 {
     Sheet sheet;
     sheet.begin({"OK"});
@@ -168,7 +168,7 @@ TEST_CASE("An alert's message is bold, both its texts can be selected, and assis
     user::answer(0);
 }
 
-TEST_CASE("An accessory view stands between the texts and the buttons, and is free again afterwards")
+TEST_CASE("an accessory view stands between the texts and the buttons, and is free again afterwards")
 {
     const auto box = CheckBox::create("Install updates automatically");
     CHECK(box->title() == "Install updates automatically");
@@ -203,7 +203,7 @@ TEST_CASE("An accessory view stands between the texts and the buttons, and is fr
     CHECK(shown.at(0).checkBox == "Install updates automatically");
 }
 
-TEST_CASE("A sheet keeps its accessory view until it is answered")
+TEST_CASE("a sheet keeps its accessory view until it is answered")
 {
     Sheet sheet;
     const auto box = CheckBox::createSwitchButton("Accessory");
@@ -218,7 +218,7 @@ TEST_CASE("A sheet keeps its accessory view until it is answered")
     CHECK_FALSE(box->isOn());
 }
 
-TEST_CASE("An accessory view that nobody holds anymore goes with its alert")
+TEST_CASE("an accessory view that nobody holds anymore goes with its alert")
 {
     user::tickAndAnswerNextAlert(0);
     {
@@ -229,7 +229,7 @@ TEST_CASE("An accessory view that nobody holds anymore goes with its alert")
     CHECK(user::takeAnsweredAlerts().size() == 1);
 }
 
-TEST_CASE("A large control is higher than a regular one, and can be made regular again")
+TEST_CASE("a large control is higher than a regular one, and can be made regular again")
 {
     const auto box = CheckBox::create("Large");
     CHECK(box->controlSize() == ControlSize::Regular);

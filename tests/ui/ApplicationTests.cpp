@@ -110,7 +110,7 @@ std::string startAgain(const char* home = nullptr)
 
 } // namespace
 
-TEST_CASE("Terminating before the loop runs asks the delegate and ends with status 0")
+TEST_CASE("terminating before the loop runs asks the delegate and ends with status 0")
 {
     CHECK(run([](Delegate&) {
               terminateApplication();
@@ -119,7 +119,7 @@ TEST_CASE("Terminating before the loop runs asks the delegate and ends with stat
           == "awake launched returned asked status 0");
 }
 
-TEST_CASE("Asking twice to terminate asks the delegate once")
+TEST_CASE("asking twice to terminate asks the delegate once")
 {
     CHECK(run([](Delegate&) {
               terminateApplication();
@@ -128,7 +128,7 @@ TEST_CASE("Asking twice to terminate asks the delegate once")
           == "awake launched asked status 0");
 }
 
-TEST_CASE("A delegate can refuse to terminate and is asked again the next time")
+TEST_CASE("a delegate can refuse to terminate and is asked again the next time")
 {
     CHECK(run([](Delegate& delegate) {
               delegate.mayTerminate = [calls = 0]() mutable {
@@ -141,7 +141,7 @@ TEST_CASE("A delegate can refuse to terminate and is asked again the next time")
           == "awake launched asked asked status 0");
 }
 
-TEST_CASE("The signals that ask a process to end terminate it as quitting does")
+TEST_CASE("the signals that ask a process to end terminate it as quitting does")
 {
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         CAPTURE(number);
@@ -150,7 +150,7 @@ TEST_CASE("The signals that ask a process to end terminate it as quitting does")
     }
 }
 
-TEST_CASE("A signal that the process was started to ignore stays ignored")
+TEST_CASE("a signal that the process was started to ignore stays ignored")
 {
     CHECK(run([](Delegate&) {
               platform::Queue::main()->async([] {
@@ -174,7 +174,7 @@ TEST_CASE("A signal that the process was started to ignore stays ignored")
     signal(SIGHUP, SIG_DFL);
 }
 
-TEST_CASE("The main queue is served, also from other threads and while an alert is modal")
+TEST_CASE("the main queue is served, also from other threads and while an alert is modal")
 {
     CHECK(run([](Delegate&) {
               std::thread([] { platform::Queue::main()->async([] { report("task "); }); }).join();
@@ -194,7 +194,7 @@ TEST_CASE("The main queue is served, also from other threads and while an alert 
           == "awake launched task asked answer 1001 status 0");
 }
 
-TEST_CASE("Closing the last window terminates the application, and an alert that closes then does not ask again")
+TEST_CASE("closing the last window terminates the application, and an alert that closes then does not ask again")
 {
     CHECK(run([](Delegate& delegate) {
               delegate.whenAsked = [] {
@@ -208,7 +208,7 @@ TEST_CASE("Closing the last window terminates the application, and an alert that
           == "awake launched asked answer 1000 status 0");
 }
 
-TEST_CASE("A second start tells the first one, and ends with status 0 without a delegate")
+TEST_CASE("a second start tells the first one, and ends with status 0 without a delegate")
 {
     const auto reported = run([](Delegate& delegate) {
         const auto starting = std::make_shared<std::thread>([] { report("second " + startAgain() + " "); });
@@ -219,13 +219,13 @@ TEST_CASE("A second start tells the first one, and ends with status 0 without a 
     CHECK(reported.ends_with("status 0"));
 }
 
-TEST_CASE("A second start while the first one is busy ends all the same, and is heard later")
+TEST_CASE("a second start while the first one is busy ends all the same, and is heard later")
 {
     CHECK(run([](Delegate&) { report("second " + startAgain() + " "); })
           == "awake launched second 0 reopened asked status 0");
 }
 
-TEST_CASE("Another user's or display's application is no second start")
+TEST_CASE("another user's or display's application is no second start")
 {
     CHECK(run([](Delegate&) {
               report("other " + startAgain("/dev/null/elsewhere") + " ");
@@ -234,7 +234,7 @@ TEST_CASE("Another user's or display's application is no second start")
           == "awake launched other 42 asked status 0");
 }
 
-TEST_CASE("An application that was killed leaves nothing behind that a next start would take for it")
+TEST_CASE("an application that was killed leaves nothing behind that a next start would take for it")
 {
     const TemporaryDirectory home;
     const EnvironmentVariable variable("HOME", home.path());

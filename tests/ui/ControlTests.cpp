@@ -35,7 +35,7 @@ struct IntervalView : Controls {
 
 } // namespace
 
-TEST_CASE("Setting a check box does not run its action")
+TEST_CASE("setting a check box does not run its action")
 {
     MainWindow window;
     const auto box = window.control<CheckBox>("backupsCheckBox");
@@ -48,7 +48,7 @@ TEST_CASE("Setting a check box does not run its action")
     CHECK(window.actions == 0);
 }
 
-TEST_CASE("Clicking a check box flips it and runs its action once")
+TEST_CASE("clicking a check box flips it and runs its action once")
 {
     MainWindow window;
     const auto box = window.control<CheckBox>("backupsCheckBox");
@@ -61,7 +61,7 @@ TEST_CASE("Clicking a check box flips it and runs its action once")
     CHECK(window.actions == 3);
 }
 
-TEST_CASE("A mixed check box counts as off and is never made mixed by the user")
+TEST_CASE("a mixed check box counts as off and is never made mixed by the user")
 {
     MainWindow window;
     const auto box = window.control<CheckBox>("backupsCheckBox");
@@ -75,7 +75,7 @@ TEST_CASE("A mixed check box counts as off and is never made mixed by the user")
     }
 }
 
-TEST_CASE("Clicking a button runs its action, and a new action takes the place of the old one")
+TEST_CASE("clicking a button runs its action, and a new action takes the place of the old one")
 {
     MainWindow window;
     const auto button = window.control<Button>("applyButton");
@@ -91,7 +91,7 @@ TEST_CASE("Clicking a button runs its action, and a new action takes the place o
     CHECK(others == 1);
 }
 
-TEST_CASE("An action may replace itself while it runs")
+TEST_CASE("an action may replace itself while it runs")
 {
     MainWindow window;
     const auto button = window.control<Button>("applyButton");
@@ -106,7 +106,7 @@ TEST_CASE("An action may replace itself while it runs")
     CHECK(heard == "firstsecond");
 }
 
-TEST_CASE("A disabled control takes no clicks")
+TEST_CASE("a disabled control takes no clicks")
 {
     MainWindow window;
     const auto button = window.control<Button>("applyButton");
@@ -117,7 +117,7 @@ TEST_CASE("A disabled control takes no clicks")
     CHECK(button->isEnabled());
 }
 
-TEST_CASE("A title is plain text: ampersands in it are shown, and none of the interface file's come back")
+TEST_CASE("a title is plain text: ampersands in it are shown, and none of the interface file's come back")
 {
     MainWindow window;
     const auto button = window.control<Button>("advancedSettingsButton");
@@ -131,7 +131,7 @@ TEST_CASE("A title is plain text: ampersands in it are shown, and none of the in
     CHECK(box->title() == "Rest & be quiet");
 }
 
-TEST_CASE("Setting a pop-up's item does not run its action, and one out of range selects nothing")
+TEST_CASE("setting a pop-up's item does not run its action, and one out of range selects nothing")
 {
     MainWindow window;
     const auto popUp = window.control<PopUpButton>("operationModePopUp");
@@ -146,7 +146,7 @@ TEST_CASE("Setting a pop-up's item does not run its action, and one out of range
     CHECK(window.actions == 0);
 }
 
-TEST_CASE("Choosing in a pop-up selects the item and runs its action once")
+TEST_CASE("choosing in a pop-up selects the item and runs its action once")
 {
     IntervalView view;
     const auto popUp = view.control<PopUpButton>("intervalUnitsPopUp");
@@ -156,7 +156,7 @@ TEST_CASE("Choosing in a pop-up selects the item and runs its action once")
     CHECK(view.actions == 1);
 }
 
-TEST_CASE("A pop-up's titles can be replaced without changing the selection")
+TEST_CASE("a pop-up's titles can be replaced without changing the selection")
 {
     IntervalView view;
     const auto popUp = view.control<PopUpButton>("intervalUnitsPopUp");
@@ -170,7 +170,7 @@ TEST_CASE("A pop-up's titles can be replaced without changing the selection")
     CHECK(view.actions == 0);
 }
 
-TEST_CASE("A stepper holds what it is given in its range, without running its action")
+TEST_CASE("a stepper holds what it is given in its range, without running its action")
 {
     IntervalView view;
     const auto stepper = view.control<Stepper>("intervalStepper");
@@ -185,7 +185,7 @@ TEST_CASE("A stepper holds what it is given in its range, without running its ac
     CHECK(view.actions == 0);
 }
 
-TEST_CASE("A stepper's arrows and the arrow keys step by one, run the action and stop at the ends")
+TEST_CASE("a stepper's arrows and the arrow keys step by one, run the action and stop at the ends")
 {
     IntervalView view;
     const auto stepper = view.control<Stepper>("intervalStepper");
@@ -202,7 +202,7 @@ TEST_CASE("A stepper's arrows and the arrow keys step by one, run the action and
     CHECK(view.actions == 3);
 }
 
-TEST_CASE("A stepper has no field: digits pressed in it change nothing")
+TEST_CASE("a stepper has no field: digits pressed in it change nothing")
 {
     IntervalView view;
     const auto stepper = view.control<Stepper>("intervalStepper");
@@ -213,7 +213,7 @@ TEST_CASE("A stepper has no field: digits pressed in it change nothing")
     CHECK(view.actions == 0);
 }
 
-TEST_CASE("A time that is set shows without running the action, and one that does not exist changes nothing")
+TEST_CASE("a time that is set shows without running the action, and one that does not exist changes nothing")
 {
     MainWindow window;
     const auto picker = window.control<DatePicker>("suspendFromPicker");
@@ -228,7 +228,7 @@ TEST_CASE("A time that is set shows without running the action, and one that doe
     CHECK(window.actions == 0);
 }
 
-TEST_CASE("Picking a time runs the action")
+TEST_CASE("picking a time runs the action")
 {
     MainWindow window;
     const auto picker = window.control<DatePicker>("suspendToPicker");
@@ -237,7 +237,7 @@ TEST_CASE("Picking a time runs the action")
     CHECK(window.actions > 0);
 }
 
-TEST_CASE("A control that is let go of runs no action any more")
+TEST_CASE("a control that is let go of runs no action any more")
 {
     int actions = 0;
     std::weak_ptr<int> kept;

@@ -4,6 +4,7 @@
 #include "platform/linux/ui/windows/WindowNative.h"
 #include "platform/ui/Interface.h"
 #include "platform/ui/TextView.h"
+#include "shell/menus/MainMenu.h"
 #include "tests/platform/ui/User.h"
 
 #include <doctest/doctest.h>
@@ -16,9 +17,9 @@
 
 using namespace platform::ui;
 
-TEST_CASE("Choosing a menu item runs its action")
+TEST_CASE("choosing a menu item runs its action")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto item = interface->menuItem("openWebSiteMenuItem");
     int actions = 0;
     item->setAction([&] { ++actions; });
@@ -28,9 +29,9 @@ TEST_CASE("Choosing a menu item runs its action")
     CHECK(actions == 1);
 }
 
-TEST_CASE("A menu item's validator is asked each time, for its menu and for its key")
+TEST_CASE("a menu item's validator is asked each time, for its menu and for its key")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
     auto& window = *interface->window()->native().window;
     const auto item = interface->menuItem("quitMenuItem");
@@ -51,9 +52,9 @@ TEST_CASE("A menu item's validator is asked each time, for its menu and for its 
     CHECK(actions == 2);
 }
 
-TEST_CASE("A hidden menu item has no key")
+TEST_CASE("a hidden menu item has no key")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
     user::runEvents();
     const auto item = interface->menuItem("localSnapshotsMenuItem");
@@ -70,9 +71,9 @@ TEST_CASE("A hidden menu item has no key")
     CHECK(actions == 1);
 }
 
-TEST_CASE("A key equivalent is one character, of which a capital needs the shift key")
+TEST_CASE("a key equivalent is one character, of which a capital needs the shift key")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto item = interface->menuItem("aboutMenuItem");
     CHECK(item->keyEquivalent().empty());
     for (const auto* const key : {"1", "w", "W", ",", ""}) {
@@ -81,9 +82,9 @@ TEST_CASE("A key equivalent is one character, of which a capital needs the shift
     }
 }
 
-TEST_CASE("The item that follows is found, hidden ones and separators included, to the menu's end")
+TEST_CASE("the item that follows is found, hidden ones and separators included, to the menu's end")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto separator = interface->menuItem("closeMenuItem")->next();
     REQUIRE(separator);
     CHECK(separator->title().empty());
@@ -96,18 +97,18 @@ TEST_CASE("The item that follows is found, hidden ones and separators included, 
     CHECK_FALSE(interface->menuItem("quitMenuItem")->next());
 }
 
-TEST_CASE("Every item found for the same place in the menu shares its action")
+TEST_CASE("every item found for the same place in the menu shares its action")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     int actions = 0;
     interface->menuItem("openWebSiteMenuItem")->next()->setAction([&] { ++actions; });
     user::click(*interface->menuItem("contactByMailMenuItem"));
     CHECK(actions == 1);
 }
 
-TEST_CASE("The Edit menu acts on the field that has the keyboard")
+TEST_CASE("the Edit menu acts on the field that has the keyboard")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     auto& window = *interface->window()->native().window;
     auto* const line = new QLineEdit(window.centralWidget());
     interface->window()->makeKeyAndOrderFront();
@@ -134,9 +135,9 @@ TEST_CASE("The Edit menu acts on the field that has the keyboard")
     CHECK_THROWS_AS(user::click(*interface->menuItem("pasteMenuItem")), std::logic_error);
 }
 
-TEST_CASE("An item of the Edit menu is there only when it has something to do")
+TEST_CASE("an item of the Edit menu is there only when it has something to do")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     auto& window = *interface->window()->native().window;
     auto* const line = new QLineEdit(window.centralWidget());
     interface->window()->makeKeyAndOrderFront();
@@ -175,9 +176,9 @@ TEST_CASE("An item of the Edit menu is there only when it has something to do")
     CHECK(line->text() == "b");
 }
 
-TEST_CASE("The Edit menu copies from a text that cannot be edited, also in another window")
+TEST_CASE("the Edit menu copies from a text that cannot be edited, also in another window")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     interface->window()->makeKeyAndOrderFront();
     QMainWindow other;
     auto* const plain = new QPlainTextEdit(QStringLiteral("one\ntwo"));
@@ -195,9 +196,9 @@ TEST_CASE("The Edit menu copies from a text that cannot be edited, also in anoth
         CHECK_THROWS_AS(user::click(*interface->menuItem(name)), std::logic_error);
 }
 
-TEST_CASE("The Edit menu selects and copies in the log's text, and leaves it to itself otherwise")
+TEST_CASE("the Edit menu selects and copies in the log's text, and leaves it to itself otherwise")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto console = Interface::load("BRVConsole");
     interface->window()->makeKeyAndOrderFront();
     console->window()->makeKeyAndOrderFront();
@@ -221,9 +222,9 @@ TEST_CASE("The Edit menu selects and copies in the log's text, and leaves it to 
     CHECK(QApplication::clipboard()->text() == "one\ntwo\n");
 }
 
-TEST_CASE("The Window menu acts on the window that the user is in")
+TEST_CASE("the Window menu acts on the window that the user is in")
 {
-    const auto interface = Interface::load("MainWindow");
+    const auto interface = Interface::load("MainWindow", mainMenu(menuConvention()));
     const auto preferences = Interface::load("BRVPreferencesController");
     interface->window()->makeKeyAndOrderFront();
     preferences->window()->makeKeyAndOrderFront();

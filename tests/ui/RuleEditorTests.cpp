@@ -175,7 +175,7 @@ struct Rows {
 
 } // namespace
 
-TEST_CASE("A row reads like a sentence, with a button to remove it and one to add another")
+TEST_CASE("a row reads like a sentence, with a button to remove it and one to add another")
 {
     const Rows rows(1);
     std::vector<std::pair<int, std::string>> parts;
@@ -194,7 +194,7 @@ TEST_CASE("A row reads like a sentence, with a button to remove it and one to ad
         == std::vector<std::string>{"Back up", "weekdayPopUp", "at", "timePicker", "removeRowButton", "addRowButton"});
 }
 
-TEST_CASE("From right to left a row is mirrored")
+TEST_CASE("from right to left a row is mirrored")
 {
     Rows rows(1);
     rows.window.setLayoutDirection(Qt::RightToLeft);
@@ -204,7 +204,7 @@ TEST_CASE("From right to left a row is mirrored")
     CHECK(rows.part(0, "removeRowButton").x() > rows.part(0, "addRowButton").x());
 }
 
-TEST_CASE("Only the rows in sight have widgets, however many rows there are")
+TEST_CASE("only the rows in sight have widgets, however many rows there are")
 {
     const Rows rows(500);
     CHECK(rows.editor->numberOfRows() == 500);
@@ -222,7 +222,7 @@ TEST_CASE("Only the rows in sight have widgets, however many rows there are")
     CHECK_FALSE(rows.picker(0)->native().widget);
 }
 
-TEST_CASE("Rows that scroll out of sight and back show what they showed, and what was chosen in them")
+TEST_CASE("rows that scroll out of sight and back show what they showed, and what was chosen in them")
 {
     const Rows rows(100);
     user::pick(*rows.picker(1), {.hour = 5, .minute = 17});
@@ -235,7 +235,7 @@ TEST_CASE("Rows that scroll out of sight and back show what they showed, and wha
     CHECK(rows.picker(2)->native().as<QTimeEdit>()->time() == QTime(6, 18));
 }
 
-TEST_CASE("A whole page of rows fits, and the last one can be scrolled to")
+TEST_CASE("a whole page of rows fits, and the last one can be scrolled to")
 {
     const Rows rows(100);
     rows.bar().setValue(rows.bar().maximum());
@@ -245,7 +245,7 @@ TEST_CASE("A whole page of rows fits, and the last one can be scrolled to")
     CHECK(rows.picker(99)->native().widget->parentWidget() == live.back());
 }
 
-TEST_CASE("Adding asks the delegate for a row below, gives it the keyboard and runs the action")
+TEST_CASE("adding asks the delegate for a row below, gives it the keyboard and runs the action")
 {
     Rows rows(3);
     rows.click(1, "addRowButton");
@@ -257,7 +257,7 @@ TEST_CASE("Adding asks the delegate for a row below, gives it the keyboard and r
     CHECK(rows.actions == 1);
 }
 
-TEST_CASE("Removing takes the row away, keeps the keyboard at its place and runs the action")
+TEST_CASE("removing takes the row away, keeps the keyboard at its place and runs the action")
 {
     Rows rows(3);
     rows.part(1, "timePicker").setFocus();
@@ -273,7 +273,7 @@ TEST_CASE("Removing takes the row away, keeps the keyboard at its place and runs
     CHECK(rows.focused() == "Row 1, time"); // the only row's button is disabled
 }
 
-TEST_CASE("The only row cannot be removed by the user")
+TEST_CASE("the only row cannot be removed by the user")
 {
     Rows rows(1);
     CHECK_FALSE(rows.part(0, "removeRowButton").isEnabled());
@@ -285,7 +285,7 @@ TEST_CASE("The only row cannot be removed by the user")
     CHECK(rows.part(0, "removeRowButton").isEnabled());
 }
 
-TEST_CASE("Without a delegate there is nothing to add")
+TEST_CASE("without a delegate there is nothing to add")
 {
     Rows rows(1);
     rows.delegate.reset();
@@ -295,7 +295,7 @@ TEST_CASE("Without a delegate there is nothing to add")
     CHECK(rows.actions == 0);
 }
 
-TEST_CASE("Setting, adding and removing rows in code runs no action")
+TEST_CASE("setting, adding and removing rows in code runs no action")
 {
     Rows rows(3);
     rows.editor->addRow();
@@ -378,7 +378,7 @@ TEST_CASE("Page Down and Page Up on a button move the keyboard by what is in sig
     CHECK(rows.focused() == "Row 1, add a row below");
 }
 
-TEST_CASE("A row with the keyboard that scrolls out of sight gets it back when it returns, or when Tab goes on from it")
+TEST_CASE("a row with the keyboard that scrolls out of sight gets it back when it returns, or when Tab goes on from it")
 {
     Rows rows(60);
     rows.part(1, "weekdayPopUp").setFocus();
@@ -395,7 +395,7 @@ TEST_CASE("A row with the keyboard that scrolls out of sight gets it back when i
     CHECK(rows.bar().value() <= 1);
 }
 
-TEST_CASE("Rows that are replaced give the keyboard back to the same place")
+TEST_CASE("rows that are replaced give the keyboard back to the same place")
 {
     Rows rows(5);
     rows.part(2, "timePicker").setFocus();
@@ -409,7 +409,7 @@ TEST_CASE("Rows that are replaced give the keyboard back to the same place")
     CHECK(rows.focused() == "Row 1, time");
 }
 
-TEST_CASE("The wheel scrolls the list and never changes the control that it passes over")
+TEST_CASE("the wheel scrolls the list and never changes the control that it passes over")
 {
     const Rows rows(50);
     for (const auto* const name : {"weekdayPopUp", "timePicker"}) {
@@ -427,7 +427,7 @@ TEST_CASE("The wheel scrolls the list and never changes the control that it pass
     CHECK(rows.minutes()[1] == 1);
 }
 
-TEST_CASE("Assistive tools hear the row's number and what each part is, also after rows came and went")
+TEST_CASE("assistive tools hear the row's number and what each part is, also after rows came and went")
 {
     Rows rows(3);
     const auto spoken = [&](int position, const char* name) {
@@ -445,7 +445,7 @@ TEST_CASE("Assistive tools hear the row's number and what each part is, also aft
     CHECK_FALSE(QAccessible::queryAccessibleInterface(&rows.box())->text(QAccessible::Name).isEmpty());
 }
 
-TEST_CASE("A bigger font makes bigger rows")
+TEST_CASE("a bigger font makes bigger rows")
 {
     Rows rows(20);
     const int before = rows.live().front()->height();
@@ -457,7 +457,7 @@ TEST_CASE("A bigger font makes bigger rows")
     CHECK(rows.live().front()->height() >= rows.part(0, "timePicker").sizeHint().height());
 }
 
-TEST_CASE("Controls that were shown in a row are let go of with it")
+TEST_CASE("controls that were shown in a row are let go of with it")
 {
     Rows rows(3);
     std::weak_ptr<View> weak = rows.picker(0);
@@ -468,7 +468,7 @@ TEST_CASE("Controls that were shown in a row are let go of with it")
     CHECK(weak.expired());
 }
 
-TEST_CASE("A million rows are shown, scrolled through and read")
+TEST_CASE("a million rows are shown, scrolled through and read")
 {
     Rows rows(0);
     rows.append(1'000'000);
@@ -483,7 +483,7 @@ TEST_CASE("A million rows are shown, scrolled through and read")
     CHECK(rows.editor->numberOfRows() == 0);
 }
 
-TEST_CASE("A pop-up and a picker made in code show on a widget what they were told without one")
+TEST_CASE("a pop-up and a picker made in code show on a widget what they were told without one")
 {
     const auto popUp = std::get<std::shared_ptr<View>>(Sentence::value(1, {}));
     auto& button = dynamic_cast<PopUpButton&>(*popUp);

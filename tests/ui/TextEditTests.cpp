@@ -7,7 +7,7 @@
 
 using platform::ui::TextEdit;
 
-TEST_CASE("The edit between two texts stands where the caret says, if it fits there")
+TEST_CASE("the edit between two texts stands where the caret says, if it fits there")
 {
     const std::array atTheEnd{TextEdit::Place{1, 0}};
     const auto inserted = TextEdit::between("1", "11", atTheEnd);
@@ -21,7 +21,7 @@ TEST_CASE("The edit between two texts stands where the caret says, if it fits th
     CHECK(moved.replacement == "3");
 }
 
-TEST_CASE("The edit between any two texts makes the one of the other and splits no character")
+TEST_CASE("the edit between any two texts makes the one of the other and splits no character")
 {
     std::mt19937 random(1);
     const auto below = [&random](qsizetype limit) {

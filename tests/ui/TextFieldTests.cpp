@@ -94,7 +94,7 @@ void chooseInContextMenu(QLineEdit& line, const char* name)
 
 } // namespace
 
-TEST_CASE("Typing proposes each character at the cursor and tells of each change")
+TEST_CASE("typing proposes each character at the cursor and tells of each change")
 {
     Editing editing("12");
     user::press(*editing.field, Key::Home);
@@ -103,7 +103,7 @@ TEST_CASE("Typing proposes each character at the cursor and tells of each change
     CHECK(editing.recorder->changes == std::vector<std::string>{"312", "3412"});
 }
 
-TEST_CASE("While an edit is judged the field still has the text before it")
+TEST_CASE("while an edit is judged the field still has the text before it")
 {
     Editing editing("12");
     user::type(*editing.field, "3");
@@ -111,7 +111,7 @@ TEST_CASE("While an edit is judged the field still has the text before it")
     CHECK(editing.field->stringValue() == "123");
 }
 
-TEST_CASE("Typing the character that stands there already is placed by the cursor")
+TEST_CASE("typing the character that stands there already is placed by the cursor")
 {
     Editing editing("11");
     user::press(*editing.field, Key::Home);
@@ -119,7 +119,7 @@ TEST_CASE("Typing the character that stands there already is placed by the curso
     CHECK(editing.asked() == "0+0=1");
 }
 
-TEST_CASE("Typing over a selection proposes to replace it")
+TEST_CASE("typing over a selection proposes to replace it")
 {
     Editing editing("90");
     user::replaceText(*editing.field, "95");
@@ -127,7 +127,7 @@ TEST_CASE("Typing over a selection proposes to replace it")
     CHECK(editing.field->stringValue() == "95");
 }
 
-TEST_CASE("Deleting with either key, with and without a selection, is proposed")
+TEST_CASE("deleting with either key, with and without a selection, is proposed")
 {
     Editing editing("1234");
     user::press(*editing.field, Key::Backspace);
@@ -141,7 +141,7 @@ TEST_CASE("Deleting with either key, with and without a selection, is proposed")
     CHECK(editing.field->stringValue() == "3");
 }
 
-TEST_CASE("Pasting, cutting and undoing are proposed")
+TEST_CASE("pasting, cutting and undoing are proposed")
 {
     Editing editing("5");
     user::paste(*editing.field, "67");
@@ -155,7 +155,7 @@ TEST_CASE("Pasting, cutting and undoing are proposed")
     CHECK(editing.asked() == "0+3=");
 }
 
-TEST_CASE("Dropping a text, composing one and an assistive tool's change are proposed")
+TEST_CASE("dropping a text, composing one and an assistive tool's change are proposed")
 {
     Editing editing("5");
     drop(editing.line(), QStringLiteral("8"));
@@ -168,7 +168,7 @@ TEST_CASE("Dropping a text, composing one and an assistive tool's change are pro
     CHECK(editing.field->stringValue() == "57");
 }
 
-TEST_CASE("Positions count UTF-16 code units and never split a character")
+TEST_CASE("positions count UTF-16 code units and never split a character")
 {
     Editing editing("a\U0001D7D8b");
     CHECK(editing.field->length() == 4);
@@ -182,7 +182,7 @@ TEST_CASE("Positions count UTF-16 code units and never split a character")
     CHECK(editing.recorder->proposals.at(0) == "0+2=\U0001D7D9");
 }
 
-TEST_CASE("A refused edit of any kind leaves the text, the cursor and the selection as they were")
+TEST_CASE("a refused edit of any kind leaves the text, the cursor and the selection as they were")
 {
     const std::vector<std::pair<std::string, std::function<void(Editing&)>>> edits{
         {"typing", [](Editing& editing) { user::type(*editing.field, "x"); }},
@@ -247,7 +247,7 @@ TEST_CASE("A refused edit of any kind leaves the text, the cursor and the select
     }
 }
 
-TEST_CASE("After a refused edit the one before it can still be undone")
+TEST_CASE("after a refused edit the one before it can still be undone")
 {
     Editing editing("");
     user::type(*editing.field, "1");
@@ -258,7 +258,7 @@ TEST_CASE("After a refused edit the one before it can still be undone")
     CHECK(editing.field->stringValue().empty());
 }
 
-TEST_CASE("Setting the text asks nobody and tells nobody")
+TEST_CASE("setting the text asks nobody and tells nobody")
 {
     Editing editing("1");
     editing.refuse();
@@ -270,7 +270,7 @@ TEST_CASE("Setting the text asks nobody and tells nobody")
     CHECK(editing.recorder->changes.empty());
 }
 
-TEST_CASE("A field without a delegate, or whose delegate is gone, takes every edit")
+TEST_CASE("a field without a delegate, or whose delegate is gone, takes every edit")
 {
     Editing editing("1");
     editing.refuse();
@@ -282,7 +282,7 @@ TEST_CASE("A field without a delegate, or whose delegate is gone, takes every ed
     CHECK(editing.field->stringValue() == "123");
 }
 
-TEST_CASE("The arrow, Return and Escape keys are commands of the field")
+TEST_CASE("the arrow, Return and Escape keys are commands of the field")
 {
     Editing editing("1");
     editing.recorder->handles = true;
@@ -294,7 +294,7 @@ TEST_CASE("The arrow, Return and Escape keys are commands of the field")
                          TextCommand::CancelOperation});
 }
 
-TEST_CASE("The integer value reads leading space, a sign and decimal digits of any script")
+TEST_CASE("the integer value reads leading space, a sign and decimal digits of any script")
 {
     const Editing editing("");
     const std::vector<std::pair<std::string, std::int64_t>> readings{
@@ -319,7 +319,7 @@ TEST_CASE("The integer value reads leading space, a sign and decimal digits of a
     }
 }
 
-TEST_CASE("A label is a text field whose text is shown as it is")
+TEST_CASE("a label is a text field whose text is shown as it is")
 {
     const Editing editing("");
     const auto label = editing.interface->outlet<TextField>("intervalLabel");

@@ -42,7 +42,7 @@ struct Shown {
 
 } // namespace
 
-TEST_CASE("The backups check box has the keyboard when the main window opens")
+TEST_CASE("the backups check box has the keyboard when the main window opens")
 {
     const Shown shown;
     CHECK(Shown::focused() == "backupsCheckBox");
@@ -88,7 +88,7 @@ TEST_CASE("Return presses the Apply button wherever the keyboard is, unless on a
     CHECK(applied == 2);
 }
 
-TEST_CASE("The default button stays the default one when the keyboard was on it")
+TEST_CASE("the default button stays the default one when the keyboard was on it")
 {
     const Shown shown;
     int applied = 0;

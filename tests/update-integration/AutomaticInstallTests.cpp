@@ -27,7 +27,7 @@ bool waitForVersion(UpdateMachine& machine, const std::string& version)
 
 } // namespace
 
-TEST_CASE("With automatic updates on the helper installs each new version by itself")
+TEST_CASE("with automatic updates on the helper installs each new version by itself")
 {
     UpdateMachine machine;
     startTryingEachSecond(machine);
@@ -42,7 +42,7 @@ TEST_CASE("With automatic updates on the helper installs each new version by its
     CHECK(recordIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
 }
 
-TEST_CASE("With automatic updates off the helper installs nothing by itself")
+TEST_CASE("with automatic updates off the helper installs nothing by itself")
 {
     UpdateMachine machine;
     startTryingEachSecond(machine, false);
@@ -51,7 +51,7 @@ TEST_CASE("With automatic updates off the helper installs nothing by itself")
     CHECK_FALSE(machine.log().contains("Installing version"));
 }
 
-TEST_CASE("Automatic updates that are switched on while the helper runs begin at once to wait for their time")
+TEST_CASE("automatic updates that are switched on while the helper runs begin at once to wait for their time")
 {
     UpdateMachine machine;
     startTryingEachSecond(machine, false);
@@ -63,7 +63,7 @@ TEST_CASE("Automatic updates that are switched on while the helper runs begin at
     CHECK(waitForVersion(machine, "2.0"));
 }
 
-TEST_CASE("While a program is connected to the helper it does not update itself, and does so once the program is gone")
+TEST_CASE("while a program is connected to the helper it does not update itself, and does so once the program is gone")
 {
     UpdateMachine machine;
     startTryingEachSecond(machine);
@@ -78,7 +78,7 @@ TEST_CASE("While a program is connected to the helper it does not update itself,
     CHECK(waitForVersion(machine, "2.0"));
 }
 
-TEST_CASE("While a backup runs the helper does not update itself, and does so when it is over")
+TEST_CASE("while a backup runs the helper does not update itself, and does so when it is over")
 {
     UpdateMachine machine;
     const auto backup = machine.startBackup();

@@ -39,7 +39,7 @@ platform::ServiceReply check(UpdateMachine& machine)
 
 } // namespace
 
-TEST_CASE("A check tells of a newer version, with its address when the feed has one")
+TEST_CASE("a check tells of a newer version, with its address when the feed has one")
 {
     UpdateMachine machine;
     machine.start();
@@ -52,7 +52,7 @@ TEST_CASE("A check tells of a newer version, with its address when the feed has 
     CHECK(machine.authority().calls().empty());
 }
 
-TEST_CASE("The same version and an older one are up to date")
+TEST_CASE("the same version and an older one are up to date")
 {
     UpdateMachine machine;
     machine.start();
@@ -62,7 +62,7 @@ TEST_CASE("The same version and an older one are up to date")
     }
 }
 
-TEST_CASE("A server's status is told, and too many requests have an error of their own")
+TEST_CASE("a server's status is told, and too many requests have an error of their own")
 {
     UpdateMachine machine;
     machine.start();
@@ -80,7 +80,7 @@ TEST_CASE("A server's status is told, and too many requests have an error of the
     CHECK(recordIn(check(machine)).contains("Version"));
 }
 
-TEST_CASE("What is no property list, or endless, is data that could not be read")
+TEST_CASE("what is no property list, or endless, is data that could not be read")
 {
     UpdateMachine machine;
     machine.start();
@@ -93,7 +93,7 @@ TEST_CASE("What is no property list, or endless, is data that could not be read"
     checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorReadData);
 }
 
-TEST_CASE("A feed that says too little, or nonsense, is invalid and told")
+TEST_CASE("a feed that says too little, or nonsense, is invalid and told")
 {
     UpdateMachine machine;
     machine.start();
@@ -127,7 +127,7 @@ TEST_CASE("A feed that says too little, or nonsense, is invalid and told")
     CHECK(errorIn(check(machine)).userInfo == Dictionary{{"info", Array{"a", "b"}}});
 }
 
-TEST_CASE("A server that is not there, cuts off or stays silent is told within the limit of time")
+TEST_CASE("a server that is not there, cuts off or stays silent is told within the limit of time")
 {
     UpdateMachine machine;
     machine.serveFeed(feedOf("2.0"));
@@ -155,7 +155,7 @@ TEST_CASE("A server that is not there, cuts off or stays silent is told within t
     CHECK(std::chrono::steady_clock::now() - begin < std::chrono::seconds(10));
 }
 
-TEST_CASE("A certificate that nobody vouches for is an untrusted server")
+TEST_CASE("a certificate that nobody vouches for is an untrusted server")
 {
     UpdateMachine machine(Transport::Foreign);
     machine.serveFeed(feedOf("2.0"));
@@ -166,7 +166,7 @@ TEST_CASE("A certificate that nobody vouches for is an untrusted server")
     CHECK(error.underlying->code == -1202);
 }
 
-TEST_CASE("Over TLS with a certificate that is vouched for updates are found, and never led away from TLS")
+TEST_CASE("over TLS with a certificate that is vouched for updates are found, and never led away from TLS")
 {
     UpdateMachine machine(Transport::Trusted);
     machine.serveFeed(feedOf("2.0"));
@@ -181,7 +181,7 @@ TEST_CASE("Over TLS with a certificate that is vouched for updates are found, an
     checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorInvalidInfo);
 }
 
-TEST_CASE("A redirection is followed, but not for ever and not to a file")
+TEST_CASE("a redirection is followed, but not for ever and not to a file")
 {
     UpdateMachine machine;
     machine.start();
@@ -195,7 +195,7 @@ TEST_CASE("A redirection is followed, but not for ever and not to a file")
     checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
 }
 
-TEST_CASE("A phased version is for no machine, some or all")
+TEST_CASE("a phased version is for no machine, some or all")
 {
     UpdateMachine machine;
     machine.start();
@@ -205,7 +205,7 @@ TEST_CASE("A phased version is for no machine, some or all")
     CHECK(recordIn(check(machine)).contains("Version"));
 }
 
-TEST_CASE("A feed may be a file")
+TEST_CASE("a feed may be a file")
 {
     UpdateMachine machine;
     machine.writeConfiguration({{"Feed", "file://" + machine.served("update.plist")}});
@@ -215,7 +215,7 @@ TEST_CASE("A feed may be a file")
     CHECK(recordIn(check(machine)).contains("Version"));
 }
 
-TEST_CASE("While a check is under way other work on the installation is refused, and settings are served and changed")
+TEST_CASE("while a check is under way other work on the installation is refused, and settings are served and changed")
 {
     UpdateMachine machine;
     machine.writeConfiguration({{"Patience", 6}});

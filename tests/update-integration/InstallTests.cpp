@@ -72,7 +72,7 @@ void change(const std::string& path, std::streamoff offset, char byte)
 
 } // namespace
 
-TEST_CASE("An update replaces the installation, and the helper goes on as the new version")
+TEST_CASE("an update replaces the installation, and the helper goes on as the new version")
 {
     UpdateMachine machine;
     machine.start();
@@ -103,7 +103,7 @@ TEST_CASE("An update replaces the installation, and the helper goes on as the ne
     CHECK(machine.wholeVersion() == "2.1");
 }
 
-TEST_CASE("What is installed belongs to the helper's user, with plain modes, whatever the package says")
+TEST_CASE("what is installed belongs to the helper's user, with plain modes, whatever the package says")
 {
     UpdateMachine machine;
     machine.start();
@@ -122,7 +122,7 @@ TEST_CASE("What is installed belongs to the helper's user, with plain modes, wha
     }
 }
 
-TEST_CASE("What somebody else had put beside the product's files is still there after an update")
+TEST_CASE("what somebody else had put beside the product's files is still there after an update")
 {
     UpdateMachine machine;
     machine.start();
@@ -134,7 +134,7 @@ TEST_CASE("What somebody else had put beside the product's files is still there 
     CHECK(machine.wholeVersion() == "2.0");
 }
 
-TEST_CASE("A download that fails leaves the installation as it was")
+TEST_CASE("a download that fails leaves the installation as it was")
 {
     UpdateMachine machine;
     machine.start();
@@ -165,7 +165,7 @@ TEST_CASE("A download that fails leaves the installation as it was")
     CHECK(machine.wholeVersion() == "2.0");
 }
 
-TEST_CASE("Over TLS a package is taken from a server that is vouched for, and from no other")
+TEST_CASE("over TLS a package is taken from a server that is vouched for, and from no other")
 {
     {
         UpdateMachine machine(Transport::Trusted);
@@ -187,7 +187,7 @@ TEST_CASE("Over TLS a package is taken from a server that is vouched for, and fr
     checkUntouched(machine);
 }
 
-TEST_CASE("A package without a signature, with a damaged one or with somebody else's is refused")
+TEST_CASE("a package without a signature, with a damaged one or with somebody else's is refused")
 {
     UpdateMachine machine;
     machine.start();
@@ -221,7 +221,7 @@ TEST_CASE("A package without a signature, with a damaged one or with somebody el
 }
 
 TEST_CASE(
-    "A package of another key is refused, and a configuration that others may write or that has no key is not taken")
+    "a package of another key is refused, and a configuration that others may write or that has no key is not taken")
 {
     UpdateMachine machine;
     machine.start();
@@ -239,7 +239,7 @@ TEST_CASE(
     CHECK_THROWS(machine.start());
 }
 
-TEST_CASE("A signed package that leads outside, is damaged or is not newer is refused, and nothing of it is left")
+TEST_CASE("a signed package that leads outside, is damaged or is not newer is refused, and nothing of it is left")
 {
     UpdateMachine machine;
     machine.start();
@@ -284,7 +284,7 @@ TEST_CASE("A signed package that leads outside, is damaged or is not newer is re
     CHECK(machine.wholeVersion() == "2.0");
 }
 
-TEST_CASE("What was not installed cannot be updated or uninstalled")
+TEST_CASE("what was not installed cannot be updated or uninstalled")
 {
     UpdateMachine machine;
     machine.offer("2.0");
@@ -296,7 +296,7 @@ TEST_CASE("What was not installed cannot be updated or uninstalled")
     CHECK(treeBelow(machine.product()) == before);
 }
 
-TEST_CASE("An install needs the right to change settings")
+TEST_CASE("an install needs the right to change settings")
 {
     UpdateMachine machine;
     machine.start();
@@ -308,7 +308,7 @@ TEST_CASE("An install needs the right to change settings")
     CHECK(machine.authority().calls().size() == 2);
 }
 
-TEST_CASE("While a backup runs nothing is installed or removed, but a check is made")
+TEST_CASE("while a backup runs nothing is installed or removed, but a check is made")
 {
     UpdateMachine machine;
     machine.start();
@@ -330,7 +330,7 @@ TEST_CASE("While a backup runs nothing is installed or removed, but a check is m
     CHECK(recordIn(install(machine)).contains("Applied"));
 }
 
-TEST_CASE("While an install is under way others are refused, and settings are served and changed")
+TEST_CASE("while an install is under way others are refused, and settings are served and changed")
 {
     UpdateMachine machine;
     machine.start();
@@ -349,7 +349,7 @@ TEST_CASE("While an install is under way others are refused, and settings are se
     CHECK(recordIn(machine.send(BRVMessageGetSettings)) == settings);
 }
 
-TEST_CASE("A helper that is told to stop during an install stops, and the next one begins afresh")
+TEST_CASE("a helper that is told to stop during an install stops, and the next one begins afresh")
 {
     UpdateMachine machine;
     machine.start();
@@ -363,7 +363,7 @@ TEST_CASE("A helper that is told to stop during an install stops, and the next o
     CHECK(machine.log().contains("An update was interrupted. Version 1.0 is in place."));
 }
 
-TEST_CASE("On a full disk an install fails with the system's error, and the old version stays")
+TEST_CASE("on a full disk an install fails with the system's error, and the old version stays")
 {
     const std::vector<std::string> unshare =
         ::geteuid() == 0 ? std::vector<std::string>{"unshare", "-m"} : std::vector<std::string>{"unshare", "-Urm"};

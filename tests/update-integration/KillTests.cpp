@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-TEST_CASE("Killed at each step of an install, the old or the new version is there, whole")
+TEST_CASE("killed at each step of an install, the old or the new version is there, whole")
 {
     try {
         outputOf({"strace", "-qq", "-e", "trace=none", "true"});
@@ -90,7 +90,7 @@ TEST_CASE("Killed at each step of an install, the old or the new version is ther
     CHECK(replaced < killed);
 }
 
-TEST_CASE("Killed fifty times at random moments of an install, the installation is always whole")
+TEST_CASE("killed fifty times at random moments of an install, the installation is always whole")
 {
     UpdateMachine machine;
     machine.offer("2.0");

@@ -32,7 +32,7 @@ Array currentRule()
 
 } // namespace
 
-TEST_CASE("Allowing changes without a password writes the right's rule, and disallowing it writes it back")
+TEST_CASE("allowing changes without a password writes the right's rule, and disallowing it writes it back")
 {
     UpdateMachine machine;
     machine.start();
@@ -45,7 +45,7 @@ TEST_CASE("Allowing changes without a password writes the right's rule, and disa
     CHECK(machine.authority().calls().size() == 2);
 }
 
-TEST_CASE("Where an authority reads rules, a file says the same, readable by everyone and never in parts")
+TEST_CASE("where an authority reads rules, a file says the same, readable by everyone and never in parts")
 {
     UpdateMachine machine;
     const auto folder = machine.file("rules");
@@ -68,7 +68,7 @@ TEST_CASE("Where an authority reads rules, a file says the same, readable by eve
     CHECK(machine.helperProcess() == process);
 }
 
-TEST_CASE("A rules file that cannot be written leaves the rule as it was")
+TEST_CASE("a rules file that cannot be written leaves the rule as it was")
 {
     UpdateMachine machine;
     machine.start({}, {"--rules", machine.file("no-such-folder")});
@@ -78,7 +78,7 @@ TEST_CASE("A rules file that cannot be written leaves the rule as it was")
     CHECK(currentRule() == Array{"authenticate-admin"});
 }
 
-TEST_CASE("A request to allow changes that says nothing, or nonsense, changes nothing")
+TEST_CASE("a request to allow changes that says nothing, or nonsense, changes nothing")
 {
     UpdateMachine machine;
     machine.start();

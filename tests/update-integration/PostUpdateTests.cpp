@@ -58,7 +58,7 @@ std::string started(UpdateMachine& machine)
 
 } // namespace
 
-TEST_CASE("The post-update tool waits for the new version, ends the old application and starts the new one")
+TEST_CASE("the post-update tool waits for the new version, ends the old application and starts the new one")
 {
     UpdateMachine machine;
     machine.start();
@@ -72,7 +72,7 @@ TEST_CASE("The post-update tool waits for the new version, ends the old applicat
     CHECK(waitUntil([&] { return !application.toolRuns(); }));
 }
 
-TEST_CASE("The post-update tool leaves on signal 15, and the application goes on")
+TEST_CASE("the post-update tool leaves on signal 15, and the application goes on")
 {
     UpdateMachine machine;
     machine.start();
@@ -86,7 +86,7 @@ TEST_CASE("The post-update tool leaves on signal 15, and the application goes on
     CHECK(started(machine).empty());
 }
 
-TEST_CASE("The post-update tool leaves when its application goes away before the new version is there")
+TEST_CASE("the post-update tool leaves when its application goes away before the new version is there")
 {
     UpdateMachine machine;
     machine.start();
@@ -97,7 +97,7 @@ TEST_CASE("The post-update tool leaves when its application goes away before the
     CHECK(started(machine).empty());
 }
 
-TEST_CASE("The post-update tool ends nobody who merely started it by hand")
+TEST_CASE("the post-update tool ends nobody who merely started it by hand")
 {
     UpdateMachine machine;
     machine.start();
@@ -109,7 +109,7 @@ TEST_CASE("The post-update tool ends nobody who merely started it by hand")
     CHECK(waitUntil([&] { return started(machine) == "2.0"; }));
 }
 
-TEST_CASE("The post-update tool says how it is used")
+TEST_CASE("the post-update tool says how it is used")
 {
     CHECK(ChildProcess({BREVANE_POST_UPDATE, "--other"}).wait() == EX_USAGE);
     ChildProcess help({BREVANE_POST_UPDATE, "--help"});

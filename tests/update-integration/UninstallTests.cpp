@@ -49,7 +49,7 @@ void installCompletely(UpdateMachine& machine, const std::string& version)
 
 } // namespace
 
-TEST_CASE("After an uninstall everything is as it was before the installation")
+TEST_CASE("after an uninstall everything is as it was before the installation")
 {
     UpdateMachine machine;
     files::remove_all(machine.root());
@@ -88,7 +88,7 @@ TEST_CASE("After an uninstall everything is as it was before the installation")
     CHECK(productTree(machine.root()) == before);
 }
 
-TEST_CASE("An uninstall leaves what somebody else put among the product's files")
+TEST_CASE("an uninstall leaves what somebody else put among the product's files")
 {
     UpdateMachine machine;
     machine.start();
@@ -107,7 +107,7 @@ TEST_CASE("An uninstall leaves what somebody else put among the product's files"
                                    "/Library/Brevane/share/mine", "/usr", "/usr/bin", "/usr/bin/log"});
 }
 
-TEST_CASE("An uninstall needs its own right")
+TEST_CASE("an uninstall needs its own right")
 {
     UpdateMachine machine;
     machine.start();
@@ -117,7 +117,7 @@ TEST_CASE("An uninstall needs its own right")
     CHECK(machine.authority().calls().back().action == BRVRightUninstall);
 }
 
-TEST_CASE("Nothing is uninstalled while another program is connected to the helper")
+TEST_CASE("nothing is uninstalled while another program is connected to the helper")
 {
     UpdateMachine machine;
     machine.start();
@@ -133,7 +133,7 @@ TEST_CASE("Nothing is uninstalled while another program is connected to the help
     CHECK_FALSE(files::exists(machine.product()));
 }
 
-TEST_CASE("What cannot be removed is told, and the uninstall can be tried again")
+TEST_CASE("what cannot be removed is told, and the uninstall can be tried again")
 {
     if (::geteuid() != 0) {
         MESSAGE("SKIPPED: needs root, to make a file that cannot be removed");

@@ -6,7 +6,7 @@
 using platform::TimeOfDay;
 using platform::timeOfDayFromComponents;
 
-TEST_CASE("Every hour and minute of the day is that time")
+TEST_CASE("every hour and minute of the day is that time")
 {
     for (int hour = 0; hour < 24; ++hour) {
         for (int minute = 0; minute < 60; ++minute)
@@ -14,7 +14,7 @@ TEST_CASE("Every hour and minute of the day is that time")
     }
 }
 
-TEST_CASE("Hours and minutes out of range carry over")
+TEST_CASE("hours and minutes out of range carry over")
 {
     CHECK(timeOfDayFromComponents(24, 0) == TimeOfDay{0, 0});
     CHECK(timeOfDayFromComponents(99, 61) == TimeOfDay{4, 1});
@@ -23,7 +23,7 @@ TEST_CASE("Hours and minutes out of range carry over")
     CHECK(timeOfDayFromComponents(10, -1441) == TimeOfDay{9, 59});
 }
 
-TEST_CASE("Hours and minutes that cannot be counted together are no time")
+TEST_CASE("hours and minutes that cannot be counted together are no time")
 {
     constexpr auto largest = std::numeric_limits<std::int64_t>::max();
     constexpr auto smallest = std::numeric_limits<std::int64_t>::min();

@@ -5,7 +5,7 @@
 
 using platform::integerOfText;
 
-TEST_CASE("A text begins with an integer: white space, a sign, digits")
+TEST_CASE("a text begins with an integer: white space, a sign, digits")
 {
     CHECK(integerOfText("42") == 42);
     CHECK(integerOfText("  \t\n42 hours") == 42);
@@ -16,7 +16,7 @@ TEST_CASE("A text begins with an integer: white space, a sign, digits")
     CHECK(integerOfText("12.9") == 12);
 }
 
-TEST_CASE("A text that begins with anything else is 0")
+TEST_CASE("a text that begins with anything else is 0")
 {
     for (const char* const text : {"", " ", "x1", "+", "-", "- 5", "+-5", "--5",
                                    "\xFF"
@@ -27,14 +27,14 @@ TEST_CASE("A text that begins with anything else is 0")
     }
 }
 
-TEST_CASE("Digits of every script count")
+TEST_CASE("digits of every script count")
 {
     CHECK(integerOfText("٤٢") == 42);
     CHECK(integerOfText("４２") == 42);
     CHECK(integerOfText("-𝟗9") == -99);
 }
 
-TEST_CASE("An integer stays in the range of 64 bits")
+TEST_CASE("an integer stays in the range of 64 bits")
 {
     constexpr auto highest = std::numeric_limits<std::int64_t>::max();
     constexpr auto lowest = std::numeric_limits<std::int64_t>::min();

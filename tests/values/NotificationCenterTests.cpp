@@ -8,7 +8,7 @@
 using platform::NotificationObserver;
 using platform::postNotification;
 
-TEST_CASE("A notification reaches every observer of its name, in their order, before the post returns")
+TEST_CASE("a notification reaches every observer of its name, in their order, before the post returns")
 {
     std::string heard;
     const NotificationObserver one("A", [&] { heard += "1"; });
@@ -21,7 +21,7 @@ TEST_CASE("A notification reaches every observer of its name, in their order, be
     CHECK(heard == "132");
 }
 
-TEST_CASE("An observer that has ended hears nothing")
+TEST_CASE("an observer that has ended hears nothing")
 {
     int heard = 0;
     {
@@ -31,7 +31,7 @@ TEST_CASE("An observer that has ended hears nothing")
     CHECK(heard == 0);
 }
 
-TEST_CASE("An observer may end itself and others and make new ones while it hears")
+TEST_CASE("an observer may end itself and others and make new ones while it hears")
 {
     std::string heard;
     std::vector<std::unique_ptr<NotificationObserver>> observers;
@@ -50,7 +50,7 @@ TEST_CASE("An observer may end itself and others and make new ones while it hear
     CHECK(heard == "first new");
 }
 
-TEST_CASE("A notification may be posted while another one is heard")
+TEST_CASE("a notification may be posted while another one is heard")
 {
     std::string heard;
     const NotificationObserver outer("A", [&] {

@@ -5,7 +5,7 @@
 
 using platform::formsURL;
 
-TEST_CASE("Texts that are URLs are told from those that are not")
+TEST_CASE("texts that are URLs are told from those that are not")
 {
     for (const char* const text :
          {"https://example.com", "https://example.com/a/b.pkg?x=1&y=%20#z", "file:///tmp/a.pkg",

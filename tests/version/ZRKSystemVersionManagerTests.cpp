@@ -16,7 +16,7 @@ ZRKSystemVersionManager& managerOn(platform::OperatingSystemVersion version)
 
 } // namespace
 
-TEST_CASE("Release 3 is not there on 10.12, and there on 10.13 and everything later")
+TEST_CASE("release 3 is not there on 10.12, and there on 10.13 and everything later")
 {
     CHECK_FALSE(managerOn({10, 12, 0}).runningAtLeast(3));
     CHECK_FALSE(managerOn({10, 12, 6}).runningAtLeast(3));
@@ -26,7 +26,7 @@ TEST_CASE("Release 3 is not there on 10.12, and there on 10.13 and everything la
     CHECK(managerOn({14, 2, 1}).runningAtLeast(3));
 }
 
-TEST_CASE("Each release number up to 5 stands for one minor version")
+TEST_CASE("each release number up to 5 stands for one minor version")
 {
     for (unsigned release = 0; release <= 5; ++release) {
         auto minor = static_cast<std::int64_t>(release) + 10;
@@ -36,7 +36,7 @@ TEST_CASE("Each release number up to 5 stands for one minor version")
     }
 }
 
-TEST_CASE("Release 6 and above is there on every system that offers the query")
+TEST_CASE("release 6 and above is there on every system that offers the query")
 {
     for (unsigned release : {6U, 7U, 100U, ~0U}) {
         CHECK(managerOn({10, 10, 0}).runningAtLeast(release));
@@ -44,13 +44,13 @@ TEST_CASE("Release 6 and above is there on every system that offers the query")
     }
 }
 
-TEST_CASE("No release number is there on a system without the query, not even 6")
+TEST_CASE("no release number is there on a system without the query, not even 6")
 {
     for (unsigned release : {0U, 2U, 5U, 6U, ~0U})
         CHECK_FALSE(managerOn({10, 9, 5}).runningAtLeast(release));
 }
 
-TEST_CASE("A whole version is asked of the system where it offers the query")
+TEST_CASE("a whole version is asked of the system where it offers the query")
 {
     CHECK(managerOn({13, 1, 2}).runningAtLeastVersion({13, 1, 2}));
     CHECK(managerOn({13, 1, 2}).runningAtLeastVersion({13, 0, 9}));
@@ -60,7 +60,7 @@ TEST_CASE("A whole version is asked of the system where it offers the query")
     CHECK_FALSE(managerOn({13, 1, 2}).runningAtLeastVersion({14, 0, 0}));
 }
 
-TEST_CASE("On a system without the query 10.9 is there whatever the patch, and nothing else, older or newer")
+TEST_CASE("on a system without the query 10.9 is there whatever the patch, and nothing else, older or newer")
 {
     auto& manager = managerOn({10, 9, 2});
     CHECK(manager.runningAtLeastVersion({10, 9, 5}));
@@ -71,7 +71,7 @@ TEST_CASE("On a system without the query 10.9 is there whatever the patch, and n
     CHECK_FALSE(manager.runningAtLeastVersion({11, 9, 0}));
 }
 
-TEST_CASE("Every thread gets the same manager")
+TEST_CASE("every thread gets the same manager")
 {
     std::vector<ZRKSystemVersionManager*> found(8);
     std::vector<std::thread> threads;

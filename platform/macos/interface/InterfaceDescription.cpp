@@ -56,7 +56,6 @@ InterfaceDescription mainWindow()
              checkBox("dontRunWithSleepPreventersCheckBox", "Don't back up while something prevents s&leep"),
              checkBox("dontRunWhenNotNetworkWiredCheckBox", "Don't back up without a &wired network"),
              checkBox("snapshotsCheckBox", "Make local s&napshots")},
-        .hasMainMenu = true,
     };
 }
 

@@ -52,7 +52,6 @@ struct InterfaceDescription {
     WindowDescription window = {}; // without an identifier: a view for another window
     Element root = {};
     std::vector<Element> detached = {}; // views that stand in no other until they are put there
-    bool hasMainMenu = false;
 };
 
 const std::vector<InterfaceDescription>& interfaceDescriptions();

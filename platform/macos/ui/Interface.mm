@@ -5,31 +5,15 @@
 #include "platform/macos/interface/Metrics.h"
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/ui/InterfaceBuilder.h"
-#include "platform/macos/ui/MainMenu.h"
+#include "platform/macos/ui/MenuBar.h"
 #include "platform/macos/ui/ViewNative.h"
 #include "platform/macos/ui/WindowNative.h"
 
-#include <cstdio>
-#include <cstdlib>
+#include <utility>
 
 namespace platform::ui {
 
-struct Interface::Native {
-    std::shared_ptr<Window> window;
-    std::shared_ptr<View> view;
-    NamedViews views;
-    NamedMenuItems menuItems;
-    // In no other view before they are put there.
-    std::vector<std::shared_ptr<View>> detached;
-};
-
 namespace {
-
-[[noreturn]] void fail(const char* what, std::string_view name)
-{
-    std::fprintf(stderr, "%s: %.*s\n", what, static_cast<int>(name.size()), name.data());
-    std::abort();
-}
 
 // The view with the margin of a window around it.
 void fillWindow(NSView* content, NSView* view)
@@ -62,65 +46,20 @@ std::shared_ptr<Window> makeWindow(const macos::WindowDescription& description, 
 
 } // namespace
 
-std::unique_ptr<Interface> Interface::load(std::string_view name)
+std::unique_ptr<Interface> Interface::load(std::string_view name, const MenuBarDescription& menus)
 {
     const macos::InterfaceDescription* const description = macos::findInterfaceDescription(name);
     if (!description)
         fail("No interface of this name", name);
-    auto native = std::make_unique<Native>();
-    native->view = buildElement(description->root, native->views);
+    Contents contents;
+    contents.view = buildElement(description->root, contents.views);
     for (const macos::Element& element : description->detached)
-        native->detached.push_back(buildElement(element, native->views));
+        contents.detached.push_back(buildElement(element, contents.views));
     if (*description->window.identifier)
-        native->window = makeWindow(description->window, std::exchange(native->view, nullptr));
-    if (description->hasMainMenu)
-        native->menuItems = installMainMenu();
-    return std::make_unique<Interface>(std::move(native));
-}
-
-Interface::Interface(std::unique_ptr<Native> native) : _native(std::move(native)) { }
-
-Interface::~Interface() = default;
-
-std::shared_ptr<Window> Interface::window() const
-{
-    return _native->window;
-}
-
-std::shared_ptr<View> Interface::view() const
-{
-    return _native->view;
-}
-
-std::shared_ptr<MenuItem> Interface::menuItem(std::string_view identifier) const
-{
-    const auto found = _native->menuItems.find(identifier);
-    if (found == _native->menuItems.end())
-        failMissingOutlet(identifier);
-    return found->second;
-}
-
-std::vector<std::string> Interface::identifiers() const
-{
-    std::vector<std::string> names;
-    if (_native->window)
-        names.push_back(_native->window->identifier());
-    for (const auto& [name, view] : _native->views)
-        names.push_back(name);
-    for (const auto& [name, item] : _native->menuItems)
-        names.push_back(name);
-    return names;
-}
-
-std::shared_ptr<View> Interface::find(std::string_view identifier) const
-{
-    const auto found = _native->views.find(identifier);
-    return found == _native->views.end() ? nullptr : found->second;
-}
-
-void Interface::failMissingOutlet(std::string_view identifier) const
-{
-    fail("Missing outlet", identifier);
+        contents.window = makeWindow(description->window, std::exchange(contents.view, nullptr));
+    if (!menus.empty())
+        contents.menuItems = installMenuBar(menus);
+    return std::make_unique<Interface>(std::move(contents));
 }
 
 } // namespace platform::ui

@@ -57,7 +57,7 @@ private:
 
 } // namespace
 
-TEST_CASE_FIXTURE(LogFixture, "A file that cannot be opened is reported once, and logging goes on without it")
+TEST_CASE_FIXTURE(LogFixture, "a file that cannot be opened is reported once, and logging goes on without it")
 {
     home().write("Library/Logs/Brevane", "a file in the folder's place");
     open();
@@ -68,7 +68,7 @@ TEST_CASE_FIXTURE(LogFixture, "A file that cannot be opened is reported once, an
     CHECK(unifiedMessages() == std::vector<std::string>{"one", "two"});
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A file that cannot be examined is reported, and written to as if it were empty")
+TEST_CASE_FIXTURE(LogFixture, "a file that cannot be examined is reported, and written to as if it were empty")
 {
     makeFile(".log", Threshold);
     counted::failQueries(EIO);
@@ -80,7 +80,7 @@ TEST_CASE_FIXTURE(LogFixture, "A file that cannot be examined is reported, and w
     CHECK(size() > Threshold);
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A format that is not text is reported raw and not written")
+TEST_CASE_FIXTURE(LogFixture, "a format that is not text is reported raw and not written")
 {
     open();
     ZRKLogWithLevel2(LogLevelDefault, "caf\xE9 %@", {"x"});
@@ -88,7 +88,7 @@ TEST_CASE_FIXTURE(LogFixture, "A format that is not text is reported raw and not
     CHECK(content().empty());
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A format that cannot be filled is reported raw and not written")
+TEST_CASE_FIXTURE(LogFixture, "a format that cannot be filled is reported raw and not written")
 {
     open();
     ZRKLogWithLevel2(LogLevelDefault, "left %@ and right %@", {"x"});
@@ -96,7 +96,7 @@ TEST_CASE_FIXTURE(LogFixture, "A format that cannot be filled is reported raw an
     CHECK(content().empty());
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A line that is not UTF-8 is reported whole and not written")
+TEST_CASE_FIXTURE(LogFixture, "a line that is not UTF-8 is reported whole and not written")
 {
     open();
     ZRKLogWithLevel2(LogLevelDefault, "name %@", {"caf\xE9"});
@@ -107,7 +107,7 @@ TEST_CASE_FIXTURE(LogFixture, "A line that is not UTF-8 is reported whole and no
     CHECK(content().empty());
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A write that fails is reported with the line, each time, and does not count")
+TEST_CASE_FIXTURE(LogFixture, "a write that fails is reported with the line, each time, and does not count")
 {
     std::filesystem::create_directories(folder());
     std::filesystem::create_symlink("/dev/full", path());
@@ -121,7 +121,7 @@ TEST_CASE_FIXTURE(LogFixture, "A write that fails is reported with the line, eac
     CHECK(texts[1].ends_with(" application[812] still none\n'."));
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A line that was written in part counts with its whole length")
+TEST_CASE_FIXTURE(LogFixture, "a line that was written in part counts with its whole length")
 {
     makeFile(".log", Threshold - 20);
     open();
@@ -137,7 +137,7 @@ TEST_CASE_FIXTURE(LogFixture, "A line that was written in part counts with its w
 }
 
 TEST_CASE_FIXTURE(LogFixture,
-                  "When the new file cannot be opened, that line is reported and all later ones are dropped silently")
+                  "when the new file cannot be opened, that line is reported and all later ones are dropped silently")
 {
     makeFile(".log", Threshold);
     open();
@@ -154,7 +154,7 @@ TEST_CASE_FIXTURE(LogFixture,
     CHECK(size() == Threshold);
 }
 
-TEST_CASE_FIXTURE(LogFixture, "Failures of the file are never reported to the log's own sinks")
+TEST_CASE_FIXTURE(LogFixture, "failures of the file are never reported to the log's own sinks")
 {
     home().write("Library/Logs/Brevane", "");
     open();
@@ -163,7 +163,7 @@ TEST_CASE_FIXTURE(LogFixture, "Failures of the file are never reported to the lo
     CHECK(unifiedMessages().empty());
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A format that cannot be filled still reaches the system's log as it is")
+TEST_CASE_FIXTURE(LogFixture, "a format that cannot be filled still reaches the system's log as it is")
 {
     open();
     ZRKLogMessage(LogLevelError, "lost %@");

@@ -41,7 +41,7 @@ int descriptorOf(const std::string& path)
 
 } // namespace
 
-TEST_CASE_FIXTURE(LogFixture, "The first run makes the folder and the file and counts from nothing")
+TEST_CASE_FIXTURE(LogFixture, "the first run makes the folder and the file and counts from nothing")
 {
     open();
     CHECK(files() == std::vector<std::string>{"application.log"});
@@ -51,7 +51,7 @@ TEST_CASE_FIXTURE(LogFixture, "The first run makes the folder and the file and c
     CHECK(scripted::log::messages().empty());
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A second run appends to the file of the first")
+TEST_CASE_FIXTURE(LogFixture, "a second run appends to the file of the first")
 {
     open();
     logToFile("first");
@@ -63,7 +63,7 @@ TEST_CASE_FIXTURE(LogFixture, "A second run appends to the file of the first")
     CHECK(messageOf(lines[1]) == "second");
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A run counts from the size of the file that it finds")
+TEST_CASE_FIXTURE(LogFixture, "a run counts from the size of the file that it finds")
 {
     SUBCASE("just below the threshold: the next line still belongs to it")
     {
@@ -86,7 +86,7 @@ TEST_CASE_FIXTURE(LogFixture, "A run counts from the size of the file that it fi
     }
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A line reads date, category, process and message, and ends with a newline")
+TEST_CASE_FIXTURE(LogFixture, "a line reads date, category, process and message, and ends with a newline")
 {
     open();
     const auto before = std::time(nullptr);
@@ -102,7 +102,7 @@ TEST_CASE_FIXTURE(LogFixture, "A line reads date, category, process and message,
     CHECK(matches);
 }
 
-TEST_CASE_FIXTURE(LogFixture, "The level is not written")
+TEST_CASE_FIXTURE(LogFixture, "the level is not written")
 {
     open();
     for (LogLevel level : {LogLevelDefault, LogLevelInfo, LogLevelDebug, LogLevelError})
@@ -113,21 +113,21 @@ TEST_CASE_FIXTURE(LogFixture, "The level is not written")
         CHECK(line.substr(line.find(' ', line.find(' ') + 1)) == " application[812] the same");
 }
 
-TEST_CASE_FIXTURE(LogFixture, "Texts of any script and of many lines are written as they are")
+TEST_CASE_FIXTURE(LogFixture, "texts of any script and of many lines are written as they are")
 {
     open();
     logToFile("%@", {"Zürich – 東京\nsecond line"});
     CHECK(content().ends_with("] Zürich – 東京\nsecond line\n"));
 }
 
-TEST_CASE_FIXTURE(LogFixture, "The category names the file and tags its lines")
+TEST_CASE_FIXTURE(LogFixture, "the category names the file and tags its lines")
 {
     ZRKLogInit("com.zerkolin.brevane", "helper");
     logToFile("hello");
     CHECK(files() == std::vector<std::string>{"helper.log"});
 }
 
-TEST_CASE_FIXTURE(LogFixture, "The file is for appending, readable by all and not inherited by child processes")
+TEST_CASE_FIXTURE(LogFixture, "the file is for appending, readable by all and not inherited by child processes")
 {
     const auto mask = ::umask(022);
     open();
@@ -141,7 +141,7 @@ TEST_CASE_FIXTURE(LogFixture, "The file is for appending, readable by all and no
     CHECK((::fcntl(descriptor, F_GETFL) & O_ACCMODE) == O_WRONLY);
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A line costs one write and no query of the file's size")
+TEST_CASE_FIXTURE(LogFixture, "a line costs one write and no query of the file's size")
 {
     open();
     counted::reset();
@@ -152,7 +152,7 @@ TEST_CASE_FIXTURE(LogFixture, "A line costs one write and no query of the file's
     CHECK(linesOf(content()).size() == 100);
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A line that crosses the threshold is whole in the old file, and the next one rotates")
+TEST_CASE_FIXTURE(LogFixture, "a line that crosses the threshold is whole in the old file, and the next one rotates")
 {
     makeFile(".log", Threshold - 10);
     open();
@@ -166,7 +166,7 @@ TEST_CASE_FIXTURE(LogFixture, "A line that crosses the threshold is whole in the
     CHECK(messageOf(linesOf(content()).at(0)) == "next");
 }
 
-TEST_CASE_FIXTURE(LogFixture, "Rotation with only the current file leaves it as the newest old one")
+TEST_CASE_FIXTURE(LogFixture, "rotation with only the current file leaves it as the newest old one")
 {
     makeFile(".log", Threshold, "current");
     open();
@@ -175,7 +175,7 @@ TEST_CASE_FIXTURE(LogFixture, "Rotation with only the current file leaves it as 
     CHECK(content(".0.log").starts_with("current"));
 }
 
-TEST_CASE_FIXTURE(LogFixture, "After five and more rotations four old files are kept and never a fifth")
+TEST_CASE_FIXTURE(LogFixture, "after five and more rotations four old files are kept and never a fifth")
 {
     for (int number = 1; number <= 7; ++number) {
         makeFile(".log", Threshold, "generation " + std::to_string(number));
@@ -192,7 +192,7 @@ TEST_CASE_FIXTURE(LogFixture, "After five and more rotations four old files are 
 }
 
 TEST_CASE_FIXTURE(LogFixture,
-                  "Rotation deletes a fifth old file that it finds, and the fourth, whose name the third takes")
+                  "rotation deletes a fifth old file that it finds, and the fourth, whose name the third takes")
 {
     makeFile(".4.log", 4, "four");
     makeFile(".3.log", 5, "three");
@@ -204,7 +204,7 @@ TEST_CASE_FIXTURE(LogFixture,
     CHECK(content(".3.log") == "two");
 }
 
-TEST_CASE_FIXTURE(LogFixture, "Rotation works with any of the old files missing")
+TEST_CASE_FIXTURE(LogFixture, "rotation works with any of the old files missing")
 {
     makeFile(".1.log", 3, "one");
     makeFile(".log", Threshold, "current");
@@ -214,7 +214,7 @@ TEST_CASE_FIXTURE(LogFixture, "Rotation works with any of the old files missing"
     CHECK(content(".2.log") == "one");
 }
 
-TEST_CASE_FIXTURE(LogFixture, "The new file after a rotation is opened like the first and counted from nothing")
+TEST_CASE_FIXTURE(LogFixture, "the new file after a rotation is opened like the first and counted from nothing")
 {
     const auto mask = ::umask(022);
     makeFile(".log", Threshold);
@@ -229,7 +229,7 @@ TEST_CASE_FIXTURE(LogFixture, "The new file after a rotation is opened like the 
     CHECK_FALSE(exists(".1.log"));
 }
 
-TEST_CASE_FIXTURE(LogFixture, "Root, by either user id, logs to the system's folder and everyone else to the home's")
+TEST_CASE_FIXTURE(LogFixture, "root, by either user id, logs to the system's folder and everyone else to the home's")
 {
     TemporaryDirectory root;
     scripted::system::setRoot(root.path());
@@ -245,7 +245,7 @@ TEST_CASE_FIXTURE(LogFixture, "Root, by either user id, logs to the system's fol
     CHECK_FALSE(std::filesystem::exists(folder()));
 }
 
-TEST_CASE_FIXTURE(LogFixture, "Lines of many threads are whole, each is there once, and every crossing rotates once")
+TEST_CASE_FIXTURE(LogFixture, "lines of many threads are whole, each is there once, and every crossing rotates once")
 {
     constexpr int threads = 8;
     constexpr int linesEach = 5000;

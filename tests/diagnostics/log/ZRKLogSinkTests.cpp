@@ -8,7 +8,7 @@
 
 using scripted::log::Sink;
 
-TEST_CASE_FIXTURE(LogFixture, "The unified log is used from 10.12 on, the legacy one before")
+TEST_CASE_FIXTURE(LogFixture, "the unified log is used from 10.12 on, the legacy one before")
 {
     scripted::system::setOperatingSystemVersion({10, 12, 0});
     open();
@@ -21,7 +21,7 @@ TEST_CASE_FIXTURE(LogFixture, "The unified log is used from 10.12 on, the legacy
     CHECK_FALSE(ZRKLOG_UNIFIED);
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A message reaches the unified log with its subsystem, category and level, and the file")
+TEST_CASE_FIXTURE(LogFixture, "a message reaches the unified log with its subsystem, category and level, and the file")
 {
     open();
     for (LogLevel level : {LogLevelDefault, LogLevelInfo, LogLevelDebug, LogLevelError})
@@ -40,7 +40,7 @@ TEST_CASE_FIXTURE(LogFixture, "A message reaches the unified log with its subsys
     CHECK(messageOf(lines[2]) == "level is 2");
 }
 
-TEST_CASE_FIXTURE(LogFixture, "The system's log comes before the file")
+TEST_CASE_FIXTURE(LogFixture, "the system's log comes before the file")
 {
     for (platform::OperatingSystemVersion version : {platform::OperatingSystemVersion{14, 0, 0}, {10, 11, 0}}) {
         scripted::log::reset();
@@ -55,7 +55,7 @@ TEST_CASE_FIXTURE(LogFixture, "The system's log comes before the file")
 }
 
 TEST_CASE_FIXTURE(LogFixture,
-                  "A debug message reaches the unified log and the file, and on an old system only the file")
+                  "a debug message reaches the unified log and the file, and on an old system only the file")
 {
     open();
     ZRKLogMessage(LogLevelDebug, "new");
@@ -70,7 +70,7 @@ TEST_CASE_FIXTURE(LogFixture,
     CHECK(messageOf(lines[1]) == "old");
 }
 
-TEST_CASE_FIXTURE(LogFixture, "On an old system errors reach the legacy log as Error, and info and default as Warning")
+TEST_CASE_FIXTURE(LogFixture, "on an old system errors reach the legacy log as Error, and info and default as Warning")
 {
     scripted::system::setOperatingSystemVersion({10, 11, 0});
     open();
@@ -92,7 +92,7 @@ TEST_CASE_FIXTURE(LogFixture, "On an old system errors reach the legacy log as E
     CHECK(linesOf(content()).size() == 3);
 }
 
-TEST_CASE_FIXTURE(LogFixture, "Of a legacy message's level only the low byte counts")
+TEST_CASE_FIXTURE(LogFixture, "of a legacy message's level only the low byte counts")
 {
     scripted::system::setOperatingSystemVersion({10, 11, 0});
     open();
@@ -105,7 +105,7 @@ TEST_CASE_FIXTURE(LogFixture, "Of a legacy message's level only the low byte cou
     CHECK(content().empty());
 }
 
-TEST_CASE_FIXTURE(LogFixture, "A legacy message has been handed over when the call returns, from any thread")
+TEST_CASE_FIXTURE(LogFixture, "a legacy message has been handed over when the call returns, from any thread")
 {
     scripted::system::setOperatingSystemVersion({10, 11, 0});
     open();

@@ -80,7 +80,7 @@ std::function<void()> asUser()
 
 } // namespace
 
-TEST_CASE_FIXTURE(MachineFixture, "A user's messages go to the home's log folder and to the system's log")
+TEST_CASE_FIXTURE(MachineFixture, "a user's messages go to the home's log folder and to the system's log")
 {
     CHECK(log("from a user", asUser()) == "");
     CHECK(userLog().find("] from a user\n") != std::string::npos);
@@ -91,7 +91,7 @@ TEST_CASE_FIXTURE(MachineFixture, "A user's messages go to the home's log folder
           != std::string::npos);
 }
 
-TEST_CASE_FIXTURE(MachineFixture, "Root's messages go to the system's log folder, by the real or the effective user id")
+TEST_CASE_FIXTURE(MachineFixture, "root's messages go to the system's log folder, by the real or the effective user id")
 {
     if (!isRoot()) {
         MESSAGE("SKIPPED: needs root");
@@ -111,7 +111,7 @@ TEST_CASE_FIXTURE(MachineFixture, "Root's messages go to the system's log folder
 }
 
 TEST_CASE_FIXTURE(MachineFixture,
-                  "In a home that the user may not write to, one failure is reported and logging goes on")
+                  "in a home that the user may not write to, one failure is reported and logging goes on")
 {
     auto prepare = [this, user = asUser()] {
         require(::mkdir(_home.file("Library").c_str(), 0555), "mkdir");
@@ -124,7 +124,7 @@ TEST_CASE_FIXTURE(MachineFixture,
 }
 
 TEST_CASE_FIXTURE(MachineFixture,
-                  "With a log folder that the user may not write to, the failure says that it was denied")
+                  "with a log folder that the user may not write to, the failure says that it was denied")
 {
     auto prepare = [this, user = asUser()] {
         std::filesystem::create_directories(_home.file("Library/Logs/Brevane"));
@@ -134,7 +134,7 @@ TEST_CASE_FIXTURE(MachineFixture,
     CHECK(log("without a file", prepare) == "Failed to open log file (" + std::to_string(EACCES) + ").\n");
 }
 
-TEST_CASE_FIXTURE(MachineFixture, "On a full disk each line that cannot be written is reported, and what fits is kept")
+TEST_CASE_FIXTURE(MachineFixture, "on a full disk each line that cannot be written is reported, and what fits is kept")
 {
     const auto folder = _root.file("Library/Logs/Brevane");
     auto fillDisk = [&] {

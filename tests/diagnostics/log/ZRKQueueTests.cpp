@@ -16,21 +16,21 @@ const bool ranAtLoadTime = [] {
 
 } // namespace
 
-TEST_CASE("The shared work queue is there and works before main runs, and is never replaced")
+TEST_CASE("the shared work queue is there and works before main runs, and is never replaced")
 {
     CHECK(queueAtLoadTime != nullptr);
     CHECK(ranAtLoadTime);
     CHECK(ZRKQueueMain().get() == queueAtLoadTime);
 }
 
-TEST_CASE("The shared work queue is a private serial queue, not the main thread's")
+TEST_CASE("the shared work queue is a private serial queue, not the main thread's")
 {
     CHECK(ZRKQueueMain()->label() == "com.zerkolin.main");
     CHECK(ZRKQueueMain()->target() == nullptr);
     CHECK(ZRKQueueMain() != platform::Queue::main());
 }
 
-TEST_CASE("A queue is made with its label and without a target, or with the one it is given")
+TEST_CASE("a queue is made with its label and without a target, or with the one it is given")
 {
     auto target = ZRKQueueContextCreate("com.zerkolin.target");
     CHECK(target->label() == "com.zerkolin.target");

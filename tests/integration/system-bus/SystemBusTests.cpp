@@ -32,7 +32,7 @@ int dialogCount(ChildProcess& agent)
 
 } // namespace
 
-TEST_CASE("On a system bus everyone reaches the helper, which runs as root, but only root may own its name")
+TEST_CASE("on a system bus everyone reaches the helper, which runs as root, but only root may own its name")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -50,7 +50,7 @@ TEST_CASE("On a system bus everyone reaches the helper, which runs as root, but 
     CHECK(machine->ownerOf(Helper) != helper);
 }
 
-TEST_CASE("On a system bus an administrator's consent lets a user change settings and is asked for once")
+TEST_CASE("on a system bus an administrator's consent lets a user change settings and is asked for once")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -63,7 +63,7 @@ TEST_CASE("On a system bus an administrator's consent lets a user change setting
     CHECK(tell(*client, "silent") == "0");
 }
 
-TEST_CASE("On a system bus a dismissed dialog is a cancelled authorization, and the second right is not asked for")
+TEST_CASE("on a system bus a dismissed dialog is a cancelled authorization, and the second right is not asked for")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -75,7 +75,7 @@ TEST_CASE("On a system bus a dismissed dialog is a cancelled authorization, and 
     CHECK(tell(*client, "ask") == "-60006");
 }
 
-TEST_CASE("On a system bus a refused password denies both rights")
+TEST_CASE("on a system bus a refused password denies both rights")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -88,7 +88,7 @@ TEST_CASE("On a system bus a refused password denies both rights")
     CHECK(tell(*client, "get") == "ok");
 }
 
-TEST_CASE("On a system bus nobody to ask, or an agent that crashes, grants nothing")
+TEST_CASE("on a system bus nobody to ask, or an agent that crashes, grants nothing")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -102,7 +102,7 @@ TEST_CASE("On a system bus nobody to ask, or an agent that crashes, grants nothi
     CHECK(dialogCount(*agent) == 1);
 }
 
-TEST_CASE("On a system bus a grant is of no use to another process, be it of the same user")
+TEST_CASE("on a system bus a grant is of no use to another process, be it of the same user")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -126,7 +126,7 @@ TEST_CASE("On a system bus a grant is of no use to another process, be it of the
     CHECK(dialogCount(*agent) == 1);
 }
 
-TEST_CASE("On a system bus an authority killed during the dialog denies, and the next question starts it again")
+TEST_CASE("on a system bus an authority killed during the dialog denies, and the next question starts it again")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -143,7 +143,7 @@ TEST_CASE("On a system bus an authority killed during the dialog denies, and the
     CHECK(tell(*client, "set") == "ok");
 }
 
-TEST_CASE("On a system bus the token of a destroyed authorization is worth nothing")
+TEST_CASE("on a system bus the token of a destroyed authorization is worth nothing")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)
@@ -161,7 +161,7 @@ TEST_CASE("On a system bus the token of a destroyed authorization is worth nothi
 }
 
 TEST_CASE(
-    "On a system bus administrators change settings without a password while that is allowed, and nobody else does")
+    "on a system bus administrators change settings without a password while that is allowed, and nobody else does")
 {
     PrivateMachine* machine = PrivateMachine::shared();
     if (!machine)

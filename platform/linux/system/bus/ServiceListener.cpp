@@ -2,7 +2,7 @@
 
 #include "platform/linux/system/authorization/AuthorityQuestion.h"
 #include "platform/linux/system/bus/BusHandles.h"
-#include "platform/linux/system/processes/EventDescriptor.h"
+#include "platform/linux/system/queues/EventDescriptor.h"
 
 #include <algorithm>
 #include <atomic>

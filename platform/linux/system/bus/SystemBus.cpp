@@ -1,6 +1,6 @@
 #include "platform/linux/system/bus/SystemBus.h"
 
-#include "platform/linux/system/processes/BlockedSignals.h"
+#include "platform/linux/system/queues/BlockedSignals.h"
 
 #include <algorithm>
 #include <array>

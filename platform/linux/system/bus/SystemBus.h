@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/linux/system/bus/BusHandles.h"
-#include "platform/linux/system/processes/EventDescriptor.h"
+#include "platform/linux/system/queues/EventDescriptor.h"
 
 #include <condition_variable>
 #include <cstdint>

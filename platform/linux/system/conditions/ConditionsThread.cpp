@@ -1,7 +1,7 @@
 #include "platform/linux/system/conditions/ConditionsThread.h"
 
 #include "platform/linux/system/conditions/ConditionsBus.h"
-#include "platform/linux/system/processes/BlockedSignals.h"
+#include "platform/linux/system/queues/BlockedSignals.h"
 #include "platform/linux/system/queues/RunTask.h"
 
 #include <pthread.h>

@@ -1,6 +1,7 @@
 #include "platform/linux/system/files/AtomicFile.h"
 
 #include "platform/FileDescriptor.h"
+#include "platform/Folder.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -48,14 +49,6 @@ bool writeAll(int descriptor, std::span<const std::uint8_t> bytes)
         bytes = bytes.subspan(static_cast<std::size_t>(count));
     }
     return true;
-}
-
-std::expected<void, int> syncFolder(const std::string& folder)
-{
-    FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor || ::fsync(descriptor.get()) != 0)
-        return lastFailure();
-    return {};
 }
 
 } // namespace

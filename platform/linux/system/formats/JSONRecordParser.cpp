@@ -1,7 +1,6 @@
 #include "platform/linux/system/formats/JSONRecordParser.h"
 
 #include "platform/Format.h"
-#include "platform/linux/system/formats/LargeNumbers.h"
 
 #include <algorithm>
 #include <simdjson.h>
@@ -80,6 +79,31 @@ void readMembers(dom::object object, std::span<const std::string_view> keys, std
     }
 }
 
+std::size_t lengthOfString(std::string_view json)
+{
+    std::size_t end = 1;
+    while (end < json.size() && json[end] != '"')
+        end += json[end] == '\\' ? 2 : 1;
+    return std::min(end + 1, json.size());
+}
+
+// The parser refuses integers beyond 64 bits, but takes them as reals: "...0" becomes "...0.0".
+std::string withLongIntegersAsReals(std::string_view json)
+{
+    constexpr std::size_t longestSafeInteger = 18; // characters
+    std::string text;
+    while (!json.empty()) {
+        const auto token = std::min(json.find_first_not_of("+-.0123456789eE"), json.size());
+        const auto length = json.front() == '"' ? lengthOfString(json) : std::max(token, std::size_t(1));
+        const auto piece = json.substr(0, length);
+        text.append(piece);
+        if (token > longestSafeInteger && piece.find_first_not_of("-0123456789") == std::string_view::npos)
+            text.append(".0");
+        json.remove_prefix(length);
+    }
+    return text;
+}
+
 } // namespace
 
 JSONRecordParser::JSONRecordParser() : _native(std::make_unique<Native>()) { }
@@ -93,8 +117,8 @@ std::optional<std::size_t> JSONRecordParser::parse(std::string_view array, std::
     dom::array elements;
     auto failure = parser.parse(array.data(), array.size(), false).get_array().get(elements);
     if (failure) {
-        if (const auto quoted = quoteLargeNumbers(array))
-            failure = parser.parse(*quoted).get_array().get(elements);
+        const auto withReals = withLongIntegersAsReals(array);
+        failure = parser.parse(withReals).get_array().get(elements);
     }
     if (failure) {
         _failure = simdjson::error_message(failure);

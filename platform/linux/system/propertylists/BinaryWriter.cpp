@@ -62,8 +62,8 @@ void BinaryWriter::encodeUTF16(std::string_view text)
     while (!text.empty()) {
         const char32_t character = takeCharacter(text);
         if (character >= 0x10000) {
-            units.push_back(static_cast<char16_t>(0xD800 + ((character - 0x10000) >> 10)));
-            units.push_back(static_cast<char16_t>(0xDC00 + ((character - 0x10000) & 0x3FF)));
+            units.push_back(highSurrogateOf(character));
+            units.push_back(lowSurrogateOf(character));
         } else {
             units.push_back(static_cast<char16_t>(character));
         }

@@ -228,14 +228,14 @@ bool OldStyleReader::readEscape(std::string& text)
         if (!readUnit(unit))
             return false;
         char32_t character = unit;
-        if ((unit & 0xFC00) == 0xD800) {
+        if (isHighSurrogate(unit)) {
             unsigned low = 0;
             if (!(_rest.starts_with("\\U") || _rest.starts_with("\\u")))
                 return false;
             _rest.remove_prefix(2);
-            if (!readUnit(low) || (low & 0xFC00) != 0xDC00)
+            if (!readUnit(low) || !isLowSurrogate(low))
                 return false;
-            character = 0x10000 + ((unit & 0x3FF) << 10) + (low & 0x3FF);
+            character = characterOfSurrogates(unit, low);
         }
         return character > 0 && appendCharacter(text, character);
     }

@@ -1,12 +1,10 @@
 #include "platform/linux/system/queues/MainQueue.h"
 
-#include "platform/FileDescriptor.h"
+#include "platform/linux/system/queues/EventDescriptor.h"
 #include "platform/linux/system/queues/RunTask.h"
 #include "platform/Queue.h"
 
-#include <cstdint>
 #include <deque>
-#include <sys/eventfd.h>
 #include <unistd.h>
 #include <utility>
 
@@ -28,7 +26,7 @@ public:
         std::lock_guard guard(_lock);
         _tasks.push_back(std::move(task));
         if (_tasks.size() == 1 && !_serving)
-            wakeLoop();
+            _event.signal();
     }
 
     void sync(const Task& task) override
@@ -49,7 +47,7 @@ public:
             if (_serving)
                 return;
             _serving = true;
-            sleepLoop();
+            _event.reset();
             turn.swap(_tasks);
         }
         while (!turn.empty()) {
@@ -59,18 +57,11 @@ public:
         std::lock_guard guard(_lock);
         _serving = false;
         if (!_tasks.empty())
-            wakeLoop();
+            _event.signal();
     }
 
 private:
-    void wakeLoop() { ::eventfd_write(_event.get(), 1); }
-    void sleepLoop()
-    {
-        eventfd_t ignored;
-        ::eventfd_read(_event.get(), &ignored);
-    }
-
-    FileDescriptor _event{::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+    EventDescriptor _event; // wakes the loop
     std::mutex _lock;
     std::deque<Task> _tasks;
     bool _serving = false;

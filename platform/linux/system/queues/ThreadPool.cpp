@@ -1,36 +1,14 @@
 #include "platform/linux/system/queues/ThreadPool.h"
 
+#include "platform/linux/system/queues/BlockedSignals.h"
 #include "platform/linux/system/queues/RunTask.h"
 
 #include <algorithm>
-#include <csignal>
-#include <pthread.h>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 namespace platform {
-
-namespace {
-
-// Threads inherit the mask: the process's signals are for the threads that know of them.
-class BlockSignals {
-public:
-    BlockSignals()
-    {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &_previous);
-    }
-    BlockSignals(const BlockSignals&) = delete;
-    BlockSignals& operator=(const BlockSignals&) = delete;
-    ~BlockSignals() { ::pthread_sigmask(SIG_SETMASK, &_previous, nullptr); }
-
-private:
-    sigset_t _previous;
-};
-
-} // namespace
 
 ThreadPool& ThreadPool::shared()
 {
@@ -63,7 +41,7 @@ void ThreadPool::addThreadIfNeeded()
 {
     if (runnable() <= _idle || _threads == maximumThreads)
         return;
-    BlockSignals block;
+    const BlockedSignals blocked;
     try {
         std::thread([this] { work(); }).detach();
         ++_threads;

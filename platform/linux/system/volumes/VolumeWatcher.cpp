@@ -1,6 +1,6 @@
 #include "platform/linux/system/volumes/VolumeWatcher.h"
 
-#include "platform/linux/system/processes/BlockedSignals.h"
+#include "platform/linux/system/queues/BlockedSignals.h"
 #include "platform/linux/system/volumes/UdevHandles.h"
 #include "platform/Queue.h"
 

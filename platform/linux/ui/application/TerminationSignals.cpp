@@ -2,9 +2,7 @@
 
 #include <array>
 #include <atomic>
-#include <cerrno>
 #include <csignal>
-#include <sys/eventfd.h>
 
 namespace platform::ui {
 
@@ -12,14 +10,13 @@ namespace {
 
 constexpr std::array Signals{SIGTERM, SIGINT, SIGHUP};
 
-std::atomic<int> handlerDescriptor = -1; // all that a handler can reach
-static_assert(std::atomic<int>::is_always_lock_free);
+std::atomic<const EventDescriptor*> handlerDescriptor = nullptr; // all that a handler can reach
+static_assert(std::atomic<const EventDescriptor*>::is_always_lock_free);
 
 void noteSignal(int)
 {
-    const int saved = errno;
-    eventfd_write(handlerDescriptor, 1);
-    errno = saved;
+    if (const auto* const descriptor = handlerDescriptor.load())
+        descriptor->signal();
 }
 
 void handle(int number, void (*handler)(int))
@@ -36,16 +33,13 @@ void handle(int number, void (*handler)(int))
 } // namespace
 
 TerminationSignals::TerminationSignals(std::function<void()> callBack)
-    : _descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      _notifier(_descriptor.get(), QSocketNotifier::Read)
+    : _notifier(_descriptor.get(), QSocketNotifier::Read)
 {
-    QObject::connect(&_notifier, &QSocketNotifier::activated, &_notifier,
-                     [descriptor = _descriptor.get(), callBack = std::move(callBack)] {
-                         eventfd_t count = 0;
-                         eventfd_read(descriptor, &count);
-                         callBack();
-                     });
-    handlerDescriptor = _descriptor.get();
+    QObject::connect(&_notifier, &QSocketNotifier::activated, &_notifier, [this, callBack = std::move(callBack)] {
+        _descriptor.reset();
+        callBack();
+    });
+    handlerDescriptor = &_descriptor;
     for (const int number : Signals)
         handle(number, noteSignal);
 }
@@ -54,7 +48,7 @@ TerminationSignals::~TerminationSignals()
 {
     for (const int number : Signals)
         handle(number, SIG_DFL);
-    handlerDescriptor = -1;
+    handlerDescriptor = nullptr;
     _notifier.setEnabled(false);
 }
 

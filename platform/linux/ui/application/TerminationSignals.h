@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/FileDescriptor.h"
+#include "platform/linux/system/queues/EventDescriptor.h"
 
 #include <functional>
 #include <QSocketNotifier>
@@ -17,7 +17,7 @@ public:
     TerminationSignals& operator=(const TerminationSignals&) = delete;
 
 private:
-    FileDescriptor _descriptor;
+    EventDescriptor _descriptor;
     QSocketNotifier _notifier;
 };
 

@@ -21,67 +21,81 @@ bool isTextOnClipboard()
     return !QApplication::clipboard()->text().isEmpty();
 }
 
-bool mayRun(const QByteArray& command, const QLineEdit& line)
+bool mayRun(MenuCommand command, const QLineEdit& line)
 {
     const bool readable = line.echoMode() == QLineEdit::Normal && line.hasSelectedText();
-    if (command == "undo")
+    if (command == MenuCommand::Undo)
         return line.isUndoAvailable();
-    if (command == "redo")
+    if (command == MenuCommand::Redo)
         return line.isRedoAvailable();
-    if (command == "cut")
+    if (command == MenuCommand::Cut)
         return readable && !line.isReadOnly();
-    if (command == "copy")
+    if (command == MenuCommand::Copy)
         return readable;
-    if (command == "paste")
+    if (command == MenuCommand::Paste)
         return !line.isReadOnly() && isTextOnClipboard();
     return !line.text().isEmpty();
 }
 
+// The toolkit's slot of the command.
+const char* slotOf(MenuCommand command)
+{
+    switch (command) {
+    case MenuCommand::Undo:
+        return "undo";
+    case MenuCommand::Redo:
+        return "redo";
+    case MenuCommand::Cut:
+        return "cut";
+    case MenuCommand::Copy:
+        return "copy";
+    case MenuCommand::Paste:
+        return "paste";
+    default:
+        return "selectAll";
+    }
+}
+
 // Of either class of texts of many lines, which share no base for this.
 template <class Text>
-bool mayRunInText(const QByteArray& command, const Text& text)
+bool mayRunInText(MenuCommand command, const Text& text)
 {
     const bool selected = text.textCursor().hasSelection();
-    if (command == "undo")
+    if (command == MenuCommand::Undo)
         return !text.isReadOnly() && text.document()->isUndoAvailable();
-    if (command == "redo")
+    if (command == MenuCommand::Redo)
         return !text.isReadOnly() && text.document()->isRedoAvailable();
-    if (command == "cut")
+    if (command == MenuCommand::Cut)
         return selected && !text.isReadOnly();
-    if (command == "copy")
+    if (command == MenuCommand::Copy)
         return selected;
-    if (command == "paste")
+    if (command == MenuCommand::Paste)
         return !text.isReadOnly() && isTextOnClipboard();
     return !text.document()->isEmpty();
 }
 
-bool mayRun(const QByteArray& command, const StyledTextArea& text)
+bool mayRun(MenuCommand command, const StyledTextArea& text)
 {
-    if (command == "copy")
+    if (command == MenuCommand::Copy)
         return !text.selection().isEmpty();
-    return command == "selectAll" && !text.text()->empty();
+    return command == MenuCommand::SelectAll && !text.text()->empty();
 }
 
 } // namespace
 
 EditCommands::EditCommands(QMainWindow& window) : QObject(&window)
 {
-    for (auto* const action : window.findChildren<QAction*>()) {
-        if (action->property("editCommand").isValid())
-            connectAction(*action);
-    }
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
         if (!qobject_cast<QMenuBar*>(now))
             _focused = now;
     });
 }
 
-void EditCommands::connectAction(QAction& action)
+void EditCommands::connectAction(QAction& action, MenuCommand command)
 {
-    const auto command = action.property("editCommand").toByteArray();
     connect(&action, &QAction::triggered, this, [this, command] {
         if (isPossible(command))
-            QMetaObject::invokeMethod(field(), command.constData());
+            QMetaObject::invokeMethod(field(), slotOf(command));
     });
     enableWhileMenuIsOpen(action, *this, [this, command] { return isPossible(command); });
 }
@@ -93,7 +107,7 @@ QWidget* EditCommands::field() const
     return _focused;
 }
 
-bool EditCommands::isPossible(const QByteArray& command) const
+bool EditCommands::isPossible(MenuCommand command) const
 {
     auto* const focused = field();
     if (const auto* const line = qobject_cast<QLineEdit*>(focused))

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/ui/MenuBar.h"
+
 #include <QMainWindow>
 #include <QPointer>
 
@@ -7,8 +9,8 @@ class QAction;
 
 namespace platform::ui {
 
-// The Edit menu: an action whose property "editCommand" names a command of a text field ("cut", "selectAll" ...) acts
-// on the field or text that has the keyboard, in whichever window, when there is something for the command to do.
+// The Edit menu: its actions act on the field or text that has the keyboard, in whichever window, when there is
+// something for the command to do.
 class EditCommands : public QObject {
     Q_OBJECT
 
@@ -16,10 +18,12 @@ public:
     // Belongs to the window.
     explicit EditCommands(QMainWindow& window);
 
+    // From Undo to SelectAll. The action stands in its menu already.
+    void connectAction(QAction& action, MenuCommand command);
+
 private:
-    void connectAction(QAction& action);
     QWidget* field() const;
-    bool isPossible(const QByteArray& command) const;
+    bool isPossible(MenuCommand command) const;
 
     QPointer<QWidget> _focused; // unlike the application's, kept while the menu bar has the keyboard
 };

@@ -20,21 +20,14 @@ void bringAllToFront()
 
 } // namespace
 
-WindowCommands::WindowCommands(QMainWindow& window) : QObject(&window), _menuWindow(window)
-{
-    for (auto* const action : window.findChildren<QAction*>()) {
-        if (action->property("windowCommand").isValid())
-            connectAction(*action);
-    }
-}
+WindowCommands::WindowCommands(QMainWindow& window) : QObject(&window), _menuWindow(window) { }
 
-void WindowCommands::connectAction(QAction& action)
+void WindowCommands::connectAction(QAction& action, MenuCommand command)
 {
-    const auto command = action.property("windowCommand").toString();
     connect(&action, &QAction::triggered, this, [this, command] {
-        if (command == QStringLiteral("minimise"))
+        if (command == MenuCommand::Minimize)
             window().showMinimized();
-        else if (command == QStringLiteral("close"))
+        else if (command == MenuCommand::Close)
             window().close();
         else
             bringAllToFront();

@@ -1,13 +1,14 @@
 #pragma once
 
+#include "platform/ui/MenuBar.h"
+
 #include <QMainWindow>
 
 class QAction;
 
 namespace platform::ui {
 
-// The Window menu: an action whose property "windowCommand" is "minimise" or "close" acts on the window that the user
-// is in, and "bringAllToFront" on all of them.
+// The Window menu: Minimize and Close act on the window that the user is in, BringAllToFront on all of them.
 class WindowCommands : public QObject {
     Q_OBJECT
 
@@ -15,8 +16,9 @@ public:
     // Belongs to the window.
     explicit WindowCommands(QMainWindow& window);
 
+    void connectAction(QAction& action, MenuCommand command);
+
 private:
-    void connectAction(QAction& action);
     QWidget& window() const;
 
     QMainWindow& _menuWindow;

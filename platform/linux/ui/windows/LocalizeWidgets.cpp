@@ -3,7 +3,6 @@
 #include "platform/Localization.h"
 
 #include <array>
-#include <QAction>
 #include <QComboBox>
 #include <QLayout>
 #include <QMetaProperty>
@@ -55,8 +54,6 @@ void localizeWidgets(QWidget& top)
     localizeWidget(top);
     for (auto* const widget : top.findChildren<QWidget*>())
         localizeWidget(*widget);
-    for (auto* const action : top.findChildren<QAction*>())
-        localizeProperty(*action, "text");
     if (top.isRightToLeft()) {
         for (auto* const layout : top.findChildren<QLayout*>())
             mirrorMargins(*layout);

@@ -1,15 +1,10 @@
 #pragma once
 
-#include "platform/linux/ui/controls/ViewNative.h"
+#include "platform/ui/Interface.h"
 
-#include <functional>
-#include <map>
-#include <memory>
-#include <string>
+class QWidget;
 
 namespace platform::ui {
-
-using NamedViews = std::map<std::string, std::shared_ptr<View>, std::less<>>;
 
 // A view for each widget that the interface file names, of the class that the widget's own class stands for. The top
 // widget has one in any case.

@@ -1,12 +1,15 @@
-#include "platform/linux/ui/application/HelpCommand.h"
+#include "platform/linux/ui/application/HelpPage.h"
 
 #include "platform/linux/system/texts/StringTable.h"
 #include "platform/Workspace.h"
 
 #include <filesystem>
-#include <QAction>
+#include <string>
+#include <system_error>
 
 namespace platform::ui {
+
+namespace {
 
 std::string helpPage()
 {
@@ -21,12 +24,11 @@ std::string helpPage()
     return pageIn("en");
 }
 
-HelpCommand::HelpCommand(QMainWindow& window) : QObject(&window)
+} // namespace
+
+void openHelp()
 {
-    for (auto* const action : window.findChildren<QAction*>()) {
-        if (action->property("helpCommand") == QStringLiteral("show"))
-            connect(action, &QAction::triggered, this, [] { platform::openFile(helpPage()); });
-    }
+    platform::openFile(helpPage());
 }
 
 } // namespace platform::ui

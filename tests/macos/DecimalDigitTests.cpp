@@ -3,7 +3,7 @@
 
 #include <doctest/doctest.h>
 
-TEST_CASE("The value of every decimal digit of every script follows from which characters are digits")
+TEST_CASE("the value of every decimal digit of every script follows from which characters are digits")
 {
     int digits = 0;
     for (char32_t character = 0; character < 0x110000; ++character) {

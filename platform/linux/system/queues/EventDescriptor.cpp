@@ -1,4 +1,4 @@
-#include "platform/linux/system/processes/EventDescriptor.h"
+#include "platform/linux/system/queues/EventDescriptor.h"
 
 #include <cerrno>
 #include <cstdint>

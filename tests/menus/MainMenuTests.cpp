@@ -1,0 +1,137 @@
+#include "shell/menus/MainMenu.h"
+
+#include <doctest/doctest.h>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+using namespace platform::ui;
+
+namespace {
+
+constexpr MenuConvention conventions[] = {MenuConvention::ApplicationMenu, MenuConvention::WindowMenus};
+
+void visitItems(MenuConvention convention, const std::function<void(const MenuItemDescription&)>& visitor)
+{
+    for (const auto& menu : mainMenu(convention)) {
+        for (const auto& group : menu.groups) {
+            for (const auto& item : group)
+                visitor(item);
+        }
+    }
+}
+
+// "identifier key", a line between groups, of one menu.
+std::vector<std::string> linesOf(const MenuDescription& menu)
+{
+    std::vector<std::string> lines;
+    for (const auto& group : menu.groups) {
+        if (!lines.empty())
+            lines.emplace_back("-");
+        for (const auto& item : group)
+            lines.push_back(item.identifier + (item.key.empty() ? "" : " " + item.key));
+    }
+    return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+} // namespace
+
+TEST_CASE("the menu bar of a window has what concerns the application in its first menus")
+{
+    const auto menus = mainMenu(MenuConvention::WindowMenus);
+    REQUIRE(menus.size() == 5);
+    CHECK(menus[0].title == "B&revane");
+    CHECK(linesOf(menus[0])
+          == Lines{"aboutMenuItem", "-", "preferencesMenuItem ,", "checkUpdatesMenuItem", "-", "uninstallMenuItem"});
+    CHECK(menus[1].title == "&File");
+    CHECK(linesOf(menus[1]) == Lines{"showCurrentSettingsMenuItem r", "-", "quitMenuItem q"});
+    CHECK(menus[2].title == "&Edit");
+    CHECK(linesOf(menus[2])
+          == Lines{"undoMenuItem z", "redoMenuItem z", "-", "cutMenuItem x", "copyMenuItem c", "pasteMenuItem v", "-",
+                   "selectAllMenuItem a"});
+    CHECK(menus[3].title == "Win&dow");
+    CHECK(linesOf(menus[3])
+          == Lines{"minimiseMenuItem m", "closeMenuItem w", "-", "mainWindowMenuItem 0", "localSnapshotsMenuItem 1",
+                   "consoleMenuItem 2", "-", "bringAllToFrontMenuItem"});
+    CHECK(menus[4].title == "&Help");
+    CHECK(linesOf(menus[4]) == Lines{"helpMenuItem", "-", "openWebSiteMenuItem", "contactByMailMenuItem"});
+}
+
+TEST_CASE("where the system has an application menu, that menu has Services, Hide and Quit too")
+{
+    const auto menus = mainMenu(MenuConvention::ApplicationMenu);
+    REQUIRE(menus.size() == 5);
+    CHECK(linesOf(menus[0])
+          == Lines{"aboutMenuItem", "-", "preferencesMenuItem ,", "checkUpdatesMenuItem", "-", "servicesMenuItem", "-",
+                   "hideMenuItem h", "hideOthersMenuItem h", "showAllMenuItem", "-", "uninstallMenuItem", "-",
+                   "quitMenuItem q"});
+    CHECK(linesOf(menus[1]) == Lines{"showCurrentSettingsMenuItem r", "-", "closeMenuItem w"});
+    CHECK(linesOf(menus[2])
+          == Lines{"undoMenuItem z", "redoMenuItem z", "-", "cutMenuItem x", "copyMenuItem c", "pasteMenuItem v", "-",
+                   "selectAllMenuItem a", "-", "findMenuItem f"});
+    CHECK(linesOf(menus[3])
+          == Lines{"minimiseMenuItem m", "zoomMenuItem", "-", "mainWindowMenuItem 0", "localSnapshotsMenuItem 1",
+                   "consoleMenuItem 2", "-", "bringAllToFrontMenuItem"});
+    CHECK(linesOf(menus[4]) == Lines{"helpMenuItem", "-", "openWebSiteMenuItem", "contactByMailMenuItem"});
+}
+
+TEST_CASE("an item that both conventions have is the same in both, but for the name of Quit")
+{
+    int same = 0;
+    visitItems(MenuConvention::WindowMenus, [&](const MenuItemDescription& item) {
+        INFO(item.identifier);
+        int found = 0;
+        visitItems(MenuConvention::ApplicationMenu, [&](const MenuItemDescription& other) {
+            if (other.identifier != item.identifier)
+                return;
+            ++found;
+            CHECK(other.key == item.key);
+            CHECK(other.modifiers == item.modifiers);
+            CHECK(other.command == item.command);
+            CHECK((other.title == item.title || item.identifier == "quitMenuItem"));
+        });
+        CHECK(found == 1);
+        ++same;
+    });
+    CHECK(same == 21);
+}
+
+TEST_CASE("no key, identifier or command stands twice")
+{
+    for (const auto convention : conventions) {
+        std::set<std::string> identifiers;
+        std::set<std::pair<std::string, KeyModifiers>> keys;
+        std::set<MenuCommand> commands;
+        visitItems(convention, [&](const MenuItemDescription& item) {
+            INFO(item.identifier);
+            CHECK(!item.title.empty());
+            CHECK(identifiers.insert(item.identifier).second);
+            CHECK((item.key.empty() || keys.emplace(item.key, item.modifiers).second));
+            CHECK((item.command == MenuCommand::None || commands.insert(item.command).second));
+        });
+    }
+}
+
+TEST_CASE("the application's menu comes first and help last, each role has one menu, and no group is empty")
+{
+    for (const auto convention : conventions) {
+        const auto menus = mainMenu(convention);
+        CHECK(menus.front().role == MenuRole::Application);
+        CHECK(menus.back().role == MenuRole::Help);
+        std::multiset<MenuRole> roles;
+        std::set<std::string> identifiers;
+        for (const auto& menu : menus) {
+            roles.insert(menu.role);
+            CHECK(identifiers.insert(menu.identifier).second);
+            CHECK(!menu.groups.empty());
+            for (const auto& group : menu.groups)
+                CHECK(!group.empty());
+        }
+        CHECK(roles.count(MenuRole::Window) == 1);
+        CHECK(roles.count(MenuRole::Application) == 1);
+        CHECK(roles.count(MenuRole::Help) == 1);
+    }
+}
