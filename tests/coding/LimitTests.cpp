@@ -1,6 +1,7 @@
 #include "platform/ErrorArchive.h"
 #include "tests/coding/Samples.h"
 
+#include <algorithm>
 #include <chrono>
 #include <doctest/doctest.h>
 #include <functional>
@@ -162,6 +163,22 @@ TEST_CASE("a long text may be shared, but not unfold into many times the input")
     CHECK(isDamaged(shared(1 << 20, 200)));
     CHECK(propertyListWithData(shared(10'000, 60)));
     CHECK(isDamaged(shared(10'000, 80)));
+}
+
+TEST_CASE("whatever is written can be read, however often one text is in it")
+{
+    for (const std::size_t size : {1U, 31U, 32U, 33U, 1000U}) {
+        for (const char* first : {"x", "é"}) {
+            CAPTURE(size);
+            CAPTURE(first);
+            const std::string text =
+                first + std::string(size - std::min<std::size_t>(size, std::string(first).size()), 'x');
+            const PropertyList value(Array(5000, PropertyList(text)));
+            CHECK(propertyListWithData(binaryPropertyList(value).value()).value() == value);
+            const platform::Error error{"domain", 1, {{"list", value}}, nullptr};
+            CHECK(platform::unarchivedError(platform::archivedError(error), true).value() == error);
+        }
+    }
 }
 
 TEST_CASE("a million different numbers are written and read in time linear in their count")

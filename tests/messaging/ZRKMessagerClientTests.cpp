@@ -10,6 +10,7 @@
 #include "tests/platform/ScriptedServiceConnection.h"
 
 #include <cerrno>
+#include <cmath>
 #include <doctest/doctest.h>
 #include <future>
 #include <thread>
@@ -126,6 +127,17 @@ TEST_CASE("a nested payload arrives as it was sent")
                                             {"Interval", Dictionary{{"Minutes", 90}}},
                                             {"On", true},
                                             {"List", Array{"a", 2.5, Data{1, 2, 3}, platform::Date{12}}}};
+    service::setHandler(
+        [](const ServiceDictionary& request) { return ServiceDictionary{{"payload", request.at("payload")}}; });
+    CHECK(it.client.sendSynchronousMessage(2, payload) == payload);
+}
+
+TEST_CASE("a reply with values that nothing here knows arrives all the same, and so does what is sent of it")
+{
+    Fixture it;
+    const PropertyList payload = Dictionary{{"Large", UINT64_MAX},
+                                            {"Reference", platform::UID{7}},
+                                            {"Dates", Array{platform::Date{NAN}, platform::Date{-INFINITY}}}};
     service::setHandler(
         [](const ServiceDictionary& request) { return ServiceDictionary{{"payload", request.at("payload")}}; });
     CHECK(it.client.sendSynchronousMessage(2, payload) == payload);

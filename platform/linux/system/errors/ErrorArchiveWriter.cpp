@@ -1,6 +1,7 @@
 #include "platform/ErrorArchive.h"
 #include "platform/linux/system/errors/KeyedArchive.h"
 #include "platform/linux/system/propertylists/BinaryWriter.h"
+#include "platform/linux/system/propertylists/Limits.h"
 #include "platform/Unicode.h"
 
 #include <array>
@@ -100,9 +101,12 @@ private:
 
     Index addText(std::string_view text)
     {
-        const auto [found, isNew] = _texts.try_emplace(writableText(text), 0);
+        const std::string written = writableText(text);
+        if (written.size() > PropertyListLimits::sharedText)
+            return append(_plist.addString(written));
+        const auto [found, isNew] = _texts.try_emplace(written, 0);
         if (isNew)
-            found->second = append(_plist.addString(found->first));
+            found->second = append(_plist.addString(written));
         return found->second;
     }
 

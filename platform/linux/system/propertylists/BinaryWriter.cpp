@@ -129,7 +129,8 @@ BinaryWriter::Object BinaryWriter::addString(std::string_view value)
         encodeUTF16(value);
     }
     const Object object = endObject();
-    _strings.emplace(value, object);
+    if (value.size() <= PropertyListLimits::sharedText)
+        _strings.emplace(value, object);
     return object;
 }
 

@@ -25,7 +25,7 @@ public:
     Object addReal(double value);
     Object addDate(Date value);
     Object addData(std::span<const std::uint8_t> value);
-    Object addString(std::string_view value); // valid UTF-8; equal strings are kept once
+    Object addString(std::string_view value); // valid UTF-8; equal short ones are kept once
     Object addUID(UID value);
     Object addArray(std::span<const Object> elements);
     Object addDictionary(std::span<const Object> keys, std::span<const Object> values);

@@ -20,9 +20,13 @@ constexpr std::size_t values(std::size_t inputSize)
 // Bytes of text and data.
 constexpr std::size_t content(std::size_t inputSize)
 {
-    constexpr std::size_t most = std::size_t{16} << 20;
-    return std::min(64 * (inputSize + 1024), most + 4 * inputSize);
+    constexpr std::size_t most = std::size_t{256} << 20;
+    return std::min(64 * (inputSize + 1024), most);
 }
+
+// The longest text, in bytes, that a writer may write once for several places: each of them is at least a byte and
+// unfolds into 64 at the most, in UTF-16, so that what is written can be read.
+inline constexpr std::size_t sharedText = 32;
 
 } // namespace PropertyListLimits
 
