@@ -26,6 +26,21 @@ Dictionary::Dictionary(std::initializer_list<Entry> entries)
         set(entry.key, entry.value);
 }
 
+Dictionary::Dictionary(std::vector<Entry> entries) : _entries(std::move(entries))
+{
+    reindex();
+    const auto begin = _entries.begin();
+    bool isRepeated = _index && _index->size() < _entries.size();
+    for (auto entry = begin; !_index && !isRepeated && entry != _entries.end(); ++entry)
+        isRepeated = std::any_of(begin, entry, [&](const Entry& earlier) { return earlier.key == entry->key; });
+    if (!isRepeated)
+        return;
+    const auto all = std::exchange(_entries, {});
+    _index.reset();
+    for (const Entry& entry : all)
+        set(entry.key, entry.value);
+}
+
 Dictionary::Dictionary(const Dictionary& other) : _entries(other._entries)
 {
     reindex();
@@ -41,11 +56,6 @@ Dictionary& Dictionary::operator=(const Dictionary& other)
 std::size_t Dictionary::size() const
 {
     return _entries.size();
-}
-
-void Dictionary::reserve(std::size_t size)
-{
-    _entries.reserve(size);
 }
 
 const Dictionary::Entry* Dictionary::begin() const
@@ -74,7 +84,7 @@ void Dictionary::reindex()
     if (_entries.size() <= largestUnindexedSize)
         return;
     _index = std::make_unique<Index>();
-    _index->reserve(_entries.capacity());
+    _index->reserve(_entries.size());
     for (std::size_t i = 0; i < _entries.size(); ++i)
         _index->emplace(_entries[i].key, i);
 }

@@ -21,6 +21,7 @@ public:
 
     Dictionary();
     Dictionary(std::initializer_list<Entry> entries);
+    explicit Dictionary(std::vector<Entry> entries); // of a key given twice, the last value at the first place
     Dictionary(const Dictionary& other);
     Dictionary(Dictionary&& other) noexcept;
     Dictionary& operator=(const Dictionary& other);
@@ -29,7 +30,6 @@ public:
 
     std::size_t size() const;
     bool empty() const { return size() == 0; }
-    void reserve(std::size_t size); // entries
 
     // Null when the key is absent.
     const PropertyList* find(std::string_view key) const;

@@ -7,9 +7,9 @@
 #include "tests/fuzz/replay/SavedInputs.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <functional>
 #include <limits>
 #include <plist/plist.h>
@@ -31,11 +31,17 @@ constexpr int rounds = 15;
     std::exit(1);
 }
 
+// Of the processor, so that what else the machine does says little.
 double millisecondsOf(const std::function<void()>& function)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const auto now = [] {
+        timespec time = {};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    };
+    const double start = now();
     function();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    return now() - start;
 }
 
 double median(std::vector<double> values)

@@ -5,8 +5,6 @@
 #include <bit>
 #include <cmath>
 #include <doctest/doctest.h>
-#include <fstream>
-#include <iterator>
 #include <limits>
 
 using namespace std::string_literals;
@@ -21,12 +19,6 @@ using platform::propertyListWithData;
 using platform::UID;
 
 namespace {
-
-Data contents(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 std::string_view textOf(const Data& bytes)
 {

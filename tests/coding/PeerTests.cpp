@@ -5,8 +5,6 @@
 
 #include <cstdlib>
 #include <doctest/doctest.h>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #if __has_include(<plist/plist.h>)
 #include <plist/plist.h>
@@ -20,12 +18,6 @@ using platform::propertyListWithData;
 namespace {
 
 constexpr int count = 200; // seeded values, in two formats each
-
-Data contents(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 // Makes the values again from their seeds; what it reads back is checked with the value that it made.
 constexpr const char* generator = R"(

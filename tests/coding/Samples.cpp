@@ -3,6 +3,8 @@
 #include "tests/support/ChildProcess.h"
 
 #include <doctest/doctest.h>
+#include <fstream>
+#include <iterator>
 #include <unistd.h>
 #include <utility>
 
@@ -84,6 +86,12 @@ Data binary(const std::vector<std::string>& objects, std::uint8_t root)
     for (const int shift : {24, 16, 8, 0})
         bytes.push_back(static_cast<std::uint8_t>(table >> shift));
     return bytes;
+}
+
+Data contents(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 bool hasPython()

@@ -41,6 +41,9 @@ std::string xml(std::string_view element);
 // A binary property list of objects in their encoded form, with references of one byte.
 platform::Data binary(const std::vector<std::string>& objects, std::uint8_t root = 0);
 
+// The whole file.
+platform::Data contents(const std::string& path);
+
 // What python3 prints for a script that is given file names; nothing when this machine has no python3.
 std::string python(const std::string& script, const std::vector<std::string>& files);
 bool hasPython();

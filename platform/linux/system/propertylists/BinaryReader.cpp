@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace platform {
 
@@ -34,16 +35,8 @@ BinaryReader::BinaryReader(std::span<const std::uint8_t> bytes, std::size_t maxi
 {
 }
 
-std::optional<PropertyList> BinaryReader::read()
-{
-    if (!readTrailer() || !spendValues(1))
-        return std::nullopt;
-    auto value = readValue(_root, 0);
-    return _isDamaged ? std::nullopt : std::optional(std::move(value));
-}
-
 // Big-endian, of one to eight bytes, anywhere behind the header.
-std::uint64_t BinaryReader::numberAt(std::size_t at, std::size_t size) const
+inline std::uint64_t BinaryReader::numberAt(std::size_t at, std::size_t size) const
 {
     std::uint64_t number = 0;
     std::memcpy(&number, _bytes.data() + at + size - 8, 8); // the header has eight bytes too
@@ -92,21 +85,27 @@ bool BinaryReader::readCount(Object& object) const
     return true;
 }
 
-std::optional<BinaryReader::Object> BinaryReader::objectAtIndex(std::uint64_t index)
+// Whether so many bytes of content lie before the table.
+inline bool BinaryReader::holds(const Object& object, std::size_t size) const
 {
-    if (index >= _objectCount)
-        return std::nullopt;
-    const auto offset = numberAt(_table + index * _offsetSize, _offsetSize);
-    if (offset < header.size() || offset >= _table)
-        return std::nullopt;
-    const std::uint8_t first = _bytes[offset];
-    Object object{static_cast<unsigned>(first >> 4), first & 0xFU, static_cast<std::size_t>(offset) + 1};
-    const bool isCounted = (object.marker >= BinaryMarker::Data && object.marker <= UTF16)
-        || object.marker == BinaryMarker::Array || object.marker == BinaryMarker::Dictionary;
-    return !isCounted || readCount(object) ? std::optional(object) : std::nullopt;
+    return _table - object.content >= size;
 }
 
-std::uint64_t BinaryReader::reference(const Object& object, std::size_t number) const
+inline bool BinaryReader::findObject(std::uint64_t index, Object& object) const
+{
+    if (index >= _objectCount)
+        return false;
+    const auto offset = numberAt(_table + index * _offsetSize, _offsetSize);
+    if (offset < header.size() || offset >= _table)
+        return false;
+    const std::uint8_t first = _bytes[offset];
+    object = {static_cast<unsigned>(first >> 4), first & 0xFU, static_cast<std::size_t>(offset) + 1};
+    const bool isCounted = (object.marker >= BinaryMarker::Data && object.marker <= UTF16)
+        || object.marker == BinaryMarker::Array || object.marker == BinaryMarker::Dictionary;
+    return !isCounted || readCount(object);
+}
+
+inline std::uint64_t BinaryReader::reference(const Object& object, std::size_t number) const
 {
     return numberAt(object.content + number * _referenceSize, _referenceSize);
 }
@@ -127,95 +126,103 @@ bool BinaryReader::spendContent(std::size_t size)
     return true;
 }
 
-PropertyList BinaryReader::damaged()
+template <class Place>
+bool BinaryReader::readValue(std::uint64_t index, int depth, const Place& place)
 {
-    _isDamaged = true;
-    return false;
-}
-
-PropertyList BinaryReader::readValue(std::uint64_t index, int depth)
-{
-    const auto object = objectAtIndex(index);
-    if (!object)
-        return damaged();
-    switch (object->marker) {
-    case BinaryMarker::Data:
-        return readData(*object);
-    case ASCII:
-    case UTF16: {
-        std::string text;
-        return readText(*object, text) ? PropertyList(std::move(text)) : damaged();
-    }
-    case BinaryMarker::Array:
-        return readArray(*object, depth + 1);
-    case BinaryMarker::Dictionary:
-        return readDictionary(*object, depth + 1);
-    default:
-        return readScalar(*object);
-    }
-}
-
-PropertyList BinaryReader::readScalar(const Object& object)
-{
+    Object object;
+    if (!findObject(index, object))
+        return false;
+    const auto placeIf = [&](bool isSound, auto& content) {
+        if (isSound)
+            place(std::move(content));
+        return isSound;
+    };
     switch (object.marker) {
     case Simple:
-        return object.count == falseValue || object.count == trueValue ? object.count == trueValue : damaged();
+        if (object.count != falseValue && object.count != trueValue)
+            return false;
+        place(object.count == trueValue);
+        return true;
     case Integer:
-        return readInteger(object);
-    case Real:
-        return readReal(object);
+        return readInteger(object, place);
+    case Real: {
+        double real = 0;
+        return placeIf(readReal(object, real), real);
+    }
     case BinaryMarker::Date:
-        if (object.count != 3 || _table - object.content < 8)
-            return damaged();
-        return platform::Date{std::bit_cast<double>(numberAt(object.content, 8))};
+        if (object.count != 3 || !holds(object, 8))
+            return false;
+        place(platform::Date{std::bit_cast<double>(numberAt(object.content, 8))});
+        return true;
+    case BinaryMarker::Data: {
+        platform::Data data;
+        return placeIf(readData(object, data), data);
+    }
+    case ASCII:
+    case UTF16: {
+        std::string string;
+        return placeIf(readText(object, string), string);
+    }
     case BinaryMarker::UID:
-        return readUID(object);
+        if (object.count > 7 || !holds(object, object.count + 1))
+            return false;
+        place(platform::UID{numberAt(object.content, object.count + 1)});
+        return true;
+    case BinaryMarker::Array: {
+        platform::Array array;
+        return placeIf(readArray(object, depth + 1, array), array);
+    }
+    case BinaryMarker::Dictionary: {
+        platform::Dictionary dictionary;
+        return placeIf(readDictionary(object, depth + 1, dictionary), dictionary);
+    }
     default:
-        return damaged();
+        return false;
     }
 }
 
 // Those of eight bytes have a sign, shorter ones have none, and of sixteen bytes are what eight with a sign cannot
 // hold.
-PropertyList BinaryReader::readInteger(const Object& object)
+template <class Place>
+bool BinaryReader::readInteger(const Object& object, const Place& place) const
 {
     const std::size_t size = std::size_t{1} << std::min<std::size_t>(object.count, 4);
-    if (object.count > 4 || _table - object.content < size)
-        return damaged();
-    if (size < 16)
-        return static_cast<std::int64_t>(numberAt(object.content, size));
+    if (object.count > 4 || !holds(object, size))
+        return false;
+    if (size < 16) {
+        place(static_cast<std::int64_t>(numberAt(object.content, size)));
+        return true;
+    }
     const auto high = static_cast<std::int64_t>(numberAt(object.content, 8));
     const std::uint64_t low = numberAt(object.content + 8, 8);
-    if (high == 0)
-        return low;
     const auto number = static_cast<std::int64_t>(low);
-    return high == -1 && number < 0 ? PropertyList(number) : damaged();
+    if (high == 0)
+        place(low);
+    else if (high == -1 && number < 0)
+        place(number);
+    else
+        return false;
+    return true;
 }
 
-PropertyList BinaryReader::readReal(const Object& object)
+bool BinaryReader::readReal(const Object& object, double& real) const
 {
     const std::size_t size = std::size_t{1} << std::min<std::size_t>(object.count, 3);
-    if (object.count < 2 || object.count > 3 || _table - object.content < size)
-        return damaged();
+    if (object.count < 2 || object.count > 3 || !holds(object, size))
+        return false;
     const std::uint64_t bits = numberAt(object.content, size);
-    return size == 8 ? std::bit_cast<double>(bits)
+    real = size == 8 ? std::bit_cast<double>(bits)
                      : static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(bits)));
+    return true;
 }
 
-PropertyList BinaryReader::readUID(const Object& object)
-{
-    const std::size_t size = object.count + 1;
-    if (size > 8 || _table - object.content < size)
-        return damaged();
-    return platform::UID{numberAt(object.content, size)};
-}
-
-PropertyList BinaryReader::readData(const Object& object)
+bool BinaryReader::readData(const Object& object, platform::Data& data)
 {
     if (!fits(object, 1) || !spendContent(object.count))
-        return damaged();
-    const auto data = _bytes.subspan(object.content, object.count);
-    return platform::Data(data.begin(), data.end());
+        return false;
+    const auto content = _bytes.subspan(object.content, object.count);
+    data.assign(content.begin(), content.end());
+    return true;
 }
 
 bool BinaryReader::readText(const Object& object, std::string& text)
@@ -224,7 +231,7 @@ bool BinaryReader::readText(const Object& object, std::string& text)
         if (!fits(object, 1) || !spendContent(object.count))
             return false;
         const auto bytes = _bytes.subspan(object.content, object.count);
-        text.assign(bytes.begin(), bytes.end());
+        text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
         return isASCIIWithoutNUL(bytes);
     }
     if (object.marker != UTF16 || !fits(object, 2) || !spendContent(2 * object.count))
@@ -236,31 +243,45 @@ bool BinaryReader::readText(const Object& object, std::string& text)
     return true;
 }
 
-PropertyList BinaryReader::readArray(const Object& object, int depth)
+bool BinaryReader::readArray(const Object& object, int depth, platform::Array& array)
 {
     if (depth > PropertyListLimits::depth || !fits(object, _referenceSize) || !spendValues(object.count))
-        return damaged();
-    platform::Array array;
+        return false;
     array.reserve(object.count);
-    for (std::size_t i = 0; i < object.count && !_isDamaged; ++i)
-        array.push_back(readValue(reference(object, i), depth));
-    return array;
+    const auto place = [&](auto&& content) { array.emplace_back(std::forward<decltype(content)>(content)); };
+    for (std::size_t i = 0; i < object.count; ++i) {
+        if (!readValue(reference(object, i), depth, place))
+            return false;
+    }
+    return true;
 }
 
-PropertyList BinaryReader::readDictionary(const Object& object, int depth)
+bool BinaryReader::readDictionary(const Object& object, int depth, platform::Dictionary& dictionary)
 {
     if (depth > PropertyListLimits::depth || !fits(object, 2 * _referenceSize) || !spendValues(2 * object.count))
-        return damaged();
-    platform::Dictionary dictionary;
-    dictionary.reserve(object.count);
+        return false;
+    std::vector<platform::Dictionary::Entry> entries;
+    entries.reserve(object.count);
     std::string key;
-    for (std::size_t i = 0; i < object.count && !_isDamaged; ++i) {
-        const auto keyObject = objectAtIndex(reference(object, i));
-        if (!keyObject || !readText(*keyObject, key))
-            return damaged();
-        dictionary.set(key, readValue(reference(object, object.count + i), depth));
+    const auto place = [&](auto&& content) { entries.emplace_back(key, std::forward<decltype(content)>(content)); };
+    for (std::size_t i = 0; i < object.count; ++i) {
+        Object keyObject;
+        if (!findObject(reference(object, i), keyObject) || !readText(keyObject, key)
+            || !readValue(reference(object, object.count + i), depth, place))
+            return false;
     }
-    return dictionary;
+    dictionary = platform::Dictionary(std::move(entries));
+    return true;
+}
+
+std::optional<PropertyList> BinaryReader::read()
+{
+    if (!readTrailer() || !spendValues(1))
+        return std::nullopt;
+    std::optional<PropertyList> value;
+    const bool isSound =
+        readValue(_root, 0, [&](auto&& content) { value.emplace(std::forward<decltype(content)>(content)); });
+    return isSound ? std::move(value) : std::nullopt;
 }
 
 } // namespace platform

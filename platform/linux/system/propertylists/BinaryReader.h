@@ -33,24 +33,25 @@ private:
 
     std::uint64_t numberAt(std::size_t at, std::size_t size) const;
     bool readTrailer();
+    bool findObject(std::uint64_t index, Object& object) const;
     bool readCount(Object& object) const;
     bool fits(const Object& object, std::size_t elementSize) const;
-    std::optional<Object> objectAtIndex(std::uint64_t index);
+    bool holds(const Object& object, std::size_t size) const;
     std::uint64_t reference(const Object& object, std::size_t number) const;
     bool spendValues(std::size_t count);
     bool spendContent(std::size_t size);
 
-    // These make of a damaged object any value and set _isDamaged. `depth` counts the collections around the value.
-    PropertyList damaged();
-    PropertyList readValue(std::uint64_t index, int depth);
-    PropertyList readScalar(const Object& object);
-    PropertyList readInteger(const Object& object);
-    PropertyList readReal(const Object& object);
-    PropertyList readUID(const Object& object);
-    PropertyList readData(const Object& object);
-    PropertyList readArray(const Object& object, int depth);
-    PropertyList readDictionary(const Object& object, int depth);
+    // These hand what they read to `place`, which makes a value of it where it belongs, and are false for damage.
+    // `depth` counts the collections around the value.
+    template <class Place>
+    bool readValue(std::uint64_t index, int depth, const Place& place);
+    template <class Place>
+    bool readInteger(const Object& object, const Place& place) const;
+    bool readReal(const Object& object, double& real) const;
+    bool readData(const Object& object, Data& data);
     bool readText(const Object& object, std::string& text);
+    bool readArray(const Object& object, int depth, Array& array);
+    bool readDictionary(const Object& object, int depth, Dictionary& dictionary);
 
     std::span<const std::uint8_t> _bytes;
     std::size_t _valuesLeft;
@@ -60,7 +61,6 @@ private:
     std::uint64_t _objectCount = 0;
     std::uint64_t _root = 0;
     std::size_t _table = 0; // content lies before it
-    bool _isDamaged = false;
 };
 
 } // namespace platform
