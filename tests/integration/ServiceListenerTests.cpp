@@ -394,7 +394,7 @@ TEST_CASE("a listener learns from the bus who its senders are, and when they lea
 }
 
 TEST_CASE(
-    "A user whose clients never read is cut off before the bus stops to listen, and answered again when they read")
+    "a user whose clients never read is cut off before the bus stops to listen, and answered again when they read")
 {
     PrivateBus bus;
     Served served([](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {
