@@ -14,7 +14,7 @@ namespace helper {
 namespace {
 
 constexpr std::array settingsFiles{"com.zerkolin.brevane.scheduler.plist", "com.zerkolin.brevane.updates.plist",
-                                   "com.zerkolin.brevane.rights.plist"};
+                                   "com.zerkolin.brevane.rights.plist", "com.zerkolin.brevane.program.plist"};
 constexpr std::array programs{"scheduler", "application", "post-update"};
 
 // The file, what was kept of it when it was damaged, and what an interrupted replacement left.
@@ -34,6 +34,13 @@ bool isLogOf(std::string_view program, std::string_view name)
     name.remove_prefix(program.size());
     return name == ".log"
         || (name.size() == 6 && name[0] == '.' && name.substr(2) == ".log" && name[1] >= '0' && name[1] <= '4');
+}
+
+// What is known of the backup that runs or ran last.
+bool isBackupState(std::string_view name)
+{
+    return name.ends_with(".plist") ? name == "backup-job.plist" || name == "backup-run.plist"
+                                    : name.starts_with(".backup-job.plist.") || name.starts_with(".backup-run.plist.");
 }
 
 bool isProductLog(std::string_view name)
@@ -61,6 +68,7 @@ std::vector<std::string> writtenFiles()
 {
     std::vector<std::string> files;
     collect(platform::systemPath("/Library/Preferences"), isSettingsFile, files);
+    collect(platform::systemPath("/var/db/brevane"), isBackupState, files);
     auto systemLogs = platform::systemPath("/Library/Logs/Brevane");
     collect(systemLogs, isProductLog, files);
     // One that runs as an ordinary user, in a sandbox, logs in that user's home, where the others' logs are the user's.

@@ -1,5 +1,7 @@
 #include "platform/PowerSources.h"
 
+#include "platform/macos/system/NotifiedCondition.h"
+
 #import <Foundation/Foundation.h>
 #import <IOKit/ps/IOPowerSources.h>
 
@@ -7,6 +9,21 @@
 extern "C" CFBooleanRef IOPSPowerSourceSupported(CFTypeRef information, CFStringRef type);
 
 namespace platform {
+
+namespace {
+
+PowerState readPowerState()
+{
+    const CFTypeRef information = IOPSCopyPowerSourcesInfo();
+    if (!information)
+        return {};
+    const CFStringRef source = IOPSGetProvidingPowerSourceType(information);
+    const bool onBattery = source && CFStringCompare(source, CFSTR(kIOPMBatteryPowerKey), 0) == kCFCompareEqualTo;
+    CFRelease(information);
+    return {.isKnown = true, .onBattery = onBattery};
+}
+
+} // namespace
 
 std::optional<bool> supportsBatteryPower()
 {
@@ -16,6 +33,13 @@ std::optional<bool> supportsBatteryPower()
     const bool supported = IOPSPowerSourceSupported(information, CFSTR(kIOPMBatteryPowerKey)) == kCFBooleanTrue;
     CFRelease(information);
     return supported;
+}
+
+FollowedCondition<PowerState> followPowerState(std::shared_ptr<Queue> queue, std::function<void()> handler)
+{
+    return std::make_unique<NotifiedCondition<PowerState>>(
+        readPowerState, std::vector<const char*>{"com.apple.system.powersources.source"}, std::move(queue),
+        std::move(handler));
 }
 
 } // namespace platform

@@ -1,0 +1,313 @@
+#include "helper/programs/BackupPlan.h"
+#include "helper/programs/ProgramFields.h"
+#include "helper/programs/ProgramStore.h"
+#include "helper/programs/SystemUnit.h"
+#include "helper/programs/TrustedPath.h"
+#include "tests/backups/RunnerFixture.h"
+#include "tests/support/ChildProcess.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <doctest/doctest.h>
+#include <filesystem>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace helper;
+using platform::Array;
+using platform::Dictionary;
+using platform::PropertyList;
+
+namespace {
+
+const ProgramCatalog& catalog()
+{
+    // The administrator's, whoever the source tree belongs to.
+    static const ProgramCatalog programs = [] {
+        const TemporaryDirectory folder;
+        std::filesystem::copy(BREVANE_PROGRAMS, folder.path());
+        return ProgramCatalog(folder.path());
+    }();
+    return programs;
+}
+
+Dictionary borg(const PropertyList& folders, const PropertyList& repository)
+{
+    return {{"Program", "borg"}, {"Fields", Dictionary{{"Folders", folders}, {"Repository", repository}}}};
+}
+
+Dictionary withField(const std::string& program, const std::string& key, const PropertyList& value)
+{
+    return {{"Program", program}, {"Fields", Dictionary{{key, value}}}};
+}
+
+std::optional<SettingsFault> fault(const Dictionary& choice)
+{
+    return ProgramFields::faultInChoice(choice, catalog());
+}
+
+bool isWrong(const Dictionary& choice, const std::string& key)
+{
+    const auto found = fault(choice);
+    return found && found->code == BRVErrorWrongType && found->key == key;
+}
+
+} // namespace
+
+TEST_CASE("the installation describes the programs that can be chosen")
+{
+    std::vector<std::string> identifiers;
+    for (const auto& program : catalog().programs())
+        identifiers.push_back(program.identifier);
+    CHECK(identifiers
+          == std::vector<std::string>{"backintime", "borg", "borgmatic", "btrbk", "restic", "rsnapshot", "service",
+                                      "timeshift"});
+    // Every field that is put in somewhere is there to be asked for.
+    for (const auto& program : catalog().programs()) {
+        for (const auto& field : program.fields)
+            CHECK(std::ranges::any_of(program.arguments, [&](const auto& argument) {
+                return argument.find("{" + field.key + "}") != std::string::npos;
+            }));
+        CHECK_FALSE(program.restore.empty());
+        CHECK((program.package.empty()) == (program.identifier == "service"));
+    }
+}
+
+TEST_CASE("a file that describes no program is left out")
+{
+    TemporaryDirectory folder;
+    folder.write("a.plist", "{Name = A; Executables = (\"/bin/a\");}");
+    folder.write("b.plist", "{Name = B; Executables = (\"b\");}");
+    folder.write("c.plist", "{Name = C; Executables = (\"/bin/c\"); Fields = ({Key = K; Kind = Command;});}");
+    folder.write("d.plist", "{Executables = (\"/bin/d\");}");
+    folder.write("e.plist", "no list");
+    folder.write("f.txt", "{Name = F; Executables = (\"/bin/f\");}");
+    const ProgramCatalog programs(folder.path());
+    REQUIRE(programs.programs().size() == 1);
+    CHECK(programs.programs().front().identifier == "a");
+    CHECK(programs.program("a"));
+    CHECK_FALSE(programs.program("b"));
+}
+
+TEST_CASE("a choice with all that the program needs is taken, and so is none")
+{
+    TemporaryDirectory folder;
+    CHECK(fault(borg(Array{"/home", "/srv/with space"}, folder.file("backups"))) == std::nullopt);
+    CHECK(fault({}) == std::nullopt);
+    CHECK(fault({{"PreventSleep", true}}) == std::nullopt);
+    CHECK(fault({{"Program", "btrbk"}, {"PreventSleep", false}}) == std::nullopt);
+    CHECK(fault(withField("rsnapshot", "Level", "daily")) == std::nullopt);
+    CHECK(fault(withField("service", "Unit", "backup.service")) == std::nullopt);
+}
+
+TEST_CASE("a choice of nothing known is refused with what is wrong")
+{
+    CHECK(fault({{"Command", "/bin/sh"}}) == SettingsFault{BRVErrorUnknownKey, "Command", {}});
+    CHECK(isWrong({{"Program", "sh"}}, "Program"));
+    CHECK(isWrong({{"Program", "../../tmp/borg"}}, "Program"));
+    CHECK(isWrong({{"Program", 1}}, "Program"));
+    CHECK(isWrong({{"PreventSleep", "yes"}}, "PreventSleep"));
+    CHECK(fault({{"Fields", Dictionary()}}) == SettingsFault{BRVErrorMissingValue, "Program", {}});
+    CHECK(isWrong({{"Program", "borg"}, {"Fields", "all"}}, "Fields"));
+    CHECK(fault({{"Program", "borg"}}) == SettingsFault{BRVErrorMissingValue, "Folders", {}});
+    CHECK(fault(withField("borg", "Arguments", Array())) == SettingsFault{BRVErrorUnknownKey, "Arguments", {}});
+}
+
+TEST_CASE("a folder is absolute and plain")
+{
+    TemporaryDirectory folder;
+    for (const auto* const path : {"", "home", "-x", "~", "/home/../etc", "/..", "/home/.", "//home", "/a//b", "/a\nb",
+                                   "/a\x7f", "/{State}", "/a}"}) {
+        CAPTURE(path);
+        CHECK(isWrong(borg(Array{path}, folder.file("backups")), "Folders"));
+        CHECK(isWrong(borg(Array{"/home"}, path), "Repository"));
+    }
+    CHECK(isWrong(borg(Array(), folder.file("backups")), "Folders"));
+    CHECK(isWrong(borg("/home", folder.file("backups")), "Folders"));
+    CHECK(isWrong(borg(Array{std::string(5000, 'a').insert(0, "/")}, folder.file("backups")), "Folders"));
+    CHECK(isWrong(borg(Array{1}, folder.file("backups")), "Folders"));
+    CHECK(fault(borg(Array{"/", "/home/"}, folder.file("backups"))) == std::nullopt);
+}
+
+TEST_CASE("backups are written to no folder of the system's, whichever way it is named")
+{
+    TemporaryDirectory folder;
+    std::filesystem::create_symlink("/etc", folder.file("link"));
+    for (const auto& path :
+         {std::string("/"), std::string("/etc/cron.d"), std::string("/usr/local/backup"), std::string("/root"),
+          std::string("/root/.ssh/x"), std::string("/proc/1"), std::string("/opt/brevane/backup"),
+          std::string("/run/x"), folder.file("link/cron.d/new"), folder.file("a::b"), folder.file("a/")}) {
+        CAPTURE(path);
+        CHECK(isWrong(borg(Array{"/home"}, path), "Repository"));
+    }
+    CHECK(fault(borg(Array{"/home"}, folder.file("etc"))) == std::nullopt);
+}
+
+TEST_CASE("nothing is written to, read from or run that somebody but the administrator could exchange")
+{
+    if (geteuid() != 0) {
+        std::puts("SKIPPED: this process is not the administrator's");
+        return;
+    }
+    TemporaryDirectory folder;
+    const auto own = folder.write("own/file", "secret");
+    chmod(own.c_str(), 0600);
+    CHECK(untrustedPart(own) == std::nullopt);
+    CHECK(untrustedPart(folder.file("own/new/deeper")) == std::nullopt);
+
+    std::filesystem::create_directory(folder.file("theirs"));
+    REQUIRE(chown(folder.file("theirs").c_str(), 1000, 1000) == 0);
+    CHECK(untrustedPart(folder.file("theirs/new")) == folder.file("theirs"));
+    CHECK(isWrong(borg(Array{"/home"}, folder.file("theirs/backups")), "Repository"));
+    CHECK(fault(borg(Array{folder.file("theirs")}, folder.file("own/backups"))) == std::nullopt);
+
+    // A link that others may turn elsewhere, and a folder that they may fill, are theirs too.
+    std::filesystem::create_symlink(folder.file("own"), folder.file("theirs/link"));
+    REQUIRE(lchown(folder.file("theirs/link").c_str(), 0, 0) == 0);
+    CHECK(untrustedPart(folder.file("theirs/link/file")) == folder.file("theirs"));
+    std::filesystem::create_symlink(folder.file("theirs"), folder.file("own/link"));
+    CHECK(untrustedPart(folder.file("own/link/new")) == folder.file("theirs"));
+    std::filesystem::create_directory(folder.file("shared"));
+    chmod(folder.file("shared").c_str(), 01777);
+    CHECK(untrustedPart(folder.file("shared/new")) == folder.file("shared"));
+    CHECK(untrustedPart(folder.file("shared")) == folder.file("shared"));
+
+    const Dictionary restic{{"Folders", Array{"/home"}}, {"Repository", folder.file("own/r")}, {"PasswordFile", own}};
+    const auto* const program = catalog().program("restic");
+    CHECK(ProgramFields::faultInFields(restic, *program) == std::nullopt);
+    chmod(own.c_str(), 0640);
+    CHECK(ProgramFields::faultInFields(restic, *program)->key == "PasswordFile");
+
+    ProgramDescription fake;
+    fake.executables = {folder.write("theirs/run", "#!/bin/sh")};
+    chmod(fake.executables.front().c_str(), 0755);
+    CHECK(BackupPlan::executable(fake) == std::nullopt);
+    fake.executables.push_back(folder.write("own/run", "#!/bin/sh"));
+    CHECK(BackupPlan::executable(fake) == std::nullopt);
+    chmod(fake.executables.back().c_str(), 0755);
+    CHECK(BackupPlan::executable(fake) == folder.file("own/run"));
+}
+
+TEST_CASE("a service is named as one, and is none that starts, stops or repairs the system")
+{
+    for (const auto* const name : {"backup", "a@b.service", "-x.service", "../a.service", "a b.service", ".service",
+                                   "systemd-poweroff.service", "com.zerkolin.brevane.scheduler.service", "a.timer"}) {
+        CAPTURE(name);
+        CHECK(isWrong(withField("service", "Unit", name), "Unit"));
+    }
+    const std::string good = "LoadState=loaded\nType=oneshot\nDefaultDependencies=yes\nRefuseManualStart=no\n"
+                             "FragmentPath=/lib/systemd/system/btrbk.service\n";
+    const auto with = [&](const std::string& from, const std::string& to) {
+        auto text = good;
+        return text.replace(text.find(from), from.size(), to);
+    };
+    CHECK(isBackupUnit(good));
+    CHECK_FALSE(isBackupUnit(with("loaded", "not-found")));
+    CHECK_FALSE(isBackupUnit(with("oneshot", "simple")));
+    CHECK_FALSE(isBackupUnit(with("Dependencies=yes", "Dependencies=no")));
+    CHECK_FALSE(isBackupUnit(with("Start=no", "Start=yes")));
+    CHECK_FALSE(isBackupUnit(with("/lib/systemd", "/run/user/1000/systemd")));
+    CHECK_FALSE(isBackupUnit(""));
+}
+
+TEST_CASE("fields are put into arguments once for each of their values, and never looked at again")
+{
+    const Dictionary fields{
+        {"Folders", Array{"/a", "/b c"}}, {"Repository", "/r"}, {"Excludes", Array{"*.o", "{State}"}}};
+    CHECK(
+        BackupPlan::filledIn(
+            {"create", "--exclude={Excludes}", "{Repository}::{Identifier}", "{Folders}", "{None}", "{"}, fields, "x-1")
+        == std::vector<std::string>{"create", "--exclude=*.o", "--exclude={State}", "/r::x-1", "/a", "/b c", "{"});
+}
+
+TEST_CASE("which exit statuses are a success is the program's own")
+{
+    CHECK(catalog().program("borg")->isSuccess(0));
+    CHECK(catalog().program("borg")->isSuccess(1));
+    CHECK_FALSE(catalog().program("borg")->isSuccess(2));
+    CHECK_FALSE(catalog().program("borg")->isSuccess(std::nullopt));
+    CHECK_FALSE(catalog().program("timeshift")->isSuccess(1));
+    CHECK(catalog().program("rsnapshot")->isSuccess(2));
+}
+
+TEST_CASE("the choice is kept on disk, and told with what can be chosen")
+{
+    TemporaryDirectory folder;
+    const auto choice = borg(Array{"/home"}, folder.file("backups"));
+    {
+        ProgramStore store(folder.file("program.plist"));
+        CHECK(store.choice().empty());
+        REQUIRE(store.setChoice(choice));
+        CHECK(store.choice() == choice);
+    }
+    const ProgramStore store(folder.file("program.plist"));
+    CHECK(store.choice() == choice);
+    const auto reply = store.reply(catalog());
+    CHECK(*reply.stringForKey("Program") == "borg");
+    REQUIRE(reply.arrayForKey("Programs"));
+    const auto& listed = *(*reply.arrayForKey("Programs"))[1].dictionary();
+    CHECK(*listed.stringForKey("Name") == "Borg");
+    CHECK(*listed.stringForKey("Package") == "borgbackup");
+    CHECK(listed.boolForKey("Installed") == std::filesystem::exists("/usr/bin/borg"));
+    CHECK(listed.arrayForKey("FieldList")->size() == 3);
+}
+
+TEST_CASE("a program that is not installed, or has no settings, is told in a sentence")
+{
+    ProgramDescription program;
+    program.name = "Prog";
+    program.executables = {"/nowhere/p"};
+    CHECK(BackupPlan::job(program, {}, "a-1").error() == "The program Prog is not installed.");
+    program.executables = {"/bin/true"};
+    program.needs = {"/nowhere/p.conf", "/nowhere/p.d"};
+    CHECK(BackupPlan::job(program, {}, "a-1").error()
+          == "The program Prog has no settings: there is no file '/nowhere/p.conf'.");
+    program.needs.clear();
+    program.fields = {{"Level", "Word", true}};
+    CHECK(BackupPlan::job(program, {}, "a-1").error() == "The value \"Level\" is missing.");
+    CHECK(BackupPlan::job(program, {{"Level", "a b"}}, "a-1").error() == "The value \"Level\" is no word.");
+    CHECK(BackupPlan::job(program, {{"Level", "daily"}}, "a-1")->commands
+          == std::vector<std::vector<std::string>>{{"/bin/true"}});
+}
+
+TEST_CASE_FIXTURE(RunnerFixture, "borg makes its repository, backs up twice, and gives the file back")
+{
+    const auto* const program = catalog().program("borg");
+    if (!BackupPlan::executable(*program)) {
+        std::puts("SKIPPED: borg is not installed");
+        return;
+    }
+    TemporaryDirectory place;
+    const auto file = place.write("home/letter", "one");
+    place.write("home/cache/junk", "junk");
+    const Dictionary fields{{"Folders", Array{place.file("home")}},
+                            {"Repository", place.file("disk/backups")},
+                            {"Excludes", Array{place.file("home/cache")}}};
+    const auto runner = makeRunner();
+    const auto first = BackupPlan::job(*program, fields, "a-1");
+    REQUIRE(first);
+    CHECK(first->commands.size() == 2);
+    REQUIRE(runner->start(*first));
+    CHECK(event(0, std::chrono::seconds(60)) == ended("a-1", 0));
+    place.write("home/letter", "two");
+    const auto second = BackupPlan::job(*program, fields, "a-2");
+    REQUIRE(second);
+    CHECK(second->commands.size() == 1);
+    REQUIRE(runner->start(*second));
+    CHECK(event(1, std::chrono::seconds(60)) == ended("a-2", 0));
+
+    const ChildProcess::Environment environment{{"BORG_BASE_DIR", place.path()},
+                                                {"BORG_UNKNOWN_UNENCRYPTED_REPO_ACCESS_IS_OK", "yes"}};
+    const auto read = [&](const std::string& archive) {
+        return ChildProcess({"borg", "extract", "--stdout", place.file("disk/backups") + "::" + archive,
+                             place.file("home").substr(1)},
+                            environment)
+            .readAll();
+    };
+    CHECK(read("a-1") == "one");
+    CHECK(read("a-2") == "two");
+    struct stat status{};
+    REQUIRE(stat(place.file("disk/backups/config").c_str(), &status) == 0);
+    CHECK((status.st_mode & 0077) == 0);
+    CHECK(log().find("Archive name: a-2") != std::string::npos);
+}
