@@ -71,7 +71,6 @@ EnforcementLoop::EnforcementLoop(EnforcementParts parts, std::shared_ptr<platfor
       _file(_parts.statePath),
       _state(_file.found().value_or(EnforcementState())),
       _machine(queue, [this] { happen(); }),
-      _others(queue, [this] { happen(); }),
       _notifier(statusNotification, queue),
       _runner(platform::BackupRunner::create(queue, [this](const BackupEvent& event) { backupEvent(event); })),
       _timer(ClockTimer::create(ClockTimer::Clock::SinceEpoch, queue, [this] { happen(); })),
@@ -250,7 +249,7 @@ void EnforcementLoop::readConditions(Now now)
 {
     auto conditions = _scheduler.conditions();
     _machine.read(conditions, _clocks);
-    conditions.otherBackup = !_scheduler.memory().runs() && _others.look();
+    conditions.otherBackup = conditions.otherBackup && !_scheduler.memory().runs();
     conditions.maintenance = _parts.isMaintenanceAtWork();
     conditions.noProgram = !_parts.program->isReady();
     if (conditions != _scheduler.conditions())

@@ -3,7 +3,6 @@
 #include "helper/enforcement/Clocks.h"
 #include "helper/enforcement/EnforcementState.h"
 #include "helper/enforcement/MachineConditions.h"
-#include "helper/enforcement/OtherBackups.h"
 #include "helper/enforcement/ProgramChoice.h"
 #include "helper/enforcement/StatusNotifier.h"
 #include "platform/BackupRunner.h"
@@ -90,7 +89,6 @@ private:
     StateFile _file;
     EnforcementState _state; // but for what the scheduler holds
     MachineConditions _machine;
-    OtherBackups _others;
     StatusNotifier _notifier;
     std::unique_ptr<platform::BackupRunner> _runner;
     std::unique_ptr<platform::ClockTimer> _timer;     // the next look

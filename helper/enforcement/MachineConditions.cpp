@@ -1,5 +1,7 @@
 #include "helper/enforcement/MachineConditions.h"
 
+#include "helper/BackupActivity.h"
+
 namespace helper {
 
 MachineConditions::MachineConditions(const std::shared_ptr<platform::Queue>& queue,
@@ -7,7 +9,8 @@ MachineConditions::MachineConditions(const std::shared_ptr<platform::Queue>& que
     : _power(platform::followPowerState(queue, changed)),
       _use(platform::followComputerUse(queue, changed)),
       _sleepPreventers(platform::followSleepPreventers(queue, changed)),
-      _route(platform::followNetworkRoute(queue, changed))
+      _route(platform::followNetworkRoute(queue, changed)),
+      _lock(platform::followBackupLock(queue, changed))
 {
 }
 
@@ -20,6 +23,8 @@ void MachineConditions::read(scheduling::Conditions& conditions, const Clocks& c
     conditions.passive = use.isKnown && use.isPassive;
     conditions.sleepPreventers = !_sleepPreventers->current().names.empty();
     conditions.wired = _route->current().isWired;
+    // That a lock is free is told a moment later than the end of whoever held it.
+    conditions.otherBackup = _lock->current().isHeld && isBackupRunning();
     conditions.unusedSince.reset();
     if (use.unusedSince)
         conditions.unusedSince = clocks.elapsedAt(*use.unusedSince);

@@ -2,6 +2,7 @@
 
 #include "helper/enforcement/Clocks.h"
 #include "platform/ComputerUse.h"
+#include "platform/linux/system/backups/BackupLock.h"
 #include "platform/NetworkRoute.h"
 #include "platform/PowerSources.h"
 #include "platform/SleepPreventers.h"
@@ -18,7 +19,7 @@ public:
     // The handler runs on the queue whenever one of the conditions has changed. May take seconds.
     MachineConditions(const std::shared_ptr<platform::Queue>& queue, const std::function<void()>& changed);
 
-    // What is known of the machine now; the rest stays as it is.
+    // What is known of the machine now; the rest stays as it is. A backup of this helper's counts as another one.
     void read(scheduling::Conditions& conditions, const Clocks& clocks) const;
 
 private:
@@ -26,6 +27,7 @@ private:
     platform::FollowedCondition<platform::ComputerUse> _use;
     platform::FollowedCondition<platform::SleepPreventers> _sleepPreventers;
     platform::FollowedCondition<platform::NetworkRoute> _route;
+    platform::FollowedCondition<platform::BackupLockState> _lock;
 };
 
 } // namespace helper
