@@ -4,7 +4,7 @@
 #include "platform/Folder.h"
 #include "platform/linux/system/backups/BackupRecord.h"
 #include "platform/linux/system/conditions/ThreadCondition.h"
-#include "platform/linux/system/processes/BlockedSignals.h"
+#include "platform/linux/system/queues/BlockedSignals.h"
 #include "platform/SystemInformation.h"
 
 #include <array>
