@@ -28,7 +28,7 @@ constexpr std::array reasonWords{
                 "nobody was logged in at the computer, or its lid was closed"},
     ReasonWords{Reason::SleepPreventers, "a program keeps the computer awake", "a program kept the computer awake"},
     ReasonWords{Reason::NotWired, "not on a wired network", "the computer was not on a wired network"},
-    ReasonWords{Reason::Running, "another backup is running", "another backup was running"},
+    ReasonWords{Reason::Running, "a backup is running", "a backup was running"},
     ReasonWords{Reason::Maintenance, "an update or the uninstallation is at work",
                 "an update or the uninstallation was at work"},
     ReasonWords{Reason::NoProgram, "no backup program is chosen, or it is not there",

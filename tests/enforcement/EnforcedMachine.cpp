@@ -12,6 +12,8 @@
 #include "tests/platform/ScriptedSystemInformation.h"
 
 #include <doctest/doctest.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 using platform::Dictionary;
@@ -20,9 +22,14 @@ namespace {
 
 constexpr scheduling::Instant midnight = 1'767'225'600; // 2026-01-01
 
-constexpr const char* description = R"({
-    Name = "Test Program"; Executables = ("/bin/true"); Arguments = ("{Identifier}"); Warnings = (1);
-})";
+std::string description()
+{
+    const auto bytes = platform::binaryPropertyList(Dictionary{{"Name", "Test Program"},
+                                                               {"Executables", platform::Array{"/bin/true"}},
+                                                               {"Arguments", platform::Array{"{Identifier}"}},
+                                                               {"Warnings", platform::Array{1}}});
+    return {bytes->begin(), bytes->end()};
+}
 
 } // namespace
 
@@ -34,7 +41,7 @@ EnforcedMachine::EnforcedMachine(ScheduleSettings settings)
     scripted::conditions::setPower({.isKnown = true, .onBattery = false});
     scripted::conditions::setRoute({.isKnown = true, .isWired = true, .interface = "eth0"});
     scripted::conditions::setUse({.isKnown = true, .isPassive = false, .unusedSince = {}});
-    _root.write("programs/test.plist", description);
+    _root.write("programs/test.plist", description());
     for (const auto* folder : {"Library", "Library/Preferences"})
         ::mkdir(_root.file(folder).c_str(), 0755);
     _program = std::make_shared<helper::ProgramChoice>(_root.file("Library/Preferences/program.plist"),
@@ -129,9 +136,22 @@ void EnforcedMachine::endBackup(std::optional<int> status)
     flush();
 }
 
-void EnforcedMachine::chooseProgram(bool isChosen)
+void EnforcedMachine::runOtherBackup(bool runs)
 {
-    REQUIRE(_program->choose(isChosen ? Dictionary{{BackupProgramKey::Program, "test"}} : Dictionary()));
+    _lock.reset();
+    if (runs) {
+        const auto path = _root.write("var/run/backupd.lock", "");
+        _lock.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+        REQUIRE(::flock(_lock.get(), LOCK_EX | LOCK_NB) == 0);
+    }
+    scripted::backups::setLockHeld(runs);
+    flush();
+}
+
+void EnforcedMachine::chooseProgram(bool isChosen, bool preventsSleep)
+{
+    const Dictionary choice{{BackupProgramKey::Program, "test"}, {BackupProgramKey::PreventSleep, preventsSleep}};
+    REQUIRE(_program->choose(isChosen ? choice : Dictionary()));
     if (_loop)
         _queue->sync([this] { _loop->happen(); });
 }
@@ -145,7 +165,8 @@ void EnforcedMachine::setMaintenance(bool isAtWork)
 std::vector<Dictionary> EnforcedMachine::journal()
 {
     std::vector<Dictionary> entries;
-    for (const auto& entry : *status().arrayForKey("Journal"))
+    const auto now = status();
+    for (const auto& entry : *now.arrayForKey("Journal"))
         entries.insert(entries.begin(), *entry.dictionary());
     return entries;
 }

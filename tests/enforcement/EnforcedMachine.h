@@ -1,6 +1,7 @@
 #pragma once
 
 #include "helper/enforcement/EnforcementLoop.h"
+#include "platform/FileDescriptor.h"
 #include "platform/Queue.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -35,7 +36,8 @@ public:
     void setClockBy(std::chrono::seconds amount);
     void endBackup(std::optional<int> status);
 
-    void chooseProgram(bool isChosen);
+    void runOtherBackup(bool runs);
+    void chooseProgram(bool isChosen, bool preventsSleep = false);
     void setMaintenance(bool isAtWork);
     bool isUnderWay() const { return *_isUnderWay; }
 
@@ -56,6 +58,7 @@ private:
     std::vector<platform::Dictionary> journal();
 
     TemporaryDirectory _root;
+    platform::FileDescriptor _lock;
     std::shared_ptr<helper::ProgramChoice> _program;
     std::shared_ptr<std::atomic<bool>> _isUnderWay;
     std::atomic<bool> _isMaintained = false;

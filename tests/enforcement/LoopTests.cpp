@@ -94,6 +94,7 @@ TEST_CASE("Everything that stands in the way is told, and every change of it")
     scripted::conditions::setRoute({.isKnown = true, .isWired = false, .interface = "wlan0"});
     machine.flush();
     scripted::conditions::setUse({.isKnown = true, .isPassive = false, .unusedSince = {}});
+    machine.flush();
     setPower(machine, onMains);
     CHECK(machine.events()
           == Texts{"00:05:00 blocked battery passive", "00:05:00 blocked battery passive sleepPreventers",
@@ -302,10 +303,16 @@ TEST_CASE("When inactive a backup starts 5 minutes after the computer was used l
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("The computer is kept awake during a backup when that was chosen")
+TEST_CASE("The computer is kept awake during a backup only when that was chosen, and only so long")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(minutes(5));
+    CHECK(scripted::conditions::reasonsAgainstSleep().empty());
+    machine.endBackup(0);
+    machine.chooseProgram(true, true);
+    machine.advance(minutes(5));
+    CHECK(scripted::conditions::reasonsAgainstSleep() == Texts{"A backup is running."});
+    machine.endBackup(0);
     CHECK(scripted::conditions::reasonsAgainstSleep().empty());
 }
 
@@ -330,7 +337,8 @@ TEST_CASE("The status marks suspended moments")
     settings.set(ScheduleKey::Suspend, true);
     settings.set(ScheduleKey::SuspendSettings, Dictionary{{ScheduleKey::StartHour, 8}, {ScheduleKey::EndHour, 10}});
     EnforcedMachine machine(settings);
-    const auto* const upcoming = machine.status().arrayForKey("Upcoming");
+    const auto status = machine.status();
+    const auto* const upcoming = status.arrayForKey("Upcoming");
     REQUIRE(upcoming);
     CHECK((*upcoming)[0].dictionary()->boolForKey("Suspended"));
     CHECK_FALSE((*upcoming)[1].dictionary()->boolForKey("Suspended"));
@@ -358,13 +366,11 @@ TEST_CASE("Programs are told of a change of the status, and not of looking at it
 TEST_CASE("While another program backs up nothing starts, and what was due starts at its end")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
-    scripted::backups::setLockHeld(true);
-    machine.flush();
+    machine.runOtherBackup(true);
     CHECK(stateOf(machine) == "running");
     machine.advance(minutes(5));
-    CHECK(machine.events() == Texts{"00:05:00 blocked running"});
+    CHECK(machine.told() == Texts{"Waiting to back up: a backup is running."});
     CHECK(machine.startNow().error().code == BRVErrorBackupRunning);
-    scripted::backups::setLockHeld(false);
-    machine.flush();
+    machine.runOtherBackup(false);
     CHECK(machine.starts() == 1);
 }

@@ -11,9 +11,9 @@ using Texts = std::vector<std::string>;
 
 TEST_CASE("A helper that begins again finds the backup that runs, and hears of its end")
 {
-    const auto settings = EnforcedMachine::everyMinutes(5);
+    const auto settings = EnforcedMachine::everyMinutes(60);
     EnforcedMachine machine(settings);
-    machine.advance(minutes(5));
+    machine.advance(minutes(60));
     machine.kill();
     machine.begin(settings);
     CHECK(machine.isUnderWay());
@@ -21,7 +21,7 @@ TEST_CASE("A helper that begins again finds the backup that runs, and hears of i
     machine.advance(minutes(20));
     CHECK(machine.starts() == 1);
     machine.endBackup(0);
-    CHECK(machine.told() == Texts{"Started the backup of 00:05.", "The backup succeeded; it took 20 minutes."});
+    CHECK(machine.told() == Texts{"Started the backup of 01:00.", "The backup succeeded; it took 20 minutes."});
 }
 
 TEST_CASE("A helper that begins again learns how a backup ended meanwhile")
