@@ -7,6 +7,7 @@
 #include "platform/SystemInformation.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
+#include "protocol/Schedule.h"
 #include "protocol/ScheduleSettings.h"
 
 #include <cerrno>
@@ -92,12 +93,15 @@ SchedulerHelper::SchedulerHelper(const HelperOptions& options, Listener& listene
                  .program = _program,
                  .isMaintenanceAtWork = [maintenance = _maintenance] { return maintenance->isAtWork(); },
                  .isUnderWay = _maintenance->backupIsUnderWay()}),
+      _snapshots(platform::systemPath("/var/db/brevane/snapshots.plist"),
+                 [program = _program] { return program->folders(); }),
       _takesUpdates(options.updates.key.has_value()),
       _automaticUpdates(options.updates.interval,
                         [maintenance = _maintenance] { return maintenance->installUpdateUnasked(); })
 {
     _maintenance->setChangeHandler([this] { _enforcer.conditionsChanged(); });
     followAutoUpdatesSetting();
+    followSnapshotsSetting();
     serveEverything();
     serveEnforcement();
 }
@@ -169,6 +173,11 @@ void SchedulerHelper::serveEnforcement()
 void SchedulerHelper::followAutoUpdatesSetting()
 {
     _automaticUpdates.setEnabled(_takesUpdates && _autoUpdates.enabled());
+}
+
+void SchedulerHelper::followSnapshotsSetting()
+{
+    _snapshots.setEnabled(Schedule::fromRecord(*_settings.settings()).schedulesSnapshots());
 }
 
 void SchedulerHelper::handle(Listener::Request received, Listener::Reply reply)
@@ -323,7 +332,10 @@ bool SchedulerHelper::drain(std::chrono::milliseconds limit)
         if (done->get_future().wait_until(end) != std::future_status::ready)
             return false;
     }
-    if (!_enforcer.stop(std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now())))
+    const auto left = [end] {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    };
+    if (!_enforcer.stop(left()) || !_snapshots.stop(left()))
         return false;
     _refusals.reportAll();
     return true;
@@ -337,6 +349,7 @@ Service::Outcome SchedulerHelper::applySettings(const Service::Call& call)
         return std::unexpected(std::move(settings.error()));
     auto stored = _settings.setSettings(*settings);
     _enforcer.apply(*_settings.settings()); // which may be new even when not everything was stored
+    followSnapshotsSetting();
     if (!stored)
         return std::unexpected(std::move(stored.error()));
     ZRKLogMessage(LogLevelDefault, "Applied settings: backups %d, mode %@, snapshots %d.",
@@ -356,6 +369,7 @@ Service::Outcome SchedulerHelper::setBackupProgram(const Service::Call& call)
     const auto name = _program->name();
     ZRKLogMessage(LogLevelDefault, "The backup program is now %@.", {name.empty() ? "none" : name});
     _enforcer.conditionsChanged();
+    _snapshots.look();
     return changed();
 }
 

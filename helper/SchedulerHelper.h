@@ -2,6 +2,7 @@
 
 #include "helper/AutoUpdatesStore.h"
 #include "helper/enforcement/Enforcer.h"
+#include "helper/enforcement/SnapshotKeeper.h"
 #include "helper/Maintenance.h"
 #include "helper/RefusalLog.h"
 #include "helper/RequestReader.h"
@@ -59,6 +60,7 @@ private:
     void serveEverything();
     void serveEnforcement();
     void followAutoUpdatesSetting();
+    void followSnapshotsSetting();
 
     void enqueue(Job job, std::size_t size, std::optional<platform::Error> fault);
     void begin(const std::shared_ptr<Job>& job, const Turns::Turn& turn);
@@ -85,6 +87,7 @@ private:
     std::shared_ptr<platform::Queue> _changingQueue;
     std::shared_ptr<ProgramChoice> _program;
     Enforcer _enforcer;
+    SnapshotKeeper _snapshots;
     const bool _takesUpdates;           // there is a key that they could be signed with
     AutomaticUpdates _automaticUpdates; // ends first
 };

@@ -74,6 +74,22 @@ bool ProgramChoice::preventsSleep() const
     return _store.choice().boolForKey(BackupProgramKey::PreventSleep);
 }
 
+std::vector<std::string> ProgramChoice::folders() const
+{
+    std::vector<std::string> folders;
+    const auto program = chosen();
+    const auto choice = _store.choice();
+    const auto* const fields = choice.dictionaryForKey(BackupProgramKey::Fields);
+    for (const auto& field : program&& fields ? program->fields : std::vector<ProgramField>()) {
+        const auto* const values = field.kind == BackupFieldKind::Folders ? fields->arrayForKey(field.key) : nullptr;
+        for (const auto& value : values ? *values : platform::Array()) {
+            if (value.string())
+                folders.push_back(*value.string());
+        }
+    }
+    return folders;
+}
+
 std::expected<platform::BackupJob, std::string> ProgramChoice::job(const std::string& identifier) const
 {
     const auto program = chosen();

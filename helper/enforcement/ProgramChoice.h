@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace helper {
 
@@ -26,6 +27,7 @@ public:
     std::string identifier() const;
     std::string name() const; // as a person reads it; empty when none is chosen
     bool preventsSleep() const;
+    std::vector<std::string> folders() const; // that are backed up, as far as it has to be told
 
     // Otherwise a sentence that says what is missing.
     std::expected<platform::BackupJob, std::string> job(const std::string& identifier) const;
