@@ -1,6 +1,8 @@
 #include "platform/PropertyListCoding.h"
 #include "protocol/BackupProgram.h"
 #include "protocol/ErrorCodes.h"
+#include "protocol/Messages.h"
+#include "protocol/ScheduleSettings.h"
 #include "tests/helper/RunningHelper.h"
 #include "tests/helper/SettingsRecords.h"
 #include "tests/support/ChildProcess.h"
