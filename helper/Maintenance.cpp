@@ -48,15 +48,26 @@ bool Maintenance::begin(Operation operation, const Completion& completion)
         completion(refusal(BRVErrorUpdateRunning));
         return false;
     }
-    if (operation == Operation::Check || !isBackupRunning())
+    if (operation == Operation::Check)
         return true;
+    if (!*_backupIsUnderWay && !isBackupRunning()) {
+        tellChange();
+        return true;
+    }
     finish(completion, refusal(BRVErrorBackupRunning));
     return false;
 }
 
+void Maintenance::tellChange() const
+{
+    if (_changeHandler)
+        _changeHandler();
+}
+
 void Maintenance::finish(const Completion& completion, Result<PropertyList> result)
 {
-    _operation = Operation::None;
+    if (_operation.exchange(Operation::None) != Operation::Check)
+        tellChange();
     completion(std::move(result));
 }
 

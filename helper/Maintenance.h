@@ -28,6 +28,14 @@ public:
     static std::shared_ptr<Maintenance> create(const HelperOptions& options, std::shared_ptr<Peers> peers,
                                                EndHandler endHandler);
 
+    // A backup is under way, if only about to begin. Whoever sets it asks isAtWork() afterwards, and whoever begins to
+    // work looks at it afterwards, so that of the two at most one goes on.
+    const std::shared_ptr<std::atomic<bool>>& backupIsUnderWay() const { return _backupIsUnderWay; }
+    // The installation is being changed.
+    bool isAtWork() const { return _operation == Operation::Install || _operation == Operation::Uninstall; }
+    // Called, on any thread, when isAtWork() has changed. Before anything is asked of this object.
+    void setChangeHandler(std::function<void()> handler) { _changeHandler = std::move(handler); }
+
     void checkForUpdates(Completion completion);
     // False when it was refused at once.
     bool installUpdate(Completion completion);
@@ -48,12 +56,15 @@ private:
 
     Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler);
     bool begin(Operation operation, const Completion& completion);
+    void tellChange() const;
     void finish(const Completion& completion, platform::Result<platform::PropertyList> result);
     void end(const Completion& completion, End how);
 
     Updater _updater;
     PasswordRule _passwordRule;
     EndHandler _endHandler;
+    std::function<void()> _changeHandler;
+    const std::shared_ptr<std::atomic<bool>> _backupIsUnderWay = std::make_shared<std::atomic<bool>>(false);
     const std::shared_ptr<Peers> _peers;
     std::atomic<Operation> _operation = Operation::None;
     std::shared_ptr<platform::Queue> _queue;

@@ -7,6 +7,7 @@
 #include "platform/SystemInformation.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
+#include "protocol/Schedule.h"
 #include "protocol/ScheduleSettings.h"
 
 #include <cerrno>
@@ -84,12 +85,25 @@ SchedulerHelper::SchedulerHelper(const HelperOptions& options, Listener& listene
       _maintenance(Maintenance::create(options, _peers, std::move(endHandler))),
       _readingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.reading")),
       _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing")),
+      _program(std::make_shared<ProgramChoice>(
+          platform::systemPath("/Library/Preferences/com.zerkolin.brevane.program.plist"),
+          ProgramCatalog::installedFolder())),
+      _enforcer({.statePath = platform::systemPath("/var/db/brevane/state.plist"),
+                 .record = *_settings.settings(),
+                 .program = _program,
+                 .isMaintenanceAtWork = [maintenance = _maintenance] { return maintenance->isAtWork(); },
+                 .isUnderWay = _maintenance->backupIsUnderWay()}),
+      _snapshots(platform::systemPath("/var/db/brevane/snapshots.plist"),
+                 [program = _program] { return program->folders(); }),
       _takesUpdates(options.updates.key.has_value()),
       _automaticUpdates(options.updates.interval,
                         [maintenance = _maintenance] { return maintenance->installUpdateUnasked(); })
 {
+    _maintenance->setChangeHandler([this] { _enforcer.conditionsChanged(); });
     followAutoUpdatesSetting();
+    followSnapshotsSetting();
     serveEverything();
+    serveEnforcement();
 }
 
 void SchedulerHelper::serve(std::int64_t message, Service service)
@@ -133,9 +147,37 @@ void SchedulerHelper::serveEverything()
              });
 }
 
+void SchedulerHelper::serveEnforcement()
+{
+    using Lane = Service::Lane;
+    using Call = Service::Call;
+    using Completion = Service::Completion;
+    serve(BRVMessageGetStatus,
+          {{}, Lane::Reading, false, [this](const Call& call, const Completion& completion) {
+               _enforcer.status([turn = call.turn, completion](auto outcome) { completion(std::move(outcome)); });
+           }});
+    serve(BRVMessageStartBackup,
+          {{}, Lane::Changing, false, [this](const Call& call, const Completion& completion) {
+               _enforcer.startNow([turn = call.turn, completion](auto outcome) { completion(std::move(outcome)); });
+           }});
+    serve(BRVMessageGetBackupProgram, {{}, Lane::Reading, false, [this](const Call&, const Completion& completion) {
+                                           completion(_program->reply());
+                                           _enforcer.conditionsChanged(); // one may have been installed
+                                       }});
+    serve(BRVMessageSetBackupProgram,
+          {{}, Lane::Changing, true, [this](const Call& call, const Completion& completion) {
+               completion(setBackupProgram(call));
+           }});
+}
+
 void SchedulerHelper::followAutoUpdatesSetting()
 {
     _automaticUpdates.setEnabled(_takesUpdates && _autoUpdates.enabled());
+}
+
+void SchedulerHelper::followSnapshotsSetting()
+{
+    _snapshots.setEnabled(Schedule::fromRecord(*_settings.settings()).schedulesSnapshots());
 }
 
 void SchedulerHelper::handle(Listener::Request received, Listener::Reply reply)
@@ -290,6 +332,11 @@ bool SchedulerHelper::drain(std::chrono::milliseconds limit)
         if (done->get_future().wait_until(end) != std::future_status::ready)
             return false;
     }
+    const auto left = [end] {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+    };
+    if (!_enforcer.stop(left()) || !_snapshots.stop(left()))
+        return false;
     _refusals.reportAll();
     return true;
 }
@@ -300,12 +347,29 @@ Service::Outcome SchedulerHelper::applySettings(const Service::Call& call)
         validRecord(call, [](const Dictionary& record) { return SettingsValidator::faultInSettings(record); });
     if (!settings)
         return std::unexpected(std::move(settings.error()));
-    if (auto stored = _settings.setSettings(*settings); !stored)
+    auto stored = _settings.setSettings(*settings);
+    _enforcer.apply(*_settings.settings()); // which may be new even when not everything was stored
+    followSnapshotsSetting();
+    if (!stored)
         return std::unexpected(std::move(stored.error()));
     ZRKLogMessage(LogLevelDefault, "Applied settings: backups %d, mode %@, snapshots %d.",
                   {settings->boolForKey(ScheduleKey::Backups) ? 1 : 0,
                    *settings->stringForKey(ScheduleKey::BackupsMode),
                    settings->boolForKey(ScheduleKey::Snapshots) ? 1 : 0});
+    return changed();
+}
+
+Service::Outcome SchedulerHelper::setBackupProgram(const Service::Call& call)
+{
+    const auto* const choice = call.payload ? call.payload->dictionary() : nullptr;
+    if (!choice)
+        return std::unexpected(RequestReader::deserializeError(call.message));
+    if (auto chosen = _program->choose(*choice); !chosen)
+        return std::unexpected(std::move(chosen.error()));
+    const auto name = _program->name();
+    ZRKLogMessage(LogLevelDefault, "The backup program is now %@.", {name.empty() ? "none" : name});
+    _enforcer.conditionsChanged();
+    _snapshots.look();
     return changed();
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "helper/AutoUpdatesStore.h"
+#include "helper/enforcement/Enforcer.h"
+#include "helper/enforcement/SnapshotKeeper.h"
 #include "helper/Maintenance.h"
 #include "helper/RefusalLog.h"
 #include "helper/RequestReader.h"
@@ -56,7 +58,9 @@ private:
 
     SchedulerHelper(const HelperOptions& options, Listener& listener, Maintenance::EndHandler endHandler);
     void serveEverything();
+    void serveEnforcement();
     void followAutoUpdatesSetting();
+    void followSnapshotsSetting();
 
     void enqueue(Job job, std::size_t size, std::optional<platform::Error> fault);
     void begin(const std::shared_ptr<Job>& job, const Turns::Turn& turn);
@@ -69,6 +73,7 @@ private:
     Service::Outcome applySettings(const Service::Call& call);
     Service::Outcome setAutoUpdates(const Service::Call& call);
     Service::Outcome setAllowWithoutPassword(const Service::Call& call);
+    Service::Outcome setBackupProgram(const Service::Call& call);
 
     Listener& _listener;
     const std::shared_ptr<Peers> _peers = std::make_shared<Peers>();
@@ -80,6 +85,9 @@ private:
     std::shared_ptr<Maintenance> _maintenance;
     std::shared_ptr<platform::Queue> _readingQueue;
     std::shared_ptr<platform::Queue> _changingQueue;
+    std::shared_ptr<ProgramChoice> _program;
+    Enforcer _enforcer;
+    SnapshotKeeper _snapshots;
     const bool _takesUpdates;           // there is a key that they could be signed with
     AutomaticUpdates _automaticUpdates; // ends first
 };

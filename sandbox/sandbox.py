@@ -23,7 +23,11 @@ TOOL = PRODUCT + "/" + SERVICE
 APPLICATION = "brevane"
 POST_UPDATE = "com.zerkolin.brevane.post-update"
 SETTINGS = "Library/Preferences/" + SERVICE + ".plist"
+PROGRAM = "Library/Preferences/com.zerkolin.brevane.program.plist"
 UPDATES = "feed/configuration.plist"
+SUPPLIES = "sys/class/power_supply"
+PLUG = SUPPLIES + "/AC/online"
+BORG = "/usr/bin/borg"
 RULES = "etc/polkit-1/rules.d"
 MARKER = ".brevane-sandbox"
 POLICY = os.path.join(SOURCE, "resources", "linux", "com.zerkolin.brevane.policy")
@@ -116,6 +120,23 @@ class Sandbox:
         feed.make_feed(package, version, version, address)
         feed.make_configuration(key, "file://" + quote(address), self.path(UPDATES))
         return version
+
+    def choose_borg(self):
+        """Backs up the home into a repository beside it, unless something else was chosen before."""
+        if os.path.exists(BORG) and not os.path.exists(self.path(PROGRAM)):
+            fields = {"Folders": [self.path("home")], "Repository": self.path("repository")}
+            with open(self.path(PROGRAM), "wb") as file:
+                plistlib.dump({"Program": "borg", "Fields": fields}, file)
+
+    def set_power(self, is_plugged):
+        """The machine is one with a battery; another one than this one perhaps."""
+        supplies = {"AC/type": "Mains", "BAT0/type": "Battery", "BAT0/status": "Charging" if is_plugged else "Discharging",
+                    "AC/online": "1" if is_plugged else "0"}
+        for name, value in supplies.items():
+            path = self.path(SUPPLIES + "/" + name)
+            os.makedirs(os.path.dirname(path), exist_ok=True)
+            with open(path, "w", encoding="ascii") as file:
+                file.write(value + "\n")
 
     def _socket_path(self):
         path = self.path("run/bus")
@@ -238,12 +259,22 @@ class Sandbox:
             program.kill()
             program.wait()
 
+    def _end_backup(self):
+        """It outlives the helper on purpose, but not the sandbox."""
+        with contextlib.suppress(OSError, KeyError, plistlib.InvalidFileException):
+            with open(self.path("var/db/brevane/backup-run.plist"), "rb") as file:
+                record = plistlib.load(file)
+            program = os.readlink(f"/proc/{record['Process']}/exe").removesuffix(" (deleted)")
+            if "Status" not in record and program.startswith(os.path.realpath(self.root) + "/Library/"):
+                os.kill(record["Process"], signal.SIGTERM)
+
     def close(self):
         # However often somebody presses Control-C meanwhile.
         previous = signal.signal(signal.SIGINT, signal.SIG_IGN)
         for process in self.applications():
             with contextlib.suppress(ProcessLookupError):
                 os.kill(process, signal.SIGTERM)
+        self._end_backup()
         for program in (self.backup_daemon, self.authority, self.helper, self.bus):
             self.end(program)
         if self._socket_folder:

@@ -7,7 +7,7 @@ import sys
 import history
 from demo import play
 from desktop import Failure
-from sandbox import SETTINGS, SOURCE, Sandbox, SandboxError
+from sandbox import PLUG, SETTINGS, SOURCE, Sandbox, SandboxError
 
 BUILD = os.path.join(SOURCE, "build", "release")
 
@@ -29,6 +29,11 @@ Brevane runs in a sandbox below {sandbox.root}.
   The schedule that it stores, once one was applied:
       python3 -c 'import plistlib, sys; print(plistlib.load(open(sys.argv[1], "rb")))' \\
           {shlex.quote(sandbox.path(SETTINGS))}
+  The scheduled backups are real ones, of {sandbox.path('home')} in {sandbox.path('repository')}:
+      BORG_BASE_DIR={shlex.quote(sandbox.path('run/borg'))} borg list {shlex.quote(sandbox.path('repository'))}
+  The machine has a battery. To pull its plug, and to put it in again:
+      echo 0 >{shlex.quote(sandbox.path(PLUG))}
+      echo 1 >{shlex.quote(sandbox.path(PLUG))}
   A feed offers version {version}: Check for Updates in the menu installs it, and docs/updates.md says how.
 
 Close the window, or press Control-C here, to end everything.
@@ -56,9 +61,10 @@ def main(arguments):
         with Sandbox(root, BUILD, fresh="--fresh" in arguments) as sandbox:
             version = sandbox.offer_update()
             history.seed(sandbox.root)
+            sandbox.choose_borg()
+            sandbox.set_power("--battery" not in arguments)
             sandbox.start_bus()
             sandbox.start_helper()
-            sandbox.start_backup_daemon()
             welcome(sandbox, version)
             if has_display and "--demo" not in arguments:
                 return use(sandbox)

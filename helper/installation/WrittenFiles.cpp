@@ -15,15 +15,19 @@ namespace {
 
 constexpr std::array settingsFiles{"com.zerkolin.brevane.scheduler.plist", "com.zerkolin.brevane.updates.plist",
                                    "com.zerkolin.brevane.rights.plist", "com.zerkolin.brevane.program.plist"};
+constexpr std::array stateFiles{"state.plist", "snapshots.plist", "backup-job.plist", "backup-run.plist"};
 constexpr std::array programs{"scheduler", "application", "post-update"};
 
 // The file, what was kept of it when it was damaged, and what an interrupted replacement left.
+bool isFileOrRemainder(std::string_view file, std::string_view name)
+{
+    return name == file || name.starts_with(std::string(file) + ".damaged")
+        || name.starts_with("." + std::string(file) + ".");
+}
+
 bool isSettingsFile(std::string_view name)
 {
-    return std::ranges::any_of(settingsFiles, [&](std::string_view file) {
-        return name == file || name.starts_with(std::string(file) + ".damaged")
-            || name.starts_with("." + std::string(file) + ".");
-    });
+    return std::ranges::any_of(settingsFiles, [name](std::string_view file) { return isFileOrRemainder(file, name); });
 }
 
 // The program's log, or one that was rotated away.
@@ -36,11 +40,10 @@ bool isLogOf(std::string_view program, std::string_view name)
         || (name.size() == 6 && name[0] == '.' && name.substr(2) == ".log" && name[1] >= '0' && name[1] <= '4');
 }
 
-// What is known of the backup that runs or ran last.
+// What is remembered of backups and snapshots.
 bool isBackupState(std::string_view name)
 {
-    return name.ends_with(".plist") ? name == "backup-job.plist" || name == "backup-run.plist"
-                                    : name.starts_with(".backup-job.plist.") || name.starts_with(".backup-run.plist.");
+    return std::ranges::any_of(stateFiles, [name](std::string_view file) { return isFileOrRemainder(file, name); });
 }
 
 bool isProductLog(std::string_view name)

@@ -2,6 +2,7 @@
 
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
+#include "tests/platform/ScriptedBackups.h"
 #include "tests/platform/ScriptedClock.h"
 #include "tests/platform/ScriptedConditions.h"
 #include "tests/platform/ScriptedFiles.h"
@@ -25,6 +26,7 @@ void reset()
     service::reset(); // first: old connections still log that they became invalid
     authorization::reset();
     background::reset();
+    backups::reset();
     clock::reset();
     conditions::reset();
     notifications::reset();

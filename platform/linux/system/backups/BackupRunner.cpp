@@ -163,7 +163,12 @@ private:
     void recordChanged()
     {
         const auto record = readBackupRecord();
-        if (!record || running() != record->identifier || _process || record->status)
+        if (!record || record->status)
+            return;
+        // The process that has started it may have ended before this sign of life.
+        if (!running())
+            found(*record);
+        if (running() != record->identifier || _process)
             return;
         // The unit has come to life.
         _limit.reset();

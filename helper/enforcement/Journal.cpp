@@ -1,0 +1,111 @@
+#include "helper/enforcement/Journal.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace helper {
+
+using platform::Dictionary;
+using scheduling::Instant;
+
+namespace {
+
+constexpr Instant referenceDate = 978'307'200; // 2001-01-01
+
+constexpr std::array<std::string_view, 4> events{"start", "end", "missed", "blocked"};
+
+} // namespace
+
+platform::Date dateOf(Instant instant)
+{
+    return {static_cast<double>(instant - referenceDate)};
+}
+
+std::optional<Instant> instantOf(const platform::PropertyList* date)
+{
+    const auto* const found = date ? date->date() : nullptr;
+    const double seconds = found ? found->secondsSinceReferenceDate : std::nan("");
+    constexpr auto first = static_cast<double>(scheduling::earliestInstant - referenceDate);
+    constexpr auto last = static_cast<double>(scheduling::latestInstant - referenceDate);
+    if (!(seconds >= first && seconds <= last))
+        return std::nullopt;
+    return static_cast<Instant>(std::floor(seconds)) + referenceDate;
+}
+
+std::vector<std::string> namesOf(const scheduling::Reasons& reasons)
+{
+    const auto names = reasons.names();
+    return {names.begin(), names.end()};
+}
+
+Dictionary JournalEntry::dictionary() const
+{
+    Dictionary dictionary{{"At", dateOf(at)}, {"Event", event}, {"Text", text}};
+    if (due)
+        dictionary.set("Due", dateOf(*due));
+    if (count)
+        dictionary.set("Count", *count);
+    if (!reasons.empty())
+        dictionary.set("Reasons", platform::Array(reasons.begin(), reasons.end()));
+    if (succeeded)
+        dictionary.set("Succeeded", *succeeded);
+    return dictionary;
+}
+
+std::optional<JournalEntry> JournalEntry::inDictionary(const Dictionary& dictionary)
+{
+    const auto at = instantOf(dictionary.find("At"));
+    const auto* const event = dictionary.stringForKey("Event");
+    const auto* const text = dictionary.stringForKey("Text");
+    if (!at || !event || !text || std::ranges::find(events, *event) == events.end())
+        return std::nullopt;
+    JournalEntry entry{.at = *at,
+                       .event = *event,
+                       .due = instantOf(dictionary.find("Due")),
+                       .count = {},
+                       .reasons = {},
+                       .succeeded = {},
+                       .text = *text};
+    if (dictionary.contains("Count"))
+        entry.count = dictionary.integerForKey("Count");
+    if (dictionary.contains("Succeeded"))
+        entry.succeeded = dictionary.boolForKey("Succeeded");
+    const auto* const reasons = dictionary.arrayForKey("Reasons");
+    for (const auto& each : reasons ? *reasons : platform::Array()) {
+        if (const auto* const name = each.string())
+            entry.reasons.push_back(*name);
+    }
+    return entry;
+}
+
+void Journal::add(JournalEntry entry)
+{
+    _entries.push_front(std::move(entry));
+    if (_entries.size() > MaximumCount)
+        _entries.pop_back();
+}
+
+platform::Array Journal::array() const
+{
+    platform::Array array;
+    array.reserve(_entries.size());
+    for (const auto& entry : _entries)
+        array.emplace_back(entry.dictionary());
+    return array;
+}
+
+std::optional<Journal> Journal::inArray(const platform::Array& array)
+{
+    Journal journal;
+    for (const auto& each : array) {
+        auto entry = each.dictionary() ? JournalEntry::inDictionary(*each.dictionary()) : std::nullopt;
+        if (!entry)
+            return std::nullopt;
+        if (journal._entries.size() < MaximumCount)
+            journal._entries.push_back(std::move(*entry));
+    }
+    return journal;
+}
+
+} // namespace helper

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <expected>
+#include <string>
+
+namespace helper {
+
+// Makes a read-only snapshot of the btrfs volume, named after the present time in UTC, and tells the other programs of
+// the product. Its path, or an errno value.
+std::expected<std::string, int> makeLocalSnapshot(const std::string& volume);
+
+// The snapshots of some volume are others now. False when nobody could be told.
+bool tellOfSnapshots();
+
+// Why one could not be made or removed.
+std::string textOfSnapshotFailure(int code);
+
+} // namespace helper

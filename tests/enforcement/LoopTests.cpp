@@ -1,0 +1,376 @@
+#include "protocol/ErrorCodes.h"
+#include "tests/enforcement/EnforcedMachine.h"
+#include "tests/platform/ScriptedBackups.h"
+#include "tests/platform/ScriptedClock.h"
+#include "tests/platform/ScriptedConditions.h"
+#include "tests/platform/ScriptedNotifications.h"
+
+#include <algorithm>
+#include <doctest/doctest.h>
+
+using platform::Dictionary;
+using std::chrono::hours;
+using std::chrono::minutes;
+using std::chrono::seconds;
+using Texts = std::vector<std::string>;
+
+namespace {
+
+constexpr platform::PowerState onBattery{.isKnown = true, .onBattery = true};
+constexpr platform::PowerState onMains{.isKnown = true, .onBattery = false};
+
+void setPower(EnforcedMachine& machine, const platform::PowerState& state)
+{
+    scripted::conditions::setPower(state);
+    machine.flush();
+}
+
+std::string stateOf(EnforcedMachine& machine)
+{
+    return *machine.status().stringForKey("State");
+}
+
+} // namespace
+
+TEST_CASE("An interval starts a backup when its minutes are over, and tells of its start and end")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.advance(seconds(299));
+    CHECK(machine.starts() == 0);
+    CHECK(stateOf(machine) == "waiting");
+    machine.advance(seconds(1));
+    REQUIRE(machine.starts() == 1);
+    CHECK(stateOf(machine) == "running");
+    CHECK(machine.isUnderWay());
+    machine.advance(seconds(90));
+    machine.endBackup(0);
+    CHECK_FALSE(machine.isUnderWay());
+    CHECK(machine.told() == Texts{"Started the backup of 00:05.", "The backup succeeded; it took 1 minute."});
+    machine.advance(seconds(210));
+    CHECK(machine.starts() == 2);
+}
+
+TEST_CASE("Each backup has an identifier of its own that says when it was made")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(1));
+    for (int count = 0; count < 3; ++count) {
+        machine.advance(minutes(1));
+        machine.endBackup(0);
+        machine.advance(minutes(1));
+    }
+    const auto jobs = scripted::backups::started();
+    REQUIRE(jobs.size() >= 3);
+    CHECK(jobs[0].identifier.starts_with("2026-01-01T00-01-00-"));
+    CHECK(jobs[0].identifier != jobs[1].identifier);
+    CHECK(jobs[0].commands == std::vector<Texts>{{"/bin/true", jobs[0].identifier}});
+}
+
+TEST_CASE("On battery power a backup waits, says so once, and starts as soon as the computer is plugged in")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    setPower(machine, onBattery);
+    machine.advance(minutes(5));
+    CHECK(machine.starts() == 0);
+    CHECK(stateOf(machine) == "blocked");
+    machine.advance(hours(1));
+    CHECK(machine.told() == Texts{"Waiting to back up: on battery power."});
+    setPower(machine, onMains);
+    CHECK(machine.starts() == 1);
+    CHECK(machine.told() == Texts{"Started the backup of 00:05."});
+}
+
+TEST_CASE("Everything that stands in the way is told, and every change of it")
+{
+    auto settings = EnforcedMachine::everyMinutes(5);
+    settings.set(ScheduleKey::DontRunWhenPassive, true);
+    settings.set(ScheduleKey::DontRunWithSleepPreventers, true);
+    settings.set(ScheduleKey::DontRunWhenNotNetworkWired, true);
+    EnforcedMachine machine(settings);
+    setPower(machine, onBattery);
+    scripted::conditions::setUse({.isKnown = true, .isPassive = true, .unusedSince = {}});
+    machine.advance(minutes(5));
+    scripted::conditions::setSleepPreventers({.isKnown = true, .names = {"A film"}});
+    machine.flush();
+    scripted::conditions::setRoute({.isKnown = true, .isWired = false, .interface = "wlan0"});
+    machine.flush();
+    scripted::conditions::setUse({.isKnown = true, .isPassive = false, .unusedSince = {}});
+    machine.flush();
+    setPower(machine, onMains);
+    CHECK(machine.events()
+          == Texts{"00:05:00 blocked battery passive", "00:05:00 blocked battery passive sleepPreventers",
+                   "00:05:00 blocked battery passive sleepPreventers notWired",
+                   "00:05:00 blocked battery sleepPreventers notWired", "00:05:00 blocked sleepPreventers notWired"});
+    CHECK(machine.status().arrayForKey("Reasons")->size() == 2);
+    CHECK(machine.starts() == 0);
+}
+
+TEST_CASE("Without a backup program a backup waits for one")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.chooseProgram(false);
+    machine.advance(minutes(5));
+    CHECK(machine.told() == Texts{"Waiting to back up: no backup program is chosen, or it is not there."});
+    CHECK_FALSE(machine.status().contains("Program"));
+    machine.chooseProgram(true);
+    CHECK(machine.starts() == 1);
+    CHECK(*machine.status().stringForKey("Program") == "Test Program");
+}
+
+TEST_CASE("No backup starts while the installation is changed")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.setMaintenance(true);
+    machine.advance(minutes(5));
+    CHECK(machine.starts() == 0);
+    CHECK_FALSE(machine.isUnderWay());
+    CHECK(machine.told() == Texts{"Waiting to back up: an update or the uninstallation is at work."});
+    machine.setMaintenance(false);
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("A calendar moment that stays blocked for ten minutes is missed, and the reason is told")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00", "17:00"}));
+    setPower(machine, onBattery);
+    machine.advanceTo("09:00:00");
+    machine.advanceTo("09:10:00");
+    CHECK(machine.told() == Texts{"Waiting to back up: on battery power."});
+    machine.advanceTo("09:10:01");
+    CHECK(machine.told() == Texts{"Missed the backup of 09:00: the computer was on battery power."});
+    setPower(machine, onMains);
+    CHECK(machine.starts() == 0);
+    machine.advanceTo("17:00:00");
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("A calendar moment in sleep is missed, and told on waking")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
+    machine.advanceTo("08:00:00");
+    machine.sleep(hours(4));
+    CHECK(machine.told() == Texts{"Missed the backup of 09:00: the computer was asleep."});
+    CHECK(machine.starts() == 0);
+}
+
+TEST_CASE("A calendar that catches up makes one backup on waking for all that sleep took")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00", "10:00", "11:00"}, true));
+    machine.advanceTo("08:00:00");
+    machine.sleep(hours(4));
+    CHECK(machine.told() == Texts{"Started the backup of 09:00."});
+    machine.endBackup(0);
+    machine.advance(hours(3));
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("An announced sleep that does not come is forgotten after a minute")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.advance(seconds(290));
+    scripted::clock::sleep(seconds(0));
+    machine.flush();
+    machine.advance(seconds(10));
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("A failed backup is told with its status and is due again after 5 minutes")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
+    machine.advanceTo("09:00:00");
+    machine.endBackup(2);
+    CHECK(machine.told()
+          == Texts{"Started the backup of 09:00.",
+                   "The backup failed: its program ended with status 2. Due again at 09:05."});
+    CHECK(machine.status().integerForKey("Failures") == 1);
+    machine.advance(minutes(5));
+    CHECK(machine.starts() == 2);
+    machine.endBackup(-9);
+    CHECK(machine.told().back() == "The backup failed: its program was ended by signal 9. Due again at 09:20.");
+}
+
+TEST_CASE("A backup that ends with a warning of its program has succeeded")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.advance(minutes(5));
+    machine.endBackup(1);
+    CHECK(machine.told().back() == "The backup succeeded; it took 0 seconds.");
+    CHECK(machine.status().contains("LastSucceeded"));
+}
+
+TEST_CASE("A backup that cannot be started has failed at once, and is tried again")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    scripted::backups::setStartFailure(platform::Error{
+        platform::POSIXErrorDomain, 2, {{platform::LocalizedDescriptionKey, "Nothing is there."}}, nullptr});
+    machine.advance(minutes(5));
+    CHECK(machine.told().back() == "The backup failed: It could not be started: Nothing is there. Due again at 00:10.");
+    CHECK_FALSE(machine.isUnderWay());
+    scripted::backups::setStartFailure(std::nullopt);
+    machine.advance(minutes(5));
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("A backup by hand starts whatever the conditions, and while backups are off")
+{
+    EnforcedMachine machine;
+    setPower(machine, onBattery);
+    CHECK(stateOf(machine) == "off");
+    REQUIRE(machine.startNow());
+    CHECK(machine.starts() == 1);
+    CHECK(machine.told() == Texts{"Started a backup by hand."});
+    CHECK(stateOf(machine) == "running");
+}
+
+TEST_CASE("A backup by hand is refused while one runs, while the installation is changed, and without a program")
+{
+    EnforcedMachine machine;
+    REQUIRE(machine.startNow());
+    CHECK(machine.startNow().error().code == BRVErrorBackupRunning);
+    machine.endBackup(0);
+    machine.setMaintenance(true);
+    CHECK(machine.startNow().error().code == BRVErrorUpdateRunning);
+    machine.setMaintenance(false);
+    machine.chooseProgram(false);
+    const auto refused = machine.startNow();
+    CHECK(refused.error().domain == BRVErrorDomain);
+    CHECK(refused.error().code == BRVErrorMissingValue);
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("A backup that starts without its program failing tells whoever asked for it")
+{
+    EnforcedMachine machine;
+    scripted::backups::setStartFailure(platform::Error{platform::POSIXErrorDomain, 5, {}, nullptr});
+    const auto refused = machine.startNow();
+    REQUIRE_FALSE(refused);
+    CHECK(refused.error().domain == ZRKSpawnerErrorDomain);
+    CHECK(machine.events() == Texts{"00:00:00 start", "00:00:00 end failure"});
+}
+
+TEST_CASE(
+    "A clock put back by less than an hour starts nothing again, and one put back by a day waits for no far future")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
+    machine.advanceTo("09:00:00");
+    machine.endBackup(0);
+    machine.setClockBy(minutes(-30));
+    machine.advance(hours(2));
+    CHECK(machine.starts() == 1);
+    machine.apply(EnforcedMachine::everyMinutes(60));
+    machine.setClockBy(-hours(24));
+    machine.advance(hours(1));
+    CHECK(machine.starts() == 2);
+}
+
+TEST_CASE("A clock put forward over a moment misses it")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
+    machine.advanceTo("08:00:00");
+    machine.setClockBy(hours(2));
+    CHECK(machine.events() == Texts{"10:00:00 missed asleep"});
+}
+
+TEST_CASE("In another zone the moments are those of that zone")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
+    scripted::clock::setZone("Asia/Kathmandu");
+    machine.flush();
+    CHECK(*machine.status().stringForKey("Zone") == "Asia/Kathmandu");
+    machine.advanceTo("03:15:00");
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("A zone that nobody knows changes nothing")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
+    scripted::clock::setZone("Nowhere/At All");
+    machine.flush();
+    CHECK(*machine.status().stringForKey("Zone") == "UTC");
+}
+
+TEST_CASE("When inactive a backup starts 5 minutes after the computer was used last")
+{
+    EnforcedMachine machine({{ScheduleKey::Backups, true}, {ScheduleKey::BackupsMode, BackupsModeWhenInactive}});
+    machine.advance(hours(2));
+    CHECK(machine.starts() == 0);
+    CHECK_FALSE(machine.status().contains("Due"));
+    scripted::conditions::setUse(
+        {.isKnown = true, .isPassive = false, .unusedSince = platform::readClocks().sinceBoot - seconds(100)});
+    machine.flush();
+    machine.advance(seconds(199));
+    CHECK(machine.starts() == 0);
+    machine.advance(seconds(1));
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("The computer is kept awake during a backup only when that was chosen, and only so long")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.advance(minutes(5));
+    CHECK(scripted::conditions::reasonsAgainstSleep().empty());
+    machine.endBackup(0);
+    machine.chooseProgram(true, true);
+    machine.advance(minutes(5));
+    CHECK(scripted::conditions::reasonsAgainstSleep() == Texts{"A backup is running."});
+    machine.endBackup(0);
+    CHECK(scripted::conditions::reasonsAgainstSleep().empty());
+}
+
+TEST_CASE("The status tells the next 20 moments, also while backups are off, and that it is off")
+{
+    auto settings = EnforcedMachine::daily({"09:00"});
+    settings.set(ScheduleKey::Backups, false);
+    EnforcedMachine machine(settings);
+    const auto status = machine.status();
+    CHECK(*status.stringForKey("State") == "off");
+    const auto* const upcoming = status.arrayForKey("Upcoming");
+    REQUIRE(upcoming);
+    REQUIRE(upcoming->size() == 20);
+    CHECK(*upcoming->front().dictionary()->stringForKey("Local") == "2026-01-01T09:00:00+00:00");
+    machine.advance(hours(48));
+    CHECK(machine.starts() == 0);
+}
+
+TEST_CASE("The status marks suspended moments")
+{
+    auto settings = EnforcedMachine::daily({"09:00", "12:00"});
+    settings.set(ScheduleKey::Suspend, true);
+    settings.set(ScheduleKey::SuspendSettings, Dictionary{{ScheduleKey::StartHour, 8}, {ScheduleKey::EndHour, 10}});
+    EnforcedMachine machine(settings);
+    const auto status = machine.status();
+    const auto* const upcoming = status.arrayForKey("Upcoming");
+    REQUIRE(upcoming);
+    CHECK((*upcoming)[0].dictionary()->boolForKey("Suspended"));
+    CHECK_FALSE((*upcoming)[1].dictionary()->boolForKey("Suspended"));
+}
+
+TEST_CASE("Programs are told of a change of the status, and not of looking at it")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.advance(seconds(1));
+    scripted::notifications::reset();
+    machine.status();
+    machine.status();
+    CHECK(scripted::notifications::posted().empty());
+    machine.advance(minutes(5));
+    CHECK(scripted::notifications::posted() == Texts{"com.zerkolin.brevane.status"});
+    scripted::notifications::reset();
+    machine.endBackup(0);
+    machine.apply(EnforcedMachine::everyMinutes(6));
+    machine.apply(EnforcedMachine::everyMinutes(7));
+    CHECK(scripted::notifications::posted().empty());
+    machine.advance(seconds(1));
+    CHECK(scripted::notifications::posted() == Texts{"com.zerkolin.brevane.status"});
+}
+
+TEST_CASE("While another program backs up nothing starts, and what was due starts at its end")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    machine.runOtherBackup(true);
+    CHECK(stateOf(machine) == "running");
+    machine.advance(minutes(5));
+    CHECK(machine.told() == Texts{"Waiting to back up: a backup is running."});
+    CHECK(machine.startNow().error().code == BRVErrorBackupRunning);
+    machine.runOtherBackup(false);
+    CHECK(machine.starts() == 1);
+}
