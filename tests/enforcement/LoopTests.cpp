@@ -32,7 +32,7 @@ std::string stateOf(EnforcedMachine& machine)
 
 } // namespace
 
-TEST_CASE("An interval starts a backup when its minutes are over, and tells of its start and end")
+TEST_CASE("an interval starts a backup when its minutes are over, and tells of its start and end")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(seconds(299));
@@ -50,7 +50,7 @@ TEST_CASE("An interval starts a backup when its minutes are over, and tells of i
     CHECK(machine.starts() == 2);
 }
 
-TEST_CASE("Each backup has an identifier of its own that says when it was made")
+TEST_CASE("each backup has an identifier of its own that says when it was made")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(1));
     for (int count = 0; count < 3; ++count) {
@@ -65,7 +65,7 @@ TEST_CASE("Each backup has an identifier of its own that says when it was made")
     CHECK(jobs[0].commands == std::vector<Texts>{{"/bin/true", jobs[0].identifier}});
 }
 
-TEST_CASE("On battery power a backup waits, says so once, and starts as soon as the computer is plugged in")
+TEST_CASE("on battery power a backup waits, says so once, and starts as soon as the computer is plugged in")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     setPower(machine, onBattery);
@@ -79,7 +79,7 @@ TEST_CASE("On battery power a backup waits, says so once, and starts as soon as 
     CHECK(machine.told() == Texts{"Started the backup of 00:05."});
 }
 
-TEST_CASE("Everything that stands in the way is told, and every change of it")
+TEST_CASE("everything that stands in the way is told, and every change of it")
 {
     auto settings = EnforcedMachine::everyMinutes(5);
     settings.set(ScheduleKey::DontRunWhenPassive, true);
@@ -104,7 +104,7 @@ TEST_CASE("Everything that stands in the way is told, and every change of it")
     CHECK(machine.starts() == 0);
 }
 
-TEST_CASE("Without a backup program a backup waits for one")
+TEST_CASE("without a backup program a backup waits for one")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.chooseProgram(false);
@@ -116,7 +116,7 @@ TEST_CASE("Without a backup program a backup waits for one")
     CHECK(*machine.status().stringForKey("Program") == "Test Program");
 }
 
-TEST_CASE("No backup starts while the installation is changed")
+TEST_CASE("no backup starts while the installation is changed")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.setMaintenance(true);
@@ -128,7 +128,7 @@ TEST_CASE("No backup starts while the installation is changed")
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A calendar moment that stays blocked for ten minutes is missed, and the reason is told")
+TEST_CASE("a calendar moment that stays blocked for ten minutes is missed, and the reason is told")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00", "17:00"}));
     setPower(machine, onBattery);
@@ -143,7 +143,7 @@ TEST_CASE("A calendar moment that stays blocked for ten minutes is missed, and t
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A calendar moment in sleep is missed, and told on waking")
+TEST_CASE("a calendar moment in sleep is missed, and told on waking")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
     machine.advanceTo("08:00:00");
@@ -152,7 +152,7 @@ TEST_CASE("A calendar moment in sleep is missed, and told on waking")
     CHECK(machine.starts() == 0);
 }
 
-TEST_CASE("A calendar that catches up makes one backup on waking for all that sleep took")
+TEST_CASE("a calendar that catches up makes one backup on waking for all that sleep took")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00", "10:00", "11:00"}, true));
     machine.advanceTo("08:00:00");
@@ -163,7 +163,7 @@ TEST_CASE("A calendar that catches up makes one backup on waking for all that sl
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("An announced sleep that does not come is forgotten after a minute")
+TEST_CASE("an announced sleep that does not come is forgotten after a minute")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(seconds(290));
@@ -173,7 +173,7 @@ TEST_CASE("An announced sleep that does not come is forgotten after a minute")
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A failed backup is told with its status and is due again after 5 minutes")
+TEST_CASE("a failed backup is told with its status and is due again after 5 minutes")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
     machine.advanceTo("09:00:00");
@@ -188,7 +188,7 @@ TEST_CASE("A failed backup is told with its status and is due again after 5 minu
     CHECK(machine.told().back() == "The backup failed: its program was ended by signal 9. Due again at 09:20.");
 }
 
-TEST_CASE("A backup that ends with a warning of its program has succeeded")
+TEST_CASE("a backup that ends with a warning of its program has succeeded")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(minutes(5));
@@ -197,7 +197,7 @@ TEST_CASE("A backup that ends with a warning of its program has succeeded")
     CHECK(machine.status().contains("LastSucceeded"));
 }
 
-TEST_CASE("A backup that cannot be started has failed at once, and is tried again")
+TEST_CASE("a backup that cannot be started has failed at once, and is tried again")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     scripted::backups::setStartFailure(platform::Error{
@@ -210,7 +210,7 @@ TEST_CASE("A backup that cannot be started has failed at once, and is tried agai
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A backup by hand starts whatever the conditions, and while backups are off")
+TEST_CASE("a backup by hand starts whatever the conditions, and while backups are off")
 {
     EnforcedMachine machine;
     setPower(machine, onBattery);
@@ -221,7 +221,7 @@ TEST_CASE("A backup by hand starts whatever the conditions, and while backups ar
     CHECK(stateOf(machine) == "running");
 }
 
-TEST_CASE("A backup by hand is refused while one runs, while the installation is changed, and without a program")
+TEST_CASE("a backup by hand is refused while one runs, while the installation is changed, and without a program")
 {
     EnforcedMachine machine;
     REQUIRE(machine.startNow());
@@ -237,7 +237,7 @@ TEST_CASE("A backup by hand is refused while one runs, while the installation is
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A backup that starts without its program failing tells whoever asked for it")
+TEST_CASE("a backup that starts without its program failing tells whoever asked for it")
 {
     EnforcedMachine machine;
     scripted::backups::setStartFailure(platform::Error{platform::POSIXErrorDomain, 5, {}, nullptr});
@@ -248,7 +248,7 @@ TEST_CASE("A backup that starts without its program failing tells whoever asked 
 }
 
 TEST_CASE(
-    "A clock put back by less than an hour starts nothing again, and one put back by a day waits for no far future")
+    "a clock put back by less than an hour starts nothing again, and one put back by a day waits for no far future")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
     machine.advanceTo("09:00:00");
@@ -262,7 +262,7 @@ TEST_CASE(
     CHECK(machine.starts() == 2);
 }
 
-TEST_CASE("A clock put forward over a moment misses it")
+TEST_CASE("a clock put forward over a moment misses it")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
     machine.advanceTo("08:00:00");
@@ -270,7 +270,7 @@ TEST_CASE("A clock put forward over a moment misses it")
     CHECK(machine.events() == Texts{"10:00:00 missed asleep"});
 }
 
-TEST_CASE("In another zone the moments are those of that zone")
+TEST_CASE("in another zone the moments are those of that zone")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
     scripted::clock::setZone("Asia/Kathmandu");
@@ -280,7 +280,7 @@ TEST_CASE("In another zone the moments are those of that zone")
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A zone that nobody knows changes nothing")
+TEST_CASE("a zone that nobody knows changes nothing")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
     scripted::clock::setZone("Nowhere/At All");
@@ -288,7 +288,7 @@ TEST_CASE("A zone that nobody knows changes nothing")
     CHECK(*machine.status().stringForKey("Zone") == "UTC");
 }
 
-TEST_CASE("When inactive a backup starts 5 minutes after the computer was used last")
+TEST_CASE("when inactive a backup starts 5 minutes after the computer was used last")
 {
     EnforcedMachine machine({{ScheduleKey::Backups, true}, {ScheduleKey::BackupsMode, BackupsModeWhenInactive}});
     machine.advance(hours(2));
@@ -303,7 +303,7 @@ TEST_CASE("When inactive a backup starts 5 minutes after the computer was used l
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("The computer is kept awake during a backup only when that was chosen, and only so long")
+TEST_CASE("the computer is kept awake during a backup only when that was chosen, and only so long")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(minutes(5));
@@ -316,7 +316,7 @@ TEST_CASE("The computer is kept awake during a backup only when that was chosen,
     CHECK(scripted::conditions::reasonsAgainstSleep().empty());
 }
 
-TEST_CASE("The status tells the next 20 moments, also while backups are off, and that it is off")
+TEST_CASE("the status tells the next 20 moments, also while backups are off, and that it is off")
 {
     auto settings = EnforcedMachine::daily({"09:00"});
     settings.set(ScheduleKey::Backups, false);
@@ -331,7 +331,7 @@ TEST_CASE("The status tells the next 20 moments, also while backups are off, and
     CHECK(machine.starts() == 0);
 }
 
-TEST_CASE("The status marks suspended moments")
+TEST_CASE("the status marks suspended moments")
 {
     auto settings = EnforcedMachine::daily({"09:00", "12:00"});
     settings.set(ScheduleKey::Suspend, true);
@@ -344,7 +344,7 @@ TEST_CASE("The status marks suspended moments")
     CHECK_FALSE((*upcoming)[1].dictionary()->boolForKey("Suspended"));
 }
 
-TEST_CASE("Programs are told of a change of the status, and not of looking at it")
+TEST_CASE("programs are told of a change of the status, and not of looking at it")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(seconds(1));
@@ -363,7 +363,7 @@ TEST_CASE("Programs are told of a change of the status, and not of looking at it
     CHECK(scripted::notifications::posted() == Texts{"com.zerkolin.brevane.status"});
 }
 
-TEST_CASE("While another program backs up nothing starts, and what was due starts at its end")
+TEST_CASE("while another program backs up nothing starts, and what was due starts at its end")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.runOtherBackup(true);

@@ -67,7 +67,7 @@ void overwrite(const std::string& path, const std::string& content)
 
 } // namespace
 
-TEST_CASE("Everything that is remembered comes back from its dictionary")
+TEST_CASE("everything that is remembered comes back from its dictionary")
 {
     const auto state = fullState();
     const auto bytes = platform::binaryPropertyList(state.dictionary(1'767'225'800));
@@ -77,7 +77,7 @@ TEST_CASE("Everything that is remembered comes back from its dictionary")
     CHECK(EnforcementState::inDictionary(*read->dictionary()) == state);
 }
 
-TEST_CASE("What is remembered is refused when a value is missing, of another type or out of range")
+TEST_CASE("what is remembered is refused when a value is missing, of another type or out of range")
 {
     CHECK(isUsable("LastStart", std::nullopt));
     CHECK(isUsable("TimeOfDay", 86'399));
@@ -92,7 +92,7 @@ TEST_CASE("What is remembered is refused when a value is missing, of another typ
         CHECK_FALSE(isUsable(key, std::nullopt));
 }
 
-TEST_CASE("The journal keeps the last 500 entries, newest first")
+TEST_CASE("the journal keeps the last 500 entries, newest first")
 {
     Journal journal;
     for (int number = 0; number < 600; ++number)
@@ -104,7 +104,7 @@ TEST_CASE("The journal keeps the last 500 entries, newest first")
     CHECK(Journal::inArray(journal.array()) == journal);
 }
 
-TEST_CASE("The start of a backup is on disk before its program runs, and its end afterwards")
+TEST_CASE("the start of a backup is on disk before its program runs, and its end afterwards")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(minutes(5));
@@ -120,7 +120,7 @@ TEST_CASE("The start of a backup is on disk before its program runs, and its end
     CHECK(stored->contains("LastSucceeded"));
 }
 
-TEST_CASE("The journal is kept over restarts")
+TEST_CASE("the journal is kept over restarts")
 {
     const auto settings = EnforcedMachine::everyMinutes(5);
     EnforcedMachine machine(settings);
@@ -131,7 +131,7 @@ TEST_CASE("The journal is kept over restarts")
     CHECK(machine.told().size() == 2);
 }
 
-TEST_CASE("A damaged file is kept under another name, and backups begin anew")
+TEST_CASE("a damaged file is kept under another name, and backups begin anew")
 {
     const auto settings = EnforcedMachine::everyMinutes(5);
     EnforcedMachine machine(settings);
@@ -149,7 +149,7 @@ TEST_CASE("A damaged file is kept under another name, and backups begin anew")
     CHECK(machine.stored());
 }
 
-TEST_CASE("A backup starts although nothing can be written down, and that is made up for as soon as it can")
+TEST_CASE("a backup starts although nothing can be written down, and that is made up for as soon as it can")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     const auto folder = machine.statePath().substr(0, machine.statePath().rfind('/'));
@@ -163,7 +163,7 @@ TEST_CASE("A backup starts although nothing can be written down, and that is mad
     CHECK(machine.stored()->contains("LastEnd"));
 }
 
-TEST_CASE("Looking at the status writes nothing")
+TEST_CASE("looking at the status writes nothing")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     REQUIRE(::unlink(machine.statePath().c_str()) == 0);

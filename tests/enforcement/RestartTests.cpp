@@ -9,7 +9,7 @@ using std::chrono::minutes;
 using std::chrono::seconds;
 using Texts = std::vector<std::string>;
 
-TEST_CASE("A helper that begins again finds the backup that runs, and hears of its end")
+TEST_CASE("a helper that begins again finds the backup that runs, and hears of its end")
 {
     const auto settings = EnforcedMachine::everyMinutes(60);
     EnforcedMachine machine(settings);
@@ -24,7 +24,7 @@ TEST_CASE("A helper that begins again finds the backup that runs, and hears of i
     CHECK(machine.told() == Texts{"Started the backup of 01:00.", "The backup succeeded; it took 20 minutes."});
 }
 
-TEST_CASE("A helper that begins again learns how a backup ended meanwhile")
+TEST_CASE("a helper that begins again learns how a backup ended meanwhile")
 {
     const auto settings = EnforcedMachine::everyMinutes(5);
     EnforcedMachine machine(settings);
@@ -37,7 +37,7 @@ TEST_CASE("A helper that begins again learns how a backup ended meanwhile")
     CHECK(machine.events() == Texts{"00:05:00 start", "00:06:00 end success"});
 }
 
-TEST_CASE("A backup that is gone without an end has failed, when the helper begins again")
+TEST_CASE("a backup that is gone without an end has failed, when the helper begins again")
 {
     const auto settings = EnforcedMachine::everyMinutes(30);
     EnforcedMachine machine(settings);
@@ -53,7 +53,7 @@ TEST_CASE("A backup that is gone without an end has failed, when the helper begi
     CHECK(machine.starts() == 2);
 }
 
-TEST_CASE("A backup that was started just before the helper's end is given ten seconds to come to life")
+TEST_CASE("a backup that was started just before the helper's end is given ten seconds to come to life")
 {
     const auto settings = EnforcedMachine::everyMinutes(30);
     EnforcedMachine machine(settings);
@@ -69,7 +69,7 @@ TEST_CASE("A backup that was started just before the helper's end is given ten s
     CHECK(machine.events() == Texts{"00:30:00 start", "00:30:10 end failure"});
 }
 
-TEST_CASE("A moment for which a backup was started is not started again after a kill")
+TEST_CASE("a moment for which a backup was started is not started again after a kill")
 {
     const auto settings = EnforcedMachine::daily({"09:00"});
     EnforcedMachine machine(settings);
@@ -81,7 +81,7 @@ TEST_CASE("A moment for which a backup was started is not started again after a 
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A moment that came and went while there was no helper is told as missed")
+TEST_CASE("a moment that came and went while there was no helper is told as missed")
 {
     const auto settings = EnforcedMachine::daily({"09:00"});
     EnforcedMachine machine(settings);
@@ -94,7 +94,7 @@ TEST_CASE("A moment that came and went while there was no helper is told as miss
     CHECK(machine.told().empty());
 }
 
-TEST_CASE("More than five moments are told as one with their number")
+TEST_CASE("more than five moments are told as one with their number")
 {
     const auto settings = EnforcedMachine::daily({"01:00", "02:00", "03:00", "04:00", "05:00", "06:00"});
     EnforcedMachine machine(settings);
@@ -105,7 +105,7 @@ TEST_CASE("More than five moments are told as one with their number")
     CHECK(machine.status().arrayForKey("Journal")->front().dictionary()->integerForKey("Count") == 6);
 }
 
-TEST_CASE("A moment that came while there was no helper is still due for ten minutes")
+TEST_CASE("a moment that came while there was no helper is still due for ten minutes")
 {
     const auto settings = EnforcedMachine::daily({"09:00"});
     EnforcedMachine machine(settings);
@@ -115,7 +115,7 @@ TEST_CASE("A moment that came while there was no helper is still due for ten min
     CHECK(machine.told() == Texts{"Started the backup of 09:00."});
 }
 
-TEST_CASE("A schedule that was stored just before the helper's end comes into force when it begins again")
+TEST_CASE("a schedule that was stored just before the helper's end comes into force when it begins again")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
     machine.advance(minutes(4));
@@ -127,7 +127,7 @@ TEST_CASE("A schedule that was stored just before the helper's end comes into fo
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("The same schedule stays in force over a restart")
+TEST_CASE("the same schedule stays in force over a restart")
 {
     const auto settings = EnforcedMachine::everyMinutes(5);
     EnforcedMachine machine(settings);
@@ -138,7 +138,7 @@ TEST_CASE("The same schedule stays in force over a restart")
     CHECK(machine.starts() == 1);
 }
 
-TEST_CASE("A clock that was put back by a day while there was no helper makes it wait for no far future")
+TEST_CASE("a clock that was put back by a day while there was no helper makes it wait for no far future")
 {
     const auto settings = EnforcedMachine::everyMinutes(60);
     EnforcedMachine machine(settings);
@@ -151,7 +151,7 @@ TEST_CASE("A clock that was put back by a day while there was no helper makes it
     CHECK(machine.starts() == 2);
 }
 
-TEST_CASE("A change of zone while there was no helper is one")
+TEST_CASE("a change of zone while there was no helper is one")
 {
     const auto settings = EnforcedMachine::daily({"09:00"});
     EnforcedMachine machine(settings);

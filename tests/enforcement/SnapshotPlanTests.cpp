@@ -17,7 +17,7 @@ MadeSnapshot snapshot(const std::string& volume, std::int64_t age)
 
 } // namespace
 
-TEST_CASE("The first snapshot of a volume is made at once, and the next an hour after it")
+TEST_CASE("the first snapshot of a volume is made at once, and the next an hour after it")
 {
     const auto first = SnapshotPlan::at(now, {"/home"}, {}, {});
     CHECK(first.make == Volumes{"/home"});
@@ -27,20 +27,20 @@ TEST_CASE("The first snapshot of a volume is made at once, and the next an hour 
     CHECK(SnapshotPlan::at(now, {"/home"}, {snapshot("/home", 3'600)}, {}).make == Volumes{"/home"});
 }
 
-TEST_CASE("Each volume has its own hour")
+TEST_CASE("each volume has its own hour")
 {
     const auto plan = SnapshotPlan::at(now, {"/", "/home"}, {snapshot("/", 600)}, {});
     CHECK(plan.make == Volumes{"/home"});
     CHECK(plan.next == now + 3'000);
 }
 
-TEST_CASE("A snapshot that could not be made is tried again after an hour")
+TEST_CASE("a snapshot that could not be made is tried again after an hour")
 {
     CHECK(SnapshotPlan::at(now, {"/"}, {}, {{"/", now - 3'599}}).make.empty());
     CHECK(SnapshotPlan::at(now, {"/"}, {}, {{"/", now - 3'600}}).make == Volumes{"/"});
 }
 
-TEST_CASE("Snapshots older than a day are removed, the newest of their volume excepted")
+TEST_CASE("snapshots older than a day are removed, the newest of their volume excepted")
 {
     const std::vector made{snapshot("/", 200'000), snapshot("/", 90'000), snapshot("/home", 86'401),
                            snapshot("/home", 86'400), snapshot("/home", 100)};
@@ -50,12 +50,12 @@ TEST_CASE("Snapshots older than a day are removed, the newest of their volume ex
     CHECK(plan.next == now + 1);
 }
 
-TEST_CASE("Without volumes and with one snapshot there is nothing to wake up for")
+TEST_CASE("without volumes and with one snapshot there is nothing to wake up for")
 {
     CHECK_FALSE(SnapshotPlan::at(now, {}, {snapshot("/", 100)}, {}).next);
 }
 
-TEST_CASE("A snapshot comes back from its dictionary, and not from one that lacks something")
+TEST_CASE("a snapshot comes back from its dictionary, and not from one that lacks something")
 {
     const auto made = snapshot("/", 5);
     CHECK(MadeSnapshot::inDictionary(made.dictionary()) == made);

@@ -75,7 +75,7 @@ std::string archivesOf(const RunningHelper& helper)
 
 } // namespace
 
-TEST_CASE("A fresh helper says that backups are off, to anybody who asks")
+TEST_CASE("a fresh helper says that backups are off, to anybody who asks")
 {
     RunningHelper helper(Answer::Challenge);
     const auto status = statusOf(helper);
@@ -90,7 +90,7 @@ TEST_CASE("A fresh helper says that backups are off, to anybody who asks")
         CHECK_FALSE(status.contains(key));
 }
 
-TEST_CASE("Who may not change settings can neither start a backup nor choose its program")
+TEST_CASE("who may not change settings can neither start a backup nor choose its program")
 {
     RunningHelper helper(Answer::Challenge);
     for (const auto message : {BRVMessageStartBackup, BRVMessageSetBackupProgram}) {
@@ -102,7 +102,7 @@ TEST_CASE("Who may not change settings can neither start a backup nor choose its
     CHECK(statusOf(helper).arrayForKey("Journal")->empty());
 }
 
-TEST_CASE("Without a program no backup is started by hand, and the value that is missing is named")
+TEST_CASE("without a program no backup is started by hand, and the value that is missing is named")
 {
     RunningHelper helper(Answer::Authorized);
     const auto refused = errorIn(startBackup(helper));
@@ -110,7 +110,7 @@ TEST_CASE("Without a program no backup is started by hand, and the value that is
     CHECK(refused.code == BRVErrorMissingValue);
 }
 
-TEST_CASE("The chosen program is stored and served with what can be chosen, and a bad choice is refused")
+TEST_CASE("the chosen program is stored and served with what can be chosen, and a bad choice is refused")
 {
     RunningHelper helper(Answer::Authorized);
     const auto program = [&] { return *resultIn(helper.send({{"message", BRVMessageGetBackupProgram}})).dictionary(); };
@@ -130,7 +130,7 @@ TEST_CASE("The chosen program is stored and served with what can be chosen, and 
     CHECK(*program().stringForKey(BackupProgramKey::Program) == "borg");
 }
 
-TEST_CASE("Within 90 seconds of an apply of every minute there is a real archive, and the journal tells it")
+TEST_CASE("within 90 seconds of an apply of every minute there is a real archive, and the journal tells it")
 {
     if (!hasBorg())
         return;
@@ -154,7 +154,7 @@ TEST_CASE("Within 90 seconds of an apply of every minute there is a real archive
     CHECK(helper.log().contains("The backup succeeded; it took "));
 }
 
-TEST_CASE("A helper that is killed during a backup finds it again, and it succeeds once")
+TEST_CASE("a helper that is killed during a backup finds it again, and it succeeds once")
 {
     if (!hasBorg())
         return;
