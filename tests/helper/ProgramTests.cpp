@@ -231,7 +231,7 @@ TEST_CASE("a token that was good is worth nothing on a later connection")
     CHECK(errorIn(helper.send(request)).code == ZRKAuthorizationErrorCreateFromExternalForm);
 }
 
-TEST_CASE("every number asks for its rights first, and eight are served")
+TEST_CASE("every number asks for its rights first, and twelve are served")
 {
     RunningHelper helper(Answer::Authorized);
     for (std::int64_t number = 0; number <= 28; ++number) {
@@ -243,8 +243,11 @@ TEST_CASE("every number asks for its rights first, and eight are served")
                        {{"message", number}});
         auto asked = helper.authority().calls().size();
         auto reply = helper.send({{"message", number}, {"auth", ownToken()}});
-        if (number == BRVMessageGetSettings || number == BRVMessageGetAutoUpdates)
+        if (number == BRVMessageGetSettings || number == BRVMessageGetAutoUpdates || number == BRVMessageGetStatus
+            || number == BRVMessageGetBackupProgram)
             CHECK(resultIn(reply).dictionary());
+        else if (number == BRVMessageStartBackup) // no program is chosen
+            CHECK(errorIn(reply).code == BRVErrorMissingValue);
         else if (number == BRVMessageCheckForUpdates) // there is no feed
             CHECK(errorIn(reply).code == ZRKUpdaterErrorFetchInfo);
         else if (number == BRVMessageInstallUpdate) // nor an installation

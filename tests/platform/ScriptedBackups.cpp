@@ -27,6 +27,7 @@ struct Machine {
     std::mutex mutex;
     std::vector<platform::BackupJob> started;
     std::optional<platform::Error> startFailure;
+    std::function<void(const platform::BackupJob&)> startObserver;
     std::optional<std::string> running;
     std::optional<BackupEvent> lastEnd;
     bool isLockHeld = false;
@@ -73,6 +74,8 @@ public:
             return std::unexpected(*machine.startFailure);
         if (machine.running)
             return std::unexpected(platform::Error{platform::POSIXErrorDomain, EBUSY, {}, nullptr});
+        if (machine.startObserver)
+            machine.startObserver(job);
         machine.started.push_back(job);
         machine.running = job.identifier;
         return {};
@@ -137,6 +140,7 @@ void reset()
     const std::lock_guard lock(machine.mutex);
     machine.started.clear();
     machine.startFailure.reset();
+    machine.startObserver = nullptr;
     machine.running.reset();
     machine.lastEnd.reset();
     machine.isLockHeld = false;
@@ -158,6 +162,12 @@ void setStartFailure(std::optional<platform::Error> error)
 {
     const std::lock_guard lock(Machine::shared().mutex);
     Machine::shared().startFailure = std::move(error);
+}
+
+void setStartObserver(std::function<void(const platform::BackupJob&)> observer)
+{
+    const std::lock_guard lock(Machine::shared().mutex);
+    Machine::shared().startObserver = std::move(observer);
 }
 
 void end(std::optional<int> status)

@@ -2,6 +2,7 @@
 
 #include "platform/BackupRunner.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +15,8 @@ void reset(); // none has run
 
 std::vector<platform::BackupJob> started();
 void setStartFailure(std::optional<platform::Error> error); // of every start from now on
+// Sees each start before the program runs.
+void setStartObserver(std::function<void(const platform::BackupJob&)> observer);
 
 void end(std::optional<int> status); // the one that runs
 void vanish();                       // the same, without a trace for those who come later
