@@ -27,8 +27,12 @@ struct IntervalSchedule {
 
 // An entry of Intervals as it stands: a value may be out of range, a real is cut towards zero.
 struct CalendarEntry {
-    std::optional<std::int64_t> weekday, day, hour, minute; // nullopt when absent or no number
-    bool wellTyped = true;                                  // each of the four that is there is a boolean or an integer
+    // Each nullopt when it is absent or no number.
+    std::optional<std::int64_t> weekday = std::nullopt;
+    std::optional<std::int64_t> day = std::nullopt;
+    std::optional<std::int64_t> hour = std::nullopt;
+    std::optional<std::int64_t> minute = std::nullopt;
+    bool wellTyped = true; // each of the four that is there is a boolean or an integer
 
     static CalendarEntry fromRecord(const platform::Dictionary& record);
 
