@@ -112,7 +112,11 @@ bool Maintenance::installUpdateUnasked()
         ZRKError::log({BRVErrorDomain, BRVErrorPeersConnected, {}, nullptr});
         return false;
     }
-    return installUpdate([](const Result<PropertyList>&) { });
+    return installUpdate([](const Result<PropertyList>& result) {
+        // A refusal is logged where it is answered, and nobody waits for this answer.
+        if (!result && result.error().domain == BRVErrorDomain)
+            ZRKError::log(result.error());
+    });
 }
 
 void Maintenance::uninstall(const std::string& sender, const Completion& completion)

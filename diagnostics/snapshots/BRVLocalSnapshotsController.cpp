@@ -38,7 +38,10 @@ std::string sizeText(const platform::Dictionary& snapshot)
 {
     static platform::ByteCountFormat format;
     const auto* const size = snapshot.find(sizeKey);
-    return size ? format.stringFromByteCount(static_cast<std::uint64_t>(size->integerValue())) : "--";
+    if (!size)
+        return "--";
+    const auto* const large = size->unsignedInteger();
+    return format.stringFromByteCount(large ? *large : static_cast<std::uint64_t>(size->integerValue()));
 }
 
 bool hasRole(const platform::Array& roles, const char* role)

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <doctest/doctest.h>
 #include <fcntl.h>
+#include <fstream>
+#include <iterator>
 #include <sys/file.h>
 #include <sysexits.h>
 #include <unistd.h>
@@ -99,7 +101,9 @@ TEST_CASE_FIXTURE(RunnerFixture, "a gigabyte of output fills neither the log nor
     const auto process = backupProcess("a-1");
     long peak = 0; // kilobytes
     while (countOfEvents() == 0) {
-        const auto status = contentOfFile("/proc/" + std::to_string(process) + "/status");
+        // The system gives this file no size.
+        std::ifstream file("/proc/" + std::to_string(process) + "/status");
+        const std::string status{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
         if (const auto at = status.find("VmHWM:"); at != std::string::npos)
             peak = std::max(peak, std::stol(status.substr(at + 6)));
         usleep(50'000);

@@ -81,7 +81,7 @@ TEST_CASE("a record with a number beyond 64 bits is shown, and so are all others
                   + element(R"(,"traceID":340282366920938463463374607431768211456,"eventMessage":"beside")") + ","
                   + element(R"(,"eventMessage":18446744073709551616)"))
           == theDate + " Time Machine before\n" + theDate + " Time Machine beside\n" + theDate
-              + " Time Machine 18446744073709551616\n");
+              + " Time Machine 1.8446744073709552e+19\n");
 }
 
 TEST_CASE("messages of the types Info and Fault are plain, and the case of a type matters")

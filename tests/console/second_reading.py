@@ -123,6 +123,8 @@ def described(record, key):
         return "<null>"
     if isinstance(found, bool):
         return "1" if found else "0"
+    if isinstance(found, int) and not -2**63 <= found < 2**64:
+        found = float(found)
     if isinstance(found, float):
         return next(text for digits in range(1, 18) for text in [f"%.{digits}g" % found] if float(text) == found)
     return {"[]": "(\n)", "{}": "{\n}"}.get(json.dumps(found), json.dumps(found))

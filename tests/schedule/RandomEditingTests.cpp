@@ -396,7 +396,7 @@ Sequence shrunk(Sequence sequence)
     return sequence;
 }
 
-constexpr std::uint64_t sequences = isInstrumented ? 100 : 2000;
+constexpr std::uint64_t sequences = isInstrumented ? 100 : 400;
 
 std::string report(std::uint64_t seed, const Sequence& sequence)
 {

@@ -3,6 +3,7 @@
 #include "platform/Format.h"
 
 #include <algorithm>
+#include <charconv>
 #include <simdjson.h>
 #include <string>
 #include <vector>
@@ -87,17 +88,27 @@ std::size_t lengthOfString(std::string_view json)
     return std::min(end + 1, json.size());
 }
 
+// Whether the text is a whole number that 64 bits, with a sign or without, do not hold.
+bool isLongInteger(std::string_view text)
+{
+    if (text.empty() || text.find_first_not_of("-0123456789") != std::string_view::npos)
+        return false;
+    const auto isTooLong = [&](auto value) {
+        return std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc::result_out_of_range;
+    };
+    return text.front() == '-' ? isTooLong(std::int64_t()) : isTooLong(std::uint64_t());
+}
+
 // The parser refuses integers beyond 64 bits, but takes them as reals: "...0" becomes "...0.0".
 std::string withLongIntegersAsReals(std::string_view json)
 {
-    constexpr std::size_t longestSafeInteger = 18; // characters
     std::string text;
     while (!json.empty()) {
         const auto token = std::min(json.find_first_not_of("+-.0123456789eE"), json.size());
         const auto length = json.front() == '"' ? lengthOfString(json) : std::max(token, std::size_t(1));
         const auto piece = json.substr(0, length);
         text.append(piece);
-        if (token > longestSafeInteger && piece.find_first_not_of("-0123456789") == std::string_view::npos)
+        if (isLongInteger(piece))
             text.append(".0");
         json.remove_prefix(length);
     }
