@@ -532,7 +532,8 @@ TEST_CASE("the log says for whom a change was made")
     helper.program().signal(SIGTERM);
     CHECK(helper.program().wait() == 0);
     CHECK(helper.log().contains("Did message 2 for user " + std::to_string(::getuid()) + ", '"));
-    CHECK(helper.log().contains(std::string(program_invocation_short_name) + "' (process " + std::to_string(::getpid()) + ")."));
+    CHECK(helper.log().contains(std::string(program_invocation_short_name) + "' (process " + std::to_string(::getpid())
+                                + ")."));
 }
 
 TEST_CASE("the refusals of one user are counted in one line")
