@@ -56,6 +56,22 @@ TEST_CASE("a zone tells the changes of its offset, before and after an instant")
           == platform::TimeZone::Transition{spring.at, 0, 3'600});
 }
 
+TEST_CASE("the rules are those of the system, which knows the changes of the last years")
+{
+    // Egypt has summer time again since 2023, Mexico none since 2022.
+    CHECK(platform::TimeZone::named("Africa/Cairo")->offsetAt(instantOf("2026-07-01T00:00:00Z")) == 10'800);
+    CHECK(platform::TimeZone::named("America/Mexico_City")->offsetAt(instantOf("2026-07-01T00:00:00Z")) == -21'600);
+}
+
+TEST_CASE("the last rule of a zone goes on for ever")
+{
+    const auto berlin = *platform::TimeZone::named("Europe/Berlin");
+    const auto spring = instantOf("5999-03-28T01:00:00Z");
+    CHECK(berlin.nextTransition(spring - 1) == platform::TimeZone::Transition{spring, 3'600, 7'200});
+    CHECK(berlin.lastTransition(spring) == platform::TimeZone::Transition{spring, 3'600, 7'200});
+    CHECK(berlin.offsetAt(spring) == 7'200);
+}
+
 TEST_CASE("local texts have the offset")
 {
     CHECK(localText("Europe/Berlin", "2026-10-25T00:30:00Z") == "2026-10-25T02:30:00+02:00");

@@ -29,6 +29,8 @@ PLACES = [
     ("Atlantic/Azores", "2021-10-31"), ("Pacific/Chatham", "2022-04-03"), ("Asia/Pyongyang", "2015-08-15"),
     ("Africa/Casablanca", "2022-03-27"), ("America/Caracas", "2016-05-01"), ("Europe/Moscow", "2014-10-26"),
     ("Asia/Kolkata", "2020-02-28"), ("Pacific/Honolulu", "2019-12-31"), ("Australia/Sydney", "2020-04-05"),
+    ("Europe/Berlin", "2026-10-25"), ("Africa/Cairo", "2026-04-24"), ("America/Mexico_City", "2022-10-30"),
+    ("America/Nuuk", "2024-03-31"),
 ]
 ZONES = sorted({zone for zone, _ in PLACES})
 

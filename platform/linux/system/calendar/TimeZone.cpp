@@ -1,49 +1,54 @@
 #include "platform/TimeZone.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
-#include <unicode/basictz.h>
-#include <unicode/timezone.h>
-#include <unicode/tztrans.h>
-#include <unicode/unistr.h>
+#include <cctz/time_zone.h>
+#include <chrono>
 
+// The rules are the system's own, below /usr/share/zoneinfo, so that what is decided agrees with every other clock of
+// the machine.
 namespace platform {
 
 namespace {
 
-constexpr double millisecondsPerSecond = 1000;
+using Seconds = std::chrono::duration<std::int64_t>;
+using Point = cctz::time_point<cctz::seconds>;
 
-// Names that the library knows from before IANA's, some of them with another meaning than elsewhere.
-constexpr std::array<std::string_view, 25> abbreviations{
-    "ACT", "AET", "AGT", "ART", "AST", "BET", "BST", "CAT", "CNT", "CST", "CTT", "EAT", "ECT",
-    "IET", "IST", "JST", "MIT", "NET", "NST", "PLT", "PNT", "PRT", "PST", "SST", "VST",
-};
+// The calendar, and with it each zone's last rule, repeats after this many seconds; the library tells changes only for
+// the first round after the last one that its file names.
+constexpr std::int64_t fourHundredYears = 12'622'780'800;
+constexpr std::int64_t year2400 = 13'569'465'600;
 
+std::int64_t roundsBefore(std::int64_t instant)
+{
+    return instant < year2400 ? 0 : (instant - year2400) / fourHundredYears + 1;
+}
+
+Point pointOf(std::int64_t instant)
+{
+    return Point(Seconds(instant));
+}
+
+std::int64_t instantOf(const Point& point)
+{
+    return point.time_since_epoch().count();
+}
+
+// Names of the library's own and paths are none of IANA's, nor are the zones that count leap seconds.
 bool isForeignName(std::string_view name)
 {
-    return name.starts_with("SystemV/") || name == "Etc/Unknown"
-        || std::find(abbreviations.begin(), abbreviations.end(), name) != abbreviations.end();
-}
-
-int offsetOf(const icu::TimeZoneRule& rule)
-{
-    return (rule.getRawOffset() + rule.getDSTSavings()) / static_cast<int>(millisecondsPerSecond);
-}
-
-TimeZone::Transition transitionOf(const icu::TimeZoneTransition& found)
-{
-    return {
-        .at = static_cast<std::int64_t>(std::floor(found.getTime() / millisecondsPerSecond)),
-        .offsetBefore = offsetOf(*found.getFrom()),
-        .offsetAfter = offsetOf(*found.getTo()),
-    };
+    return name.empty() || name.size() > 200 || name.front() == '/' || name.front() == ':' || name.starts_with("Fixed/")
+        || name.starts_with("file:") || name.starts_with("right/") || name.starts_with("posix/") || name == "localtime"
+        || name == "posixrules" || name == "Factory" || name.find("..") != std::string_view::npos
+        || name.find('\0') != std::string_view::npos;
 }
 
 } // namespace
 
 struct TimeZone::Native {
-    std::unique_ptr<const icu::BasicTimeZone> zone;
+    cctz::time_zone zone;
+
+    int offset(std::int64_t instant) const { return zone.lookup(pointOf(instant)).offset; }
+    Transition transitionAt(std::int64_t instant) const { return {instant, offset(instant - 1), offset(instant)}; }
 };
 
 TimeZone::TimeZone(std::string name, std::shared_ptr<const Native> native)
@@ -54,57 +59,50 @@ TimeZone::TimeZone(std::string name, std::shared_ptr<const Native> native)
 
 std::optional<TimeZone> TimeZone::named(std::string_view name)
 {
-    if (name.empty() || name.size() > 200 || isForeignName(name))
+    cctz::time_zone zone;
+    if (isForeignName(name) || !cctz::load_time_zone(std::string(name), &zone))
         return std::nullopt;
-    const auto id = icu::UnicodeString::fromUTF8({name.data(), static_cast<std::int32_t>(name.size())});
-    // The library makes a zone of any name; only a name of its list is a zone of the system.
-    UErrorCode status = U_ZERO_ERROR;
-    UBool isListed = false;
-    icu::UnicodeString canonical;
-    icu::TimeZone::getCanonicalID(id, canonical, isListed, status);
-    if (U_FAILURE(status) || !isListed)
-        return std::nullopt;
-    std::unique_ptr<icu::TimeZone> made(icu::TimeZone::createTimeZone(id));
-    const auto* rules = dynamic_cast<const icu::BasicTimeZone*>(made.get());
-    if (!rules)
-        return std::nullopt;
-    made.release();
-    return TimeZone(std::string(name),
-                    std::make_shared<const Native>(std::unique_ptr<const icu::BasicTimeZone>(rules)));
+    return TimeZone(std::string(name), std::make_shared<const Native>(zone));
 }
 
 int TimeZone::offsetAt(std::int64_t instant) const
 {
-    UErrorCode status = U_ZERO_ERROR;
-    std::int32_t standard = 0;
-    std::int32_t saving = 0;
-    _native->zone->getOffset(static_cast<double>(instant) * millisecondsPerSecond, false, standard, saving, status);
-    return U_SUCCESS(status) ? (standard + saving) / static_cast<int>(millisecondsPerSecond) : 0;
+    return _native->offset(instant);
 }
 
 std::optional<TimeZone::Transition> TimeZone::nextTransition(std::int64_t instant) const
 {
     // A change of the name or of the kind of time alone is none.
-    icu::TimeZoneTransition found;
-    double from = static_cast<double>(instant) * millisecondsPerSecond;
-    while (_native->zone->getNextTransition(from, false, found)) {
-        if (const auto transition = transitionOf(found); transition.offsetBefore != transition.offsetAfter)
+    const std::int64_t shift = roundsBefore(instant) * fourHundredYears;
+    std::int64_t from = instant - shift;
+    cctz::time_zone::civil_transition found;
+    while (_native->zone.next_transition(pointOf(from), &found)) {
+        const auto at = instantOf(_native->zone.lookup(found.to).trans);
+        if (at <= from)
+            break;
+        from = at;
+        auto transition = _native->transitionAt(from);
+        transition.at += shift;
+        if (transition.offsetBefore != transition.offsetAfter)
             return transition;
-        from = found.getTime();
     }
     return std::nullopt;
 }
 
 std::optional<TimeZone::Transition> TimeZone::lastTransition(std::int64_t instant) const
 {
-    icu::TimeZoneTransition found;
-    double from = static_cast<double>(instant) * millisecondsPerSecond;
-    bool inclusive = true;
-    while (_native->zone->getPreviousTransition(from, inclusive, found)) {
-        if (const auto transition = transitionOf(found); transition.offsetBefore != transition.offsetAfter)
+    const std::int64_t shift = roundsBefore(instant) * fourHundredYears;
+    std::int64_t before = instant - shift + 1;
+    cctz::time_zone::civil_transition found;
+    while (_native->zone.prev_transition(pointOf(before), &found)) {
+        const auto at = instantOf(_native->zone.lookup(found.to).trans);
+        if (at >= before)
+            break;
+        before = at;
+        auto transition = _native->transitionAt(before);
+        transition.at += shift;
+        if (transition.offsetBefore != transition.offsetAfter)
             return transition;
-        from = found.getTime();
-        inclusive = false;
     }
     return std::nullopt;
 }
