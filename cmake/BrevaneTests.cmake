@@ -36,11 +36,12 @@ endfunction()
 # test under its room's name and its own sentence, and runs in a process of its own, with ENVIRONMENT. A case that can't
 # run on a machine prints "SKIPPED: why" and is counted as skipped.
 #   WINDOWS      in the machine's program: the toolkit's application is there for the cases of the suite "windows"
+#   APART        the sources use the same words for different things, so they are never compiled at once
 #   THREADS      code that runs on several threads, which is what the thread sanitizer's run is for
 # The target NAME is a program of these cases alone, for whoever works on their room; `all` leaves it out.
 # target_compile_definitions, target_link_options and add_dependencies of NAME hold in both programs.
 function(brevane_test name)
-    cmake_parse_arguments(ARG "RUN_SERIAL;WINDOWS;THREADS" "PROGRAM;TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "RUN_SERIAL;WINDOWS;APART;THREADS" "PROGRAM;TIMEOUT" "SOURCES;LINKS;ENVIRONMENT" ${ARGN})
     if(NOT ARG_PROGRAM IN_LIST brevane_test_programs OR ARG_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "brevane_test(${name} PROGRAM values|controls|machine ...): ${ARG_UNPARSED_ARGUMENTS}")
     endif()
@@ -60,6 +61,9 @@ function(brevane_test name)
     add_library(${name}_cases OBJECT ${ARG_SOURCES})
     target_link_libraries(${name}_cases PUBLIC brevane_options ${ARG_LINKS} doctest::doctest)
     target_compile_definitions(${name}_cases PRIVATE $<TARGET_PROPERTY:${name},COMPILE_DEFINITIONS>)
+    if(BREVANE_TEST_BATCHES AND NOT ARG_APART)
+        set_target_properties(${name}_cases PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+    endif()
     brevane_use_precompiled(${name}_cases ${precompiled})
 
     add_executable(${name} EXCLUDE_FROM_ALL)

@@ -41,6 +41,14 @@ Dictionary::Dictionary(std::vector<Entry> entries) : _entries(std::move(entries)
         set(entry.key, entry.value);
 }
 
+Dictionary Dictionary::ofDistinct(std::vector<Entry> entries)
+{
+    Dictionary dictionary;
+    dictionary._entries = std::move(entries);
+    dictionary.reindex();
+    return dictionary;
+}
+
 Dictionary::Dictionary(const Dictionary& other) : _entries(other._entries)
 {
     reindex();

@@ -22,6 +22,8 @@ public:
     Dictionary();
     Dictionary(std::initializer_list<Entry> entries);
     explicit Dictionary(std::vector<Entry> entries); // of a key given twice, the last value at the first place
+    // Of entries whose keys are known to be distinct.
+    static Dictionary ofDistinct(std::vector<Entry> entries);
     Dictionary(const Dictionary& other);
     Dictionary(Dictionary&& other) noexcept;
     Dictionary& operator=(const Dictionary& other);

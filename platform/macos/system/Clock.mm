@@ -2,7 +2,7 @@
 
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/system/MachineEvents.h"
-#include "platform/macos/system/QueueTelling.h"
+#include "platform/QueueTelling.h"
 
 #import <IOKit/IOMessage.h>
 #import <IOKit/pwr_mgt/IOPMLib.h>

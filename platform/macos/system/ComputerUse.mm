@@ -3,7 +3,7 @@
 #include "platform/Clock.h"
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/system/MachineEvents.h"
-#include "platform/macos/system/QueueTelling.h"
+#include "platform/QueueTelling.h"
 
 #import <IOKit/IOKitLib.h>
 #import <IOKit/pwr_mgt/IOPM.h>

@@ -2,7 +2,7 @@
 
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/system/MachineEvents.h"
-#include "platform/macos/system/QueueTelling.h"
+#include "platform/QueueTelling.h"
 
 #include <mutex>
 #import <SystemConfiguration/SystemConfiguration.h>

@@ -2,7 +2,7 @@
 
 #include "platform/Condition.h"
 #include "platform/macos/system/MachineEvents.h"
-#include "platform/macos/system/QueueTelling.h"
+#include "platform/QueueTelling.h"
 
 #include <memory>
 #include <mutex>

@@ -5,9 +5,9 @@
 #include "platform/linux/system/conditions/LoginService.h"
 #include "platform/linux/system/conditions/SystemFiles.h"
 #include "platform/Queue.h"
+#include "platform/QueueTelling.h"
 
 #include <algorithm>
-#include <atomic>
 #include <climits>
 #include <ctime>
 #include <string_view>
@@ -46,37 +46,6 @@ FileDescriptor createTimer(clockid_t clock)
 {
     return FileDescriptor(::timerfd_create(clock, TFD_CLOEXEC | TFD_NONBLOCK));
 }
-
-// Runs the handler on the queue until it is stopped there.
-template <class... Arguments>
-class Telling {
-public:
-    Telling(std::shared_ptr<Queue> queue, std::function<void(Arguments...)> handler)
-        : _queue(std::move(queue)),
-          _state(std::make_shared<State>(std::move(handler)))
-    {
-    }
-    ~Telling() { _state->stopped = true; }
-    Telling(const Telling&) = delete;
-    Telling& operator=(const Telling&) = delete;
-
-    void tell(Arguments... arguments) const
-    {
-        _queue->async([state = _state, arguments...] {
-            if (!state->stopped)
-                state->handler(arguments...);
-        });
-    }
-
-private:
-    struct State {
-        explicit State(std::function<void(Arguments...)> told) : handler(std::move(told)) { }
-        const std::function<void(Arguments...)> handler;
-        std::atomic<bool> stopped = false;
-    };
-    std::shared_ptr<Queue> _queue;
-    std::shared_ptr<State> _state;
-};
 
 // Tells that the clock was set: a timer that never ends is cancelled then, and on waking too.
 class ClockJumps {
@@ -193,7 +162,7 @@ public:
     }
 
 private:
-    Telling<ClockEvent> _telling;
+    QueueTelling<ClockEvent> _telling;
     std::unique_ptr<ClockJumps> _jumps;
     std::unique_ptr<ZoneChanges> _zones;
     std::unique_ptr<SleepChanges> _sleep;
@@ -228,7 +197,7 @@ private:
             _telling.tell();
     }
 
-    Telling<> _telling;
+    QueueTelling<> _telling;
     FileDescriptor _timer;
     EventSource _source;
 };

@@ -256,18 +256,74 @@ bool BinaryReader::readArray(const Object& object, int depth, platform::Array& a
     return true;
 }
 
+// Whether the dictionary's keys are those that the shape knows already.
+bool BinaryReader::hasShape(const Object& object, const Shape& shape) const
+{
+    if (object.count != shape.keys.size())
+        return false;
+    for (std::size_t i = 0; i < object.count; ++i) {
+        if (reference(object, i) != shape.references[i])
+            return false;
+    }
+    return true;
+}
+
+bool BinaryReader::readKey(const Object& object, std::size_t number, std::string& key)
+{
+    Object keyObject;
+    return findObject(reference(object, number), keyObject) && readText(keyObject, key);
+}
+
+bool BinaryReader::readShape(const Object& object, Shape& shape)
+{
+    shape = {};
+    shape.references.reserve(object.count);
+    shape.keys.resize(object.count);
+    const std::size_t contentLeft = _contentLeft;
+    for (std::size_t i = 0; i < object.count; ++i) {
+        shape.references.push_back(reference(object, i));
+        if (!readKey(object, i, shape.keys[i]))
+            return false;
+    }
+    shape.content = contentLeft - _contentLeft;
+    for (auto key = shape.keys.begin(); key != shape.keys.end(); ++key)
+        shape.isDistinct = shape.isDistinct && std::find(shape.keys.begin(), key, *key) == key;
+    return true;
+}
+
 bool BinaryReader::readDictionary(const Object& object, int depth, platform::Dictionary& dictionary)
 {
     if (depth > PropertyListLimits::depth || !fits(object, 2 * _referenceSize) || !spendValues(2 * object.count))
         return false;
+    if (object.count > largestShape)
+        return readLargeDictionary(object, depth, dictionary);
+    if (_shapes.size() < static_cast<std::size_t>(depth))
+        _shapes.resize(depth);
+    Shape& shape = _shapes[depth - 1];
+    if (hasShape(object, shape) ? !spendContent(shape.content) : !readShape(object, shape))
+        return false;
+    std::vector<platform::Dictionary::Entry> entries;
+    entries.reserve(object.count);
+    for (std::size_t i = 0; i < object.count; ++i) {
+        const auto place = [&](auto&& content) {
+            entries.emplace_back(shape.keys[i], std::forward<decltype(content)>(content));
+        };
+        if (!readValue(reference(object, object.count + i), depth, place))
+            return false;
+    }
+    dictionary = shape.isDistinct ? platform::Dictionary::ofDistinct(std::move(entries))
+                                  : platform::Dictionary(std::move(entries));
+    return true;
+}
+
+bool BinaryReader::readLargeDictionary(const Object& object, int depth, platform::Dictionary& dictionary)
+{
     std::vector<platform::Dictionary::Entry> entries;
     entries.reserve(object.count);
     std::string key;
     const auto place = [&](auto&& content) { entries.emplace_back(key, std::forward<decltype(content)>(content)); };
     for (std::size_t i = 0; i < object.count; ++i) {
-        Object keyObject;
-        if (!findObject(reference(object, i), keyObject) || !readText(keyObject, key)
-            || !readValue(reference(object, object.count + i), depth, place))
+        if (!readKey(object, i, key) || !readValue(reference(object, object.count + i), depth, place))
             return false;
     }
     dictionary = platform::Dictionary(std::move(entries));

@@ -4,10 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <limits>
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace platform {
 
@@ -31,6 +33,16 @@ private:
         std::size_t content = 0;
     };
 
+    // The keys of a dictionary, kept for the next one that is as deep: a long list is mostly one of equal dictionaries.
+    // A dictionary's own ones are one level deeper, so that a shape stays as it is while its values are read.
+    struct Shape {
+        std::vector<std::uint64_t> references;
+        std::vector<std::string> keys;
+        std::size_t content = 0; // the bytes of the keys, as they are counted
+        bool isDistinct = true;
+    };
+    static constexpr std::size_t largestShape = 32;
+
     std::uint64_t numberAt(std::size_t at, std::size_t size) const;
     bool readTrailer();
     bool findObject(std::uint64_t index, Object& object) const;
@@ -52,6 +64,10 @@ private:
     bool readText(const Object& object, std::string& text);
     bool readArray(const Object& object, int depth, Array& array);
     bool readDictionary(const Object& object, int depth, Dictionary& dictionary);
+    bool readLargeDictionary(const Object& object, int depth, Dictionary& dictionary);
+    bool hasShape(const Object& object, const Shape& shape) const;
+    bool readShape(const Object& object, Shape& shape);
+    bool readKey(const Object& object, std::size_t number, std::string& key);
 
     std::span<const std::uint8_t> _bytes;
     std::size_t _valuesLeft;
@@ -60,7 +76,8 @@ private:
     std::size_t _referenceSize = 0;
     std::uint64_t _objectCount = 0;
     std::uint64_t _root = 0;
-    std::size_t _table = 0; // content lies before it
+    std::size_t _table = 0;    // content lies before it
+    std::deque<Shape> _shapes; // by depth; one is referred to while others come
 };
 
 } // namespace platform
