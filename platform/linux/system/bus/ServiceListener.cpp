@@ -30,6 +30,7 @@ constexpr std::chrono::milliseconds FarewellLimit(1000);
 constexpr std::uint64_t MaximumUnsent = 64;
 // What sd-bus answers by itself, such as an introspection, weighs about so much.
 constexpr std::size_t SmallReplySize = 4096;
+constexpr std::size_t RefusalSize = 1024;
 
 struct EventDeleter {
     void operator()(sd_event* event) const { sd_event_unref(event); }
@@ -177,6 +178,7 @@ private:
     static int handleSignal(sd_event_source*, const signalfd_siginfo*, void* listener);
 
     int receive(sd_bus_message* message, sd_bus_error* error);
+    void tellCutOff(sd_bus_message* message, const std::string& sender);
     void detach(std::uint64_t number);
     BusMessage errorReply(sd_bus_message* request) const;
     bool isLost() const { return sd_bus_is_open(_bus.get()) <= 0 || _isNameLost; }
@@ -314,7 +316,16 @@ int BusServiceListener::handleAny(sd_bus_message* message, void* context, sd_bus
     const bool isRequest = sd_bus_message_is_method_call(message, listener._serviceName.c_str(), ServiceMethod) > 0;
     const bool isTaken =
         isRequest ? !listener._peers->isCutOff(sender) : listener._peers->charge(sender, SmallReplySize);
+    if (!isTaken)
+        listener.tellCutOff(message, sender);
     return isTaken ? 0 : 1;
+}
+
+void BusServiceListener::tellCutOff(sd_bus_message* message, const std::string& sender)
+{
+    if (sd_bus_message_get_expect_reply(message) > 0 && _peers->chargeRefusal(sender, RefusalSize))
+        sd_bus_reply_method_errorf(message, SD_BUS_ERROR_LIMITS_EXCEEDED,
+                                   "Programs of this user have not read what was sent to them.");
 }
 
 int BusServiceListener::handleRequest(sd_bus_message* message, void* context, sd_bus_error* error)
@@ -376,8 +387,8 @@ void BusServiceListener::answer(std::uint64_t number, const std::optional<Servic
         return;
     Owed& owed = node.mapped();
     const std::size_t size = dictionary ? serviceDictionarySize(*dictionary) : SmallReplySize;
-    const bool isCarried = dictionary && size <= MaximumServiceMessageSize;
-    if (!_peers->charge(owed.sender, isCarried ? size : SmallReplySize))
+    const bool isCarried = dictionary && size <= MaximumServiceMessageSize && _peers->charge(owed.sender, size);
+    if (!isCarried && !_peers->charge(owed.sender, RefusalSize) && !_peers->chargeRefusal(owed.sender, RefusalSize))
         return;
     if (owed.request) {
         sd_bus_message* made = nullptr;
