@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <doctest/doctest.h>
+#include <future>
 #include <systemd/sd-bus.h>
 #include <thread>
 #include <unistd.h>
@@ -117,6 +118,40 @@ TEST_CASE("a signal handler may stop a listener")
     const auto service = startTestService();
     service->signal(SIGTERM);
     CHECK(service->wait() == 0);
+}
+
+TEST_CASE("a termination in the moment of another end is seen, or waits for the next program")
+{
+    PrivateBus bus;
+    int missed = 0;
+    for (int round = 0; round < 100; ++round) {
+        std::promise<ServiceListener*> running;
+        std::promise<void> told;
+        std::thread thread([&] {
+            sigset_t termination;
+            sigemptyset(&termination);
+            sigaddset(&termination, SIGTERM);
+            pthread_sigmask(SIG_BLOCK, &termination, nullptr);
+            auto listener = ServiceListener::create(TestServiceName, {echo, {}, {}});
+            REQUIRE(listener);
+            (*listener)->stopOnTermination();
+            (*listener)->async([&] { running.set_value(listener->get()); });
+            CHECK((*listener)->run());
+            told.get_future().wait();
+            const timespec soon = {0, 50'000'000};
+            missed += !(*listener)->wasTerminated() && sigtimedwait(&termination, nullptr, &soon) != SIGTERM;
+        });
+        ServiceListener* listener = running.get_future().get();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (round % 2 == 0)
+            listener->stop();
+        pthread_kill(thread.native_handle(), SIGTERM);
+        if (round % 2 == 1)
+            listener->stop();
+        told.set_value();
+        thread.join();
+    }
+    CHECK(missed == 0);
 }
 
 TEST_CASE("a listener ends with failure when the bus is lost")

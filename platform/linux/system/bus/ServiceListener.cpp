@@ -283,11 +283,14 @@ const char* BusServiceListener::serve(const std::string& serviceName, int& resul
 
 void BusServiceListener::stopOnTermination()
 {
-    sd_event_source* source = nullptr;
-    if (sd_event_add_signal(_event.get(), &source, SIGTERM, &BusServiceListener::handleSignal, this) >= 0)
-        _termination.reset(source);
-    if (sd_event_add_signal(_event.get(), &source, SIGINT, &BusServiceListener::handleSignal, this) >= 0)
-        _interrupt.reset(source);
+    for (const auto& [number, place] : {std::pair(SIGTERM, &_termination), std::pair(SIGINT, &_interrupt)}) {
+        sd_event_source* source = nullptr;
+        if (sd_event_add_signal(_event.get(), &source, number, &BusServiceListener::handleSignal, this) < 0)
+            continue;
+        place->reset(source);
+        // A signal that was read together with another event must be told first: after that one the loop may end.
+        sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IMPORTANT);
+    }
 }
 
 int BusServiceListener::handleSignal(sd_event_source*, const signalfd_siginfo*, void* context)
