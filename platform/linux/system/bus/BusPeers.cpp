@@ -131,6 +131,7 @@ void BusPeers::enter(State& state, UserName user)
     User& entered = _users[user];
     ++entered.peerCount;
     entered.unread += state.unread;
+    entered.unsent += state.unsent;
     _unread += state.unread;
 }
 
@@ -139,14 +140,18 @@ void BusPeers::leave(const State& state)
     const auto user = _users.find(state.user);
     _unread -= state.unread;
     user->second.unread -= state.unread;
+    user->second.unsent -= state.unsent;
     if (--user->second.peerCount == 0)
         _users.erase(user);
 }
 
 void BusPeers::add(State& state, std::size_t size)
 {
+    User& user = _users.at(state.user);
     state.unread += size;
-    _users.at(state.user).unread += size;
+    state.unsent += size;
+    user.unread += size;
+    user.unsent += size;
     _unread += size;
 }
 
@@ -165,6 +170,12 @@ bool BusPeers::hasLeftTooMuch(UserName user) const
     return _users.at(user).unread > std::min(shared, user ? CutOffSize : SignOfLifeSize);
 }
 
+BusPeers::UserName BusPeers::userOf(const std::string& name) const
+{
+    const auto found = _peers.find(name);
+    return found == _peers.end() ? std::nullopt : found->second.user;
+}
+
 bool BusPeers::isCutOff(const std::string& name) const
 {
     const auto found = _peers.find(name);
@@ -177,8 +188,17 @@ bool BusPeers::charge(const std::string& name, std::size_t size)
     if (found == _peers.end() || hasLeftTooMuch(found->second.user))
         return false;
     add(found->second, size);
-    askForSign(found->second.user);
     return true;
+}
+
+void BusPeers::sent(const std::string& name, std::size_t size)
+{
+    const auto found = _peers.find(name);
+    if (found == _peers.end())
+        return;
+    found->second.unsent -= size;
+    _users.at(found->second.user).unsent -= size;
+    askForSign(found->second.user);
 }
 
 bool BusPeers::chargeRefusal(const std::string& name, std::size_t size)
@@ -196,18 +216,20 @@ bool BusPeers::chargeRefusal(const std::string& name, std::size_t size)
 void BusPeers::askForSign(UserName user)
 {
     const auto asked = _users.find(user);
-    if (!user || asked == _users.end() || asked->second.isAsked || asked->second.unread <= SignOfLifeSize)
+    if (!user || asked == _users.end() || asked->second.isAsked
+        || asked->second.unread - asked->second.unsent <= SignOfLifeSize)
         return;
     const std::pair<const std::string, State>* most = nullptr;
+    const auto sentTo = [](const State& state) { return state.unread - state.unsent; };
     for (const auto& entry : _peers) {
-        if (entry.second.user == user && (!most || entry.second.unread > most->second.unread))
+        if (entry.second.user == user && (!most || sentTo(entry.second) > sentTo(most->second)))
             most = &entry;
     }
     if (!most)
         return;
     Question& question = addQuestion(most->first);
     question.user = user;
-    question.unread = most->second.unread;
+    question.unread = sentTo(most->second);
     sd_bus_message* made = nullptr;
     int result =
         sd_bus_message_new_method_call(_bus, &made, most->first.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");

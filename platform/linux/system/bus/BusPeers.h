@@ -30,12 +30,13 @@ struct BusPeer {
 // Used on one thread.
 class BusPeers {
 public:
+    using UserName = std::optional<std::uint32_t>; // nullopt as long as the bus has not told
     using Identified = std::function<void(const BusPeer&)>;
     using Left = std::function<void(const std::string&)>;
 
     static constexpr std::size_t SignOfLifeSize = std::size_t(2) << 20; // unread, from which on a sign is asked for
     static constexpr std::size_t CutOffSize = std::size_t(16) << 20;    // unread, from which on nothing more is sent
-    static constexpr std::size_t TotalSize = std::size_t(80) << 20;     // unread of all users; what is left is shared
+    static constexpr std::size_t TotalSize = std::size_t(64) << 20;     // unread of all users; what is left is shared
     static constexpr std::size_t RefusalsSize = 8192; // unread, up to which a connection is told of the cut-off
 
     // The bus outlives this object.
@@ -46,17 +47,22 @@ public:
 
     // A message has come from this peer. Asks the bus who it is when it is the first.
     void note(const std::string& name);
-    // So many bytes are about to be sent to the peer. False when it has read too little of what was sent before.
+    bool isKnown(const std::string& name) const { return _peers.contains(name); }
+    UserName userOf(const std::string& name) const;
+
+    // So many bytes are to be sent to the peer. False when it has read too little of what was sent before.
     bool charge(const std::string& name, std::size_t size);
     // The same for the few bytes that tell a peer of its cut-off.
     bool chargeRefusal(const std::string& name, std::size_t size);
+    // What was charged is on its way.
+    void sent(const std::string& name, std::size_t size);
     // Of a peer that the bus has not told about yet: false.
     bool isCutOff(const std::string& name) const;
 
 private:
-    using UserName = std::optional<std::uint32_t>; // nullopt as long as the bus has not told
     struct User {
         std::size_t unread = 0;
+        std::size_t unsent = 0; // of what is unread
         std::size_t peerCount = 0;
         bool isAsked = false; // for a sign of life
     };
@@ -64,6 +70,7 @@ private:
         UserName user;
         BusPeer peer;
         std::size_t unread = 0;
+        std::size_t unsent = 0;   // of what is unread
         std::size_t refusals = 0; // of what is unread
     };
     // A call that the bus or a peer owes an answer to.
