@@ -17,9 +17,19 @@ using platform::Result;
 namespace {
 
 // Whoever asked is answered with it and logged by whoever answers.
-std::unexpected<platform::Error> refusal(BRVErrorCode code)
+platform::Error error(BRVErrorCode code)
 {
-    return std::unexpected(platform::Error{BRVErrorDomain, code, {}, nullptr});
+    return {BRVErrorDomain, code, {}, nullptr};
+}
+
+SharedCheck::Check checkOf(const std::shared_ptr<const Updater>& updater)
+{
+    return [updater](const std::function<bool()>& isGivenUp) -> SharedCheck::Outcome {
+        auto information = updater->check(isGivenUp);
+        if (!information)
+            return std::unexpected(std::move(information.error()));
+        return PropertyList(std::move(information->reply));
+    };
 }
 
 } // namespace
@@ -31,13 +41,14 @@ std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, s
 }
 
 Maintenance::Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler)
-    : _updater(options.updates),
+    : _updater(std::make_shared<Updater>(options.updates)),
+      _check(SharedCheck::create(checkOf(_updater), options.updates.keeping)),
       _passwordRule(options.rulesFolder),
       _endHandler(std::move(endHandler)),
       _peers(std::move(peers)),
       _queue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.maintenance"))
 {
-    _updater.recover();
+    _updater->recover();
 }
 
 // Takes the one place there is, or refuses.
@@ -45,16 +56,15 @@ bool Maintenance::begin(Operation operation, const Completion& completion)
 {
     auto free = Operation::None;
     if (!_operation.compare_exchange_strong(free, operation)) {
-        completion(refusal(BRVErrorUpdateRunning));
+        completion(std::unexpected(error(BRVErrorUpdateRunning)));
         return false;
     }
-    if (operation == Operation::Check)
-        return true;
     if (!*_backupIsUnderWay && !isBackupRunning()) {
         tellChange();
+        _check->close(error(BRVErrorUpdateRunning));
         return true;
     }
-    finish(completion, refusal(BRVErrorBackupRunning));
+    finish(completion, std::unexpected(error(BRVErrorBackupRunning)));
     return false;
 }
 
@@ -66,8 +76,9 @@ void Maintenance::tellChange() const
 
 void Maintenance::finish(const Completion& completion, Result<PropertyList> result)
 {
-    if (_operation.exchange(Operation::None) != Operation::Check)
-        tellChange();
+    _check->open();
+    _operation = Operation::None;
+    tellChange();
     completion(std::move(result));
 }
 
@@ -78,17 +89,16 @@ void Maintenance::end(const Completion& completion, End how)
     _endHandler(how);
 }
 
-void Maintenance::checkForUpdates(Completion completion)
+void Maintenance::checkForUpdates(const std::string& sender, const Completion& completion)
 {
-    if (!begin(Operation::Check, completion))
-        return;
-    _queue->async([self = shared_from_this(), completion = std::move(completion)] {
-        auto information = self->_updater.check();
-        if (information)
-            self->finish(completion, PropertyList(std::move(information->reply)));
-        else
-            self->finish(completion, std::unexpected(std::move(information.error())));
-    });
+    _check->ask(sender, completion);
+    if (!_peers->identified(sender))
+        _check->forget(sender); // it has left meanwhile
+}
+
+void Maintenance::endChecks()
+{
+    _check->close(error(BRVErrorUpdateRunning));
 }
 
 bool Maintenance::installUpdate(Completion completion)
@@ -96,7 +106,7 @@ bool Maintenance::installUpdate(Completion completion)
     if (!begin(Operation::Install, completion))
         return false;
     _queue->async([self = shared_from_this(), completion = std::move(completion)] {
-        if (auto installed = self->_updater.install(); !installed) {
+        if (auto installed = self->_updater->install(); !installed) {
             self->finish(completion, std::unexpected(std::move(installed.error())));
             return;
         }
@@ -109,7 +119,7 @@ bool Maintenance::installUpdate(Completion completion)
 bool Maintenance::installUpdateUnasked()
 {
     if (_peers->anyConnected()) {
-        ZRKError::log({BRVErrorDomain, BRVErrorPeersConnected, {}, nullptr});
+        ZRKError::log(error(BRVErrorPeersConnected));
         return false;
     }
     return installUpdate([](const Result<PropertyList>& result) {
@@ -124,7 +134,7 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
     if (!begin(Operation::Uninstall, completion))
         return;
     if (_peers->othersConnected(sender)) {
-        finish(completion, refusal(BRVErrorPeersConnected));
+        finish(completion, std::unexpected(error(BRVErrorPeersConnected)));
         return;
     }
     ZRKLogMessage(LogLevelDefault, "Uninstalling.");

@@ -3,6 +3,7 @@
 #include "helper/HelperOptions.h"
 #include "helper/PasswordRule.h"
 #include "helper/Peers.h"
+#include "helper/update/SharedCheck.h"
 #include "helper/update/Updater.h"
 #include "platform/Queue.h"
 
@@ -13,8 +14,9 @@
 
 namespace helper {
 
-// The work on the installation itself: one operation at a time, whoever asks. Another one meanwhile is refused with an
-// error of the product's domain. Never waits; a completion is called once, on another thread or before the return.
+// The work on the installation itself: one operation at a time, whoever asks. Another one meanwhile, and a check, is
+// refused with an error of the product's domain. Never waits; a completion is called once, on another thread or before
+// the return.
 class Maintenance : public std::enable_shared_from_this<Maintenance> {
 public:
     using Completion = std::function<void(platform::Result<platform::PropertyList>)>;
@@ -32,11 +34,14 @@ public:
     // work looks at it afterwards, so that of the two at most one goes on.
     const std::shared_ptr<std::atomic<bool>>& backupIsUnderWay() const { return _backupIsUnderWay; }
     // The installation is being changed.
-    bool isAtWork() const { return _operation == Operation::Install || _operation == Operation::Uninstall; }
+    bool isAtWork() const { return _operation != Operation::None; }
     // Called, on any thread, when isAtWork() has changed. Before anything is asked of this object.
     void setChangeHandler(std::function<void()> handler) { _changeHandler = std::move(handler); }
 
-    void checkForUpdates(Completion completion);
+    // Shared by all who ask at the same time or soon after; never in the way of the other operations, which end it.
+    void checkForUpdates(const std::string& sender, const Completion& completion);
+    // The sender has left.
+    void forget(const std::string& sender) { _check->forget(sender); }
     // False when it was refused at once.
     bool installUpdate(Completion completion);
     // Nobody asked for it, so the outcome is only logged, and programs that use this one are left
@@ -49,10 +54,13 @@ public:
     bool isUninstalling() const { return _operation == Operation::Uninstall; }
 
     PasswordRule& passwordRule() { return _passwordRule; }
+    // The program is to end: no check is under way or begun from now on.
+    void endChecks();
     const std::shared_ptr<platform::Queue>& queue() const { return _queue; }
+    const std::shared_ptr<platform::Queue>& checkQueue() const { return _check->queue(); }
 
 private:
-    enum class Operation { None, Check, Install, Uninstall };
+    enum class Operation { None, Install, Uninstall };
 
     Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler);
     bool begin(Operation operation, const Completion& completion);
@@ -60,7 +68,8 @@ private:
     void finish(const Completion& completion, platform::Result<platform::PropertyList> result);
     void end(const Completion& completion, End how);
 
-    Updater _updater;
+    const std::shared_ptr<Updater> _updater;
+    const std::shared_ptr<SharedCheck> _check;
     PasswordRule _passwordRule;
     EndHandler _endHandler;
     std::function<void()> _changeHandler;

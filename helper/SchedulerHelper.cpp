@@ -138,7 +138,9 @@ void SchedulerHelper::serveEverything()
     change(BRVMessageSetAllowWithoutPassword, &SchedulerHelper::setAllowWithoutPassword);
     change(BRVMessageSetAutoUpdates, &SchedulerHelper::setAutoUpdates);
     maintain(BRVMessageCheckForUpdates, Lane::Reading,
-             [](Maintenance& work, const Call&, const Completion& completion) { work.checkForUpdates(completion); });
+             [](Maintenance& work, const Call& call, const Completion& completion) {
+                 work.checkForUpdates(call.sender.name, completion);
+             });
     maintain(BRVMessageInstallUpdate, Lane::Changing,
              [](Maintenance& work, const Call&, const Completion& completion) { work.installUpdate(completion); });
     maintain(BRVMessageUninstall, Lane::Changing,
@@ -199,6 +201,8 @@ void SchedulerHelper::handle(Listener::Request received, Listener::Reply reply)
             job.reply(job.service->ready());
         return;
     }
+    if (job.service && !job.needsRight && !job.reply)
+        return; // it would change nothing and nobody would hear of it
     std::optional<Error> fault;
     if (!rights || (rights->empty() && !job.service))
         fault = RequestReader::deserializeError(job.request.message);
@@ -251,6 +255,7 @@ void SchedulerHelper::forget(const std::string& sender)
 {
     _peers->remove(sender);
     _turns->drop(sender);
+    _maintenance->forget(sender);
     _refusals.report(RefusalLog::Clock::now());
 }
 
@@ -325,8 +330,9 @@ void SchedulerHelper::refuse(const Job& job, const BusPeer& sender, const Error&
 bool SchedulerHelper::drain(std::chrono::milliseconds limit)
 {
     _turns->dropAll();
+    _maintenance->endChecks();
     auto end = std::chrono::steady_clock::now() + limit;
-    for (const auto& queue : {_readingQueue, _changingQueue, _maintenance->queue()}) {
+    for (const auto& queue : {_readingQueue, _changingQueue, _maintenance->queue(), _maintenance->checkQueue()}) {
         auto done = std::make_shared<std::promise<void>>();
         queue->async([done] { done->set_value(); });
         if (done->get_future().wait_until(end) != std::future_status::ready)

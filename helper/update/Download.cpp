@@ -15,7 +15,8 @@ namespace helper {
 namespace {
 
 constexpr long connectSeconds = 20;
-constexpr long totalSeconds = 3600;
+constexpr std::chrono::seconds feedTime{30};
+constexpr std::chrono::seconds packageTime{3600};
 constexpr long maximumRedirections = 5;
 constexpr long successStatus = 200;
 
@@ -113,6 +114,11 @@ Download::Failure failureOf(CURLcode code, const Receiver& receiver, long status
     return {Fault::Network, 0, std::move(reason)};
 }
 
+int lookWhetherGivenUp(void* isGivenUp, curl_off_t, curl_off_t, curl_off_t, curl_off_t)
+{
+    return (*static_cast<const Download::GivenUp*>(isGivenUp))() ? 1 : 0;
+}
+
 void setLimits(CURL* curl, const std::string& url, std::uint64_t limit, std::chrono::seconds patience)
 {
     // Never follows a redirect from https to http.
@@ -124,7 +130,6 @@ void setLimits(CURL* curl, const std::string& url, std::uint64_t limit, std::chr
     curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, std::min<long>(connectSeconds, patience.count()));
     curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
     curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, static_cast<long>(patience.count()));
-    curl_easy_setopt(curl, CURLOPT_TIMEOUT, totalSeconds);
     curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
 }
 
@@ -146,10 +151,12 @@ std::string partOf(CURLU* address, CURLUPart part)
 
 } // namespace
 
-Download::Outcome<platform::Data> Download::fetch(const std::string& url, std::uint64_t limit) const
+Download::Outcome<platform::Data> Download::fetch(const std::string& url, std::uint64_t limit,
+                                                  const GivenUp& isGivenUp) const
 {
     platform::Data content;
-    auto done = perform(url, limit, [&content](std::span<const std::uint8_t> bytes) {
+    const Terms terms{limit, std::min(feedTime, _configuration.patience), isGivenUp};
+    auto done = perform(url, terms, [&content](std::span<const std::uint8_t> bytes) {
         content.insert(content.end(), bytes.begin(), bytes.end());
         return 0;
     });
@@ -160,7 +167,7 @@ Download::Outcome<platform::Data> Download::fetch(const std::string& url, std::u
 
 Download::Outcome<void> Download::save(const std::string& url, std::uint64_t limit, int file) const
 {
-    return perform(url, limit, [file](std::span<const std::uint8_t> bytes) {
+    return perform(url, {limit, packageTime, {}}, [file](std::span<const std::uint8_t> bytes) {
         while (!bytes.empty()) {
             auto count = ::write(file, bytes.data(), bytes.size());
             if (count < 0 && errno == EINTR)
@@ -173,15 +180,21 @@ Download::Outcome<void> Download::save(const std::string& url, std::uint64_t lim
     });
 }
 
-Download::Outcome<void> Download::perform(const std::string& url, std::uint64_t limit, const Sink& sink) const
+Download::Outcome<void> Download::perform(const std::string& url, const Terms& terms, const Sink& sink) const
 {
     const CurlHandle curl(prepareLibrary() ? curl_easy_init() : nullptr);
     if (!curl)
         return std::unexpected(Failure{Fault::Network, 0, networkError(CURLE_FAILED_INIT, "No memory")});
-    Receiver receiver{sink, curl.get(), limit};
+    Receiver receiver{sink, curl.get(), terms.size};
     char text[CURL_ERROR_SIZE] = "";
     const auto agent = "Brevane/" + platform::bundleVersion();
-    setLimits(curl.get(), url, limit, _configuration.patience);
+    setLimits(curl.get(), url, terms.size, _configuration.patience);
+    curl_easy_setopt(curl.get(), CURLOPT_TIMEOUT, static_cast<long>(terms.time.count()));
+    if (terms.isGivenUp) {
+        curl_easy_setopt(curl.get(), CURLOPT_NOPROGRESS, 0L);
+        curl_easy_setopt(curl.get(), CURLOPT_XFERINFOFUNCTION, lookWhetherGivenUp);
+        curl_easy_setopt(curl.get(), CURLOPT_XFERINFODATA, const_cast<GivenUp*>(&terms.isGivenUp));
+    }
     curl_easy_setopt(curl.get(), CURLOPT_URL, url.c_str());
     curl_easy_setopt(curl.get(), CURLOPT_USERAGENT, agent.c_str());
     curl_easy_setopt(curl.get(), CURLOPT_ERRORBUFFER, text);
@@ -210,6 +223,15 @@ std::optional<std::string> Download::resolve(const std::string& text, const std:
     bool isTrusted =
         scheme == "https" || (scheme == "http" && baseScheme != "https") || (scheme == "file" && baseScheme == "file");
     return isTrusted ? std::optional(partOf(address.get(), CURLUPART_URL)) : std::nullopt;
+}
+
+bool Download::isWebAddress(const std::string& text)
+{
+    const CurlAddress address(curl_url());
+    if (!address || curl_url_set(address.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK)
+        return false;
+    const auto scheme = partOf(address.get(), CURLUPART_SCHEME);
+    return scheme == "https" || scheme == "http";
 }
 
 } // namespace helper

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::chrono::seconds usualPatience{30};
 constexpr std::chrono::seconds usualInterval = std::chrono::hours(24);
+constexpr std::chrono::seconds usualKeeping{60};
 constexpr std::size_t maximumFileSize = 65536;
 
 std::optional<UpdateConfiguration::PublicKey> keyOfHexadecimal(std::string_view text)
@@ -44,7 +45,7 @@ bool isTrustworthy(const std::string& path)
 
 UpdateConfiguration UpdateConfiguration::builtIn()
 {
-    return {BREVANE_UPDATE_FEED, keyOfHexadecimal(BREVANE_UPDATE_KEY), {}, usualPatience, usualInterval};
+    return {BREVANE_UPDATE_FEED, keyOfHexadecimal(BREVANE_UPDATE_KEY), {}, usualPatience, usualInterval, usualKeeping};
 }
 
 std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(const std::string& path)
@@ -60,7 +61,7 @@ std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(cons
     if (!feed || !key || key->size() != std::tuple_size_v<PublicKey>)
         return std::unexpected("The file '" + path + "' does not name a feed and a public key of 32 bytes.");
 
-    UpdateConfiguration configuration{*feed, PublicKey(), {}, usualPatience, usualInterval};
+    UpdateConfiguration configuration{*feed, PublicKey(), {}, usualPatience, usualInterval, usualKeeping};
     std::ranges::copy(*key, configuration.key->begin());
     if (const auto* authorities = record->stringForKey("Authorities"))
         configuration.authorities = *authorities;
@@ -68,6 +69,8 @@ std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(cons
         configuration.patience = std::chrono::seconds(seconds);
     if (auto seconds = record->integerForKey("Interval"); seconds > 0 && seconds <= usualInterval.count() * 366)
         configuration.interval = std::chrono::seconds(seconds);
+    if (auto seconds = record->integerForKey("Keeping"); record->find("Keeping") && seconds >= 0 && seconds <= 3600)
+        configuration.keeping = std::chrono::seconds(seconds);
     return configuration;
 }
 

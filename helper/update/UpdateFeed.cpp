@@ -48,7 +48,8 @@ std::optional<UpdateInformation> readFeed(const Dictionary& feed, const std::str
     auto size = numberForKey(feed, "Size", 0, UpdateFeed::maximumPackageSize);
     auto share = numberForKey(feed, "Share", 100, 100);
     const auto* byHand = feed.find("URL");
-    if (!number || !address || !size || !share || (byHand && !byHand->string()))
+    if (!number || !address || !size || !share
+        || (byHand && !(byHand->string() && Download::isWebAddress(*byHand->string()))))
         return std::nullopt;
     Dictionary reply{{PayloadKey::Version, *version}, {PayloadKey::HumanVersion, *humanVersion}};
     if (byHand)

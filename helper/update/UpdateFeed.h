@@ -18,8 +18,8 @@ struct UpdateInformation {
 };
 
 // Reads feeds. A feed is a property list: a dictionary with the strings "Version" (compared), "HumanVersion" (shown)
-// and "Package" (an address, also beside the feed), and if wanted "URL" (for a download by hand), "Size" and "Share" (a
-// phased roll-out, in hundredths of all machines).
+// and "Package" (an address, also beside the feed), and if wanted "URL" (https or http, for a download by hand), "Size"
+// and "Share" (a phased roll-out, in hundredths of all machines).
 class UpdateFeed {
 public:
     static constexpr std::uint64_t maximumSize = std::uint64_t(1) << 20;

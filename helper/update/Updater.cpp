@@ -72,9 +72,9 @@ void Updater::recover() const
     _installation.endReplacement();
 }
 
-Result<UpdateInformation> Updater::check() const
+Result<UpdateInformation> Updater::check(const Download::GivenUp& isGivenUp) const
 {
-    auto bytes = Download(_configuration).fetch(_configuration.feed, UpdateFeed::maximumSize);
+    auto bytes = Download(_configuration).fetch(_configuration.feed, UpdateFeed::maximumSize, isGivenUp);
     if (!bytes)
         return downloadError(ZRKUpdaterErrorFetchInfo, std::move(bytes.error()));
     auto information = UpdateFeed::informationInFeed(*bytes, _configuration.feed);

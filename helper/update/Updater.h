@@ -1,6 +1,7 @@
 #pragma once
 
 #include "helper/installation/Installation.h"
+#include "helper/update/Download.h"
 #include "helper/update/UpdateConfiguration.h"
 #include "helper/update/UpdateFeed.h"
 #include "platform/Error.h"
@@ -16,7 +17,7 @@ public:
     explicit Updater(UpdateConfiguration configuration) : _configuration(std::move(configuration)) { }
 
     // What the feed says about a newer version. Error 0 when there is none, 9 when it is not this machine's turn.
-    platform::Result<UpdateInformation> check() const;
+    platform::Result<UpdateInformation> check(const Download::GivenUp& isGivenUp = {}) const;
 
     // The new version is in place when this returns success; this program is still the old one.
     platform::Result<void> install() const;

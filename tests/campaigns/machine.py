@@ -10,7 +10,8 @@ import time
 from wire import SERVICE, SOCKET, Client
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-HELPER = os.path.join(ROOT, "build", os.environ.get("BREVANE_PRESET", "release"), "helper", SERVICE)
+BUILD = os.path.join(ROOT, "build", os.environ.get("BREVANE_PRESET", "release"))
+HELPER = os.path.join(BUILD, "helper", SERVICE)
 USERS = [23461, 23462, 23463, 23464, 23465]
 
 
@@ -78,6 +79,12 @@ class Machine:
             return client.ask([("message", 18)]) is not None
         finally:
             client.close()
+
+    def replace(self, command):
+        """Another service in the helper's place."""
+        self.kill()
+        self.helper = subprocess.Popen(command, stderr=subprocess.DEVNULL)
+        wait_for(self.answers)
 
     def kill(self):
         self.helper.kill()

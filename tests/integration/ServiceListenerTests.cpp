@@ -2,10 +2,15 @@
 #include "tests/integration/TestService.h"
 #include "tests/support/PrivateBus.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstring>
 #include <doctest/doctest.h>
+#include <future>
+#include <sys/stat.h>
+#include <sys/syscall.h>
 #include <systemd/sd-bus.h>
 #include <thread>
 #include <unistd.h>
@@ -57,6 +62,13 @@ void echo(ServiceListener::Request request, const ServiceListener::Reply& reply)
            {"sender", platform::Data(request.sender.begin(), request.sender.end())}});
 }
 
+// Whether it is what a request was answered with, and no error.
+bool isReply(sd_bus_message* message)
+{
+    return sd_bus_message_has_signature(message, "a{sv}") > 0
+        && sd_bus_message_is_method_call(message, nullptr, nullptr) == 0;
+}
+
 // A client that says what it likes.
 class RawClient {
 public:
@@ -79,6 +91,19 @@ public:
         errorName = error.name ? error.name : "";
         sd_bus_error_free(&error);
         return result;
+    }
+
+    // A request of nothing, whose reply is not waited for.
+    void begin()
+    {
+        sd_bus_message* message = nullptr;
+        REQUIRE(sd_bus_message_new_method_call(_bus, &message, TestServiceName, "/com/zerkolin/brevane/scheduler",
+                                               TestServiceName, "Send")
+                >= 0);
+        sd_bus_message_append(message, "a{sv}", 0);
+        std::uint64_t cookie = 0; // without one no reply is asked for
+        CHECK(sd_bus_send(_bus, message, &cookie) >= 0);
+        sd_bus_message_unref(message);
     }
 
     sd_bus* bus() const { return _bus; }
@@ -117,6 +142,40 @@ TEST_CASE("a signal handler may stop a listener")
     const auto service = startTestService();
     service->signal(SIGTERM);
     CHECK(service->wait() == 0);
+}
+
+TEST_CASE("a termination in the moment of another end is seen, or waits for the next program")
+{
+    PrivateBus bus;
+    int missed = 0;
+    for (int round = 0; round < 100; ++round) {
+        std::promise<ServiceListener*> running;
+        std::promise<void> told;
+        std::thread thread([&] {
+            sigset_t termination;
+            sigemptyset(&termination);
+            sigaddset(&termination, SIGTERM);
+            pthread_sigmask(SIG_BLOCK, &termination, nullptr);
+            auto listener = ServiceListener::create(TestServiceName, {echo, {}, {}});
+            REQUIRE(listener);
+            (*listener)->stopOnTermination();
+            (*listener)->async([&] { running.set_value(listener->get()); });
+            CHECK((*listener)->run());
+            told.get_future().wait();
+            const timespec soon = {0, 50'000'000};
+            missed += !(*listener)->wasTerminated() && sigtimedwait(&termination, nullptr, &soon) != SIGTERM;
+        });
+        ServiceListener* listener = running.get_future().get();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        if (round % 2 == 0)
+            listener->stop();
+        pthread_kill(thread.native_handle(), SIGTERM);
+        if (round % 2 == 1)
+            listener->stop();
+        told.set_value();
+        thread.join();
+    }
+    CHECK(missed == 0);
 }
 
 TEST_CASE("a listener ends with failure when the bus is lost")
@@ -395,45 +454,123 @@ TEST_CASE("a listener learns from the bus who its senders are, and when they lea
 }
 
 TEST_CASE(
-    "a user whose clients never read is cut off before the bus stops to listen, and answered again when they are gone")
+    "a user whose clients never read is cut off before the bus stops to listen, and answered again when they read")
 {
+    bool isKnownBefore = false;
+    SUBCASE("of clients that are known")
+    {
+        isKnownBefore = true;
+    }
+    SUBCASE("of clients that send it all at once") { }
     PrivateBus bus;
-    Served served([](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {
-        reply({{"payload", platform::Data(request.message.empty() ? 1'000'000 : 1)}});
-    });
+    Arrivals<platform::BusPeer> identified;
+    Served served({[](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {
+                       reply({{"payload", platform::Data(request.message.empty() ? 1'000'000 : 1)}});
+                   },
+                   [&](const platform::BusPeer& peer) { identified.add(peer); },
+                   {}});
     std::vector<std::unique_ptr<RawClient>> deaf;
     // The bus takes nothing more from a connection of which 127 MB are unread.
-    for (int index = 0; index < 3; ++index) {
+    for (std::size_t index = 0; index < 3; ++index) {
         deaf.push_back(std::make_unique<RawClient>());
-        for (int count = 0; count < 100; ++count) {
-            sd_bus_message* message = nullptr;
-            REQUIRE(sd_bus_message_new_method_call(deaf.back()->bus(), &message, TestServiceName,
-                                                   "/com/zerkolin/brevane/scheduler", TestServiceName, "Send")
-                    >= 0);
-            sd_bus_message_append(message, "a{sv}", 0);
-            std::uint64_t cookie = 0; // without one no reply is asked for
-            CHECK(sd_bus_send(deaf.back()->bus(), message, &cookie) >= 0);
-            sd_bus_message_unref(message);
+        if (isKnownBefore) {
+            CHECK(deaf.back()->call("Send", "a{sv}", 1, "number", "x", std::int64_t(1)) >= 0);
+            REQUIRE(identified.waitFor(index + 1).size() == index + 1);
         }
+        for (int count = 0; count < 100; ++count)
+            deaf.back()->begin();
         sd_bus_flush(deaf.back()->bus());
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(1000));
+    if (isKnownBefore) {
+        RecordedConnection early; // is told, once it is known whose it is
+        platform::ServiceReply reply;
+        for (int number = 0; number < 10 && reply; ++number)
+            reply = early.connection->sendSynchronously({{"number", 1}});
+        CHECK(reply == platform::ServiceReply(std::unexpected(platform::ServiceError::Refused)));
+    }
     int replyCount = 0;
     const auto count = [](sd_bus_message* message, void* context, sd_bus_error*) {
-        *static_cast<int*>(context) += sd_bus_message_is_method_call(message, nullptr, nullptr) == 0
-            && sd_bus_message_is_signal(message, nullptr, nullptr) == 0;
+        *static_cast<int*>(context) += isReply(message);
         return 0;
     };
     for (const auto& client : deaf) {
         REQUIRE(sd_bus_add_filter(client->bus(), nullptr, count, &replyCount) >= 0);
         while (sd_bus_process(client->bus(), nullptr) > 0 || sd_bus_wait(client->bus(), 300'000) > 0) { }
     }
-    CHECK(replyCount >= 10);
-    CHECK(replyCount < 100); // of 300: what is still asked when a client reads again is answered
-    deaf.clear();
+    CHECK(replyCount >= (isKnownBefore ? 10 : 1));
+    CHECK(replyCount <= 20);
     RecordedConnection recorded;
     for (int number = 0; number < 30; ++number)
         CHECK(recorded.connection->sendSynchronously({{"number", 1}}));
+}
+
+TEST_CASE("the replies of one user do not wait until another one has got all of theirs")
+{
+    if (geteuid() != 0) {
+        MESSAGE("SKIPPED: only root can be two users");
+        return;
+    }
+    PrivateBus bus;
+    const std::string path = bus.address().substr(std::strlen("unix:path="));
+    REQUIRE(chmod(path.substr(0, path.rfind('/')).c_str(), 0755) == 0);
+    constexpr std::size_t Many = 200;
+    constexpr uid_t Nobody = 65534;
+    std::vector<ServiceListener::Reply> owed;
+    Arrivals<platform::BusPeer> identified;
+    Served served({[&](const ServiceListener::Request& request, ServiceListener::Reply reply) {
+                       if (request.message.empty())
+                           owed.push_back(std::move(reply));
+                       else
+                           reply({});
+                       if (owed.size() <= Many)
+                           return;
+                       for (const auto& each : std::exchange(owed, {}))
+                           each({{"payload", platform::Data(60'000)}});
+                   },
+                   [&](const platform::BusPeer& peer) { identified.add(peer); },
+                   {}});
+    // The numbers that the listener gave to its replies, in the order in which it sent them.
+    std::vector<std::uint64_t> numbers;
+    const auto note = [](sd_bus_message* message, void* context, sd_bus_error*) {
+        std::uint64_t number = 0;
+        if (isReply(message) && sd_bus_message_get_cookie(message, &number) >= 0)
+            static_cast<std::vector<std::uint64_t>*>(context)->push_back(number);
+        return 0;
+    };
+    RawClient flood;
+    CHECK(flood.call("Send", "a{sv}", 1, "number", "x", std::int64_t(1)) >= 0);
+    REQUIRE(identified.waitFor(1).size() == 1);
+    for (std::size_t count = 0; count < Many / 2; ++count)
+        flood.begin();
+    RawClient second; // the bus lets a connection wait for so many replies only
+    CHECK(second.call("Send", "a{sv}", 1, "number", "x", std::int64_t(1)) >= 0);
+    REQUIRE(identified.waitFor(2).size() == 2);
+    for (std::size_t count = 0; count < Many / 2; ++count)
+        second.begin();
+    sd_bus_flush(flood.bus());
+    sd_bus_flush(second.bus());
+    std::uint64_t own = 0;
+    std::thread other([&] {
+        REQUIRE(syscall(SYS_setresuid, Nobody, Nobody, Nobody) == 0); // this thread alone
+        RawClient client;
+        CHECK(client.call("Send", "a{sv}", 1, "number", "x", std::int64_t(1)) >= 0);
+        REQUIRE(identified.waitFor(3).size() == 3);
+        sd_bus_message* answer = nullptr;
+        CHECK(sd_bus_call_method(client.bus(), TestServiceName, "/com/zerkolin/brevane/scheduler", TestServiceName,
+                                 "Send", nullptr, &answer, "a{sv}", 0)
+              >= 0);
+        sd_bus_message_get_cookie(answer, &own);
+        sd_bus_message_unref(answer);
+    });
+    other.join();
+    for (RawClient* client : {&flood, &second}) {
+        REQUIRE(sd_bus_add_filter(client->bus(), nullptr, note, &numbers) >= 0);
+        while (sd_bus_process(client->bus(), nullptr) > 0 || sd_bus_wait(client->bus(), 300'000) > 0) { }
+    }
+    CHECK(numbers.size() == Many);
+    const auto before = std::ranges::count_if(numbers, [&](std::uint64_t number) { return number < own; });
+    CHECK(before < static_cast<std::ptrdiff_t>(Many / 2)); // it was the last to be given
 }
 
 TEST_CASE("a client that reads is never cut off, however much it is sent")

@@ -1,9 +1,13 @@
 #include "messaging/BRVHelperMessager.h"
+#include "platform/linux/system/bus/BusHandles.h"
 #include "protocol/ErrorCodes.h"
 #include "tests/update-integration/UpdateMachine.h"
 
+#include <atomic>
 #include <chrono>
 #include <doctest/doctest.h>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 using platform::Array;
@@ -37,6 +41,47 @@ platform::ServiceReply check(UpdateMachine& machine)
     return machine.send(BRVMessageCheckForUpdates);
 }
 
+// The server's trickle was not taken to its end.
+bool isGivenUp(const UpdateMachine& machine)
+{
+    return access(machine.served("update.plist.left").c_str(), F_OK) == 0;
+}
+
+// Another program, with a connection of its own, that asks for updates.
+class Asker {
+public:
+    Asker()
+    {
+        sd_bus* bus = nullptr;
+        REQUIRE(sd_bus_open_system(&bus) >= 0);
+        _bus.reset(bus);
+    }
+
+    // Whether there was an answer.
+    bool ask() { return sd_bus_call(_bus.get(), question().get(), 0, nullptr, nullptr) >= 0; }
+    // Does not wait for the answer.
+    void begin()
+    {
+        std::uint64_t cookie = 0;
+        sd_bus_send(_bus.get(), question().get(), &cookie);
+        sd_bus_flush(_bus.get());
+    }
+    // Wants none.
+    void tell() { sd_bus_send(_bus.get(), question().get(), nullptr); }
+
+private:
+    platform::BusMessage question() const
+    {
+        sd_bus_message* message = nullptr;
+        const char* name = "com.zerkolin.brevane.scheduler";
+        sd_bus_message_new_method_call(_bus.get(), &message, name, "/com/zerkolin/brevane/scheduler", name, "Send");
+        sd_bus_message_append(message, "a{sv}", 1, "message", "x", std::int64_t(BRVMessageCheckForUpdates));
+        return platform::BusMessage(message);
+    }
+
+    platform::BusHandle _bus;
+};
+
 } // namespace
 
 TEST_CASE("a check tells of a newer version, with its address when the feed has one")
@@ -49,6 +94,8 @@ TEST_CASE("a check tells of a newer version, with its address when the feed has 
     CHECK(recordIn(check(machine))
           == Dictionary{
               {"Version", "2.0"}, {"HumanVersion", "Version 2.0"}, {"URL", "https://example.invalid/Brevane.pkg"}});
+    machine.serveFeed(feedWith("URL", "HTTP://example.invalid"));
+    CHECK(*recordIn(check(machine)).stringForKey("URL") == "HTTP://example.invalid");
     CHECK(machine.authority().calls().empty());
 }
 
@@ -112,6 +159,14 @@ TEST_CASE("a feed that says too little, or nonsense, is invalid and told")
         feedWith("Package", "file:///etc/passwd"),
         feedWith("Package", "ftp://127.0.0.1/Brevane.pkg"),
         feedWith("URL", 1),
+        feedWith("URL", ""),
+        feedWith("URL", "Brevane.pkg"),
+        feedWith("URL", "//example.invalid/Brevane.pkg"),
+        feedWith("URL", "file:///etc/passwd"),
+        feedWith("URL", "ftp://example.invalid/Brevane.pkg"),
+        feedWith("URL", "javascript:alert(1)"),
+        feedWith("URL", "smb://example.invalid/share"),
+        feedWith("URL", "settings:"),
         feedWith("Size", -1),
         feedWith("Size", std::int64_t(1) << 40),
         feedWith("Share", 101),
@@ -215,19 +270,14 @@ TEST_CASE("a feed may be a file")
     CHECK(recordIn(check(machine)).contains("Version"));
 }
 
-TEST_CASE("while a check is under way other work on the installation is refused, and settings are served and changed")
+TEST_CASE("while a check is under way settings are served and changed")
 {
     UpdateMachine machine;
     machine.writeConfiguration({{"Patience", 6}});
     machine.start();
     machine.answer("update.plist", "silent");
     auto first = machine.sendLater(BRVMessageCheckForUpdates);
-    REQUIRE(waitUntil([&] {
-        auto reply = check(machine);
-        return reply && reply->contains("error") && errorIn(reply).domain == BRVErrorDomain;
-    }));
-    for (auto message : {BRVMessageCheckForUpdates, BRVMessageInstallUpdate, BRVMessageUninstall})
-        checkError(machine.send(message), BRVErrorDomain, BRVErrorUpdateRunning);
+    REQUIRE(waitUntil([&] { return machine.requestCount() == 1; }));
     CHECK(recordIn(machine.send(BRVMessageGetSettings)).contains("Backups"));
     CHECK(recordIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
     CHECK(first.wait_for(std::chrono::seconds(0)) != std::future_status::ready);
@@ -235,4 +285,130 @@ TEST_CASE("while a check is under way other work on the installation is refused,
     machine.serveAgain("update.plist");
     machine.serveFeed(feedOf("2.0"));
     CHECK(recordIn(check(machine)).contains("Version"));
+}
+
+TEST_CASE("an install or an uninstallation ends a check, and whoever waits for it is told")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Patience", 30}});
+    machine.start();
+    machine.answer("update.plist", "trickle");
+    std::vector<std::future<platform::ServiceReply>> waiting;
+    for (int count = 0; count < 3; ++count)
+        waiting.push_back(machine.sendLater(BRVMessageCheckForUpdates));
+    REQUIRE(waitUntil([&] { return machine.requestCount() == 1; }));
+    CHECK(recordIn(machine.send(BRVMessageGetSettings)).contains("Backups")); // all are in
+    SUBCASE("an install")
+    {
+        machine.serveAgain("update.plist");
+        machine.serveFeed(feedOf("1.0"));
+        checkError(machine.send(BRVMessageInstallUpdate), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
+        CHECK(machine.requestCount() == 2);
+    }
+    SUBCASE("an uninstallation")
+    {
+        CHECK(recordIn(machine.send(BRVMessageUninstall)).contains("Applied"));
+        CHECK(machine.helper().wait() == 0);
+    }
+    for (auto& each : waiting)
+        checkError(each.get(), BRVErrorDomain, BRVErrorUpdateRunning);
+    CHECK(waitUntil([&] { return isGivenUp(machine); }));
+}
+
+TEST_CASE("those who ask meanwhile and soon after get the answer to one question")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Keeping", 3}});
+    machine.start();
+    machine.serveFeed(feedOf("2.0"));
+    machine.answer("update.plist", "hold");
+    std::vector<std::future<platform::ServiceReply>> waiting;
+    for (int count = 0; count < 5; ++count)
+        waiting.push_back(machine.sendLater(BRVMessageCheckForUpdates));
+    REQUIRE(waitUntil([&] { return machine.requestCount() == 1; }));
+    CHECK(recordIn(machine.send(BRVMessageGetSettings)).contains("Backups"));
+    machine.serve("update.plist.go", "");
+    for (auto& each : waiting)
+        CHECK(*recordIn(each.get()).stringForKey("Version") == "2.0");
+    machine.serveAgain("update.plist");
+    machine.serveFeed(feedOf("3.0"));
+    CHECK(*recordIn(check(machine)).stringForKey("Version") == "2.0");
+    CHECK(machine.requestCount() == 1);
+    CHECK(waitUntil([&] { return *recordIn(check(machine)).stringForKey("Version") == "3.0"; }));
+    CHECK(machine.requestCount() == 2);
+}
+
+TEST_CASE("a failure is kept like any other answer")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Keeping", 60}});
+    machine.start();
+    machine.answer("update.plist", "status 503");
+    for (int count = 0; count < 20; ++count)
+        checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorFetchInfo);
+    CHECK(machine.requestCount() == 1);
+}
+
+TEST_CASE("one that repeats the question without end gets no install of another refused, and the server one request")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Keeping", 60}});
+    machine.start();
+    machine.serveFeed(feedOf("1.0"));
+    Asker asker;
+    std::atomic<int> count = 0;
+    std::atomic<bool> isEnding = false;
+    std::thread attack([&] {
+        while (!isEnding)
+            count += asker.ask() ? 1 : 0;
+    });
+    CHECK(waitUntil([&] { return count > 0; }));
+    for (int number = 0; number < 40; ++number)
+        checkError(machine.send(BRVMessageInstallUpdate), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
+    isEnding = true;
+    attack.join();
+    CHECK(count > 40);
+    CHECK(machine.requestCount() == 41);
+}
+
+TEST_CASE("a server that trickles is told within the limit of time")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.answer("update.plist", "trickle");
+    const auto begin = std::chrono::steady_clock::now();
+    const auto error = errorIn(check(machine));
+    CHECK(error.code == ZRKUpdaterErrorFetchInfo);
+    CHECK(error.underlying->code == -1001);
+    CHECK(std::chrono::steady_clock::now() - begin < std::chrono::seconds(10));
+}
+
+TEST_CASE("a check ends when all who waited for it have left")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Patience", 60}});
+    machine.start();
+    machine.answer("update.plist", "trickle");
+    {
+        Asker first;
+        Asker second;
+        first.begin();
+        second.begin();
+        REQUIRE(waitUntil([&] { return machine.requestCount() == 1; }));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+        CHECK_FALSE(isGivenUp(machine));
+    }
+    CHECK(waitUntil([&] { return isGivenUp(machine); }));
+    CHECK(machine.requestCount() == 1);
+}
+
+TEST_CASE("a question that asks for no answer is none")
+{
+    UpdateMachine machine;
+    machine.start();
+    machine.serveFeed(feedOf("2.0"));
+    Asker asker;
+    asker.tell();
+    CHECK(asker.ask());
+    CHECK(machine.requestCount() == 1);
 }

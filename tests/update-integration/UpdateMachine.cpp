@@ -199,6 +199,11 @@ void UpdateMachine::serveAgain(const std::string& name) const
     files::remove(served(name + ".answer"));
 }
 
+std::size_t UpdateMachine::requestCount() const
+{
+    return contentOfFile(served("requests")).size();
+}
+
 void UpdateMachine::writeConfiguration(Dictionary more) const
 {
     auto path = file("updates.plist");
@@ -206,6 +211,7 @@ void UpdateMachine::writeConfiguration(Dictionary more) const
     auto bytes = platform::readFile(path);
     auto record = *platform::propertyListWithData(*bytes)->dictionary();
     record.set("Patience", 2);
+    record.set("Keeping", 0);
     if (!_authorities.empty())
         record.set("Authorities", _authorities);
     for (const auto& [key, value] : more)

@@ -42,6 +42,8 @@ public:
     // What the server does instead of serving the file; see server.py.
     void answer(const std::string& name, const std::string& what) const;
     void serveAgain(const std::string& name) const;
+    // How often the server was asked for anything.
+    std::size_t requestCount() const;
 
     void writeConfiguration(platform::Dictionary more = {}) const;
 

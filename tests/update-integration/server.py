@@ -9,6 +9,8 @@ What a file NAME.answer says is done instead of serving NAME:
     cut N             N bytes of the file, and the end in the middle
     hold              the first bytes of the file, and the rest once NAME.go is there
     endless           more and more
+    trickle           a byte five times a second, for ever; NAME.left is there when the client has hung up
+Each request adds a byte to the file "requests".
 """
 import http.server
 import os
@@ -23,6 +25,8 @@ class Handler(http.server.SimpleHTTPRequestHandler):
 
     def do_GET(self):
         path = self.translate_path(self.path)
+        with open(os.path.join(self.directory, "requests"), "ab") as file:
+            file.write(b".")
         try:
             with open(path + ".answer", encoding="utf-8") as file:
                 answer, _, value = file.read().partition(" ")
@@ -73,6 +77,17 @@ class Handler(http.server.SimpleHTTPRequestHandler):
                 self.wfile.write(b" " * 65536)
         except OSError:
             pass
+
+
+    def answer_trickle(self, path, _):
+        self.begin(None)
+        try:
+            while True:
+                self.wfile.write(b" ")
+                time.sleep(0.2)
+        except OSError:
+            with open(path + ".left", "wb"):
+                pass
 
 
 class Server(http.server.ThreadingHTTPServer):

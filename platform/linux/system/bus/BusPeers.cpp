@@ -76,8 +76,10 @@ int BusPeers::watch()
 
 void BusPeers::note(const std::string& name)
 {
-    if (!_peers.try_emplace(name).second)
+    const auto [place, isNew] = _peers.try_emplace(name);
+    if (!isNew)
         return;
+    enter(place->second, std::nullopt);
     Question& question = addQuestion(name);
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_call_method_async(_bus, &slot, Bus, BusPath, Bus, "GetConnectionCredentials",
@@ -89,7 +91,7 @@ void BusPeers::note(const std::string& name)
 
 BusPeers::Question& BusPeers::addQuestion(const std::string& name)
 {
-    _questions.push_back({this, name, 0, 0, nullptr, {}});
+    _questions.push_back({this, name, std::nullopt, 0, nullptr, {}});
     _questions.back().place = std::prev(_questions.end());
     return _questions.back();
 }
@@ -116,51 +118,118 @@ void BusPeers::identify(const std::string& name, sd_bus_message* reply)
         return;
     if (state.peer.process != 0)
         state.peer.program = programOf(state.peer.process);
-    state.isIdentified = true;
-    _users[state.peer.user].unread += state.unread;
+    leave(state);
+    enter(state, state.peer.user);
+    askForSign(state.user);
     if (_identified)
         _identified(state.peer);
+}
+
+void BusPeers::enter(State& state, UserName user)
+{
+    state.user = user;
+    User& entered = _users[user];
+    ++entered.peerCount;
+    entered.unread += state.unread;
+    entered.unsent += state.unsent;
+    _unread += state.unread;
+}
+
+void BusPeers::leave(const State& state)
+{
+    const auto user = _users.find(state.user);
+    _unread -= state.unread;
+    user->second.unread -= state.unread;
+    user->second.unsent -= state.unsent;
+    if (--user->second.peerCount == 0)
+        _users.erase(user);
+}
+
+void BusPeers::add(State& state, std::size_t size)
+{
+    User& user = _users.at(state.user);
+    state.unread += size;
+    state.unsent += size;
+    user.unread += size;
+    user.unsent += size;
+    _unread += size;
+}
+
+void BusPeers::subtract(State& state, std::size_t size)
+{
+    state.unread -= size;
+    _users.at(state.user).unread -= size;
+    _unread -= size;
+}
+
+// Less when others have left much unread, so that all together stay below the total; and little for those that are not
+// known, since it counts for their user as well when they are.
+bool BusPeers::hasLeftTooMuch(UserName user) const
+{
+    const std::size_t shared = (TotalSize - std::min(TotalSize, _unread)) / 2;
+    return _users.at(user).unread > std::min(shared, user ? CutOffSize : SignOfLifeSize);
+}
+
+BusPeers::UserName BusPeers::userOf(const std::string& name) const
+{
+    const auto found = _peers.find(name);
+    return found == _peers.end() ? std::nullopt : found->second.user;
 }
 
 bool BusPeers::isCutOff(const std::string& name) const
 {
     const auto found = _peers.find(name);
-    if (found == _peers.end())
-        return false;
-    const State& state = found->second;
-    return (state.isIdentified ? _users.at(state.peer.user).unread : state.unread) > CutOffSize;
+    return found != _peers.end() && found->second.user && hasLeftTooMuch(found->second.user);
 }
 
 bool BusPeers::charge(const std::string& name, std::size_t size)
 {
     const auto found = _peers.find(name);
-    if (found == _peers.end() || isCutOff(name))
+    if (found == _peers.end() || hasLeftTooMuch(found->second.user))
         return false;
-    State& state = found->second;
-    state.unread += size;
-    if (!state.isIdentified)
-        return true;
-    User& user = _users[state.peer.user];
-    user.unread += size;
-    if (user.unread > SignOfLifeSize && !user.isAsked)
-        askForSign(state.peer.user);
+    add(found->second, size);
     return true;
 }
 
-// Asks the connection of the user that has the most to read. One at a time: the bus lets nobody wait for many answers.
-void BusPeers::askForSign(std::uint32_t user)
+void BusPeers::sent(const std::string& name, std::size_t size)
 {
+    const auto found = _peers.find(name);
+    if (found == _peers.end())
+        return;
+    found->second.unsent -= size;
+    _users.at(found->second.user).unsent -= size;
+    askForSign(found->second.user);
+}
+
+bool BusPeers::chargeRefusal(const std::string& name, std::size_t size)
+{
+    const auto found = _peers.find(name);
+    if (found == _peers.end() || found->second.refusals + size > RefusalsSize)
+        return false;
+    found->second.refusals += size;
+    add(found->second, size);
+    return true;
+}
+
+// Asks the connection of the user that has the most to read, if there is much. One at a time: the bus lets nobody wait
+// for many answers.
+void BusPeers::askForSign(UserName user)
+{
+    const auto asked = _users.find(user);
+    if (!user || asked == _users.end() || asked->second.isAsked
+        || asked->second.unread - asked->second.unsent <= SignOfLifeSize)
+        return;
     const std::pair<const std::string, State>* most = nullptr;
+    const auto sentTo = [](const State& state) { return state.unread - state.unsent; };
     for (const auto& entry : _peers) {
-        const State& state = entry.second;
-        if (state.isIdentified && state.peer.user == user && (!most || state.unread > most->second.unread))
+        if (entry.second.user == user && (!most || sentTo(entry.second) > sentTo(most->second)))
             most = &entry;
     }
     if (!most)
         return;
     Question& question = addQuestion(most->first);
     question.user = user;
-    question.unread = most->second.unread;
+    question.unread = sentTo(most->second);
     sd_bus_message* made = nullptr;
     int result =
         sd_bus_message_new_method_call(_bus, &made, most->first.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
@@ -172,7 +241,7 @@ void BusPeers::askForSign(std::uint32_t user)
     if (result < 0)
         _questions.erase(question.place);
     else
-        _users[user].isAsked = true;
+        asked->second.isAsked = true;
 }
 
 int BusPeers::handleSign(sd_bus_message* reply, void* context, sd_bus_error*)
@@ -180,23 +249,20 @@ int BusPeers::handleSign(sd_bus_message* reply, void* context, sd_bus_error*)
     auto& question = *static_cast<Question*>(context);
     BusPeers& self = *question.owner;
     const std::string name = question.name;
-    const std::uint32_t user = question.user;
+    const UserName user = question.user;
     const std::size_t unread = question.unread;
     self._questions.erase(question.place);
 
-    const auto owner = self._users.find(user);
-    if (owner == self._users.end())
-        return 1;
-    owner->second.isAsked = false;
+    if (const auto owner = self._users.find(user); owner != self._users.end())
+        owner->second.isAsked = false;
     // A peer that does not know the call has read it all the same; what the bus says for it is no sign.
     const char* sender = sd_bus_message_get_sender(reply);
     const auto peer = self._peers.find(name);
     if (sender && name == sender && peer != self._peers.end()) {
-        peer->second.unread -= std::min(unread, peer->second.unread);
-        owner->second.unread -= std::min(unread, owner->second.unread);
+        self.subtract(peer->second, unread);
+        peer->second.refusals = 0;
     }
-    if (owner->second.unread > SignOfLifeSize)
-        self.askForSign(user);
+    self.askForSign(user);
     return 1;
 }
 
@@ -213,17 +279,8 @@ void BusPeers::forget(const std::string& name)
     const auto found = _peers.find(name);
     if (found == _peers.end())
         return;
-    const State state = std::move(found->second);
+    leave(found->second);
     _peers.erase(found);
-    if (state.isIdentified) {
-        const bool isLast = std::ranges::none_of(_peers, [&](const auto& entry) {
-            return entry.second.isIdentified && entry.second.peer.user == state.peer.user;
-        });
-        if (isLast)
-            _users.erase(state.peer.user);
-        else
-            _users[state.peer.user].unread -= std::min(state.unread, _users[state.peer.user].unread);
-    }
     if (_left)
         _left(name);
 }

@@ -7,6 +7,7 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <optional>
 #include <string>
 
 namespace platform {
@@ -24,15 +25,19 @@ struct BusPeer {
 // The bus keeps what a peer does not read, counts it against the sender, and takes nothing more from a sender that has
 // too much of it outstanding. So a user whose programs do not read is cut off long before: when much was sent to them,
 // one of their connections is asked for a sign of life, which can come only after it has read everything before.
+// Connections whose user the bus has not told yet count as one user together until it does, and get little.
 //
 // Used on one thread.
 class BusPeers {
 public:
+    using UserName = std::optional<std::uint32_t>; // nullopt as long as the bus has not told
     using Identified = std::function<void(const BusPeer&)>;
     using Left = std::function<void(const std::string&)>;
 
     static constexpr std::size_t SignOfLifeSize = std::size_t(2) << 20; // unread, from which on a sign is asked for
     static constexpr std::size_t CutOffSize = std::size_t(16) << 20;    // unread, from which on nothing more is sent
+    static constexpr std::size_t TotalSize = std::size_t(64) << 20;     // unread of all users; what is left is shared
+    static constexpr std::size_t RefusalsSize = 8192; // unread, up to which a connection is told of the cut-off
 
     // The bus outlives this object.
     BusPeers(sd_bus* bus, Identified identified, Left left);
@@ -42,25 +47,37 @@ public:
 
     // A message has come from this peer. Asks the bus who it is when it is the first.
     void note(const std::string& name);
-    // So many bytes are about to be sent to the peer. False when it has read too little of what was sent before.
+    bool isKnown(const std::string& name) const { return _peers.contains(name); }
+    UserName userOf(const std::string& name) const;
+
+    // So many bytes are to be sent to the peer. False when it has read too little of what was sent before.
     bool charge(const std::string& name, std::size_t size);
+    // The same for the few bytes that tell a peer of its cut-off.
+    bool chargeRefusal(const std::string& name, std::size_t size);
+    // What was charged is on its way.
+    void sent(const std::string& name, std::size_t size);
+    // Of a peer that the bus has not told about yet: false.
     bool isCutOff(const std::string& name) const;
 
 private:
     struct User {
         std::size_t unread = 0;
+        std::size_t unsent = 0; // of what is unread
+        std::size_t peerCount = 0;
         bool isAsked = false; // for a sign of life
     };
     struct State {
-        bool isIdentified = false;
+        UserName user;
         BusPeer peer;
         std::size_t unread = 0;
+        std::size_t unsent = 0;   // of what is unread
+        std::size_t refusals = 0; // of what is unread
     };
     // A call that the bus or a peer owes an answer to.
     struct Question {
         BusPeers* owner;
         std::string name;
-        std::uint32_t user;
+        UserName user;
         std::size_t unread; // at the moment of the question
         BusSlot slot;
         std::list<Question>::iterator place;
@@ -72,14 +89,20 @@ private:
 
     Question& addQuestion(const std::string& name);
     void identify(const std::string& name, sd_bus_message* reply);
-    void askForSign(std::uint32_t user);
+    void enter(State& state, UserName user);
+    void leave(const State& state);
+    void add(State& state, std::size_t size);
+    void subtract(State& state, std::size_t size);
+    bool hasLeftTooMuch(UserName user) const;
+    void askForSign(UserName user);
     void forget(const std::string& name);
 
     sd_bus* const _bus;
     const Identified _identified;
     const Left _left;
     std::map<std::string, State, std::less<>> _peers;
-    std::map<std::uint32_t, User> _users;
+    std::map<UserName, User> _users;
+    std::size_t _unread = 0;
     std::list<Question> _questions;
     BusSlot _departures;
 };

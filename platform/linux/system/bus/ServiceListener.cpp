@@ -2,6 +2,7 @@
 
 #include "platform/linux/system/authorization/AuthorityQuestion.h"
 #include "platform/linux/system/bus/BusHandles.h"
+#include "platform/linux/system/bus/ReplyQueue.h"
 #include "platform/linux/system/queues/EventDescriptor.h"
 
 #include <algorithm>
@@ -30,6 +31,8 @@ constexpr std::chrono::milliseconds FarewellLimit(1000);
 constexpr std::uint64_t MaximumUnsent = 64;
 // What sd-bus answers by itself, such as an introspection, weighs about so much.
 constexpr std::size_t SmallReplySize = 4096;
+constexpr std::size_t RefusalSize = 1024;
+constexpr const char* NotAnswered = "The request was not answered.";
 
 struct EventDeleter {
     void operator()(sd_event* event) const { sd_event_unref(event); }
@@ -125,6 +128,7 @@ public:
         _inbox->close();
         _owed.clear();
         _questions.clear();
+        _replies.reset();
         _peers.reset();
         _object.reset();
         _filter.reset();
@@ -170,15 +174,16 @@ private:
     };
 
     static int handleAny(sd_bus_message* message, void* listener, sd_bus_error*);
-    static int handleRequest(sd_bus_message* message, void* listener, sd_bus_error* error);
+    static int handleRequest(sd_bus_message* message, void* listener, sd_bus_error*);
     static int handleNameLost(sd_bus_message* message, void* listener, sd_bus_error*);
     static int handleVerdict(sd_bus_message* reply, void* question, sd_bus_error*);
     static int handleEvent(sd_event_source*, int, std::uint32_t events, void* listener);
     static int handleSignal(sd_event_source*, const signalfd_siginfo*, void* listener);
 
-    int receive(sd_bus_message* message, sd_bus_error* error);
+    int receive(sd_bus_message* message);
+    void tellCutOff(sd_bus_message* message, const std::string& sender);
     void detach(std::uint64_t number);
-    BusMessage errorReply(sd_bus_message* request) const;
+    BusMessage errorReply(sd_bus_message* request, const char* name, const char* text) const;
     bool isLost() const { return sd_bus_is_open(_bus.get()) <= 0 || _isNameLost; }
     bool isCongested() const;
     bool processBus();
@@ -195,6 +200,7 @@ private:
     SourceHandle _termination;
     SourceHandle _interrupt;
     std::unique_ptr<BusPeers> _peers;
+    std::unique_ptr<ReplyQueue> _replies;
     BusSlot _object;
     BusSlot _filter;
     BusSlot _nameLost;
@@ -257,7 +263,13 @@ const char* BusServiceListener::serve(const std::string& serviceName, int& resul
         return failure;
     _serviceName = serviceName;
     sd_bus* bus = _bus.get();
-    _peers = std::make_unique<BusPeers>(bus, _handlers.identified, _handlers.left);
+    const auto identified = [this](const BusPeer& peer) {
+        _replies->identify(peer);
+        if (_handlers.identified)
+            _handlers.identified(peer);
+    };
+    _peers = std::make_unique<BusPeers>(bus, identified, _handlers.left);
+    _replies = std::make_unique<ReplyQueue>(bus, *_peers);
     sd_bus_slot* slot = nullptr;
     result = sd_bus_add_object_vtable(bus, &slot, servicePath(serviceName).c_str(), serviceName.c_str(), methods, this);
     _object.reset(slot);
@@ -281,11 +293,14 @@ const char* BusServiceListener::serve(const std::string& serviceName, int& resul
 
 void BusServiceListener::stopOnTermination()
 {
-    sd_event_source* source = nullptr;
-    if (sd_event_add_signal(_event.get(), &source, SIGTERM, &BusServiceListener::handleSignal, this) >= 0)
-        _termination.reset(source);
-    if (sd_event_add_signal(_event.get(), &source, SIGINT, &BusServiceListener::handleSignal, this) >= 0)
-        _interrupt.reset(source);
+    for (const auto& [number, place] : {std::pair(SIGTERM, &_termination), std::pair(SIGINT, &_interrupt)}) {
+        sd_event_source* source = nullptr;
+        if (sd_event_add_signal(_event.get(), &source, number, &BusServiceListener::handleSignal, this) < 0)
+            continue;
+        place->reset(source);
+        // A signal that was read together with another event must be told first: after that one the loop may end.
+        sd_event_source_set_priority(source, SD_EVENT_PRIORITY_IMPORTANT);
+    }
 }
 
 int BusServiceListener::handleSignal(sd_event_source*, const signalfd_siginfo*, void* context)
@@ -314,22 +329,37 @@ int BusServiceListener::handleAny(sd_bus_message* message, void* context, sd_bus
     const bool isRequest = sd_bus_message_is_method_call(message, listener._serviceName.c_str(), ServiceMethod) > 0;
     const bool isTaken =
         isRequest ? !listener._peers->isCutOff(sender) : listener._peers->charge(sender, SmallReplySize);
+    if (!isTaken)
+        listener.tellCutOff(message, sender);
+    else if (!isRequest)
+        listener._peers->sent(sender, SmallReplySize); // sd-bus answers it now
     return isTaken ? 0 : 1;
 }
 
-int BusServiceListener::handleRequest(sd_bus_message* message, void* context, sd_bus_error* error)
+void BusServiceListener::tellCutOff(sd_bus_message* message, const std::string& sender)
 {
-    return static_cast<BusServiceListener*>(context)->receive(message, error);
+    if (sd_bus_message_get_expect_reply(message) > 0 && _peers->chargeRefusal(sender, RefusalSize))
+        _replies->add(sender, RefusalSize,
+                      errorReply(message, SD_BUS_ERROR_LIMITS_EXCEEDED,
+                                 "Programs of this user have not read what was sent to them."));
 }
 
-int BusServiceListener::receive(sd_bus_message* message, sd_bus_error* error)
+int BusServiceListener::handleRequest(sd_bus_message* message, void* context, sd_bus_error*)
+{
+    return static_cast<BusServiceListener*>(context)->receive(message);
+}
+
+int BusServiceListener::receive(sd_bus_message* message)
 {
     const char* sender = sd_bus_message_get_sender(message);
     std::optional<ServiceReading> reading = readServiceMessage(message, _form);
-    if (!reading || !sender) {
-        if (sender)
-            _peers->charge(sender, SmallReplySize);
-        return sd_bus_error_set(error, SD_BUS_ERROR_INVALID_ARGS, "The request cannot be read.");
+    if (!sender)
+        return 1;
+    if (!reading) {
+        if (sd_bus_message_get_expect_reply(message) > 0 && _peers->charge(sender, RefusalSize))
+            _replies->add(sender, RefusalSize,
+                          errorReply(message, SD_BUS_ERROR_INVALID_ARGS, "The request cannot be read."));
+        return 1;
     }
     ServiceListener::Request request = {std::move(reading->dictionary), std::move(reading->tooLong), sender};
     if (sd_bus_message_get_expect_reply(message) <= 0) {
@@ -356,14 +386,14 @@ void BusServiceListener::detach(std::uint64_t number)
     sd_bus_message* made = nullptr;
     sd_bus_message_new_method_return(owed.request.get(), &made);
     owed.reply.reset(made);
-    owed.error = errorReply(owed.request.get());
+    owed.error = errorReply(owed.request.get(), SD_BUS_ERROR_FAILED, NotAnswered);
     owed.request.reset();
 }
 
-BusMessage BusServiceListener::errorReply(sd_bus_message* request) const
+BusMessage BusServiceListener::errorReply(sd_bus_message* request, const char* name, const char* text) const
 {
     sd_bus_message* made = nullptr;
-    const sd_bus_error error{SD_BUS_ERROR_FAILED, "The request was not answered.", 0};
+    const sd_bus_error error{name, text, 0};
     sd_bus_message_new_method_error(request, &made, &error);
     return BusMessage(made);
 }
@@ -376,19 +406,19 @@ void BusServiceListener::answer(std::uint64_t number, const std::optional<Servic
         return;
     Owed& owed = node.mapped();
     const std::size_t size = dictionary ? serviceDictionarySize(*dictionary) : SmallReplySize;
-    const bool isCarried = dictionary && size <= MaximumServiceMessageSize;
-    if (!_peers->charge(owed.sender, isCarried ? size : SmallReplySize))
+    const bool isCarried = dictionary && size <= MaximumServiceMessageSize && _peers->charge(owed.sender, size);
+    if (!isCarried && !_peers->charge(owed.sender, RefusalSize) && !_peers->chargeRefusal(owed.sender, RefusalSize))
         return;
     if (owed.request) {
         sd_bus_message* made = nullptr;
         sd_bus_message_new_method_return(owed.request.get(), &made);
         owed.reply.reset(made);
         if (!isCarried)
-            owed.error = errorReply(owed.request.get());
+            owed.error = errorReply(owed.request.get(), SD_BUS_ERROR_FAILED, NotAnswered);
     }
-    sd_bus_message* message = isCarried ? owed.reply.get() : owed.error.get();
-    if (message && (!isCarried || appendServiceDictionary(message, *dictionary) >= 0))
-        sd_bus_send(_bus.get(), message, nullptr);
+    BusMessage& message = isCarried ? owed.reply : owed.error;
+    if (message && (!isCarried || appendServiceDictionary(message.get(), *dictionary) >= 0))
+        _replies->add(owed.sender, isCarried ? size : RefusalSize, std::move(message));
 }
 
 int BusServiceListener::handleNameLost(sd_bus_message* message, void* context, sd_bus_error*)
@@ -473,7 +503,7 @@ void BusServiceListener::wait(std::uint64_t microseconds)
     std::uint32_t wanted = 0;
     if (events > 0 && (events & POLLIN) != 0)
         wanted |= EPOLLIN;
-    if (events > 0 && (events & POLLOUT) != 0)
+    if ((events > 0 && (events & POLLOUT) != 0) || !_replies->isEmpty())
         wanted |= EPOLLOUT;
     sd_event_source_set_io_events(_socket.get(), wanted);
     std::uint64_t moment = 0;
@@ -494,6 +524,7 @@ bool BusServiceListener::run()
     for (;;) {
         const bool isIdle = processBus();
         runTasks();
+        _replies->send();
         if (isLost() || _isStopping.load())
             break;
         wait(isIdle ? UINT64_MAX : 0);
@@ -510,7 +541,8 @@ void BusServiceListener::flush()
     runTasks();
     for (auto now = end - FarewellLimit; now < end; now = std::chrono::steady_clock::now()) {
         std::uint64_t unsent = 0;
-        if (isLost() || sd_bus_get_n_queued_write(_bus.get(), &unsent) < 0 || unsent == 0)
+        _replies->send();
+        if (isLost() || sd_bus_get_n_queued_write(_bus.get(), &unsent) < 0 || (unsent == 0 && _replies->isEmpty()))
             return;
         pollfd descriptor = {sd_bus_get_fd(_bus.get()), POLLOUT, 0};
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
