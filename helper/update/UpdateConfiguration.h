@@ -18,13 +18,14 @@ struct UpdateConfiguration {
     std::string authorities;       // a file of certificates to trust; empty: those of the system
     std::chrono::seconds patience; // how long a server may be silent
     std::chrono::seconds interval; // between two automatic updates
+    std::chrono::seconds trial;    // how long a new version may take until it has served a request
 
     // What was given when the program was built.
     static UpdateConfiguration builtIn();
 
-    // That of a property list with "Feed", "PublicKey" (data) and, if wanted, "Authorities", "Patience" and
-    // "Interval" (seconds). Only a file that belongs to root or to this user and that nobody else may write is taken.
-    // Fails with a sentence.
+    // That of a property list with "Feed", "PublicKey" (data) and, if wanted, "Authorities", "Patience",
+    // "Interval" and "Trial" (seconds). Only a file that belongs to root or to this user and that nobody else may write
+    // is taken. Fails with a sentence.
     static std::expected<UpdateConfiguration, std::string> inFile(const std::string& path);
 };
 
