@@ -4,6 +4,7 @@
 
 #include <expected>
 #include <string>
+#include <vector>
 
 namespace helper {
 
@@ -12,6 +13,7 @@ struct HelperOptions {
     std::string root;
     std::string rulesFolder; // of polkit; empty: none is written
     UpdateConfiguration updates;
+    std::vector<std::string> arguments; // all of them, for another start
 
     static const char* const usage;
 

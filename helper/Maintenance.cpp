@@ -6,6 +6,7 @@
 #include "messaging/ZRKError.h"
 #include "protocol/ErrorCodes.h"
 
+#include <chrono>
 #include <utility>
 
 namespace helper {
@@ -15,6 +16,9 @@ using platform::PropertyList;
 using platform::Result;
 
 namespace {
+
+// A version that serves has proved itself long before.
+constexpr std::chrono::seconds trialLimit{2};
 
 // Whoever asked is answered with it and logged by whoever answers.
 platform::Error error(BRVErrorCode code)
@@ -41,7 +45,7 @@ std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, s
 }
 
 Maintenance::Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler)
-    : _updater(std::make_shared<Updater>(options.updates)),
+    : _updater(std::make_shared<Updater>(options)),
       _check(SharedCheck::create(checkOf(_updater), options.updates.keeping)),
       _passwordRule(options.rulesFolder),
       _endHandler(std::move(endHandler)),
@@ -133,14 +137,17 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
 {
     if (!begin(Operation::Uninstall, completion))
         return;
+    // Whoever watches a new version asks it something, and is no program that needs it.
+    if (!Installation().waitForTrial(trialLimit)) {
+        finish(completion, std::unexpected(error(BRVErrorUpdateRunning)));
+        return;
+    }
     if (_peers->othersConnected(sender)) {
         finish(completion, std::unexpected(error(BRVErrorPeersConnected)));
         return;
     }
     ZRKLogMessage(LogLevelDefault, "Uninstalling.");
-    auto removed = _passwordRule.removeRules();
-    if (removed)
-        removed = Installation().remove();
+    auto removed = Installation().remove(_passwordRule.rulesFile(), [this] { return _passwordRule.removeRules(); });
     if (!removed)
         finish(completion, std::unexpected(std::move(removed.error())));
     else

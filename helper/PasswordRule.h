@@ -22,6 +22,8 @@ public:
 
     // Removes the rules file. An errno value's error when it is there and stays.
     platform::Result<void> removeRules() const;
+    // Empty when there is none, ever.
+    std::string rulesFile() const { return _rulesFolder.empty() ? std::string() : rulesPath(); }
 
 private:
     std::string rulesPath() const;

@@ -1,14 +1,17 @@
 #include "helper/installation/FileTree.h"
 
-#include "platform/Folder.h"
+#include "helper/installation/OpenFolder.h"
+#include "platform/FileDescriptor.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <filesystem>
-#include <system_error>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace helper {
+
+using platform::FileDescriptor;
 
 namespace {
 
@@ -21,6 +24,36 @@ std::string_view takeName(std::string_view& path)
     auto name = path.substr(0, slash);
     path = slash == std::string_view::npos ? std::string_view() : path.substr(slash + 1);
     return name;
+}
+
+std::expected<void, int> removeEntries(const OpenFolder& folder);
+
+std::expected<void, int> removeEntry(const OpenFolder& folder, const OpenFolder::Entry& entry)
+{
+    if (entry.isFolder) {
+        const auto inner = folder.folder(entry.name);
+        if (!inner)
+            return std::unexpected(inner.error());
+        if (auto removed = removeEntries(*inner); !removed)
+            return removed;
+    }
+    if (::unlinkat(folder.descriptor(), entry.name.c_str(), entry.isFolder ? AT_REMOVEDIR : 0) != 0)
+        return std::unexpected(errno);
+    return {};
+}
+
+std::expected<void, int> removeEntries(const OpenFolder& folder)
+{
+    const auto entries = folder.entries();
+    if (!entries)
+        return std::unexpected(entries.error());
+    std::expected<void, int> first;
+    for (const auto& entry : *entries) {
+        const auto removed = removeEntry(folder, entry);
+        if (!removed && first)
+            first = removed;
+    }
+    return first;
 }
 
 } // namespace
@@ -48,23 +81,21 @@ bool isLinkInside(std::string_view path, std::string_view target)
 
 std::expected<void, int> removeTree(const std::string& folder)
 {
-    const auto removed = platform::removeFolder(folder);
-    return removed || removed.error() == ENOENT ? std::expected<void, int>() : removed;
+    auto opened = OpenFolder::at(folder);
+    if (!opened)
+        return opened.error() == ENOENT ? std::expected<void, int>() : std::unexpected(opened.error());
+    auto removed = removeEntries(*opened);
+    if (removed && ::rmdir(folder.c_str()) != 0)
+        removed = std::unexpected(errno);
+    return removed;
 }
 
-std::expected<void, int> syncFolders(const std::string& folder)
+std::expected<void, int> syncTree(const std::string& folder)
 {
-    std::error_code failure;
-    for (std::filesystem::recursive_directory_iterator at(folder, failure), end; !failure && at != end;
-         at.increment(failure)) {
-        if (at->symlink_status().type() != std::filesystem::file_type::directory)
-            continue;
-        if (auto synced = platform::syncFolder(at->path()); !synced)
-            return synced;
-    }
-    if (failure)
-        return std::unexpected(failure.value());
-    return platform::syncFolder(folder);
+    const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor || ::syncfs(descriptor.get()) != 0)
+        return std::unexpected(errno);
+    return {};
 }
 
 } // namespace helper

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <set>
+#include <string_view>
 
 namespace helper {
 
@@ -21,18 +22,10 @@ std::string pathIn(const std::string& folder)
     return folder + "/" + InstallationManifest::fileName;
 }
 
-// A link stands outside the product's folder and leads into it.
-bool isProductLink(const std::string& path, const std::string& target)
+// Links stand where programs and services are looked for, and nowhere that settings or anybody's files are.
+bool isLinkPlace(const std::string& path)
 {
-    const std::string product = std::string(InstallationManifest::productFolder) + "/";
-    std::string way;
-    for (auto height = std::ranges::count(path, '/'); height > 0; --height)
-        way += "../";
-    auto folder = path.substr(0, path.find('/') + 1);
-    // Beside the product's own folder the way is shorter.
-    bool leadsInside = target.starts_with(way + product)
-        || (folder == "Library/" && way.size() >= 3 && target.starts_with(way.substr(3) + "Brevane/"));
-    return isPathInside(path) && !path.starts_with(product) && isLinkInside(path, target) && leadsInside;
+    return isPathInside(path) && (path.starts_with("usr/") || path.starts_with("Library/LaunchDaemons/"));
 }
 
 bool readPaths(const Array* values, std::vector<std::string>& paths)
@@ -59,7 +52,7 @@ std::optional<InstallationManifest> read(const Dictionary& record)
         return std::nullopt;
     const auto* links = record.dictionaryForKey("Links");
     for (const auto& [path, target] : links ? *links : Dictionary()) {
-        if (!target.string() || !isProductLink(path, *target.string()))
+        if (!isLinkPlace(path) || !target.string() || *target.string() != InstallationManifest::targetOfLink(path))
             return std::nullopt;
         manifest.links.emplace_back(path, *target.string());
     }
@@ -97,6 +90,25 @@ platform::Result<void> InstallationManifest::writeToFolder(const std::string& fo
     if (auto written = platform::replaceFile(pathIn(folder), *bytes); !written)
         return std::unexpected(systemError(written.error(), "'" + pathIn(folder) + "' could not be written."));
     return {};
+}
+
+std::string InstallationManifest::fileOfLink(const std::string& path)
+{
+    return path.substr(path.find('/') + 1);
+}
+
+std::string InstallationManifest::targetOfLink(const std::string& path)
+{
+    std::string way;
+    for (auto height = std::ranges::count(path, '/'); height > 0; --height)
+        way += "../";
+    const std::string_view shared = "Library/";
+    std::string folder = productFolder;
+    if (path.starts_with(shared)) { // beside the product's own folder the way is shorter
+        way.erase(0, 3);
+        folder.erase(0, shared.size());
+    }
+    return way + folder + "/" + fileOfLink(path);
 }
 
 std::vector<std::string> InstallationManifest::innerFolders() const

@@ -20,8 +20,17 @@ struct InstallationManifest {
 
     static constexpr const char* fileName = "installation.plist";
     static constexpr const char* productFolder = "Library/Brevane"; // below the root
+    // Beside it, from the begin of an update until the new version has proved itself.
+    static constexpr const char* stagingFolder = "Library/.com.zerkolin.brevane.update";
 
-    // nullopt when there is none, or one that names anything outside the product's folder and its links.
+    // What the link at a path below the root leads to: the same for every version, so that no link changes with one.
+    // The file has the same path below the product's folder, but for its first name: "usr/bin/log" leads to "bin/log"
+    // there.
+    static std::string targetOfLink(const std::string& path);
+    static std::string fileOfLink(const std::string& path); // below the product's folder
+
+    // nullopt when there is none, or one that names files outside the product's folder, or a link that leads elsewhere
+    // or stands in other places than links do.
     static std::optional<InstallationManifest> inFolder(const std::string& folder);
 
     // On disk when it returns success.

@@ -1,12 +1,14 @@
-#include "diagnostics/log/ZRKLog.h"
-#include "helper/installation/FileTree.h"
 #include "helper/installation/Installation.h"
+#include "helper/installation/OpenFolder.h"
+#include "helper/installation/RemovalPlan.h"
 #include "helper/installation/SystemError.h"
 #include "helper/installation/WrittenFiles.h"
+#include "platform/SystemInformation.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <unistd.h>
+#include <set>
+#include <string_view>
 
 namespace helper {
 
@@ -14,67 +16,89 @@ using platform::Result;
 
 namespace {
 
-constexpr const char* ownProgram = "com.zerkolin.brevane.scheduler";
+std::string parentOf(const std::string& path)
+{
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
 
-// Remembers the first thing that could not be removed, and goes on.
-class Remover {
-public:
-    void removeFile(const std::string& path)
-    {
-        if (::unlink(path.c_str()) != 0 && errno != ENOENT && errno != ENOTDIR)
-            keep(path);
+// 0 when every part of the path below the folder is a folder of its own, on the same device and mount.
+int obstacleOnWay(const std::string& product, const std::string& path)
+{
+    auto at = OpenFolder::at(product);
+    for (std::size_t start = 0; at && start < path.size();) {
+        const auto slash = std::min(path.find('/', start), path.size());
+        at = at->folder(path.substr(start, slash - start));
+        start = slash + 1;
     }
+    return at ? 0 : at.error();
+}
 
-    // A folder that holds something else stays.
-    void removeFolder(const std::string& path)
-    {
-        if (::rmdir(path.c_str()) != 0 && errno != ENOENT && errno != ENOTEMPTY && errno != EEXIST && errno != ENOTDIR
-            && errno != EBUSY)
-            keep(path);
+// The files of the list, but for those that are said to come later, and their folders. What somebody has put in the
+// place of a folder, if only a link, is theirs, and so is what it leads to. A mount is in the way.
+Result<RemovalPlan> planOfProduct(const std::string& product, const InstallationManifest& installed,
+                                  std::string_view later)
+{
+    RemovalPlan plan;
+    std::set<std::string> folders{""};
+    for (const auto& folder : installed.innerFolders()) {
+        const auto obstacle = obstacleOnWay(product, folder);
+        if (obstacle == EXDEV)
+            return std::unexpected(systemError(EBUSY, "'" + product + "/" + folder + "' could not be removed."));
+        if (obstacle == 0) {
+            folders.insert(folder);
+            plan.addFolder(product + "/" + folder);
+        }
     }
-
-    Result<void> result() const { return _result; }
-
-private:
-    void keep(const std::string& path)
-    {
-        if (_result)
-            _result = std::unexpected(systemError(errno, "'" + path + "' could not be removed."));
+    for (const auto& file : installed.files) {
+        if (file != later && folders.contains(parentOf(file)))
+            plan.addFile(product + "/" + file);
     }
-
-    Result<void> _result;
-};
+    return plan;
+}
 
 } // namespace
 
-Result<void> Installation::remove() const
+// What can be tried again comes first, then the settings, and last this program and the list, which the next try needs.
+Result<void> Installation::remove(const std::string& rulesFile, const std::function<Result<void>()>& removeRules) const
 {
-    auto installed = manifest();
+    settle();
+    const auto installed = manifest();
     if (!installed)
         return std::unexpected(systemError(ENOENT, "There is no installation below '" + _root + "'."));
-    Remover remover;
+    auto files = planOfProduct(product(), *installed, programName);
+    if (!files)
+        return std::unexpected(std::move(files.error()));
+    for (const auto& [link, target] : installed->links)
+        files->addLink(path(link), target);
+    RemovalPlan settings;
     for (const auto& file : writtenFiles())
-        remover.removeFile(file);
-    removeLinks(*installed, nullptr);
-    for (const auto& file : installed->files) {
-        if (file != ownProgram)
-            remover.removeFile(product() + "/" + file);
-    }
-    for (const auto& folder : installed->innerFolders())
-        remover.removeFolder(product() + "/" + folder);
-    if (auto removed = removeTree(stagingFolder()); !removed)
-        return std::unexpected(systemError(removed.error(), "'" + stagingFolder() + "' could not be removed."));
-    if (!remover.result())
-        return remover.result();
-
-    remover.removeFile(product() + "/" + ownProgram);
-    remover.removeFile(product() + "/" + InstallationManifest::fileName);
-    remover.removeFolder(product());
+        settings.addFile(file);
+    RemovalPlan last;
+    last.addFile(program());
+    last.addFile(product() + "/" + InstallationManifest::fileName);
+    last.addFolder(product());
     auto folders = installed->folders;
     std::ranges::sort(folders, std::greater<>());
     for (const auto& folder : folders)
-        remover.removeFolder(folder == "." ? _root : path(folder));
-    return remover.result();
+        last.addFolder(folder == "." ? _root : path(folder));
+
+    RemovalPlan rules;
+    if (!rulesFile.empty())
+        rules.addFile(rulesFile);
+    for (const auto* plan : {&*files, &settings, &rules, &last}) {
+        if (auto checked = plan->check(); !checked)
+            return checked;
+    }
+    if (platform::fileExists(stagingFolder()))
+        return std::unexpected(systemError(ENOTEMPTY, "'" + stagingFolder() + "' could not be removed."));
+    if (auto removed = files->carryOut(); !removed)
+        return removed;
+    if (auto removed = removeRules(); !removed)
+        return removed;
+    if (auto removed = settings.carryOut(); !removed)
+        return removed;
+    return last.carryOut();
 }
 
 } // namespace helper

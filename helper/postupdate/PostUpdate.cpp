@@ -29,7 +29,9 @@ namespace {
 constexpr std::chrono::minutes installLimit{70}; // more than a download may take
 constexpr std::chrono::seconds helperLimit{20};
 constexpr std::chrono::minutes quitLimit{2};
+constexpr std::chrono::minutes trialLimit{2}; // more than a new version has until it must serve
 constexpr std::chrono::milliseconds askAgain{50};
+constexpr std::chrono::seconds lookAgain{1};
 constexpr std::string_view applicationName = "brevane";
 
 // The name of the program that a process runs, also when its file has been removed since.
@@ -60,7 +62,9 @@ platform::FileDescriptor watchedInstallation()
 {
     platform::FileDescriptor changes(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     auto folder = platform::systemPath("/Library");
-    if (::inotify_add_watch(changes.get(), folder.c_str(), IN_MOVED_TO | IN_CREATE | IN_ONLYDIR) < 0)
+    if (::inotify_add_watch(changes.get(), folder.c_str(),
+                            IN_MOVED_TO | IN_CREATE | IN_MOVED_FROM | IN_DELETE | IN_ONLYDIR)
+        < 0)
         changes.reset();
     return changes;
 }
@@ -93,6 +97,12 @@ bool PostUpdate::isReplaced() const
     return version && version > _oldVersion;
 }
 
+// While the old version is kept, it may come back.
+bool PostUpdate::isOnTrial() const
+{
+    return platform::fileExists(platform::systemPath(std::string("/") + InstallationManifest::stagingFolder));
+}
+
 PostUpdate::Outcome PostUpdate::run()
 {
     if (!waitForNewVersion())
@@ -114,7 +124,10 @@ bool PostUpdate::waitForNewVersion()
         if (!waitForChange(end) || Clock::now() >= end)
             return isReplaced();
     }
-    return true;
+    const auto trialEnd = Clock::now() + trialLimit;
+    while (isReplaced() && isOnTrial() && Clock::now() < trialEnd)
+        waitForChange(std::min(trialEnd, Clock::now() + lookAgain));
+    return isReplaced();
 }
 
 bool PostUpdate::waitForChange(Clock::time_point end)

@@ -30,6 +30,7 @@ private:
 
     std::optional<VersionNumber> installedVersion() const;
     bool isReplaced() const;
+    bool isOnTrial() const;
     bool waitForNewVersion();
     bool waitForHelper() const;
     bool endOldApplication() const;

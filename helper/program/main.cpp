@@ -5,6 +5,8 @@
 #include "helper/SchedulerHelper.h"
 #include "helper/simulation/SimulationCommand.h"
 #include "helper/snapshots/SnapshotCommand.h"
+#include "helper/update/SelfCheck.h"
+#include "helper/update/UpdateWatch.h"
 #include "messaging/ZRKError.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/bus/ServiceListener.h"
@@ -55,7 +57,8 @@ int fail(std::string_view text)
     return EX_UNAVAILABLE;
 }
 
-// The new version goes on as this process, with the same arguments. Returns when it cannot.
+// The new version goes on as this process, with the same arguments. Returns when it cannot; then the watch puts this
+// one back.
 int startNextVersion(char** arguments)
 {
     auto program = platform::systemPath("/Library/Brevane/com.zerkolin.brevane.scheduler");
@@ -118,14 +121,18 @@ int main(int count, char** arguments)
         return *status;
     if (auto status = runSimulationCommand(count, arguments))
         return *status;
+    if (auto status = runSelfCheckCommand(count, arguments))
+        return *status;
+    ::umask(022);
+    blockTermination();
+    if (auto status = runUpdateWatchCommand(count, arguments))
+        return *status;
     auto options = HelperOptions::inArguments(count, arguments);
     if (!options) {
         const bool isUnderstood = !options.error().empty();
         std::fprintf(stderr, "%s\n", isUnderstood ? options.error().c_str() : HelperOptions::usage);
         return isUnderstood ? EX_CONFIG : EX_USAGE;
     }
-    ::umask(022);
-    blockTermination();
     giveMemoryBack();
     platform::setSystemRoot(options->root);
     ZRKLogInit("com.zerkolin.brevane", "scheduler");

@@ -186,8 +186,7 @@ Result<void> Unpacker::unpackFile(archive_entry* entry, int parent, const std::s
             count -= static_cast<std::size_t>(written);
         }
     }
-    bool isDone = ::fchmod(file.get(), mode) == 0 && ::fsync(file.get()) == 0;
-    return isDone ? Result<void>() : notWritten(path);
+    return ::fchmod(file.get(), mode) == 0 ? Result<void>() : notWritten(path);
 }
 
 } // namespace

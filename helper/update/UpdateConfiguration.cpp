@@ -1,10 +1,13 @@
 #include "helper/update/UpdateConfiguration.h"
 
+#include "platform/FileDescriptor.h"
 #include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,6 +19,7 @@ namespace {
 constexpr std::chrono::seconds usualPatience{30};
 constexpr std::chrono::seconds usualInterval = std::chrono::hours(24);
 constexpr std::chrono::seconds usualKeeping{60};
+constexpr std::chrono::seconds usualTrial{60};
 constexpr std::size_t maximumFileSize = 65536;
 
 std::optional<UpdateConfiguration::PublicKey> keyOfHexadecimal(std::string_view text)
@@ -33,26 +37,35 @@ std::optional<UpdateConfiguration::PublicKey> keyOfHexadecimal(std::string_view 
 }
 
 // Whether only root and this user can have written it.
-bool isTrustworthy(const std::string& path)
+bool isTrustworthy(int file)
 {
     struct stat status{};
-    if (::stat(path.c_str(), &status) != 0)
-        return false;
-    return (status.st_uid == 0 || status.st_uid == ::geteuid()) && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+    return ::fstat(file, &status) == 0 && (status.st_uid == 0 || status.st_uid == ::geteuid())
+        && (status.st_mode & (S_IWGRP | S_IWOTH)) == 0;
+}
+
+// What is checked is what is read: one descriptor, whatever the path leads to meanwhile.
+std::expected<platform::Data, int> readTrustworthyFile(const std::string& path)
+{
+    const platform::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!file || !isTrustworthy(file.get()))
+        return std::unexpected(EACCES);
+    return platform::readFile("/proc/self/fd/" + std::to_string(file.get()), maximumFileSize);
 }
 
 } // namespace
 
 UpdateConfiguration UpdateConfiguration::builtIn()
 {
-    return {BREVANE_UPDATE_FEED, keyOfHexadecimal(BREVANE_UPDATE_KEY), {}, usualPatience, usualInterval, usualKeeping};
+    return {BREVANE_UPDATE_FEED, keyOfHexadecimal(BREVANE_UPDATE_KEY), {}, usualPatience, usualInterval, usualKeeping,
+            usualTrial};
 }
 
 std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(const std::string& path)
 {
-    if (!isTrustworthy(path))
+    const auto bytes = readTrustworthyFile(path);
+    if (!bytes && bytes.error() == EACCES)
         return std::unexpected("The file '" + path + "' is missing, or others may write it.");
-    auto bytes = platform::readFile(path, maximumFileSize);
     auto value = bytes ? platform::propertyListWithData(*bytes) : platform::Result<platform::PropertyList>();
     const auto* record = value ? value->dictionary() : nullptr;
     const auto* feed = record ? record->stringForKey("Feed") : nullptr;
@@ -61,7 +74,7 @@ std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(cons
     if (!feed || !key || key->size() != std::tuple_size_v<PublicKey>)
         return std::unexpected("The file '" + path + "' does not name a feed and a public key of 32 bytes.");
 
-    UpdateConfiguration configuration{*feed, PublicKey(), {}, usualPatience, usualInterval, usualKeeping};
+    UpdateConfiguration configuration{*feed, PublicKey(), {}, usualPatience, usualInterval, usualKeeping, usualTrial};
     std::ranges::copy(*key, configuration.key->begin());
     if (const auto* authorities = record->stringForKey("Authorities"))
         configuration.authorities = *authorities;
@@ -71,6 +84,8 @@ std::expected<UpdateConfiguration, std::string> UpdateConfiguration::inFile(cons
         configuration.interval = std::chrono::seconds(seconds);
     if (auto seconds = record->integerForKey("Keeping"); record->find("Keeping") && seconds >= 0 && seconds <= 3600)
         configuration.keeping = std::chrono::seconds(seconds);
+    if (auto seconds = record->integerForKey("Trial"); seconds > 0 && seconds <= 3600)
+        configuration.trial = std::chrono::seconds(seconds);
     return configuration;
 }
 

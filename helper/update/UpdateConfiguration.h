@@ -19,13 +19,14 @@ struct UpdateConfiguration {
     std::chrono::seconds patience; // how long a server may be silent
     std::chrono::seconds interval; // between two automatic updates
     std::chrono::seconds keeping;  // how long the answer of a check is given to others
+    std::chrono::seconds trial;    // how long a new version may take until it has served a request
 
     // What was given when the program was built.
     static UpdateConfiguration builtIn();
 
     // That of a property list with "Feed", "PublicKey" (data) and, if wanted, "Authorities", "Patience",
-    // "Interval" and "Keeping" (seconds). Only a file that belongs to root or to this user and that nobody else may
-    // write is taken. Fails with a sentence.
+    // "Interval", "Keeping" and "Trial" (seconds). Only a file that belongs to root or to this user and that nobody
+    // else may write is taken. Fails with a sentence.
     static std::expected<UpdateConfiguration, std::string> inFile(const std::string& path);
 };
 

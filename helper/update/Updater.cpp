@@ -5,13 +5,16 @@
 #include "helper/update/Download.h"
 #include "helper/update/PackageArchive.h"
 #include "helper/update/PackageSignature.h"
+#include "helper/update/SelfCheck.h"
 #include "messaging/ZRKError.h"
 #include "platform/FileDescriptor.h"
 #include "platform/SystemInformation.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <fcntl.h>
 #include <unistd.h>
@@ -26,6 +29,8 @@ using platform::Result;
 namespace {
 
 constexpr std::int64_t tooManyRequests = 429;
+constexpr std::chrono::seconds selfCheckLimit{10};
+constexpr const char* packageName = "/Brevane.pkg"; // below the staging folder
 
 std::unexpected<Error> updaterError(std::int64_t code)
 {
@@ -66,10 +71,27 @@ std::string Updater::installedVersion() const
 
 void Updater::recover() const
 {
-    if (!_installation.isInterrupted())
+    if (const auto lock = _installation.lock(); !lock && lock.error() == EWOULDBLOCK)
+        return; // this version is on trial, and watched
+    switch (_installation.state()) {
+    case Installation::State::Settled:
         return;
-    ZRKLogMessage(LogLevelDefault, "An update was interrupted. Version %@ is in place.", {installedVersion()});
-    _installation.endReplacement();
+    case Installation::State::Unfinished:
+        ZRKLogMessage(LogLevelDefault, "An update was interrupted. Version %@ is in place.", {installedVersion()});
+        _installation.settle();
+        return;
+    case Installation::State::OnTrial:
+        watchTrial();
+        return;
+    }
+}
+
+// The old version is at work no longer, so the watch begins at once to wait for an answer.
+void Updater::watchTrial() const
+{
+    ZRKLogMessage(LogLevelDefault, "Version %@ is on trial.", {installedVersion()});
+    if (const auto watch = UpdateWatch::start(_installation.otherProgram(), _arguments); !watch)
+        ZRKError::log(watch.error());
 }
 
 Result<UpdateInformation> Updater::check(const Download::GivenUp& isGivenUp) const
@@ -87,34 +109,60 @@ Result<UpdateInformation> Updater::check(const Download::GivenUp& isGivenUp) con
     return information;
 }
 
-Result<void> Updater::install() const
+Result<void> Updater::install()
 {
     if (!_installation.manifest())
         return updaterError(ZRKUpdaterErrorCannotUpdateNow);
     auto information = check();
     if (!information)
         return std::unexpected(std::move(information.error()));
+    if (!_installation.waitForTrial(_configuration.trial))
+        return updaterError(ZRKUpdaterErrorCannotUpdateNow);
     ZRKLogMessage(LogLevelDefault, "Installing version %@.", {*information->reply.stringForKey(PayloadKey::Version)});
-    auto package = downloadPackage(*information);
-    auto staged =
-        package ? unpackPackage(*package) : Result<InstallationManifest>(std::unexpected(std::move(package.error())));
-    Result<void> done;
-    if (!staged) {
-        done = std::unexpected(std::move(staged.error()));
-    } else if (auto replaced = _installation.replace(std::move(*staged)); !replaced) {
-        done = updaterError(ZRKUpdaterErrorInstall, std::move(replaced.error()));
+    auto done = put(*information);
+    if (!done) {
+        _watch.reset();
+        _installation.settle();
     }
-    _installation.endReplacement();
     return done;
 }
 
-Result<std::string> Updater::downloadPackage(const UpdateInformation& information) const
+Result<void> Updater::put(const UpdateInformation& information)
+{
+    auto package = downloadPackage(information);
+    if (!package)
+        return std::unexpected(std::move(package.error()));
+    auto staged = unpackPackage(package->get());
+    if (!staged)
+        return std::unexpected(std::move(staged.error()));
+    const auto limit = std::min<std::chrono::milliseconds>(_configuration.trial, selfCheckLimit);
+    if (auto checked = checkProgram(_installation.stagedProgram(), _arguments, limit); !checked)
+        return updaterError(ZRKUpdaterErrorValidate, std::move(checked.error()));
+    if (auto replaced = replace(std::move(*staged)); !replaced)
+        return updaterError(ZRKUpdaterErrorInstall, std::move(replaced.error()));
+    return {};
+}
+
+// The watch comes first: whatever happens from the exchange on, somebody knows what to do.
+Result<void> Updater::replace(InstallationManifest staged)
+{
+    if (auto ready = _installation.makeReady(std::move(staged)); !ready)
+        return ready;
+    auto watch = UpdateWatch::start("/proc/self/exe", _arguments);
+    if (!watch)
+        return std::unexpected(std::move(watch.error()));
+    _watch = std::move(*watch);
+    return _installation.exchange();
+}
+
+// Held open from then on: what was checked is what is unpacked.
+Result<FileDescriptor> Updater::downloadPackage(const UpdateInformation& information) const
 {
     if (auto begun = _installation.beginStaging(); !begun)
         return updaterError(ZRKUpdaterErrorDownload, std::move(begun.error()));
     auto part = _installation.stagingFolder() + "/download";
-    auto package = _installation.stagingFolder() + "/Brevane.pkg";
-    FileDescriptor file(::open(part.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    auto package = _installation.stagingFolder() + packageName;
+    FileDescriptor file(::open(part.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!file)
         return updaterError(ZRKUpdaterErrorDownload, systemError(errno, "'" + part + "' could not be written."));
     auto limit = information.size != 0 ? information.size : UpdateFeed::maximumPackageSize;
@@ -122,16 +170,16 @@ Result<std::string> Updater::downloadPackage(const UpdateInformation& informatio
         return downloadError(ZRKUpdaterErrorDownload, std::move(saved.error()));
     if (::rename(part.c_str(), package.c_str()) != 0)
         return updaterError(ZRKUpdaterErrorMovePackage, systemError(errno, "'" + part + "' could not be moved."));
-    return package;
+    return file;
 }
 
-Result<InstallationManifest> Updater::unpackPackage(const std::string& package) const
+Result<InstallationManifest> Updater::unpackPackage(int package) const
 {
-    const FileDescriptor file(::open(package.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC));
-    auto length = PackageSignature::verifiedLength(file.get(), package, _configuration.key);
+    auto length =
+        PackageSignature::verifiedLength(package, _installation.stagingFolder() + packageName, _configuration.key);
     if (!length)
         return updaterError(ZRKUpdaterErrorValidate, std::move(length.error()));
-    if (auto unpacked = PackageArchive::unpack(file.get(), *length, _installation.stagedProduct()); !unpacked) {
+    if (auto unpacked = PackageArchive::unpack(package, *length, _installation.stagedProduct()); !unpacked) {
         bool isBad = unpacked.error().code == EBADMSG;
         return updaterError(isBad ? ZRKUpdaterErrorValidate : ZRKUpdaterErrorInstall, std::move(unpacked.error()));
     }

@@ -108,7 +108,9 @@ TEST_CASE("a list of an installation is read as it was written, and one that nam
     CHECK_FALSE(isTaken("Folders", Array{"../a"}));
     for (const auto& [link, target] :
          {std::pair{"usr/bin/x", "/etc/passwd"}, std::pair{"usr/bin/x", "../../etc/passwd"},
-          std::pair{"../x", "Library/Brevane/a"}, std::pair{"usr/bin/x", "../../Library/Brevane/../a"},
+          std::pair{"../x", "Library/Brevane/a"}, std::pair{"usr/bin/log", "../../Library/Brevane/bin/other"},
+          std::pair{"usr", "Library/Brevane/usr"}, std::pair{"Library/Preferences/x", "../Brevane/Preferences/x"},
+          std::pair{"var/db/x", "../../Library/Brevane/db/x"}, std::pair{"usr/bin/x", "../../Library/Brevane/../a"},
           std::pair{"usr/bin/x", "../../../Library/Brevane/a"}, std::pair{"Library/Brevane/x", "../Brevane/a"}})
         CHECK_FALSE(isTaken("Links", Dictionary{{link, target}}));
     CHECK_FALSE(isTaken("Version", "new"));

@@ -34,6 +34,12 @@ std::map<std::string, std::string> productTree(const std::string& root)
     return tree;
 }
 
+std::map<std::string, std::string> withoutLogs(std::map<std::string, std::string> tree)
+{
+    std::erase_if(tree, [](const auto& entry) { return entry.first.ends_with(".log"); });
+    return tree;
+}
+
 // As the install rules leave it: the list knows which folders were not there before.
 void installCompletely(UpdateMachine& machine, const std::string& version)
 {
@@ -133,6 +139,54 @@ TEST_CASE("nothing is uninstalled while another program is connected to the help
     CHECK_FALSE(files::exists(machine.product()));
 }
 
+TEST_CASE("an uninstall that finds a folder where a file is expected has removed nothing")
+{
+    UpdateMachine machine;
+    const TemporaryDirectory rules;
+    machine.start({}, {"--rules", rules.path()});
+    REQUIRE(recordIn(machine.send(BRVMessageSetAutoUpdates, Dictionary{{"Enabled", true}})).contains("Applied"));
+    REQUIRE(recordIn(machine.send(BRVMessageSetAllowWithoutPassword, Dictionary{{"Allow", true}})).contains("Applied"));
+    std::string place;
+    SUBCASE("among the product's files")
+    {
+        place = machine.product() + "/share/text";
+        files::remove(place);
+    }
+    SUBCASE("among the settings")
+    {
+        place = machine.root() + "/Library/Preferences/com.zerkolin.brevane.rights.plist.damaged";
+    }
+    SUBCASE("among the logs")
+    {
+        place = machine.root() + "/Library/Logs/Brevane/application.log";
+    }
+    files::create_directories(place + "/somebody's");
+    const auto before = productTree(machine.root());
+    const auto rulesBefore = treeBelow(rules.path());
+    CHECK(rulesBefore.size() == 1);
+    auto error = errorIn(machine.send(BRVMessageUninstall));
+    CHECK(platform::localizedDescription(error) == "'" + place + "' could not be removed. Is a directory.");
+    CHECK(withoutLogs(productTree(machine.root())) == withoutLogs(before));
+    CHECK(treeBelow(rules.path()) == rulesBefore);
+    files::remove_all(place);
+    REQUIRE(recordIn(machine.send(BRVMessageUninstall)).contains("Applied"));
+    CHECK(machine.helper().wait() == 0);
+    CHECK_FALSE(files::exists(machine.product()));
+    CHECK(treeBelow(rules.path()).empty());
+}
+
+TEST_CASE("an uninstall follows no link that stands in a folder's place")
+{
+    UpdateMachine machine;
+    machine.start();
+    const auto outside = machine.file("outside");
+    files::rename(machine.product() + "/share", outside);
+    files::create_symlink(outside, machine.product() + "/share");
+    const auto before = treeBelow(outside);
+    REQUIRE(recordIn(machine.send(BRVMessageUninstall)).contains("Applied"));
+    CHECK(treeBelow(outside) == before);
+}
+
 TEST_CASE("what cannot be removed is told, and the uninstall can be tried again")
 {
     if (::geteuid() != 0) {
@@ -146,12 +200,13 @@ TEST_CASE("what cannot be removed is told, and the uninstall can be tried again"
         MESSAGE("SKIPPED: this disk has no files that cannot be removed");
         return;
     }
+    const auto before = productTree(machine.root());
     auto error = errorIn(machine.send(BRVMessageUninstall));
     outputOf({"chattr", "-i", fixed});
     CHECK(error.domain == platform::POSIXErrorDomain);
     CHECK(error.code == EPERM);
     CHECK(platform::localizedDescription(error) == "'" + fixed + "' could not be removed. Operation not permitted.");
-    CHECK(files::exists(machine.product() + "/installation.plist"));
+    CHECK(withoutLogs(productTree(machine.root())) == withoutLogs(before));
     REQUIRE(recordIn(machine.send(BRVMessageUninstall)).contains("Applied"));
     CHECK(machine.helper().wait() == 0);
     CHECK_FALSE(files::exists(machine.product()));

@@ -8,6 +8,7 @@
 #include "tests/support/FileContent.h"
 
 #include <chrono>
+#include <csignal>
 #include <doctest/doctest.h>
 #include <filesystem>
 #include <fstream>
@@ -22,7 +23,6 @@ using platform::Dictionary;
 namespace {
 
 constexpr const char* python = "/usr/bin/python3";
-constexpr const char* feedProgram = BREVANE_SOURCE "/sandbox/feed.py";
 constexpr const char* testFolder = BREVANE_SOURCE "/tests/update-integration/";
 
 void writeFile(const std::string& path, const std::string& content)
@@ -44,11 +44,7 @@ void writePropertyList(const std::string& path, const Dictionary& content)
 // The helper without what only a debugger needs.
 const std::string& helperContent()
 {
-    static const std::string content = [] {
-        const TemporaryDirectory folder;
-        outputOf({"objcopy", "--strip-all", BREVANE_SCHEDULER_HELPER, folder.file("helper")});
-        return contentOfFile(folder.file("helper"));
-    }();
+    static const auto content = contentOfFile(BREVANE_STRIPPED_HELPER);
     return content;
 }
 
@@ -65,10 +61,41 @@ UpdateMachine::UpdateMachine(Transport transport)
       _keyPath(file("key.pem"))
 {
     files::create_directories(file("served"));
-    outputOf({python, "-B", feedProgram, "key", _keyPath});
     startServer(transport);
+    publish({"key", _keyPath});
     layOut("1.0");
     writeConfiguration();
+}
+
+UpdateMachine::~UpdateMachine()
+{
+    killHelper();
+}
+
+std::vector<pid_t> UpdateMachine::processes() const
+{
+    std::vector<pid_t> found;
+    const std::string argument = std::string(1, '\0') + root() + std::string(1, '\0');
+    for (const auto& entry : files::directory_iterator("/proc")) {
+        const auto name = entry.path().filename().string();
+        if (name.find_first_not_of("0123456789") != std::string::npos)
+            continue;
+        const auto command = platform::readFile(entry.path().string() + "/cmdline").value_or(platform::Data());
+        if (std::string(command.begin(), command.end()).contains("--root" + argument))
+            found.push_back(static_cast<pid_t>(std::stol(name)));
+    }
+    return found;
+}
+
+// One of them may start another one.
+void UpdateMachine::killHelper()
+{
+    if (_stage.hasProgram())
+        helper().kill();
+    for (auto left = processes(); !left.empty(); left = processes()) {
+        for (const auto process : left)
+            ::kill(process, SIGKILL);
+    }
 }
 
 void UpdateMachine::startServer(Transport transport)
@@ -171,12 +198,27 @@ std::string UpdateMachine::wholeVersion() const
     return isWhole ? *version : std::string();
 }
 
+void UpdateMachine::publish(const std::vector<std::string>& command) const
+{
+    std::string line;
+    for (const auto& word : command)
+        line += word + "\t";
+    line.back() = '\n';
+    _server->write(line);
+    if (auto answer = _server->readLine(60000); answer != "done")
+        throw std::runtime_error("the server could not do it: " + answer.value_or("no answer"));
+}
+
+void UpdateMachine::makePackage(const std::string& key, const std::string& version, const std::string& kind)
+{
+    publish({"odd-package", key, layoutOf(version), version, kind, served("Brevane.pkg")});
+}
+
 void UpdateMachine::offer(const std::string& version)
 {
     auto package = served("Brevane.pkg");
-    outputOf(
-        {python, "-B", feedProgram, "package", _keyPath, layoutOf(version), version, "Version " + version, package});
-    outputOf({python, "-B", feedProgram, "feed", package, version, "Version " + version, served("update.plist")});
+    publish({"package", _keyPath, layoutOf(version), version, "Version " + version, package});
+    publish({"feed", package, version, "Version " + version, served("update.plist")});
 }
 
 void UpdateMachine::serveFeed(Dictionary feed) const
@@ -207,7 +249,7 @@ std::size_t UpdateMachine::requestCount() const
 void UpdateMachine::writeConfiguration(Dictionary more) const
 {
     auto path = file("updates.plist");
-    outputOf({python, "-B", feedProgram, "configuration", _keyPath, url("update.plist"), path});
+    publish({"configuration", _keyPath, url("update.plist"), path});
     auto bytes = platform::readFile(path);
     auto record = *platform::propertyListWithData(*bytes)->dictionary();
     record.set("Patience", 2);
@@ -229,12 +271,14 @@ ChildProcess::Arguments UpdateMachine::command(ChildProcess::Arguments before,
 
 void UpdateMachine::startUnasked()
 {
+    killHelper();
     _stage.launch(command({}, {}));
     REQUIRE(waitUntil([&] { return helperProcess() == helper().pid(); }));
 }
 
 void UpdateMachine::start(ChildProcess::Arguments before, const ChildProcess::Arguments& more)
 {
+    killHelper();
     _stage.start(command(std::move(before), more));
 }
 
@@ -293,6 +337,11 @@ std::future<platform::ServiceReply> UpdateMachine::sendLater(std::int64_t messag
 bool UpdateMachine::isStaging() const
 {
     return files::exists(root() + "/Library/.com.zerkolin.brevane.update");
+}
+
+bool UpdateMachine::waitForTrial() const
+{
+    return waitUntil([this] { return !isStaging(); });
 }
 
 std::string outputOf(const ChildProcess::Arguments& arguments)

@@ -21,6 +21,7 @@ public:
     enum class Transport { Plain, Foreign, Trusted };
 
     explicit UpdateMachine(Transport transport = Transport::Plain);
+    ~UpdateMachine();
 
     std::string root() const { return _folder.file("root"); }
     std::string file(const std::string& name) const { return _folder.file(name); }
@@ -37,6 +38,10 @@ public:
     // A layout of the version beside the root, and a good package of it in the served folder, beside a feed.
     std::string layoutOf(const std::string& version);
     void offer(const std::string& version);
+    // What the server's publisher does by these words; see server.py.
+    void publish(const std::vector<std::string>& command) const;
+    // A signed package of the version, of one of the kinds of packages.py, in the served folder.
+    void makePackage(const std::string& key, const std::string& version, const std::string& kind);
     void serveFeed(platform::Dictionary feed) const;
     void serve(const std::string& name, const std::string& content) const;
     // What the server does instead of serving the file; see server.py.
@@ -52,6 +57,10 @@ public:
     void startUnasked();
     ChildProcess& helper() { return _stage.program(); }
     PolkitAuthority& authority() { return _stage.authority(); }
+    // kill -9 of the helper and of whoever watches an update, as a service manager does it.
+    void killHelper();
+    // The processes that run a helper with this root, the watch over an update among them.
+    std::vector<pid_t> processes() const;
     // The process that has the helper's name; 0 when there is none.
     pid_t helperProcess() const;
     std::string log() const;
@@ -64,6 +73,8 @@ public:
     std::future<platform::ServiceReply> sendLater(std::int64_t message);
 
     bool isStaging() const;
+    // Waits until the new version has proved itself, or the old one is back, and nothing is left beside it.
+    bool waitForTrial() const;
 
 private:
     std::map<std::string, std::string> contentOf(const std::string& version) const;

@@ -14,6 +14,14 @@ sys.dont_write_bytecode = True
 import feed  # noqa: E402
 
 
+HELPER = "com.zerkolin.brevane.scheduler"
+
+
+def script(check, serve):
+    """A helper that does the one when it is to check itself, and the other when it is to serve."""
+    return lambda _: f'#!/bin/sh\n[ "$1" = --self-check ] && {{ {check}; }}\n{serve}\n'.encode()
+
+
 class Package:
     def __init__(self, key, layout, version):
         self.key, self.layout, self.version = key, layout, version
@@ -26,13 +34,17 @@ class Package:
         entry.size = len(content) if kind == tarfile.REGTYPE else 0
         self.archive.addfile(entry, io.BytesIO(content))
 
-    def add_all(self, more=(), less=(), links=None, version=None):
-        """The honest content, with a list that names more or fewer files."""
+    def add_all(self, more=(), less=(), links=None, version=None, helper=None):
+        """The honest content, with a list that names more or fewer files or links, or with another helper."""
         product = os.path.join(self.layout, feed.PRODUCT)
         with open(os.path.join(product, feed.MANIFEST), "rb") as file:
             manifest = plistlib.load(file)
         for name in manifest["Files"]:
-            self.archive.add(os.path.join(product, name), name, recursive=False)
+            if name == HELPER and helper:
+                with open(os.path.join(product, name), "rb") as file:
+                    self.add(name, helper(file.read()), mode=0o755)
+            else:
+                self.archive.add(os.path.join(product, name), name, recursive=False)
         manifest.pop("Folders", None)
         manifest["Version"] = version or self.version
         manifest["Files"] = [name for name in manifest["Files"] if name not in less] + list(more)
@@ -75,6 +87,16 @@ LISTS = {
     "missing": {"more": ["missing"]},
     "list-dots": {"more": ["../../climbed"]},
     "list-less": {"less": ["bin/brevane"]},
+    "list-link-over-settings": {"links": {"Library/Preferences/com.zerkolin.brevane.scheduler.plist": "../Brevane/share/text"}},
+    "list-link-beside-settings": {"links": {"Library/Preferences/x": "../Brevane/Preferences/x"}},
+    "list-link-changed": {"links": {"usr/bin/log": "../../Library/Brevane/bin/brevane"}},
+    "list-link-nowhere": {"links": {"usr/bin/none": "../../Library/Brevane/bin/none"}},
+    "more-links": {"links": {"usr/bin/brevane": "../../Library/Brevane/bin/brevane",
+                             "usr/share/text": "../../Library/Brevane/share/text"}},
+    "missing-library": {"helper": lambda program: program.replace(b"libsystemd.so.0", b"libsystemd.so.9")},
+    "endless-check": {"helper": script("exec sleep 1000", "exit 1")},
+    "never-serves": {"helper": script("exit 0", "exit 1")},
+    "endless-start": {"helper": script("exit 0", "exec sleep 1000")},
     "list-link-out": {"links": {"usr/bin/evil": "/etc/passwd"}},
     "list-link-place": {"links": {"../evil": "Library/Brevane/bin/brevane"}},
     "list-older": {"version": "0.9"},
@@ -98,4 +120,5 @@ def main(key, layout, version, kind, output):
         package.write(output)
 
 
-main(*sys.argv[1:])
+if __name__ == "__main__":
+    main(*sys.argv[1:])

@@ -1,6 +1,9 @@
-"""Serves a folder on the loopback, over TLS if it is given a certificate, and prints its port.
+"""Serves a folder on the loopback, over TLS if it is given a certificate, and prints its port. It also makes what it
+serves: a line of its input is a command with its arguments, between tabs, and is answered with "done" or what went wrong.
 
     server.py FOLDER [CERTIFICATE KEY]
+
+Commands are those of feed.py, and odd-package with the arguments of packages.py.
 
 What a file NAME.answer says is done instead of serving NAME:
     status N          an answer of that status with a body
@@ -16,7 +19,16 @@ import http.server
 import os
 import ssl
 import sys
+import threading
 import time
+
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "sandbox"))
+sys.dont_write_bytecode = True
+import feed  # noqa: E402
+import packages  # noqa: E402
+
+COMMANDS = {"key": feed.make_key, "package": feed.make_package, "feed": feed.make_feed,
+            "configuration": feed.make_configuration, "odd-package": packages.main}
 
 
 class Handler(http.server.SimpleHTTPRequestHandler):
@@ -102,7 +114,14 @@ def main(folder, certificate=None, key=None):
         context.load_cert_chain(certificate, key)
         server.socket = context.wrap_socket(server.socket, server_side=True)
     print(server.server_address[1], flush=True)
-    server.serve_forever()
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    for line in sys.stdin:
+        command, *arguments = line.rstrip("\n").split("\t")
+        try:
+            COMMANDS[command](*arguments)
+            print("done", flush=True)
+        except (OSError, LookupError, TypeError, ValueError) as problem:
+            print(repr(problem), flush=True)
 
 
 main(*sys.argv[1:])

@@ -21,6 +21,7 @@ public:
     // The same, and waits until it answers.
     void start(const ChildProcess::Arguments& command, const ChildProcess::Environment& environment = {});
 
+    bool hasProgram() const { return _program != nullptr; }
     ChildProcess& program() { return *_program; }
     PolkitAuthority& authority() { return *_authority; }
     ZRKXPCClient& client() { return *_client; }
