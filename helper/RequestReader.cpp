@@ -4,6 +4,7 @@
 #include "platform/PropertyListCoding.h"
 #include "protocol/ErrorCodes.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 

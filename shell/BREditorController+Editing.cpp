@@ -43,9 +43,9 @@ bool BREditorController::reloadSettings()
 
 std::shared_ptr<BRVViewController> BREditorController::editorForMode(int mode)
 {
-    if (mode < 0 || mode >= OperationModeCount)
+    if (mode < 0)
         return nullptr;
-    std::shared_ptr<BRVViewController>& editor = _viewControllers[static_cast<std::size_t>(mode)];
+    std::shared_ptr<BRVViewController>& editor = _viewControllers.at(static_cast<std::size_t>(mode));
     if (!editor) {
         editor = createViewController(mode);
         editor->setSettings(_currentSettings ? _currentSettings->dictionaryForKey(editor->name()) : nullptr);
@@ -242,6 +242,5 @@ void BREditorController::displayApplyAlert(ApplyAlert alert)
     Alert plain;
     plain.setMessageText(title);
     plain.setInformativeText(message);
-    plain.addButton(localizedString("OK"));
     plain.beginSheet(_outlets.window, nullptr);
 }

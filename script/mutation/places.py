@@ -144,6 +144,8 @@ class Finder:
         name = cursor.location.offset
         if cursor.kind == Kind.VAR_DECL and re.search(r"\bconstexpr\b", self.text(start, name)):
             return dataclasses.replace(context, variable=cursor, switch="mutant::on")
+        if cursor.kind == Kind.FIELD_DECL:  # its class may be used in a constant
+            return dataclasses.replace(context, switch="mutant::is")
         return context
 
     # Places

@@ -268,15 +268,12 @@ class Program:
                     (self.broken if failed == "1" else self.tests).append(test)
 
     def choices(self, mutant):
-        """The lists of tests to run for a mutant, one after the other: those that reach it, fast ones first; then all."""
-        if mutant.number in self.outside:
-            return [self.tests] if self.tests else []
-        reaching = [test for test in self.tests if mutant.number in test.reaches]
-        if not reaching:
-            return []
-        fast = [test for test in reaching if test.seconds < 0.1]
-        lists = [fast, reaching] if 0 < len(fast) < len(reaching) else [reaching]
-        return lists if len(reaching) == len(self.tests) else lists + [self.tests]
+        """The lists of tests to run for a mutant, one after the other: those that reach it, in steps from fast to slow."""
+        everywhere = mutant.number in self.outside
+        reaching = [test for test in self.tests if everywhere or mutant.number in test.reaches]
+        steps = [(0, 0.1), (0.1, 1), (1, 10), (10, float("inf"))]
+        lists = [[test for test in reaching if least <= test.seconds < most] for least, most in steps]
+        return [tests for tests in lists if tests]
 
     def notices(self, mutant, tests):
         """The words for how the tests notice a mutant; None when they do not."""
@@ -309,7 +306,8 @@ def programs_of(folders, named):
     for test in json.loads(listed.stdout)["tests"]:
         path = test.get("command", [""])[0]
         properties = {entry["name"]: entry["value"] for entry in test.get("properties", [])}
-        wanted = os.path.basename(path) in named or not set(properties.get("LABELS", [])).isdisjoint(folders)
+        rooms = {folder.split("/")[0] for folder in folders}
+        wanted = os.path.basename(path) in named or not rooms.isdisjoint(properties.get("LABELS", []))
         if wanted and path.startswith(BUILD + "/"):
             described.setdefault(path, properties)
     return [Program(path, folders, properties) for path, properties in described.items()]
@@ -319,7 +317,7 @@ def targets(folders, named):
     """What to build: the folders' own targets, or the programs of these names."""
     listed = subprocess.run(["ninja", "-C", BUILD, "-t", "targets", "all"], capture_output=True, text=True, check=True).stdout
     known = set(re.findall(r"^([\w.-]+): phony$", listed, re.M))
-    rooms = [f"room_{folder}" for folder in folders if f"room_{folder}" in known]
+    rooms = sorted({f"room_{folder.split('/')[0]}" for folder in folders} & known)
     return rooms or [name for name in named if name in known]
 
 

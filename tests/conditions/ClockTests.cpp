@@ -135,11 +135,10 @@ TEST_CASE("a timer fires at its moment of either clock, and not before")
         });
         const auto moment = read() + 200ms;
         timer->set(moment);
-        CHECK(tellings.waitUntil([&] { return fired > 0s; }));
+        CHECK(tellings.waitForMoreUntil([&] { return fired > 0s; }));
         CHECK(fired >= moment);
         timer->set(read() - 3600s);
-        usleep(200'000);
-        CHECK(tellings.count() == 2);
+        CHECK(tellings.waitForMoreUntil([] { return true; }));
         timer->set(read() + 200ms);
         timer->set(std::nullopt);
         usleep(400'000);

@@ -23,17 +23,22 @@ public:
         const std::lock_guard lock(_mutex);
         return _count;
     }
-    // False when the condition has not come true after ten seconds of waiting for more to be told.
-    bool waitUntil(const std::function<bool()>& condition)
+    // Waits for the condition to be true when more has been told than at the last success. False after ten seconds.
+    bool waitForMoreUntil(const std::function<bool()>& condition)
     {
         std::unique_lock lock(_mutex);
-        return _changed.wait_for(lock, std::chrono::seconds(10), condition);
+        const auto isTrue = [&] { return _count > _seen && condition(); };
+        if (!_changed.wait_for(lock, std::chrono::seconds(10), isTrue))
+            return false;
+        _seen = _count;
+        return true;
     }
 
 private:
     mutable std::mutex _mutex;
     std::condition_variable _changed;
     int _count = 0;
+    int _seen = 0;
 };
 
 // Follows a condition; its value is looked at only when a change is told, as its users do.
@@ -49,9 +54,11 @@ public:
 
     Value current() const { return _condition->current(); }
     int told() const { return _tellings->count(); }
+    // A change that is not told goes unseen here. So each change must be awaited before the next one is made where the
+    // tellings are counted: a telling that is still on its way stands for both.
     bool becomes(const std::function<bool(const Value&)>& expected)
     {
-        return _tellings->waitUntil([&] { return expected(_condition->current()); });
+        return _tellings->waitForMoreUntil([&] { return expected(_condition->current()); });
     }
     bool becomes(const Value& expected)
     {

@@ -1,5 +1,6 @@
 #include "shell/menus/MainMenu.h"
 
+#include <algorithm>
 #include <doctest/doctest.h>
 #include <functional>
 #include <set>
@@ -76,6 +77,78 @@ TEST_CASE("where the system has an application menu, that menu has Services, Hid
           == Lines{"minimiseMenuItem m", "zoomMenuItem", "-", "mainWindowMenuItem 0", "localSnapshotsMenuItem 1",
                    "consoleMenuItem 2", "-", "bringAllToFrontMenuItem"});
     CHECK(linesOf(menus[4]) == Lines{"helpMenuItem", "-", "openWebSiteMenuItem", "contactByMailMenuItem"});
+}
+
+TEST_CASE("every menu and item has its words, with the letter that chooses it, and the editing ones their commands")
+{
+    const auto wordsOf = [](MenuConvention convention) {
+        Lines words;
+        for (const auto& menu : mainMenu(convention))
+            words.push_back(menu.identifier + ": " + menu.title);
+        visitItems(convention, [&](const MenuItemDescription& item) { words.push_back(item.title); });
+        return words;
+    };
+    CHECK(wordsOf(MenuConvention::WindowMenus)
+          == Lines{"applicationMenu: B&revane",
+                   "fileMenu: &File",
+                   "editMenu: &Edit",
+                   "windowMenu: Win&dow",
+                   "helpMenu: &Help",
+                   "&About Brevane",
+                   "&Preferences…",
+                   "&Check for Updates…",
+                   "&Uninstall Brevane…",
+                   "&Show Current Settings",
+                   "&Quit",
+                   "&Undo",
+                   "&Redo",
+                   "Cu&t",
+                   "&Copy",
+                   "&Paste",
+                   "Select &All",
+                   "Mi&nimize",
+                   "&Close",
+                   "&Main Window",
+                   "&Local Snapshots",
+                   "C&onsole",
+                   "&Bring All to Front",
+                   "Brevane &Help",
+                   "&Web Site",
+                   "&Ask for Support"});
+    Lines alone; // what only the application menu's convention has
+    visitItems(MenuConvention::ApplicationMenu, [&](const MenuItemDescription& item) {
+        const auto shared = wordsOf(MenuConvention::WindowMenus);
+        if (std::ranges::find(shared, item.title) == shared.end())
+            alone.push_back(item.title);
+    });
+    CHECK(alone == Lines{"Services", "Hide Brevane", "Hide Others", "Show All", "Quit Brevane", "Find…", "Zoom"});
+}
+
+TEST_CASE("the items that the system serves have their commands, and two their second modifier")
+{
+    Lines commands;
+    visitItems(MenuConvention::ApplicationMenu, [&](const MenuItemDescription& item) {
+        if (item.command != MenuCommand::None)
+            commands.push_back(item.identifier + " " + std::to_string(static_cast<int>(item.command)));
+        const auto modifiers = item.identifier == "redoMenuItem" ? KeyModifiers::CommandShift
+            : item.identifier == "hideOthersMenuItem"            ? KeyModifiers::CommandOption
+                                                                 : KeyModifiers::Command;
+        INFO(item.identifier);
+        CHECK(item.modifiers == modifiers);
+    });
+    const auto line = [](const char* identifier, MenuCommand command) {
+        return std::string(identifier) + " " + std::to_string(static_cast<int>(command));
+    };
+    CHECK(commands
+          == Lines{line("servicesMenuItem", MenuCommand::Services), line("hideMenuItem", MenuCommand::Hide),
+                   line("hideOthersMenuItem", MenuCommand::HideOthers), line("showAllMenuItem", MenuCommand::ShowAll),
+                   line("closeMenuItem", MenuCommand::Close), line("undoMenuItem", MenuCommand::Undo),
+                   line("redoMenuItem", MenuCommand::Redo), line("cutMenuItem", MenuCommand::Cut),
+                   line("copyMenuItem", MenuCommand::Copy), line("pasteMenuItem", MenuCommand::Paste),
+                   line("selectAllMenuItem", MenuCommand::SelectAll), line("findMenuItem", MenuCommand::Find),
+                   line("minimiseMenuItem", MenuCommand::Minimize), line("zoomMenuItem", MenuCommand::Zoom),
+                   line("bringAllToFrontMenuItem", MenuCommand::BringAllToFront),
+                   line("helpMenuItem", MenuCommand::ShowHelp)});
 }
 
 TEST_CASE("an item that both conventions have is the same in both, but for the name of Quit")

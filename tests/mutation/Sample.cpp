@@ -18,6 +18,7 @@ struct Value {
     std::array<int, 3> numbers{};
     bool isSet = true;
 };
+static_assert(Value().isSet);
 
 bool isBelow(int value)
 {

@@ -58,6 +58,23 @@ TEST_CASE("the calendar editor's name is the mode's value")
     CHECK(BRVCalendarIntervalViewController::create()->name() == "CalendarIntervals");
 }
 
+TEST_CASE("the rule editor is given one chain of four criteria, with one child each but for the last")
+{
+    const EditorTest test(calendarRecord({}));
+    const auto calendars = std::dynamic_pointer_cast<BRVCalendarIntervalViewController>(
+        test.controller->calendarIntervalsViewController());
+    REQUIRE(calendars);
+    const auto rules = RowsUser().ruleEditor();
+    std::shared_ptr<platform::ui::RuleCriterion> criterion;
+    for (unsigned type = CriterionTypeBackUp; type <= CriterionTypeTime; ++type) {
+        CHECK(calendars->numberOfChildrenForCriterion(*rules, criterion) == 1);
+        criterion = calendars->childForCriterion(*rules, 0, criterion);
+        REQUIRE(criterion);
+        CHECK(std::static_pointer_cast<BRCriterion>(criterion)->type() == type);
+    }
+    CHECK(calendars->numberOfChildrenForCriterion(*rules, criterion) == 0);
+}
+
 TEST_CASE("every weekday and every time of the day is written back as it was read")
 {
     Array entries;

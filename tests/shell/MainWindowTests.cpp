@@ -4,6 +4,8 @@
 #include <doctest/doctest.h>
 #include <QCheckBox>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
 #include <string>
 
 TEST_CASE("the main window is shown when it is filled")
@@ -52,4 +54,17 @@ TEST_CASE("Tab goes from one row to the next, also to rows that came later than 
     CHECK(afterTabIn("intervalUnitsPopUp") == "suspendCheckBox");
     CHECK(afterTabIn("suspendCheckBox") == "suspendFromPicker");
     CHECK(afterTabIn("allowBatteryCheckBox") == "dontRunWhenPassiveCheckBox");
+}
+
+TEST_CASE("Tab goes by the places of the controls, also from one that was added last and stands at the top")
+{
+    const EditorTest editor(completeRecord());
+    QWidget& window = windowNamed("mainWindow");
+    QPushButton added(&window);
+    added.setGeometry(0, 0, 10, 10);
+    added.show();
+    added.setFocus();
+    QTest::keyClick(&added, Qt::Key_Tab);
+    REQUIRE(window.focusWidget());
+    CHECK(window.focusWidget()->objectName().toStdString() == "backupsCheckBox");
 }

@@ -52,7 +52,10 @@ public:
 
     void check()
     {
-        BRUpdateController::checkUpdatesWithCompletionHandler([this] { ++completions; });
+        BRUpdateController::checkUpdatesWithCompletionHandler([this] {
+            ++completions;
+            openedAtEnd = workspace::openedURLs();
+        });
     }
     // Runs until this many messages of the number were sent and answered.
     void waitFor(std::int64_t message, std::size_t number = 1)
@@ -78,6 +81,7 @@ public:
 
     PlayedScheduler scheduler;
     int completions = 0;
+    Texts openedAtEnd; // until the completion ran
     int notifications = 0;
     platform::NotificationObserver observer{BRVDidEnableAutoUpdates, [this] { ++notifications; }};
 };
@@ -161,6 +165,7 @@ TEST_CASE("Download opens the package's address, or the web site's package, and 
         UpdateTest test(each.info);
         user::answerNextAlert(Download);
         test.checkToTheEnd();
+        CHECK(test.openedAtEnd == each.opened); // before the check ends, and nothing after it
         CHECK(workspace::openedURLs() == each.opened);
         CHECK(test.scheduler.count(27) == 0);
         UpdateTest::alert();
