@@ -4,36 +4,16 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 
 namespace helper {
 
 using platform::Dictionary;
-using scheduling::Instant;
 
 namespace {
-
-constexpr Instant referenceDate = 978'307'200; // 2001-01-01
 
 constexpr std::array<std::string_view, 4> events{"start", "end", "missed", "blocked"};
 
 } // namespace
-
-platform::Date dateOf(Instant instant)
-{
-    return {static_cast<double>(instant - referenceDate)};
-}
-
-std::optional<Instant> instantOf(const platform::PropertyList* date)
-{
-    const auto* const found = date ? date->date() : nullptr;
-    const double seconds = found ? found->secondsSinceReferenceDate : std::nan("");
-    constexpr auto first = static_cast<double>(scheduling::earliestInstant - referenceDate);
-    constexpr auto last = static_cast<double>(scheduling::latestInstant - referenceDate);
-    if (!(seconds >= first && seconds <= last))
-        return std::nullopt;
-    return static_cast<Instant>(std::floor(seconds)) + referenceDate;
-}
 
 std::vector<std::string> namesOf(const scheduling::Reasons& reasons)
 {
