@@ -1,9 +1,9 @@
 #include "helper/Maintenance.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/BackupActivity.h"
 #include "helper/installation/Installation.h"
 #include "messaging/ZRKError.h"
+#include "platform/linux/system/backups/BackupLock.h"
 #include "protocol/ErrorCodes.h"
 
 #include <utility>
@@ -50,7 +50,7 @@ bool Maintenance::begin(Operation operation, const Completion& completion)
     }
     if (operation == Operation::Check)
         return true;
-    if (!*_backupIsUnderWay && !isBackupRunning()) {
+    if (!*_backupIsUnderWay && !platform::isBackupLockHeld()) {
         tellChange();
         return true;
     }
