@@ -3,7 +3,8 @@
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
 set(product Library/Brevane)
-set(installed_targets brevane_scheduler_helper brevane_backup_daemon brevane_post_update brevane brevane_log_tool)
+set(installed_targets brevane_scheduler_helper brevane_backup_daemon brevane_post_update brevane brevane_log_tool
+    brevane_agent_program)
 foreach(target IN LISTS installed_targets)
     if(NOT TARGET ${target})
         list(REMOVE_ITEM installed_targets ${target})

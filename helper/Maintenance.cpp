@@ -1,9 +1,9 @@
 #include "helper/Maintenance.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/BackupActivity.h"
 #include "helper/installation/Installation.h"
 #include "messaging/ZRKError.h"
+#include "platform/linux/system/backups/BackupLock.h"
 #include "protocol/ErrorCodes.h"
 
 #include <chrono>
@@ -63,7 +63,7 @@ bool Maintenance::begin(Operation operation, const Completion& completion)
         completion(std::unexpected(error(BRVErrorUpdateRunning)));
         return false;
     }
-    if (!*_backupIsUnderWay && !isBackupRunning()) {
+    if (!*_backupIsUnderWay && !platform::isBackupLockHeld()) {
         tellChange();
         _check->close(error(BRVErrorUpdateRunning));
         return true;

@@ -13,20 +13,27 @@ namespace helper {
 class Peers {
 public:
     void add(const std::string& name);
+    // It does more than watch the status of backups, so that the installation must not change beneath it.
+    void setUsesHelper(const std::string& name);
     void identify(const platform::BusPeer& peer); // ignored when it was not added, or is removed already
     void remove(const std::string& name);
 
     // nullopt until the peer was identified, and after it has left.
     std::optional<platform::BusPeer> identified(const std::string& name) const;
 
-    // Whether anybody who has sent messages is still connected.
+    // Whether anybody who uses the helper is still connected.
     bool anyConnected() const;
-    // Whether another program than that of `name` has sent messages and is still connected.
+    // Whether another program than that of `name` uses the helper and is still connected.
     bool othersConnected(const std::string& name) const;
 
 private:
+    struct Peer {
+        std::optional<platform::BusPeer> identity;
+        bool usesHelper = false;
+    };
+
     mutable std::mutex _lock;
-    std::map<std::string, std::optional<platform::BusPeer>, std::less<>> _peers;
+    std::map<std::string, Peer, std::less<>> _peers;
 };
 
 } // namespace helper

@@ -187,6 +187,8 @@ void SchedulerHelper::handle(Listener::Request received, Listener::Reply reply)
     _peers->add(received.sender);
     Job job{{}, std::move(received.sender), std::move(reply), nullptr, false};
     auto request = RequestReader::requestForMessage(std::move(received.message), received.tooLong);
+    if (!request || request->message != BRVMessageGetStatus)
+        _peers->setUsesHelper(job.sender);
     if (!request) {
         enqueue(std::move(job), 0, std::move(request.error()));
         return;

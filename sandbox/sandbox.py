@@ -28,6 +28,7 @@ UPDATES = "feed/configuration.plist"
 SUPPLIES = "sys/class/power_supply"
 PLUG = SUPPLIES + "/AC/online"
 BORG = "/usr/bin/borg"
+LOCK = "var/run/backupd.lock"
 RULES = "etc/polkit-1/rules.d"
 MARKER = ".brevane-sandbox"
 POLICY = os.path.join(SOURCE, "resources", "linux", "com.zerkolin.brevane.policy")
@@ -60,7 +61,7 @@ class Sandbox:
     def __init__(self, root, build, fresh=False):
         self.root = os.path.abspath(root)
         self.build = os.path.abspath(build)
-        self.bus = self.helper = self.authority = self.backup_daemon = None
+        self.bus = self.helper = self.authority = self.other_backup = None
         self._socket_folder = None
         self._lay_out(fresh)
         self.socket = self._socket_path()
@@ -211,9 +212,9 @@ class Sandbox:
         self._wait_until(lambda: self._owns_name("org.freedesktop.PolicyKit1", self.authority), self.authority,
                          "The authority")
 
-    def start_backup_daemon(self, lasting=5):
-        """Something that backs up as far as others can tell, for so many seconds at once and every hour."""
-        self.backup_daemon = self._start([os.path.join(self.build, "sandbox", "backupd"), "--lasting", str(lasting)])
+    def start_other_backup(self):
+        """Something that backs up as far as others can tell."""
+        self.other_backup = self._start(["flock", "--no-fork", self.path(LOCK), "sleep", "600"])
 
     def start_application(self, environment=None):
         return self._start([self.path(PRODUCT + "/bin/" + APPLICATION)], environment)
@@ -275,7 +276,7 @@ class Sandbox:
             with contextlib.suppress(ProcessLookupError):
                 os.kill(process, signal.SIGTERM)
         self._end_backup()
-        for program in (self.backup_daemon, self.authority, self.helper, self.bus):
+        for program in (self.other_backup, self.authority, self.helper, self.bus):
             self.end(program)
         if self._socket_folder:
             shutil.rmtree(self._socket_folder, ignore_errors=True)

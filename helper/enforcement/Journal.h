@@ -2,6 +2,7 @@
 
 #include "platform/PropertyList.h"
 #include "scheduling/Instant.h"
+#include "scheduling/InstantDate.h"
 #include "scheduling/Reasons.h"
 
 #include <cstddef>
@@ -48,8 +49,7 @@ private:
     std::deque<JournalEntry> _entries;
 };
 
-// Between instants and the dates of property lists. Nothing for a date that no clock shows.
-platform::Date dateOf(scheduling::Instant instant);
-std::optional<scheduling::Instant> instantOf(const platform::PropertyList* date);
+using scheduling::dateOf;
+using scheduling::instantOf;
 
 } // namespace helper

@@ -1,7 +1,5 @@
 #include "helper/enforcement/MachineConditions.h"
 
-#include "helper/BackupActivity.h"
-
 namespace helper {
 
 MachineConditions::MachineConditions(const std::shared_ptr<platform::Queue>& queue,
@@ -24,7 +22,7 @@ void MachineConditions::read(scheduling::Conditions& conditions, const Clocks& c
     conditions.sleepPreventers = !_sleepPreventers->current().names.empty();
     conditions.wired = _route->current().isWired;
     // That a lock is free is told a moment later than the end of whoever held it.
-    conditions.otherBackup = _lock->current().isHeld && isBackupRunning();
+    conditions.otherBackup = _lock->current().isHeld && platform::isBackupLockHeld();
     conditions.unusedSince.reset();
     if (use.unusedSince)
         conditions.unusedSince = clocks.elapsedAt(*use.unusedSince);

@@ -15,11 +15,15 @@ public:
     virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
     // The user started the application once more; that start came to nothing but this.
     virtual void applicationDidReopen() = 0;
+    // The user, or another program for him, wants to see this window; a name that says nothing is to be ignored. After
+    // the launch, or after the call above.
+    virtual void applicationShouldShow(const std::string& /*window*/) { }
 };
 
 // Runs the application's main loop: makes the delegate once the toolkit is up, tells it of the launch, serves the main
 // queue and ends when the application terminates. The result is the process's exit status. While an application of the
-// user runs on the same display, a second one only tells it so and ends at once with 0.
+// user runs on the same display, a second one only tells it so and ends at once with 0. The arguments "--show NAME", on
+// systems whose programs have arguments, name a window for applicationShouldShow.
 int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<ApplicationDelegate>()>& makeDelegate);
 
 // Ends the main loop after asking the delegate. Returns at once.

@@ -1,5 +1,5 @@
-#include "helper/BackupActivity.h"
 #include "platform/FileDescriptor.h"
+#include "platform/linux/system/backups/BackupLock.h"
 #include "tests/backups/RunnerFixture.h"
 #include "tests/support/ChildProcess.h"
 
@@ -59,12 +59,12 @@ TEST_CASE_FIXTURE(RunnerFixture, "the lock is held while a backup runs, and anot
     REQUIRE(runner->start(job("a-1", {shell("sleep 1")})));
     REQUIRE(backupProcess("a-1") > 0);
     CHECK(runner->running() == "a-1");
-    CHECK(helper::isBackupRunning());
+    CHECK(platform::isBackupLockHeld());
     const auto second = runner->start(job("a-2", {shell("exit 0")}));
     REQUIRE_FALSE(second);
     CHECK(second.error().code == EBUSY);
     CHECK(event(0) == ended("a-1", 0));
-    CHECK_FALSE(helper::isBackupRunning());
+    CHECK_FALSE(platform::isBackupLockHeld());
     CHECK(countOfEvents() == 1);
 }
 
@@ -139,7 +139,7 @@ TEST_CASE_FIXTURE(RunnerFixture, "a backup outlives the process that started it 
     }
     const auto runner = makeRunner();
     CHECK(runner->running() == "a-1");
-    CHECK(helper::isBackupRunning());
+    CHECK(platform::isBackupLockHeld());
     CHECK_FALSE(runner->start(job("a-2", {shell("exit 0")})));
     CHECK(event(0) == ended("a-1", 5));
     CHECK(countOfEvents() == 1);
@@ -172,7 +172,7 @@ TEST_CASE_FIXTURE(RunnerFixture, "a backup whose process is killed has no status
     CHECK(event(0) == ended("a-1", std::nullopt));
     CHECK_FALSE(runner->running());
     CHECK_FALSE(runner->lastEnd());
-    CHECK_FALSE(helper::isBackupRunning());
+    CHECK_FALSE(platform::isBackupLockHeld());
 }
 
 TEST_CASE_FIXTURE(RunnerFixture, "a record of a process whose number another one has got by now is not taken for it")

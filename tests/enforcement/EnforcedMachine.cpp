@@ -12,8 +12,6 @@
 #include "tests/platform/ScriptedSystemInformation.h"
 
 #include <doctest/doctest.h>
-#include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 using platform::Dictionary;
@@ -138,12 +136,6 @@ void EnforcedMachine::endBackup(std::optional<int> status)
 
 void EnforcedMachine::runOtherBackup(bool runs)
 {
-    _lock.reset();
-    if (runs) {
-        const auto path = _root.write("var/run/backupd.lock", "");
-        _lock.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-        REQUIRE(::flock(_lock.get(), LOCK_EX | LOCK_NB) == 0);
-    }
     scripted::backups::setLockHeld(runs);
     flush();
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "helper/enforcement/EnforcementLoop.h"
-#include "platform/FileDescriptor.h"
 #include "platform/Queue.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -58,7 +57,6 @@ private:
     std::vector<platform::Dictionary> journal();
 
     TemporaryDirectory _root;
-    platform::FileDescriptor _lock;
     std::shared_ptr<helper::ProgramChoice> _program;
     std::shared_ptr<std::atomic<bool>> _isUnderWay;
     std::atomic<bool> _isMaintained = false;

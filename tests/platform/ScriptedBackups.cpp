@@ -210,6 +210,12 @@ std::unique_ptr<BackupRunner> BackupRunner::create(std::shared_ptr<Queue> queue,
     return std::make_unique<scripted::backups::ScriptedRunner>(std::move(queue), std::move(handler));
 }
 
+bool isBackupLockHeld()
+{
+    const std::lock_guard lock(scripted::backups::Machine::shared().mutex);
+    return scripted::backups::Machine::shared().isLockHeld;
+}
+
 FollowedCondition<BackupLockState> followBackupLock(std::shared_ptr<Queue> queue, std::function<void()> handler)
 {
     return std::make_unique<scripted::backups::ScriptedLock>(std::move(queue), std::move(handler));

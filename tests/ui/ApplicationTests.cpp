@@ -17,6 +17,7 @@
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 using namespace platform::ui;
 
@@ -50,11 +51,18 @@ public:
     void applicationDidReopen() override
     {
         report("reopened ");
+        if (!showsLater)
+            terminateApplication();
+    }
+    void applicationShouldShow(const std::string& window) override
+    {
+        report("show " + window + " ");
         terminateApplication();
     }
 
     std::function<bool()> mayTerminate = [] { return true; };
     std::function<void()> whenAsked;
+    bool showsLater = false; // after it was reopened
     std::unique_ptr<Interface> interface;
 
 private:
@@ -63,7 +71,7 @@ private:
 
 // Runs an application whose delegate does this after the launch, in a home of its own. What it reported, and its exit
 // status.
-std::string run(const std::function<void(Delegate&)>& whenLaunched)
+std::string run(const std::function<void(Delegate&)>& whenLaunched, std::vector<std::string> more = {})
 {
     int ends[2];
     REQUIRE(pipe(ends) == 0);
@@ -76,8 +84,13 @@ std::string run(const std::function<void(Delegate&)>& whenLaunched)
         close(ends[0]);
         reportDescriptor = ends[1];
         char name[] = "application";
-        char* arguments[] = {name, nullptr};
-        const int status = applicationMain(1, arguments, [&] { return std::make_shared<Delegate>(whenLaunched); });
+        std::vector<char*> arguments{name};
+        for (auto& each : more)
+            arguments.push_back(each.data());
+        const auto count = static_cast<int>(arguments.size());
+        arguments.push_back(nullptr);
+        const int status =
+            applicationMain(count, arguments.data(), [&] { return std::make_shared<Delegate>(whenLaunched); });
         report("status " + std::to_string(status));
         _exit(0);
     }
@@ -93,14 +106,14 @@ std::string run(const std::function<void(Delegate&)>& whenLaunched)
 }
 
 // A further start of the application that is running, as seen from it: what it ends with, once it has.
-std::string startAgain(const char* home = nullptr)
+std::string startAgain(const char* home = nullptr, const char* window = nullptr)
 {
     const auto child = fork();
     if (child == 0) {
         alarm(30);
         if (home)
             setenv("HOME", home, 1);
-        execl(LAUNCH_PROBE, "application", "once", nullptr);
+        execl(LAUNCH_PROBE, "application", "once", window ? "--show" : nullptr, window, nullptr);
         _exit(127);
     }
     int status = 0;
@@ -223,6 +236,21 @@ TEST_CASE("a second start while the first one is busy ends all the same, and is 
 {
     CHECK(run([](Delegate&) { report("second " + startAgain() + " "); })
           == "awake launched second 0 reopened asked status 0");
+}
+
+TEST_CASE("a window that the arguments name is shown after the launch, and an argument without a name shows nothing")
+{
+    CHECK(run([](Delegate&) { }, {"--show", "activity"}) == "awake launched show activity asked status 0");
+    CHECK(run([](Delegate&) { terminateApplication(); }, {"--show"}) == "awake launched asked status 0");
+}
+
+TEST_CASE("a second start that names a window has the first one show it")
+{
+    CHECK(run([](Delegate& delegate) {
+              delegate.showsLater = true;
+              report("second " + startAgain(nullptr, "activity") + " ");
+          })
+          == "awake launched second 0 reopened show activity asked status 0");
 }
 
 TEST_CASE("another user's or display's application is no second start")

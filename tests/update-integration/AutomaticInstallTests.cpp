@@ -78,6 +78,17 @@ TEST_CASE("while a program is connected to the helper it does not update itself,
     CHECK(waitForVersion(machine, "2.0"));
 }
 
+TEST_CASE("a program that only watches the status of backups holds up no update")
+{
+    UpdateMachine machine;
+    startTryingEachSecond(machine);
+    ChildProcess other({BREVANE_TEST_CLIENT});
+    other.write("watch\n");
+    REQUIRE(other.readLine() == "ok");
+    CHECK(waitForVersion(machine, "2.0"));
+    CHECK(other.isRunning());
+}
+
 TEST_CASE("while a backup runs the helper does not update itself, and does so when it is over")
 {
     UpdateMachine machine;

@@ -322,7 +322,7 @@ TEST_CASE("while a backup runs nothing is installed or removed, but a check is m
     {
         backup->signal(SIGTERM);
     }
-    SUBCASE("or until its daemon is killed")
+    SUBCASE("or until its program is killed")
     {
         backup->kill();
     }

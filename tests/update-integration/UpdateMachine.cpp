@@ -2,6 +2,8 @@
 
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKAuthorizationManager.h"
+#include "platform/Folder.h"
+#include "platform/linux/system/backups/BackupLock.h"
 #include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "tests/support/BusOwner.h"
@@ -300,10 +302,11 @@ bool UpdateMachine::waitForHelper(const std::string& version) const
 
 std::unique_ptr<ChildProcess> UpdateMachine::startBackup() const
 {
-    auto daemon = std::make_unique<ChildProcess>(
-        ChildProcess::Arguments{BREVANE_SANDBOX_BACKUPD, "--every", "0", "--lasting", "600"});
-    REQUIRE(waitUntil([&] { return contentOfFile(root() + "/var/log/system.jsonl").contains("Backing up to"); }));
-    return daemon;
+    REQUIRE(platform::createFolder(root() + "/var/run"));
+    auto backup = std::make_unique<ChildProcess>(
+        ChildProcess::Arguments{"flock", "--no-fork", root() + "/var/run/backupd.lock", "sleep", "600"});
+    REQUIRE(waitUntil(platform::isBackupLockHeld));
+    return backup;
 }
 
 namespace {

@@ -66,7 +66,7 @@ public:
     std::string log() const;
     // Waits until this version of the helper has begun.
     bool waitForHelper(const std::string& version) const;
-    // The sandbox's backup daemon, in the middle of a long backup.
+    // What holds the lock of the system's backups.
     std::unique_ptr<ChildProcess> startBackup() const;
 
     platform::ServiceReply send(std::int64_t message, const std::optional<platform::PropertyList>& payload = {});

@@ -34,5 +34,5 @@ int main(int argc, char** argv)
 {
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
     const bool hangs = argc > 1 && std::string_view(argv[1]) == "hang";
-    return applicationMain(1, argv, [hangs] { return std::make_shared<LaunchedDelegate>(hangs); });
+    return applicationMain(argc, argv, [hangs] { return std::make_shared<LaunchedDelegate>(hangs); });
 }

@@ -31,6 +31,17 @@ FileDescriptor openLockFile(const std::string& path)
     return FileDescriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644));
 }
 
+// By another description of the file.
+bool isHeldElsewhere(const FileDescriptor& file)
+{
+    if (!file)
+        return false;
+    const bool isHeld = ::flock(file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (!isHeld)
+        ::flock(file.get(), LOCK_UN);
+    return isHeld;
+}
+
 // Waits for the end of a lock on a thread of its own, which may outlive who wants to know. Closing its file tells.
 void awaitRelease(const std::string& path, const std::shared_ptr<std::atomic<bool>>& isWaiting)
 {
@@ -72,9 +83,7 @@ private:
 
     void look(std::size_t looks)
     {
-        const bool isHeld = _file && ::flock(_file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-        if (_file && !isHeld)
-            ::flock(_file.get(), LOCK_UN);
+        const bool isHeld = isHeldElsewhere(_file);
         _teller.publish({isHeld});
         _next.reset();
         if (isHeld)
@@ -92,6 +101,12 @@ private:
 };
 
 } // namespace
+
+bool isBackupLockHeld()
+{
+    const auto path = systemPath(BackupLockFile);
+    return isHeldElsewhere(FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW)));
+}
 
 FollowedCondition<BackupLockState> followBackupLock(std::shared_ptr<Queue> queue, std::function<void()> handler)
 {

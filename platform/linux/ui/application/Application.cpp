@@ -11,11 +11,26 @@
 
 namespace platform::ui {
 
+namespace {
+
+constexpr const char* showArgument = "--show";
+
+// Which window the arguments name.
+QByteArray windowInArguments()
+{
+    const auto arguments = QCoreApplication::arguments();
+    const auto at = arguments.indexOf(QLatin1String(showArgument));
+    return at < 0 ? QByteArray() : arguments.value(at + 1).toUtf8();
+}
+
+} // namespace
+
 int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<ApplicationDelegate>()>& makeDelegate)
 {
     const FontPreparation fonts;
     ApplicationInstance application(argc, argv);
-    FirstInstance instance;
+    const auto window = windowInArguments();
+    FirstInstance instance(window);
     if (!instance.isFirst())
         return 0;
     const TerminationSignals signals([&application] { application.terminateSoon(); });
@@ -25,11 +40,19 @@ int applicationMain(int argc, char** argv, const std::function<std::shared_ptr<A
 
     const auto delegate = makeDelegate();
     application.setDelegate(delegate);
-    QObject::connect(&instance, &FirstInstance::startedAgain, &application, [&application] { application.reopen(); });
+    QObject::connect(&instance, &FirstInstance::startedAgain, &application, [&application](const QByteArray& wanted) {
+        application.reopen();
+        application.show(wanted);
+    });
     delegate->awakeFromNib();
     // Inside the loop, so that terminating ends it, also from an alert that is shown at launch.
     QMetaObject::invokeMethod(
-        &application, [&delegate] { delegate->applicationDidFinishLaunching(); }, Qt::QueuedConnection);
+        &application,
+        [&] {
+            delegate->applicationDidFinishLaunching();
+            application.show(window);
+        },
+        Qt::QueuedConnection);
     return QCoreApplication::exec();
 }
 

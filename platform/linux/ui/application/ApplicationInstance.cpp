@@ -45,6 +45,12 @@ void ApplicationInstance::reopen()
     }
 }
 
+void ApplicationInstance::show(const QByteArray& window)
+{
+    if (const auto delegate = _delegate.lock(); delegate && !window.isEmpty())
+        delegate->applicationShouldShow(window.toStdString());
+}
+
 void ApplicationInstance::lastWindowDidClose()
 {
     const auto delegate = _delegate.lock();

@@ -21,6 +21,7 @@ public:
     // From the main loop, once, however often it is asked for.
     void terminateSoon();
     void reopen();
+    void show(const QByteArray& window); // nothing for an empty name
 
 Q_SIGNALS:
     void terminated();

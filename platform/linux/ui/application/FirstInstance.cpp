@@ -18,6 +18,7 @@ constexpr int answerLimit = 3000; // milliseconds; past them the first one is bu
 constexpr int attempts = 3;       // the first one may be just about to end
 constexpr int waitingStarts = 8;
 constexpr std::size_t longestToken = 512;
+constexpr std::size_t longestWindow = 64;
 constexpr const char* activationToken = "XDG_ACTIVATION_TOKEN";
 
 struct Address {
@@ -61,12 +62,12 @@ bool isOwnProcess(int connection)
 
 } // namespace
 
-FirstInstance::FirstInstance()
+FirstInstance::FirstInstance(const QByteArray& window)
 {
     for (int attempt = 0; attempt < attempts; ++attempt) {
         if (listen())
             return;
-        if (tellFirst()) {
+        if (tellFirst(window)) {
             _isFirst = false;
             return;
         }
@@ -90,14 +91,14 @@ bool FirstInstance::listen()
     return true;
 }
 
-bool FirstInstance::tellFirst() const
+bool FirstInstance::tellFirst(const QByteArray& window) const
 {
     const auto address = instanceAddress();
     const auto socket = newSocket();
     if (!socket || ::connect(socket.get(), address.get(), address.length) != 0 || !isOwnProcess(socket.get()))
         return false;
-    const auto token = qgetenv(activationToken).left(longestToken) + '\n';
-    if (::send(socket.get(), token.constData(), static_cast<std::size_t>(token.size()), MSG_NOSIGNAL) < 0)
+    const auto packet = qgetenv(activationToken).left(longestToken) + '\n' + window.left(longestWindow) + '\n';
+    if (::send(socket.get(), packet.constData(), static_cast<std::size_t>(packet.size()), MSG_NOSIGNAL) < 0)
         return false;
     pollfd answer{socket.get(), POLLIN, 0};
     char heard = 0;
@@ -120,15 +121,16 @@ void FirstInstance::accept()
 void FirstInstance::hear(int connection)
 {
     const FileDescriptor owned(connection);
-    std::array<char, longestToken + 1> packet{};
+    std::array<char, longestToken + longestWindow + 2> packet{};
     const auto length = ::recv(connection, packet.data(), packet.size(), 0);
     if (length <= 0 || !isOwnProcess(connection))
         return;
     ::send(connection, "!", 1, MSG_NOSIGNAL);
-    const QByteArray token = QByteArray(packet.data(), length).trimmed();
+    const auto lines = QByteArray(packet.data(), length).split('\n');
+    const auto token = lines.value(0).trimmed();
     if (!token.isEmpty())
         qputenv(activationToken, token); // read by the toolkit when a window asks for the keyboard
-    Q_EMIT startedAgain();
+    Q_EMIT startedAgain(lines.value(1));
 }
 
 } // namespace platform::ui

@@ -3,6 +3,7 @@
 //   name              the unique name of the shared bus connection
 //   own               whether it may serve the helper's name: "yes" or the reason
 //   get               asks the helper for the automatic updates: "ok", or the domains and codes of the error chain
+//   watch             asks the helper for the status of backups: the same
 //   set               changes them, with an authorization if need be: the same
 //   silent            the result code for the first right without interaction
 //   ask               the result code for the first right with interaction
@@ -87,6 +88,8 @@ std::string answer(const std::string& command)
         return ownName();
     if (command == "get")
         return describe(BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageGetAutoUpdates));
+    if (command == "watch")
+        return describe(BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageGetStatus));
     if (command == "set")
         return describe(BRVHelperMessager::sharedMessager()->sendSynchronousMessage(
             BRVMessageSetAutoUpdates, platform::Dictionary{{"Enabled", true}}));

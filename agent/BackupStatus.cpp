@@ -1,0 +1,78 @@
+#include "agent/BackupStatus.h"
+
+#include "protocol/BackupStatus.h"
+#include "scheduling/InstantDate.h"
+
+#include <algorithm>
+
+namespace agent {
+
+using platform::Dictionary;
+using scheduling::instantOf;
+
+namespace {
+
+std::vector<std::string> textsOf(const platform::Array* array)
+{
+    std::vector<std::string> texts;
+    for (const auto& each : array ? *array : platform::Array()) {
+        if (const auto* const text = each.string())
+            texts.push_back(*text);
+    }
+    return texts;
+}
+
+std::string textOf(const Dictionary& dictionary, const char* key)
+{
+    const auto* const text = dictionary.stringForKey(key);
+    return text ? *text : std::string();
+}
+
+void addMissed(BackupStatus& status, const Dictionary& entry)
+{
+    if (status.missed == 0) {
+        status.lastMissed = instantOf(entry.find(BackupStatusKey::At));
+        status.missedReasons = textsOf(entry.arrayForKey(BackupStatusKey::Reasons));
+    }
+    // Some are told as one.
+    status.missed += std::max<std::int64_t>(entry.integerForKey(BackupStatusKey::Count), 1);
+}
+
+// The entries stand newest first.
+void readJournal(BackupStatus& status, const platform::Array& journal)
+{
+    bool wasStarted = false;
+    bool hasEnded = false;
+    for (const auto& each : journal) {
+        const auto* const entry = each.dictionary();
+        const auto event = entry ? textOf(*entry, BackupStatusKey::Event) : std::string();
+        if (event == "missed" && !wasStarted)
+            addMissed(status, *entry);
+        if (event == "end" && !hasEnded && !entry->boolForKey(BackupStatusKey::Succeeded))
+            status.failure = textOf(*entry, BackupStatusKey::Text);
+        wasStarted = wasStarted || event == "start" || event == "end";
+        hasEnded = hasEnded || event == "end";
+    }
+}
+
+} // namespace
+
+std::optional<BackupStatus> BackupStatus::inReply(const Dictionary& reply)
+{
+    const auto now = instantOf(reply.find(BackupStatusKey::Now));
+    const auto* const state = reply.stringForKey(BackupStatusKey::State);
+    if (!now || !state)
+        return std::nullopt;
+    BackupStatus status;
+    status.now = *now;
+    status.isOn = *state != "off";
+    status.reasons = textsOf(reply.arrayForKey(BackupStatusKey::Reasons));
+    status.lastSucceeded = instantOf(reply.find(BackupStatusKey::LastSucceeded));
+    status.lastEnd = instantOf(reply.find(BackupStatusKey::LastEnd));
+    status.failures = reply.integerForKey(BackupStatusKey::Failures);
+    if (const auto* const journal = reply.arrayForKey(BackupStatusKey::Journal))
+        readJournal(status, *journal);
+    return status;
+}
+
+} // namespace agent

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/PropertyList.h"
+#include "scheduling/Instant.h"
+
+#include <optional>
+
+namespace scheduling {
+
+// Between instants and the dates of property lists. Nothing for what is no date, or one that no clock shows.
+platform::Date dateOf(Instant instant);
+std::optional<Instant> instantOf(const platform::PropertyList* date);
+
+} // namespace scheduling

@@ -1,0 +1,177 @@
+"""What a booted system sees of backups as transient units. Runs inside, as root; see boot.py."""
+import os
+import plistlib
+import shutil
+import subprocess
+import time
+
+import wire
+
+HELPER = "com.zerkolin.brevane.scheduler.service"
+BACKUP = "com.zerkolin.brevane.backup.service"
+TOOL = "/opt/brevane/Library/Brevane/com.zerkolin.brevane.scheduler"
+STATE = "/opt/brevane/var/db/brevane/state.plist"
+
+
+def run(*command):
+    return subprocess.run(command, capture_output=True, text=True, check=False).stdout.strip()
+
+
+def ask(number, payload=None):
+    client = wire.Client()
+    try:
+        entries = [("message", number), ("auth", client.token())]
+        if payload is not None:
+            entries.append(("payload", plistlib.dumps(payload, fmt=plistlib.FMT_BINARY)))
+        reply = client.ask(entries)
+        assert reply and "payload" in reply, (number, reply)
+        return plistlib.loads(reply["payload"])
+    finally:
+        client.close()
+
+
+def wait_for(condition, what, seconds=60):
+    end = time.monotonic() + seconds
+    while not condition():
+        assert time.monotonic() < end, "waited in vain for " + what
+        time.sleep(0.05)
+
+
+def state():
+    try:
+        return ask(5)["State"]
+    except (OSError, ConnectionError, AssertionError):
+        return "nothing"  # it is just being started again
+
+
+def is_active(unit):
+    return run("systemctl", "is-active", unit) in ("active", "activating")
+
+
+def helper_process():
+    return run("systemctl", "show", "--property=MainPID", "--value", HELPER)
+
+
+def events():
+    """Of the journal, oldest first."""
+    told = []
+    for entry in reversed(ask(5)["Journal"]):
+        told.append(entry["Event"] + {True: " success", False: " failure", None: ""}[entry.get("Succeeded")])
+    return told
+
+
+def lines(subsystem):
+    run("journalctl", "--sync")
+    return run("journalctl", "--boot", "--output=cat", "SUBSYSTEM=" + subsystem).splitlines()
+
+
+def start_long_backup():
+    ask(12, {"Program": "service", "Fields": {"Unit": "long-backup.service"}})
+    ask(3)
+    wait_for(lambda: is_active(BACKUP) and is_active("long-backup.service"), "the long backup")
+    assert state() == "running"
+
+
+def see_it_end(before, outcome="end success"):
+    wait_for(lambda: state() == "waiting" or state() == "off", "the end of the backup")
+    assert events() == before + ["start", outcome], (before, events())
+    wait_for(lambda: not is_active(BACKUP), "the end of the unit")
+
+
+def a_backup_runs_as_a_unit_of_its_own_and_its_output_is_in_the_journal():
+    os.makedirs("/srv/data")
+    with open("/srv/data/file", "wb") as file:
+        file.write(os.urandom(1 << 20))
+    ask(12, {"Program": "borg", "Fields": {"Folders": ["/srv/data"], "Repository": "/srv/repository"}})
+    ask(3)
+    see_it_end([])
+    assert any("Number of files: 1" in line for line in lines("com.apple.TimeMachine")), lines("com.apple.TimeMachine")
+    told = lines("com.zerkolin.brevane")
+    assert any(line.startswith("The backup succeeded; it took ") for line in told), told
+
+
+def the_unit_comes_after_other_work_and_outlives_a_restart_of_the_helper():
+    before = events()
+    start_long_backup()
+    values = run("systemctl", "show", "--property=CPUWeight,IOWeight,Type,Description", BACKUP).splitlines()
+    assert sorted(values) == ["CPUWeight=10", "Description=Backup by Brevane", "IOWeight=10", "Type=exec"], values
+    backup = run("systemctl", "show", "--property=MainPID", "--value", BACKUP)
+    helper = helper_process()
+    run("systemctl", "restart", HELPER)
+    wait_for(lambda: state() == "running", "the helper to find the backup again")
+    assert helper_process() != helper
+    assert run("systemctl", "show", "--property=MainPID", "--value", BACKUP) == backup
+    see_it_end(before)
+
+
+def it_outlives_a_kill_of_the_helper():
+    before = events()
+    start_long_backup()
+    helper = helper_process()
+    run("systemctl", "kill", "--signal=KILL", HELPER)
+    wait_for(lambda: helper_process() not in (helper, "0") and state() == "running", "the next helper to find the backup")
+    see_it_end(before)
+
+
+def it_outlives_a_new_version_of_the_helper():
+    before = events()
+    start_long_backup()
+    shutil.copy(TOOL, TOOL + ".new")
+    os.replace(TOOL + ".new", TOOL)
+    run("systemctl", "restart", HELPER)
+    wait_for(lambda: state() == "running", "the new version to find the backup")
+    assert os.path.samefile(f"/proc/{helper_process()}/exe", TOOL)
+    see_it_end(before)
+
+
+def it_outlives_a_restart_of_the_bus():
+    before = events()
+    start_long_backup()
+    run("systemctl", "restart", "dbus.service")
+    wait_for(lambda: state() == "running", "the helper to find the backup on the new bus")
+    see_it_end(before)
+
+
+def a_backup_that_is_killed_has_failed_and_is_told():
+    before = events()
+    start_long_backup()
+    run("systemctl", "kill", "--signal=KILL", BACKUP)
+    see_it_end(before, "end failure")
+    run("systemctl", "stop", "long-backup.service")
+    assert any(line.startswith("The backup failed: it stopped before its end.") for line in lines("com.zerkolin.brevane"))
+
+
+def a_second_helper_does_not_begin():
+    helper = helper_process()
+    second = subprocess.run([TOOL, "--root", "/opt/brevane"], capture_output=True, text=True, timeout=30, check=False)
+    assert second.returncode == 69, second
+    assert helper_process() == helper and state() in ("off", "waiting")
+
+
+def everything_is_remembered_over_a_stop():
+    before = events()
+    run("systemctl", "stop", HELPER)
+    with open(STATE, "rb") as file:
+        assert len(plistlib.load(file)["Journal"]) == len(before)
+    assert events() == before  # the bus has started it again
+
+
+def main():
+    for scene in (a_backup_runs_as_a_unit_of_its_own_and_its_output_is_in_the_journal,
+                  the_unit_comes_after_other_work_and_outlives_a_restart_of_the_helper, it_outlives_a_kill_of_the_helper,
+                  it_outlives_a_new_version_of_the_helper, it_outlives_a_restart_of_the_bus,
+                  a_backup_that_is_killed_has_failed_and_is_told, a_second_helper_does_not_begin,
+                  everything_is_remembered_over_a_stop):
+        began = time.monotonic()
+        try:
+            scene()
+        except BaseException:
+            print("FAILED: " + scene.__name__)
+            print(run("journalctl", "--boot", "--no-pager", "--lines=60"))
+            raise
+        print(f"{scene.__name__.replace('_', ' ')}: {time.monotonic() - began:.1f} s")
+    print("The story is over.")
+
+
+if __name__ == "__main__":
+    main()
