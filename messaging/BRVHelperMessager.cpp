@@ -1,5 +1,8 @@
 #include "messaging/BRVHelperMessager.h"
 
+#include "messaging/ZRKError.h"
+#include "protocol/ErrorCodes.h"
+
 #include <utility>
 
 const std::shared_ptr<BRVHelperMessager>& BRVHelperMessager::sharedMessager()
@@ -32,6 +35,41 @@ BRVHelperMessager::Reply BRVHelperMessager::sendSynchronousMessage(std::int64_t 
     return _client->sendSynchronousMessage(message, payload);
 }
 
+void BRVHelperMessager::sendMessageForDictionary(std::int64_t message, const Payload& payload,
+                                                 std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler)
+{
+    _client->sendMessage(message, payload, std::move(replyQueue), [message, handler = std::move(handler)](Reply reply) {
+        if (!reply)
+            handler(std::unexpected(std::move(reply.error())));
+        else if (auto* const dictionary = reply->dictionary())
+            handler(std::move(*dictionary));
+        else
+            handler(std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeReply,
+                                                              {{"message", message}})));
+    });
+}
+
+void BRVHelperMessager::getStatus(std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler)
+{
+    sendMessageForDictionary(BRVMessageGetStatus, {}, std::move(replyQueue), std::move(handler));
+}
+
+void BRVHelperMessager::startBackup(std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler)
+{
+    sendMessageForDictionary(BRVMessageStartBackup, {}, std::move(replyQueue), std::move(handler));
+}
+
+void BRVHelperMessager::getBackupProgram(std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler)
+{
+    sendMessageForDictionary(BRVMessageGetBackupProgram, {}, std::move(replyQueue), std::move(handler));
+}
+
+void BRVHelperMessager::setBackupProgram(const platform::Dictionary& choice,
+                                         std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler)
+{
+    sendMessageForDictionary(BRVMessageSetBackupProgram, choice, std::move(replyQueue), std::move(handler));
+}
+
 void BRVHelperMessager::cancel()
 {
     _client->cancel();
@@ -47,4 +85,9 @@ bool BRVHelperMessager::requiresAuthorizationForMessage(std::int64_t message) co
 {
     const auto rights = BRVAuthorizationRightsForMessage(message);
     return rights && !rights->empty();
+}
+
+bool helperDoesNotServeMessage(const platform::Error& error)
+{
+    return error.domain == ZRKMessagerErrorDomain && error.code == ZRKMessagerErrorDeserializeMessage;
 }

@@ -4,6 +4,7 @@
 #include "protocol/Messages.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,11 +26,26 @@ public:
     Reply sendSynchronousMessage(std::int64_t message, const Payload& payload = {});
     void cancel();
 
+    // What concerns backups: the reply is a dictionary, anything else an error. The handler runs on the queue; when the
+    // request cannot be built, as when the user cancels the authentication, at once on the calling thread.
+    using DictionaryHandler = std::function<void(platform::Result<platform::Dictionary>)>;
+    void getStatus(std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler); // BackupStatusKey
+    void startBackup(std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler);
+    void getBackupProgram(std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler); // BackupProgramKey
+    void setBackupProgram(const platform::Dictionary& choice, std::shared_ptr<platform::Queue> replyQueue,
+                          DictionaryHandler handler);
+
     std::optional<std::vector<std::string>> authorizationRightsForMessage(const ZRKMessagerClient& client,
                                                                           std::int64_t message) override;
     bool requiresAuthorizationForMessage(std::int64_t message) const;
 
 private:
     BRVHelperMessager() = default;
+    void sendMessageForDictionary(std::int64_t message, const Payload& payload,
+                                  std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler);
     std::unique_ptr<ZRKMessagerClient> _client;
 };
+
+// True when the helper's reply to a message without payload says that it does not serve its number: it is of another
+// version.
+bool helperDoesNotServeMessage(const platform::Error& error);

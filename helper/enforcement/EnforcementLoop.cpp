@@ -5,6 +5,7 @@
 #include "helper/enforcement/StatusReply.h"
 #include "helper/SettingsValidator.h"
 #include "protocol/BackupProgram.h"
+#include "protocol/BackupStatus.h"
 #include "protocol/ErrorCodes.h"
 #include "scheduling/InstantText.h"
 
@@ -24,8 +25,6 @@ using scheduling::Now;
 using scheduling::Scheduler;
 
 namespace {
-
-constexpr const char* statusNotification = "com.zerkolin.brevane.status";
 
 // The longest that a computer may take to fall asleep once it was announced.
 constexpr std::chrono::seconds wakeLimit{60};
@@ -71,7 +70,7 @@ EnforcementLoop::EnforcementLoop(EnforcementParts parts, std::shared_ptr<platfor
       _file(_parts.statePath),
       _state(_file.found().value_or(EnforcementState())),
       _machine(queue, [this] { happen(); }),
-      _notifier(statusNotification, queue),
+      _notifier(BRVDidChangeBackupStatus, queue),
       _runner(platform::BackupRunner::create(queue, [this](const BackupEvent& event) { backupEvent(event); })),
       _timer(ClockTimer::create(ClockTimer::Clock::SinceEpoch, queue, [this] { happen(); })),
       _wakeLimit(ClockTimer::create(ClockTimer::Clock::SinceBoot, queue, [this] { clockEvent(ClockEvent::DidWake); })),

@@ -1,5 +1,7 @@
 #include "helper/enforcement/Journal.h"
 
+#include "protocol/BackupStatus.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -41,37 +43,38 @@ std::vector<std::string> namesOf(const scheduling::Reasons& reasons)
 
 Dictionary JournalEntry::dictionary() const
 {
-    Dictionary dictionary{{"At", dateOf(at)}, {"Event", event}, {"Text", text}};
+    Dictionary dictionary{
+        {BackupStatusKey::At, dateOf(at)}, {BackupStatusKey::Event, event}, {BackupStatusKey::Text, text}};
     if (due)
-        dictionary.set("Due", dateOf(*due));
+        dictionary.set(BackupStatusKey::Due, dateOf(*due));
     if (count)
-        dictionary.set("Count", *count);
+        dictionary.set(BackupStatusKey::Count, *count);
     if (!reasons.empty())
-        dictionary.set("Reasons", platform::Array(reasons.begin(), reasons.end()));
+        dictionary.set(BackupStatusKey::Reasons, platform::Array(reasons.begin(), reasons.end()));
     if (succeeded)
-        dictionary.set("Succeeded", *succeeded);
+        dictionary.set(BackupStatusKey::Succeeded, *succeeded);
     return dictionary;
 }
 
 std::optional<JournalEntry> JournalEntry::inDictionary(const Dictionary& dictionary)
 {
-    const auto at = instantOf(dictionary.find("At"));
-    const auto* const event = dictionary.stringForKey("Event");
-    const auto* const text = dictionary.stringForKey("Text");
+    const auto at = instantOf(dictionary.find(BackupStatusKey::At));
+    const auto* const event = dictionary.stringForKey(BackupStatusKey::Event);
+    const auto* const text = dictionary.stringForKey(BackupStatusKey::Text);
     if (!at || !event || !text || std::ranges::find(events, *event) == events.end())
         return std::nullopt;
     JournalEntry entry{.at = *at,
                        .event = *event,
-                       .due = instantOf(dictionary.find("Due")),
+                       .due = instantOf(dictionary.find(BackupStatusKey::Due)),
                        .count = {},
                        .reasons = {},
                        .succeeded = {},
                        .text = *text};
-    if (dictionary.contains("Count"))
-        entry.count = dictionary.integerForKey("Count");
-    if (dictionary.contains("Succeeded"))
-        entry.succeeded = dictionary.boolForKey("Succeeded");
-    const auto* const reasons = dictionary.arrayForKey("Reasons");
+    if (dictionary.contains(BackupStatusKey::Count))
+        entry.count = dictionary.integerForKey(BackupStatusKey::Count);
+    if (dictionary.contains(BackupStatusKey::Succeeded))
+        entry.succeeded = dictionary.boolForKey(BackupStatusKey::Succeeded);
+    const auto* const reasons = dictionary.arrayForKey(BackupStatusKey::Reasons);
     for (const auto& each : reasons ? *reasons : platform::Array()) {
         if (const auto* const name = each.string())
             entry.reasons.push_back(*name);

@@ -1,5 +1,6 @@
 #include "helper/enforcement/StatusReply.h"
 
+#include "protocol/BackupStatus.h"
 #include "scheduling/InstantText.h"
 #include "scheduling/Scheduler.h"
 #include "scheduling/Upcoming.h"
@@ -29,11 +30,12 @@ platform::Array upcoming(const Scheduler& scheduler, scheduling::Now now)
 {
     platform::Array array;
     for (const auto& moment : scheduling::upcomingMoments(switchedOn(scheduler, now), now, mostUpcoming)) {
-        array.emplace_back(Dictionary{{"At", dateOf(moment.at)},
-                                      {"Local", scheduling::localTextOfInstant(scheduler.plan().local, moment.at)},
-                                      {"Suspended", moment.suspended},
-                                      {"Shifted", moment.shifted},
-                                      {"Repeated", moment.repeated}});
+        array.emplace_back(
+            Dictionary{{BackupStatusKey::At, dateOf(moment.at)},
+                       {BackupStatusKey::Local, scheduling::localTextOfInstant(scheduler.plan().local, moment.at)},
+                       {BackupStatusKey::Suspended, moment.suspended},
+                       {BackupStatusKey::Shifted, moment.shifted},
+                       {BackupStatusKey::Repeated, moment.repeated}});
     }
     return array;
 }
@@ -52,19 +54,19 @@ Dictionary statusReply(const Scheduler& scheduler, scheduling::Now now, const Jo
     const auto status = scheduler.status(now);
     const auto& memory = scheduler.memory();
     const auto reasons = namesOf(status.reasons);
-    Dictionary reply{{"Now", dateOf(now.clock)},
-                     {"Zone", scheduler.plan().local.zone().name()},
-                     {"State", scheduling::stateName(status.state)},
-                     {"Reasons", platform::Array(reasons.begin(), reasons.end())},
-                     {"Failures", memory.failures},
-                     {"Upcoming", upcoming(scheduler, now)},
-                     {"Journal", journal.array()}};
-    setDate(reply, "Due", status.due);
-    setDate(reply, "LastStart", memory.lastStart);
-    setDate(reply, "LastEnd", memory.lastEnd);
-    setDate(reply, "LastSucceeded", memory.lastSucceeded);
+    Dictionary reply{{BackupStatusKey::Now, dateOf(now.clock)},
+                     {BackupStatusKey::Zone, scheduler.plan().local.zone().name()},
+                     {BackupStatusKey::State, scheduling::stateName(status.state)},
+                     {BackupStatusKey::Reasons, platform::Array(reasons.begin(), reasons.end())},
+                     {BackupStatusKey::Failures, memory.failures},
+                     {BackupStatusKey::Upcoming, upcoming(scheduler, now)},
+                     {BackupStatusKey::Journal, journal.array()}};
+    setDate(reply, BackupStatusKey::Due, status.due);
+    setDate(reply, BackupStatusKey::LastStart, memory.lastStart);
+    setDate(reply, BackupStatusKey::LastEnd, memory.lastEnd);
+    setDate(reply, BackupStatusKey::LastSucceeded, memory.lastSucceeded);
     if (!program.empty())
-        reply.set("Program", program);
+        reply.set(BackupStatusKey::Program, program);
     return reply;
 }
 

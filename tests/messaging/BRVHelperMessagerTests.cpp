@@ -1,6 +1,8 @@
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "messaging/ZRKError.h"
+#include "platform/ErrorArchive.h"
+#include "platform/PropertyListCoding.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedPlatform.h"
 #include "tests/platform/ScriptedServiceConnection.h"
@@ -8,6 +10,7 @@
 #include <doctest/doctest.h>
 #include <future>
 #include <limits>
+#include <utility>
 
 namespace service = scripted::service;
 namespace services = scripted::authorization;
@@ -31,6 +34,22 @@ std::shared_ptr<BRVHelperMessager> freshMessager()
     services::reset();
     service::setHandler([](const ServiceDictionary&) { return ServiceDictionary(); });
     return BRVHelperMessager::create();
+}
+
+using Outcome = platform::Result<Dictionary>;
+
+// What the handler of a message is given, which `send` sends with it.
+template <class Send>
+Outcome outcomeOf(Send send)
+{
+    std::promise<Outcome> replied;
+    send(platform::Queue::createSerial("replies"), [&](Outcome outcome) { replied.set_value(std::move(outcome)); });
+    return replied.get_future().get();
+}
+
+ServiceDictionary replyWith(const PropertyList& payload)
+{
+    return {{"payload", platform::binaryPropertyList(payload).value()}};
 }
 
 } // namespace
@@ -155,4 +174,80 @@ TEST_CASE("a one-way message and a cancel are forwarded")
     messager->cancel();
     CHECK(service::requests()[0].mode == service::Mode::OneWay);
     CHECK(service::connections()[0].canceled);
+}
+
+TEST_CASE("the status and the backup program are asked for by their numbers, without payload or authorization")
+{
+    const auto messager = freshMessager();
+    service::answer(replyWith(Dictionary{{"State", "off"}}));
+    service::answer(replyWith(Dictionary{{"Program", "borg"}}));
+    CHECK(outcomeOf([&](auto queue, auto handler) { messager->getStatus(queue, handler); })
+          == Dictionary{{"State", "off"}});
+    CHECK(outcomeOf([&](auto queue, auto handler) { messager->getBackupProgram(queue, handler); })
+          == Dictionary{{"Program", "borg"}});
+    REQUIRE(service::requests().size() == 2);
+    CHECK(service::requests()[0].message == ServiceDictionary{{"message", std::int64_t(5)}});
+    CHECK(service::requests()[1].message == ServiceDictionary{{"message", std::int64_t(7)}});
+    CHECK(services::calls().empty());
+}
+
+TEST_CASE("a backup is started with the authorization for the settings pair and no payload")
+{
+    const auto messager = freshMessager();
+    CHECK(outcomeOf([&](auto queue, auto handler) { messager->startBackup(queue, handler); }) == Dictionary());
+    REQUIRE(service::requests().size() == 1);
+    const auto sent = service::requests()[0].message;
+    CHECK(sent.size() == 2);
+    CHECK(std::get<std::int64_t>(sent.at("message")) == 3);
+    CHECK(sent.contains("auth"));
+    CHECK(services::calls(Operation::CopyRight)[0].name == settingsPair[0]);
+}
+
+TEST_CASE("the chosen backup program is sent with the authorization for the settings pair")
+{
+    const auto messager = freshMessager();
+    const Dictionary choice{{"Program", "borg"}, {"Fields", Dictionary{{"Destination", "/srv/backups"}}}};
+    CHECK(outcomeOf([&](auto queue, auto handler) { messager->setBackupProgram(choice, queue, handler); }));
+    REQUIRE(service::requests().size() == 1);
+    const auto sent = service::requests()[0].message;
+    CHECK(sent.size() == 3);
+    CHECK(std::get<std::int64_t>(sent.at("message")) == 12);
+    CHECK(platform::propertyListWithData(std::get<platform::Data>(sent.at("payload"))) == PropertyList(choice));
+}
+
+TEST_CASE("a backup whose authentication the user cancels is not started, and the handler hears it")
+{
+    const auto messager = freshMessager();
+    services::answerCopyRight(settingsPair[0], {Authorization::Canceled});
+    const auto outcome = outcomeOf([&](auto queue, auto handler) { messager->startBackup(queue, handler); });
+    REQUIRE_FALSE(outcome);
+    CHECK(userCanceledAuthentication(outcome.error()));
+    CHECK(service::requests().empty());
+}
+
+TEST_CASE("a reply about backups that is no dictionary is an error of the reply")
+{
+    const auto messager = freshMessager();
+    service::answer(replyWith(PropertyList("waiting")));
+    const auto outcome = outcomeOf([&](auto queue, auto handler) { messager->getStatus(queue, handler); });
+    REQUIRE_FALSE(outcome);
+    CHECK(outcome.error().domain == "com.zerkolin.messager");
+    CHECK(outcome.error().code == 5);
+    CHECK_FALSE(helperDoesNotServeMessage(outcome.error()));
+}
+
+TEST_CASE("a helper that does not serve a message is told from one that is not there")
+{
+    const auto messager = freshMessager();
+    const platform::Error refusal{"com.zerkolin.messager", 3, {{"message", 5}}, nullptr};
+    service::answer(ServiceDictionary{{"error", platform::archivedError(refusal)}});
+    service::answer(std::unexpected(platform::ServiceError::Invalid));
+    const auto ask = [&] { return outcomeOf([&](auto queue, auto handler) { messager->getStatus(queue, handler); }); };
+    const auto older = ask();
+    REQUIRE_FALSE(older);
+    CHECK(helperDoesNotServeMessage(older.error()));
+    const auto none = ask();
+    REQUIRE_FALSE(none);
+    CHECK_FALSE(helperDoesNotServeMessage(none.error()));
+    CHECK(none.error().code == 7);
 }
