@@ -1,7 +1,7 @@
 #include "protocol/ScheduleRanges.h"
 #include "schedule/BRVCalendarIntervalViewController.h"
 #include "tests/platform/ScriptedCalendar.h"
-#include "tests/schedule/RowsUser.h"
+#include "tests/shell/support/RowsUser.h"
 #include "tests/shell/support/EditorTest.h"
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "tests/schedule/RowsUser.h"
+#include "tests/shell/support/RowsUser.h"
 #include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
 
