@@ -1,5 +1,7 @@
 #include "activity/model/SchedulePreview.h"
 
+#include "protocol/Schedule.h"
+#include "protocol/ScheduleRanges.h"
 #include "scheduling/Scheduler.h"
 
 #include <algorithm>
@@ -50,11 +52,46 @@ std::vector<scheduling::Upcoming> marked(std::vector<scheduling::Upcoming> upcom
     return upcoming;
 }
 
+CalendarEntry plain(CalendarEntry entry)
+{
+    constexpr std::int64_t sunday = 7; // 0 is Sunday too
+    if (!entry.weekday && !entry.day && !entry.hour)
+        return entry; // no moment
+    if (entry.weekday == 0)
+        entry.weekday = sunday;
+    entry.hour = entry.hour.value_or(0);
+    entry.minute = entry.minute.value_or(0);
+    return entry;
+}
+
+// Without what has no effect, and with what missing values stand for.
+Schedule plain(Schedule schedule)
+{
+    if (!schedule.schedulesBackups()) {
+        Schedule off;
+        off.snapshots = schedule.schedulesSnapshots();
+        return off;
+    }
+    if (schedule.mode == OperationModeInterval)
+        schedule.interval.count = ScheduleRanges::intervalCount.clamp(schedule.interval.count);
+    else
+        schedule.interval = {};
+    if (schedule.mode == OperationModeCalendarIntervals) {
+        for (auto& entry : schedule.entries)
+            entry = plain(entry);
+    } else {
+        schedule.entries.clear();
+        schedule.asap = false;
+    }
+    schedule.suspension = schedule.suspend ? schedule.suspension.value_or(SuspensionTimes()) : SuspensionTimes();
+    return schedule;
+}
+
 } // namespace
 
 bool meanTheSame(const ScheduleSettings& one, const ScheduleSettings& other)
 {
-    return Schedule::fromRecord(one) == Schedule::fromRecord(other);
+    return plain(Schedule::fromRecord(one)) == plain(Schedule::fromRecord(other));
 }
 
 SchedulePreview previewOf(const ScheduleSettings& edited, const ScheduleSettings& applied, const BackupStatus& status,

@@ -268,7 +268,8 @@ TEST_CASE("a schedule that is off shows no moments, though the helper tells thos
     CHECK(test.activity.placeholder() == "Backups are off.");
 }
 
-TEST_CASE("Back Up Now sends its message with an authorization and can be pressed once until it is answered")
+TEST_CASE(
+    "pressing Back Up Now sends its message with an authorization, and nobody can press it again until it is answered")
 {
     ActivityTest test;
     test.open();

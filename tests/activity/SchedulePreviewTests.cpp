@@ -50,6 +50,33 @@ TEST_CASE("records that differ in their writing alone mean the same")
     CHECK_FALSE(meanTheSame(record, told::with(record, "AllowBattery", false)));
 }
 
+TEST_CASE("missing values of an entry mean what they stand for")
+{
+    const auto withEntry = [](const Dictionary& entry) {
+        return told::with(told::dailyAt({}), "CalendarIntervals", Dictionary{{"Intervals", Array{entry}}});
+    };
+    CHECK(meanTheSame(told::dailyAt({9}), withEntry({{"Hour", 9}, {"Minute", 0}})));
+    CHECK(meanTheSame(withEntry({{"Weekday", 0}}), withEntry({{"Weekday", 7}, {"Hour", 0}, {"Minute", 0}})));
+    CHECK_FALSE(meanTheSame(withEntry({{"Weekday", 1}}), withEntry({{"Weekday", 7}})));
+    CHECK_FALSE(meanTheSame(withEntry({{"Minute", 5}}), withEntry({{"Hour", 0}, {"Minute", 5}}))); // the one gives none
+    CHECK(meanTheSame(told::every("Minutes", 0), told::every("Minutes", 1)));
+}
+
+TEST_CASE("what has no effect makes no difference")
+{
+    const auto daily = told::dailyAt({9});
+    const auto hourly = told::every("Hours", 1);
+    CHECK(meanTheSame(daily, told::with(daily, "Interval", Dictionary{{"Hours", 5}})));
+    CHECK(meanTheSame(hourly, told::with(hourly, "CalendarIntervals", *daily.find("CalendarIntervals"))));
+    CHECK(meanTheSame(daily, told::with(told::suspended(daily, 1, 2), "Suspend", false)));
+    CHECK_FALSE(meanTheSame(told::suspended(daily, 1, 2), told::suspended(daily, 1, 3)));
+    const auto off = told::with(daily, "Backups", false);
+    CHECK(meanTheSame(off, told::with(hourly, "Backups", false)));
+    CHECK(meanTheSame(off, told::with(daily, "Disabled", true)));
+    CHECK_FALSE(meanTheSame(off, told::with(off, "Snapshots", true)));
+    CHECK_FALSE(meanTheSame(off, daily));
+}
+
 TEST_CASE("times of day that are not applied yet have their next moments, with their marks")
 {
     const auto edited = told::suspended(

@@ -202,9 +202,9 @@ Element activityState()
 }
 
 // An explanation whose text comes with the helper's answers.
-Element activityExplanation(const char* identifier)
+Element activityExplanation(const char* identifier, const char* title)
 {
-    return {.kind = Explanation, .identifier = identifier, .width = activityWidth, .isHidden = true};
+    return {.kind = Explanation, .identifier = identifier, .title = title, .width = activityWidth, .isHidden = true};
 }
 
 InterfaceDescription activityWindow()
@@ -215,8 +215,8 @@ InterfaceDescription activityWindow()
         .root = {.kind = Column,
                  .identifier = "activityContentView",
                  .children = {activityState(),
-                              activityExplanation("activityLastBackupLabel"),
-                              activityExplanation("activityNotesLabel"),
+                              activityExplanation("activityLastBackupLabel", "No backup yet."),
+                              activityExplanation("activityNotesLabel", "No backup program is chosen."),
                               {.kind = Row,
                                .children = {{.kind = Label, .identifier = "momentsLabel", .title = "&Next backups:"},
                                             {.kind = PopUpButton,
@@ -224,7 +224,7 @@ InterfaceDescription activityWindow()
                                              .accessibleName = "Schedule of the next backups",
                                              .items = {"with the applied settings", "with the edited settings"},
                                              .isHidden = true}}},
-                              activityExplanation("activityEditsLabel"),
+                              activityExplanation("activityEditsLabel", "The edited settings are not applied yet."),
                               {.kind = TableView,
                                .identifier = "momentsTable",
                                .accessibleName = "Next backups",
