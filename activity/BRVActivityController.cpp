@@ -85,6 +85,7 @@ void BRVActivityController::loadWindow()
     update();
     _interface->window()->layoutIfNeeded();
     _interface->window()->center();
+    _interface->window()->setFrameAutosaveName("Activity");
 }
 
 bool BRVActivityController::isVisible() const

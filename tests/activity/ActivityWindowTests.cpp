@@ -7,6 +7,7 @@
 #include "tests/platform/ScriptedClock.h"
 #include "tests/platform/ScriptedNotifications.h"
 #include "tests/platform/ScriptedServiceConnection.h"
+#include "tests/platform/ScriptedUserDefaults.h"
 #include "tests/shell/support/EditorTest.h"
 #include "tests/shell/support/RowsUser.h"
 
@@ -463,4 +464,18 @@ TEST_CASE("the journal can be selected and copied, and what is selected stays so
     CHECK(QApplication::clipboard()->text().toStdString() == all);
     test.tell(blockedOnBattery());
     CHECK(test.activity.journalView().selectedText() == all); // the journal is the same
+}
+
+TEST_CASE("the window's place is remembered, and forgotten by an uninstallation whatever becomes of it")
+{
+    ActivityTest test;
+    test.open();
+    test.activity.pressKeys("Ctrl+W");
+    CHECK(scripted::defaults::all().contains("Window Frame Activity"));
+    test.open();
+    user::answerNextAlert(0);
+    test.editor.user.clickMenuItem("uninstallMenuItem");
+    user::runEvents();
+    CHECK_FALSE(test.activity.seesWindow());
+    CHECK(scripted::defaults::all() == Dictionary());
 }
