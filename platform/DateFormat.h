@@ -7,7 +7,7 @@
 
 namespace platform {
 
-enum class DateStyle { Short, Medium };
+enum class DateStyle { None, Short, Medium };
 
 // Reads and prints dates in the user's locale and time zone, both as they are when the formatter is made. One thread
 // at a time.
@@ -15,7 +15,10 @@ class DateFormat {
 public:
     // A pattern of Unicode's date fields, such as "yyyy.MM.dd HH:mm:ss".
     static DateFormat withPattern(std::string_view pattern);
+    // None leaves the date, or the time, out.
     static DateFormat withStyles(DateStyle date, DateStyle time);
+    // By its IANA name. A zone that is not known changes nothing.
+    void setTimeZone(const std::string& name);
 
     ~DateFormat();
     DateFormat(DateFormat&&) noexcept;

@@ -52,6 +52,10 @@ void BRVCalendarIntervalViewController::connectOutlets(const Interface& interfac
         if (const auto self = weak.lock())
             self->changeRows();
     });
+    _backUpASAPCheckBox->setAction([weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            self->didChange();
+    });
 }
 
 void BRVCalendarIntervalViewController::awakeFromNib()
@@ -92,15 +96,30 @@ void BRVCalendarIntervalViewController::appendRow(const CalendarRow& row)
     RuleEditor::DisplayValues values;
     for (auto criterion = _rootItem; criterion; criterion = criterion->child()) {
         criteria.push_back(criterion);
-        values.push_back(criterion->displayValue());
+        values.push_back(newDisplayValue(*criterion));
     }
     controlAt<PopUpButton>(values, weekdayColumn)->selectItemAtIndex(row.weekdayIndex);
     controlAt<DatePicker>(values, timeColumn)->setTimeOfDay(row.time);
     _ruleEditor->setCriteria(std::move(criteria), std::move(values), _ruleEditor->numberOfRows());
 }
 
+// A control in it tells of its changes.
+RuleDisplayValue BRVCalendarIntervalViewController::newDisplayValue(BRCriterion& criterion)
+{
+    auto value = criterion.displayValue();
+    const auto* const view = std::get_if<std::shared_ptr<View>>(&value);
+    if (const auto control = view ? std::dynamic_pointer_cast<Control>(*view) : nullptr) {
+        control->setAction([weak = weak_from_this()] {
+            if (const auto self = weak.lock())
+                self->didChange();
+        });
+    }
+    return value;
+}
+
 void BRVCalendarIntervalViewController::changeRows()
 {
+    didChange();
     _noteTextField->setHidden(!CalendarState::isTooMany(static_cast<std::size_t>(_ruleEditor->numberOfRows())));
 }
 
@@ -124,5 +143,5 @@ RuleDisplayValue
 BRVCalendarIntervalViewController::displayValueForCriterion(RuleEditor&,
                                                             const std::shared_ptr<RuleCriterion>& criterion, int)
 {
-    return std::static_pointer_cast<BRCriterion>(criterion)->displayValue();
+    return newDisplayValue(static_cast<BRCriterion&>(*criterion));
 }

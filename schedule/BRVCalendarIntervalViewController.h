@@ -40,6 +40,7 @@ private:
     void appendRow(const CalendarRow& row);
     CalendarState state() const;
     void changeRows();
+    platform::ui::RuleDisplayValue newDisplayValue(BRCriterion& criterion);
 
     std::shared_ptr<platform::ui::RuleEditor> _ruleEditor;
     std::shared_ptr<platform::ui::CheckBox> _backUpASAPCheckBox;

@@ -103,11 +103,13 @@ void BRVIntervalViewController::updateUnitsPopup()
 void BRVIntervalViewController::changeUnitsPopup()
 {
     updateLabelTextField();
+    didChange();
 }
 
 void BRVIntervalViewController::changeStepper()
 {
     setIntervalValue(_stepper->integerValue());
+    didChange();
 }
 
 bool BRVIntervalViewController::shouldChangeText(TextField& field, TextRange range, std::string_view replacement)
@@ -120,6 +122,7 @@ void BRVIntervalViewController::controlTextDidChange(TextField&)
     // The field's own text is left alone while the user types in it.
     updateStepper();
     updateUnitsPopup();
+    didChange();
 }
 
 bool BRVIntervalViewController::doCommand(TextField& field, TextCommand command)
@@ -129,9 +132,11 @@ bool BRVIntervalViewController::doCommand(TextField& field, TextCommand command)
     switch (command) {
     case TextCommand::MoveUp:
         setIntervalValue(intervalValue() + 1);
+        didChange();
         return true;
     case TextCommand::MoveDown:
         setIntervalValue(intervalValue() - 1);
+        didChange();
         return true;
     default:
         return false;

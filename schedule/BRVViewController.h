@@ -3,9 +3,11 @@
 #include "platform/PropertyList.h"
 #include "platform/ui/Interface.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 // The editor of one mode: shows the mode's sub-record of the schedule and builds a new one from its controls. Its view
 // comes from an interface file of its own and is loaded when it is first asked for. Main thread only.
@@ -23,6 +25,9 @@ public:
     // Keeps a copy of the sub-record (null: absent) and shows it, at once or when the view loads.
     virtual void setSettings(const platform::Dictionary* settings);
 
+    // Runs when the user changed something in the controls.
+    void setChangeHandler(std::function<void()> handler) { _changeHandler = std::move(handler); }
+
     const std::shared_ptr<platform::ui::View>& view();
     bool isViewLoaded() const { return _view != nullptr; }
 
@@ -37,11 +42,17 @@ protected:
     virtual void awakeFromNib() { }
     // Shows what is kept in the controls, which are loaded.
     virtual void updateView() { }
+    void didChange() const
+    {
+        if (_changeHandler)
+            _changeHandler();
+    }
 
 private:
     std::string _name;
     std::string _interfaceName;
     std::optional<platform::Dictionary> _settings;
+    std::function<void()> _changeHandler;
     std::unique_ptr<platform::ui::Interface> _interface;
     std::shared_ptr<platform::ui::View> _view;
 };

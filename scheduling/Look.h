@@ -4,6 +4,7 @@
 #include "scheduling/Reasons.h"
 
 #include <optional>
+#include <string_view>
 #include <vector>
 
 namespace scheduling {
@@ -37,6 +38,7 @@ struct Status {
     Reasons reasons;            // what stands in the way of a backup that is due
 };
 
-const char* stateName(State state); // "off", "waiting", "blocked", "running"
+const char* stateName(State state);                     // "off", "waiting", "blocked", "running"
+std::optional<State> stateNamed(std::string_view name); // nothing for any other
 
 } // namespace scheduling

@@ -1,5 +1,7 @@
 #include "scheduling/Reasons.h"
 
+#include <algorithm>
+
 namespace scheduling {
 
 namespace {
@@ -18,6 +20,14 @@ std::vector<std::string_view> Reasons::names() const
             names.push_back(reasonNames[index]);
     }
     return names;
+}
+
+std::optional<Reason> Reasons::named(std::string_view name)
+{
+    const auto found = std::ranges::find(reasonNames, name);
+    if (found == reasonNames.end())
+        return std::nullopt;
+    return static_cast<Reason>(found - reasonNames.begin());
 }
 
 } // namespace scheduling

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,8 @@ public:
     // In their order: "suspended", "battery", "passive", "sleepPreventers", "notWired", "running", "maintenance",
     // "noProgram", "asleep".
     std::vector<std::string_view> names() const;
+    // By its name; nothing for any other.
+    static std::optional<Reason> named(std::string_view name);
 
     bool operator==(const Reasons&) const = default;
 

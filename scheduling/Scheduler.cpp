@@ -32,6 +32,15 @@ const char* stateName(State state)
     }
 }
 
+std::optional<State> stateNamed(std::string_view name)
+{
+    for (const State state : {State::Off, State::Waiting, State::Blocked, State::Running}) {
+        if (name == stateName(state))
+            return state;
+    }
+    return std::nullopt;
+}
+
 Scheduler::Scheduler(ScheduleSettings record, platform::TimeZone zone, const Conditions& conditions, Now now)
     : Scheduler(std::move(record), std::move(zone), conditions, Memory::beginningAt(now.clock), now)
 {

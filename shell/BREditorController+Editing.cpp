@@ -48,6 +48,10 @@ std::shared_ptr<BRVViewController> BREditorController::editorForMode(int mode)
     std::shared_ptr<BRVViewController>& editor = _viewControllers.at(static_cast<std::size_t>(mode));
     if (!editor) {
         editor = createViewController(mode);
+        editor->setChangeHandler([weak = weak_from_this()] {
+            if (const auto self = weak.lock())
+                self->schedulesDidChange();
+        });
         editor->setSettings(_currentSettings ? _currentSettings->dictionaryForKey(editor->name()) : nullptr);
     }
     return editor;
@@ -125,6 +129,7 @@ void BREditorController::updateSettings()
     showState(EditorState::showing(Schedule::fromRecord(*_currentSettings), stateOfControls()));
     _currentViewController = viewController();
     updateStackView();
+    schedulesDidChange();
 }
 
 std::shared_ptr<View> BREditorController::viewForRow(EditorRow row) const
@@ -164,6 +169,7 @@ void BREditorController::changeBackUpCheckbox()
 {
     updateDependentControls();
     updateStackView();
+    schedulesDidChange();
 }
 
 void BREditorController::changeOperationMode()
@@ -172,10 +178,12 @@ void BREditorController::changeOperationMode()
     _currentViewController = viewController();
     if (_currentViewController != previous)
         updateStackView();
+    schedulesDidChange();
 }
 
 void BREditorController::changeAllowBatteryPower(const CheckBox& sender)
 {
+    schedulesDidChange();
     const auto requiresPower = platform::preferenceValue("RequiresACPower", "com.apple.TimeMachine");
     if (!needsBatteryNote(sender.state() == CheckState::Off, _capabilities, requiresPower))
         return;
@@ -203,10 +211,14 @@ ModeSettings BREditorController::settingsOfEditors() const
     return settings;
 }
 
+ScheduleSettings BREditorController::settingsOfControls() const
+{
+    return stateOfControls().record(_currentSettings.value_or(ScheduleSettings()), _capabilities, settingsOfEditors());
+}
+
 void BREditorController::apply()
 {
-    const auto settings =
-        stateOfControls().record(_currentSettings.value_or(ScheduleSettings()), _capabilities, settingsOfEditors());
+    const auto settings = settingsOfControls();
     if (isAlreadyApplied(_currentSettings, settings))
         displayApplyAlert(ApplyAlert::AlreadyApplied);
     else
@@ -218,6 +230,7 @@ void BREditorController::applySettings(const ScheduleSettings& settings)
     const auto reply = BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageApplySettings, settings);
     if (reply) {
         _currentSettings = settings;
+        schedulesDidChange();
         displayDidApplyAlertForSettings(settings);
         return;
     }

@@ -59,6 +59,7 @@ void BREditorController::uninstall()
     if (!userWantsToUninstall())
         return;
     // What is the user's goes first, and stays gone whatever becomes of the rest.
+    _activityController.reset(); // or its window would remember its place once more
     (void)platform::removeFolder(platform::homeDirectory() + "/Library/Logs/Brevane");
     platform::removeUserDefaults();
     BRVHelperMessager::sharedMessager()->sendMessage(BRVMessageUninstall, {}, platform::Queue::main(),

@@ -42,6 +42,12 @@ void BREditorController::connectActions()
         action([](Self& self) { self.changeAllowBatteryPower(*self._outlets.allowBatteryCheckBox); }));
     _outlets.advancedSettingsButton->setAction(action([](Self& self) { self.changeAdvancedSettings(); }));
     _outlets.applyButton->setAction(action([](Self& self) { self.apply(); }));
+    const auto edited = action([](Self& self) { self.schedulesDidChange(); });
+    for (const std::shared_ptr<Control>& control : std::initializer_list<std::shared_ptr<Control>>{
+             _outlets.suspendCheckBox, _outlets.suspendFromPicker, _outlets.suspendToPicker,
+             _outlets.dontRunWhenPassiveCheckBox, _outlets.dontRunWithSleepPreventersCheckBox,
+             _outlets.dontRunWhenNotNetworkWiredCheckBox, _outlets.snapshotsCheckBox})
+        control->setAction(edited);
     connectMenuItems();
 }
 

@@ -43,6 +43,7 @@ void BREditorController::connectMenuItems()
     connect(_outlets.mainWindowMenuItem, &Self::showMainWindow);
     connect(_outlets.localSnapshotsMenuItem, &Self::showLocalSnapshots);
     connect(_outlets.consoleMenuItem, &Self::showConsole);
+    connect(_outlets.activityMenuItem, &Self::showActivity);
     connect(_outlets.openWebSiteMenuItem, &Self::openWebSite);
     connect(_outlets.contactByMailMenuItem, &Self::contactByMail);
     connect(_outlets.quitMenuItem, &Self::quit);
@@ -71,6 +72,24 @@ void BREditorController::showConsole()
 void BREditorController::showLocalSnapshots()
 {
     showWindowOf(_localSnapshotsController);
+}
+
+void BREditorController::showActivity()
+{
+    if (!_activityController) {
+        _activityController = BRVActivityController::create([weak = weak_from_this()] {
+            const auto self = weak.lock();
+            return self ? BRVActivityController::Schedules{self->_currentSettings, self->settingsOfControls()}
+                        : BRVActivityController::Schedules();
+        });
+    }
+    _activityController->showWindow();
+}
+
+void BREditorController::schedulesDidChange()
+{
+    if (_activityController)
+        _activityController->schedulesDidChange();
 }
 
 void BREditorController::checkUpdates()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "activity/BRVActivityController.h"
 #include "diagnostics/console/BRVConsoleController.h"
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
 #include "layout/ZRKStackView.h"
@@ -42,6 +43,7 @@ public:
     void showMainWindow();
     void showConsole();
     void showLocalSnapshots();
+    void showActivity();
     void openWebSite();
     void contactByMail();
     void quit();
@@ -91,6 +93,9 @@ private:
     void updateDependentControls();
     std::shared_ptr<platform::ui::View> viewForRow(EditorRow row) const;
     ModeSettings settingsOfEditors() const;
+    ScheduleSettings settingsOfControls() const;
+    // The controls, or the schedule in force, say something else than before.
+    void schedulesDidChange();
     void displayApplyAlert(ApplyAlert alert);
 
     // Adds the two buttons to the alert and attaches it to the main window.
@@ -113,4 +118,5 @@ private:
     std::shared_ptr<BRVPreferencesController> _preferencesController;
     std::shared_ptr<BRVConsoleController> _consoleController;
     std::shared_ptr<BRVLocalSnapshotsController> _localSnapshotsController;
+    std::shared_ptr<BRVActivityController> _activityController;
 };

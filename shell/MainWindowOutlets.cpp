@@ -28,6 +28,7 @@ MainWindowOutlets::MainWindowOutlets(const Interface& interface)
       mainWindowMenuItem(interface.menuItem("mainWindowMenuItem")),
       localSnapshotsMenuItem(interface.menuItem("localSnapshotsMenuItem")),
       consoleMenuItem(interface.menuItem("consoleMenuItem")),
+      activityMenuItem(interface.menuItem("activityMenuItem")),
       openWebSiteMenuItem(interface.menuItem("openWebSiteMenuItem")),
       contactByMailMenuItem(interface.menuItem("contactByMailMenuItem")),
       quitMenuItem(interface.menuItem("quitMenuItem"))

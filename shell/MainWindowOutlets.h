@@ -36,6 +36,7 @@ struct MainWindowOutlets {
     std::shared_ptr<platform::ui::MenuItem> mainWindowMenuItem;
     std::shared_ptr<platform::ui::MenuItem> localSnapshotsMenuItem;
     std::shared_ptr<platform::ui::MenuItem> consoleMenuItem;
+    std::shared_ptr<platform::ui::MenuItem> activityMenuItem;
     std::shared_ptr<platform::ui::MenuItem> openWebSiteMenuItem;
     std::shared_ptr<platform::ui::MenuItem> contactByMailMenuItem;
     std::shared_ptr<platform::ui::MenuItem> quitMenuItem;

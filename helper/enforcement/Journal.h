@@ -1,34 +1,21 @@
 #pragma once
 
 #include "platform/PropertyList.h"
-#include "scheduling/Instant.h"
 #include "scheduling/InstantDate.h"
+#include "scheduling/JournalEntry.h"
 #include "scheduling/Reasons.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace helper {
 
-// Something that happened, as the journal keeps it.
-struct JournalEntry {
-    scheduling::Instant at = 0;
-    std::string event; // "start", "end", "missed", "blocked"
-    std::optional<scheduling::Instant> due;
-    std::optional<std::int64_t> count; // missed moments told as one
-    std::vector<std::string> reasons;  // by the names of scheduling::Reasons
-    std::optional<bool> succeeded;
-    std::string text; // a sentence for people
-
-    bool operator==(const JournalEntry&) const = default;
-    platform::Dictionary dictionary() const;
-    static std::optional<JournalEntry> inDictionary(const platform::Dictionary& dictionary);
-};
+using scheduling::dateOf;
+using scheduling::instantOf;
+using scheduling::JournalEntry;
 
 std::vector<std::string> namesOf(const scheduling::Reasons& reasons);
 
@@ -48,8 +35,5 @@ public:
 private:
     std::deque<JournalEntry> _entries;
 };
-
-using scheduling::dateOf;
-using scheduling::instantOf;
 
 } // namespace helper

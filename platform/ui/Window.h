@@ -15,6 +15,9 @@ public:
     void setAutorecalculatesKeyViewLoop(bool recalculates);
     void layoutIfNeeded();
     void center();
+    // Takes the place and size that a window of this name had when it was last seen, if there was one, and keeps its
+    // own for the next.
+    void setFrameAutosaveName(const std::string& name);
     // Brings it to the front and gives it the keyboard.
     void makeKeyAndOrderFront();
     void close();

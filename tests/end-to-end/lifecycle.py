@@ -111,7 +111,8 @@ class Lifecycle(Story):
     def every_window_opens_from_the_menus_and_by_its_key(self):
         self.start_all()
         self.wait_active("Brevane")
-        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console")):
+        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console"),
+                          ("ctrl+3", "Activity")):
             self.desktop.key(key)
             self.desktop.find("frame", name)
             self.wait_active(name)
@@ -125,7 +126,7 @@ class Lifecycle(Story):
             self.desktop.wait_gone("frame", name)
             self.wait_active("Brevane")
         for menu, item, name in (("r", "Preferences.*", "Preferences"), ("d", "Local Snapshots", "Local Snapshots"),
-                                 ("d", "Console", "Console")):
+                                 ("d", "Console", "Console"), ("d", "Activity", "Activity")):
             self.choose_from_menu(menu, item)
             self.wait_active(name)
             self.desktop.key("ctrl+0")
@@ -356,7 +357,8 @@ class Lifecycle(Story):
         self.expect_no_alert()
 
         # The application goes on until it is quit, and brings nothing back.
-        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console")):
+        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console"),
+                          ("ctrl+3", "Activity")):
             self.desktop.key(key)
             self.desktop.find("frame", name)
             self.wait_active(name)

@@ -16,7 +16,7 @@ sys.path.insert(0, os.path.join(SOURCE, "sandbox"))
 sys.dont_write_bytecode = True
 
 from desktop import Desktop, Failure, wait_for  # noqa: E402
-from sandbox import SETTINGS, TOOL, Sandbox  # noqa: E402
+from sandbox import BORG, SETTINGS, TOOL, Sandbox  # noqa: E402
 
 DEFAULTS = "home/Library/Preferences/com.zerkolin.brevane.application.plist"
 APPLIED = "Settings applied successfully."
@@ -353,6 +353,39 @@ class Story:
         desktop.key("Return")
         wait_for("the alert to close", lambda: not self.is_alert_shown(APPLIED))
         expect(self.stored()["Interval"] == {"Hours": 60}, f"stored is {self.stored()}")
+        self.quit_application()
+
+    def backups_are_followed_in_the_window_activity(self):
+        if not os.path.exists(BORG):
+            raise Skipped("borg is not installed")
+        self.sandbox.choose_borg()
+        self.start_all()
+        self.desktop.key("ctrl+3")
+        self.desktop.find("frame", "Activity")
+        self.desktop.find("label", "Backups are off\\.")
+        self.desktop.find("label", "No backup yet\\.")
+
+        self.desktop.find("push button", "Back Up Now").click()
+        self.answer_prompt("Authenticate")
+        self.desktop.find("label", "Last backup: (Yesterday|Today), .*, successful\\.", seconds=60)
+        archives = subprocess.run([BORG, "list", "--short", self.sandbox.path("repository")], capture_output=True, text=True,
+                                  env={**self.sandbox.environment, "BORG_UNKNOWN_UNENCRYPTED_REPO_ACCESS_IS_OK": "yes"},
+                                  check=True).stdout.split()
+        expect(len(archives) == 1, f"the archives are {archives}")
+
+        # The edits are told at once, and what comes of them when they are applied.
+        self.desktop.key("ctrl+0")
+        self.enter_interval(90)
+        self.desktop.find("label", "The edited settings are not applied yet\\.")
+        self.press_apply()
+        self.expect_no_prompt()
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.desktop.find("label", "Next backup: (Today|Tomorrow), .*")
+        self.desktop.wait_gone("label", "The edited settings are not applied yet\\.")
+
+        self.kill_helper()
+        self.sandbox.start_helper()
+        self.desktop.find("label", "Next backup: (Today|Tomorrow), .*")
         self.quit_application()
 
     def a_disk_that_is_full_keeps_the_old_schedule(self):

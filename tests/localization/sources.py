@@ -10,7 +10,7 @@ import sys
 import xml.etree.ElementTree as ElementTree
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-ROOMS = ("agent", "diagnostics", "messaging", "platform", "schedule", "shell", "update")
+ROOMS = ("activity", "agent", "diagnostics", "messaging", "platform", "schedule", "shell", "update")
 LITERALS = r'"(?:[^"\\\n]|\\.)*"(?:\s*"(?:[^"\\\n]|\\.)*")*'
 # The lookup, and the functions that look their argument up.
 LOOKUP = re.compile(r"\b(?:localizedString|corruptPropertyListError|unwritablePropertyListError|aboutText|findBarText)"
@@ -22,6 +22,7 @@ SHOWING = re.compile(r"\b(?:setMessageText|setInformativeText|addButton|setTitle
 # Where texts are looked up that stand elsewhere, in the file or in values that it reads: which of the literals are such
 # texts. Elsewhere those with a space in them are.
 CHOSEN_LATER = {
+    "activity/model/MomentText.cpp": re.compile(r"[A-Z][a-z]+.*|[a-z]+"),
     "schedule/model/ApplyAlert.cpp": re.compile(r".+"),
     "schedule/model/CalendarRow.h": re.compile(r".+"),
     "schedule/model/EditorState.cpp": re.compile(r".+"),

@@ -361,6 +361,101 @@ void aboutFullDiskAccess(Onlooker& onlooker)
     onlooker.lookAtSheet("localSnapshotsWindow");
 }
 
+// The window Activity, of a helper with this status.
+void showActivity(Onlooker& onlooker, EditorTest& editor, const Dictionary& status)
+{
+    editor.scheduler.setStatus(status);
+    editor.user.clickMenuItem("activityMenuItem");
+    const WindowUser activity("activityWindow");
+    user::runEventsUntil([&] { return !activity.sees("activitySpinner"); }, 20000);
+    onlooker.lookAtWindow("activityWindow");
+}
+
+platform::Date newYear(int hours, int minutes = 0)
+{
+    return {788'918'400.0 + 3600.0 * hours + 60.0 * minutes}; // since its first moment in UTC
+}
+
+Dictionary entryOfJournal(platform::Date at, const char* event, const Dictionary& more)
+{
+    Dictionary entry{{"At", at}, {"Event", event}, {"Text", "The backup failed: its program ended with status 2."}};
+    for (const auto& [key, value] : more)
+        entry.set(key, value);
+    return entry;
+}
+
+// Of a machine on which much has happened, the day before a change of clocks.
+Dictionary eventfulStatus()
+{
+    return {{"Now", newYear(0)},
+            {"Zone", "UTC"},
+            {"State", "blocked"},
+            {"Due", newYear(-1)},
+            {"Reasons", Array{"suspended", "battery"}},
+            {"LastStart", newYear(-15)},
+            {"LastEnd", newYear(-15, 4)},
+            {"LastSucceeded", newYear(-40)},
+            {"Failures", 2},
+            {"Program", "Borg"},
+            {"Upcoming",
+             Array{Dictionary{{"At", newYear(3)}, {"Suspended", true}}, Dictionary{{"At", newYear(9)}},
+                   Dictionary{{"At", newYear(27)}, {"Suspended", true}, {"Repeated", true}},
+                   Dictionary{{"At", newYear(33)}}, Dictionary{{"At", newYear(51)}, {"Shifted", true}},
+                   Dictionary{{"At", newYear(240)}}}},
+            {"Journal",
+             Array{entryOfJournal(newYear(-1), "blocked", {{"Reasons", Array{"suspended", "battery"}}}),
+                   entryOfJournal(newYear(-7, 10), "missed", {{"Due", newYear(-7)}, {"Reasons", Array{"asleep"}}}),
+                   entryOfJournal(newYear(-15, 4), "end", {{"Succeeded", false}}),
+                   entryOfJournal(newYear(-15), "start", {{"Due", newYear(-15)}}),
+                   entryOfJournal(newYear(-40), "end", {{"Succeeded", true}}),
+                   entryOfJournal(newYear(-40, -12), "start", {}),
+                   entryOfJournal(newYear(-60), "missed",
+                                  {{"Due", newYear(-60)}, {"Reasons", Array{"passive", "notWired"}}, {"Count", 7}})}}};
+}
+
+void activity(Onlooker& onlooker)
+{
+    ScheduleSettings record = atTimesOfDay();
+    record.set("CalendarIntervals", Dictionary{{"Intervals", Array{Dictionary{{"Hour", 3}}}}, {"ASAP", false}});
+    EditorTest editor(std::move(record));
+    showActivity(onlooker, editor, eventfulStatus());
+}
+
+void activityWithEdits(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecordWith("BackupsMode", "WhenInactive"));
+    editor.user.click("advancedSettingsButton");
+    editor.user.click("suspendCheckBox");
+    editor.user.choose("operationModePopUp", 1);
+    showActivity(onlooker, editor, eventfulStatus());
+}
+
+void activityWithoutBackup(Onlooker& onlooker)
+{
+    EditorTest editor(inMode("WhenInactive"));
+    showActivity(onlooker, editor, {{"Now", newYear(0)}, {"Zone", "UTC"}, {"State", "waiting"}});
+}
+
+void activityWithOlderHelper(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.refuseMessage(5, messagerError(ZRKMessagerErrorDeserializeMessage));
+    showActivity(onlooker, editor, {});
+}
+
+void backupNotStarted(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.setStatus(eventfulStatus());
+    editor.scheduler.refuseMessage(3, {BRVErrorDomain, BRVErrorMissingValue, {{"key", "Program"}}, nullptr});
+    editor.user.clickMenuItem("activityMenuItem");
+    WindowUser activity("activityWindow");
+    user::runEventsUntil([&] { return activity.isEnabled("backUpNowButton"); }, 20000);
+    activity.click("backUpNowButton");
+    user::runEventsUntil([] { return user::currentAlert().has_value(); }, 20000);
+    onlooker.lookAtSheet("activityWindow");
+}
+
 } // namespace
 
 const std::vector<State>& states()
@@ -398,6 +493,11 @@ const std::vector<State>& states()
         {"no-full-disk-access", noFullDiskAccess},
         {"about-full-disk-access", aboutFullDiskAccess},
         {"about", about},
+        {"activity", activity},
+        {"activity-with-edits", activityWithEdits},
+        {"activity-without-backup", activityWithoutBackup},
+        {"activity-with-older-helper", activityWithOlderHelper},
+        {"backup-not-started", backupNotStarted},
     };
     return all;
 }

@@ -4,9 +4,9 @@
 #include "protocol/ScheduleRanges.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedServiceConnection.h"
-#include "tests/schedule/RowsUser.h"
 #include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/shell/support/RowsUser.h"
 
 #include <algorithm>
 #include <cstddef>

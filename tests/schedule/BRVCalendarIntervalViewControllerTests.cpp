@@ -1,8 +1,8 @@
 #include "protocol/ScheduleRanges.h"
 #include "schedule/BRVCalendarIntervalViewController.h"
 #include "tests/platform/ScriptedCalendar.h"
-#include "tests/schedule/RowsUser.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/shell/support/RowsUser.h"
 
 #include <cstdint>
 #include <doctest/doctest.h>

@@ -3,7 +3,7 @@
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/schedule/EditingModel.h"
 #include "tests/schedule/Instrumented.h"
-#include "tests/schedule/RowsUser.h"
+#include "tests/shell/support/RowsUser.h"
 
 #include <doctest/doctest.h>
 #include <random>

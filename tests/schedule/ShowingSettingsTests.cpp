@@ -1,6 +1,6 @@
-#include "tests/schedule/RowsUser.h"
 #include "tests/schedule/WindowControls.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/shell/support/RowsUser.h"
 
 #include <doctest/doctest.h>
 #include <string>

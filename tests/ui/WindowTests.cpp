@@ -98,3 +98,26 @@ TEST_CASE("the default button stays the default one when the keyboard was on it"
     user::press(*shown.interface->outlet<View>("backupsCheckBox"), user::Key::Return);
     CHECK(applied == 1);
 }
+
+TEST_CASE("a window with a name comes up where it was last seen and as large, and another one as ever")
+{
+    const auto shownWindow = [](const char* name) {
+        auto interface = Interface::load("BRVActivityController");
+        interface->window()->center();
+        if (*name)
+            interface->window()->setFrameAutosaveName(name);
+        interface->window()->makeKeyAndOrderFront();
+        user::runEvents();
+        return interface;
+    };
+    const auto frame = [](const Interface& interface) { return interface.window()->native().window->geometry(); };
+    const auto first = shownWindow("Test");
+    const QRect chosen(40, 60, 700, 540);
+    CHECK(frame(*first) != chosen);
+    first->window()->native().window->setGeometry(chosen);
+    first->window()->close();
+    user::runEvents();
+    CHECK(frame(*shownWindow("Test")) == chosen);
+    CHECK(frame(*shownWindow("Other")) != chosen);
+    CHECK(frame(*shownWindow("")) != chosen);
+}

@@ -186,13 +186,67 @@ InterfaceDescription localSnapshotsWindow()
     };
 }
 
+Element activityState()
+{
+    return {.kind = Row,
+            .children = {{.kind = Explanation,
+                          .identifier = "activityStateLabel",
+                          .title = "Asking the background scheduler…",
+                          .width = explanationWidth},
+                         {.kind = Space},
+                         {.kind = Spinner,
+                          .identifier = "activitySpinner",
+                          .accessibleName = "The background scheduler is being asked"},
+                         {.kind = Button, .identifier = "backUpNowButton", .title = "&Back Up Now"}},
+            .spacing = buttonSpacing};
+}
+
+// An explanation whose text comes with the helper's answers.
+Element activityExplanation(const char* identifier, const char* title)
+{
+    return {.kind = Explanation, .identifier = identifier, .title = title, .width = activityWidth, .isHidden = true};
+}
+
+InterfaceDescription activityWindow()
+{
+    return {
+        .name = "BRVActivityController",
+        .window = {.identifier = "activityWindow", .title = "Activity", .isResizable = true},
+        .root = {.kind = Column,
+                 .identifier = "activityContentView",
+                 .children = {activityState(),
+                              activityExplanation("activityLastBackupLabel", "No backup yet."),
+                              activityExplanation("activityNotesLabel", "No backup program is chosen."),
+                              {.kind = Row,
+                               .children = {{.kind = Label, .identifier = "momentsLabel", .title = "&Next backups:"},
+                                            {.kind = PopUpButton,
+                                             .identifier = "activitySchedulePopUp",
+                                             .accessibleName = "Schedule of the next backups",
+                                             .items = {"with the applied settings", "with the edited settings"},
+                                             .isHidden = true}}},
+                              activityExplanation("activityEditsLabel", "The edited settings are not applied yet."),
+                              {.kind = TableView,
+                               .identifier = "momentsTable",
+                               .accessibleName = "Next backups",
+                               .items = {"When", "Note"},
+                               .width = activityWidth,
+                               .height = momentsHeight},
+                              {.kind = Label, .identifier = "journalLabel", .title = "Journal:"},
+                              {.kind = TextView,
+                               .identifier = "journalTextView",
+                               .accessibleName = "Journal",
+                               .width = activityWidth,
+                               .height = journalHeight}}},
+    };
+}
+
 } // namespace
 
 const std::vector<InterfaceDescription>& interfaceDescriptions()
 {
     static const std::vector<InterfaceDescription> all{
         mainWindow(),        whenInactiveView(), intervalView(),         calendarIntervalsView(),
-        preferencesWindow(), consoleWindow(),    localSnapshotsWindow(),
+        preferencesWindow(), consoleWindow(),    localSnapshotsWindow(), activityWindow(),
     };
     return all;
 }

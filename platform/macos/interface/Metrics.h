@@ -21,6 +21,9 @@ inline constexpr double consoleWidth = 720;
 inline constexpr double consoleHeight = 420;
 inline constexpr double snapshotsWidth = 560;
 inline constexpr double snapshotsHeight = 320;
+inline constexpr double activityWidth = 560;
+inline constexpr double momentsHeight = 160;
+inline constexpr double journalHeight = 200;
 inline constexpr double diskIconSize = 16;
 
 } // namespace platform::macos::metrics

@@ -12,7 +12,14 @@ namespace {
 
 NSDateFormatterStyle nativeStyle(DateStyle style)
 {
-    return style == DateStyle::Short ? NSDateFormatterShortStyle : NSDateFormatterMediumStyle;
+    switch (style) {
+    case DateStyle::None:
+        return NSDateFormatterNoStyle;
+    case DateStyle::Short:
+        return NSDateFormatterShortStyle;
+    case DateStyle::Medium:
+        return NSDateFormatterMediumStyle;
+    }
 }
 
 } // namespace
@@ -37,6 +44,14 @@ DateFormat::DateFormat(std::unique_ptr<Native> native) : _native(std::move(nativ
 DateFormat::~DateFormat() = default;
 DateFormat::DateFormat(DateFormat&&) noexcept = default;
 DateFormat& DateFormat::operator=(DateFormat&&) noexcept = default;
+
+void DateFormat::setTimeZone(const std::string& name)
+{
+    @autoreleasepool {
+        if (NSTimeZone* const zone = [NSTimeZone timeZoneWithName:foundation::string(name)])
+            _native->formatter.timeZone = zone;
+    }
+}
 
 std::optional<double> DateFormat::dateFromString(std::string_view text)
 {

@@ -39,6 +39,11 @@ void Window::center()
     [_native->window center];
 }
 
+void Window::setFrameAutosaveName(const std::string& name)
+{
+    [_native->window setFrameAutosaveName:foundation::string(name)];
+}
+
 void Window::makeKeyAndOrderFront()
 {
     [_native->window makeKeyAndOrderFront:nil];

@@ -88,6 +88,9 @@ platform::ServiceReply PlayedScheduler::State::usualAnswer(std::int64_t message)
         break;
     case BRVMessageCheckForUpdates:
         return replyWithError({ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate, {}, nullptr});
+    case BRVMessageGetStatus:
+        return replyWith(status);
+    case BRVMessageStartBackup:
     case BRVMessageInstallUpdate:
     case BRVMessageUninstall:
         break;

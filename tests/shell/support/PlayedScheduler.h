@@ -13,7 +13,8 @@
 
 // The scheduler helper as tests play it. It holds a record, hands it out for message 1 and takes the one of message 2;
 // keeps whether updates are installed automatically (18, 21) and whether the schedule needs a password (6); knows of no
-// update (26); and installs and uninstalls without complaint (27, 28). It answers from its construction on, until
+// update (26); tells the status that it is given (5); and starts backups, installs and uninstalls without complaint (3,
+// 27, 28). It answers from its construction on, until
 // scripted::reset().
 class PlayedScheduler {
 public:
@@ -25,6 +26,9 @@ public:
     // On at first, so that the end of the application asks nothing.
     bool installsUpdates() const { return _state->installsUpdates; }
     void setInstallsUpdates(bool installs) { _state->installsUpdates = installs; }
+
+    // By the keys of BackupStatusKey; nothing at first.
+    void setStatus(platform::Dictionary status) { _state->status = std::move(status); }
 
     // Message 2 is answered with this error from now on; nothing: it is accepted.
     void refuseWith(std::optional<platform::Error> error) { _state->refusal = std::move(error); }
@@ -46,6 +50,7 @@ public:
 private:
     struct State {
         ScheduleSettings record;
+        platform::Dictionary status;
         bool installsUpdates = true;
         std::optional<platform::Error> refusal;
         std::optional<platform::ServiceReply> reply;

@@ -12,7 +12,14 @@ namespace {
 
 icu::DateFormat::EStyle icuStyle(DateStyle style)
 {
-    return style == DateStyle::Short ? icu::DateFormat::kShort : icu::DateFormat::kMedium;
+    switch (style) {
+    case DateStyle::None:
+        return icu::DateFormat::kNone;
+    case DateStyle::Short:
+        return icu::DateFormat::kShort;
+    default:
+        return icu::DateFormat::kMedium;
+    }
 }
 
 icu::UnicodeString icuText(std::string_view text)
@@ -53,6 +60,15 @@ DateFormat DateFormat::withStyles(DateStyle date, DateStyle time)
 {
     return DateFormat(std::make_unique<Native>(
         icu::DateFormat::createDateTimeInstance(icuStyle(date), icuStyle(time), userLocale("LC_TIME"))));
+}
+
+void DateFormat::setTimeZone(const std::string& name)
+{
+    const std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::createTimeZone(icuText(name)));
+    if (!_native->format || *zone == icu::TimeZone::getUnknown())
+        return;
+    _native->format->setTimeZone(*zone);
+    _native->calendar->setTimeZone(*zone);
 }
 
 std::optional<double> DateFormat::dateFromString(std::string_view text)

@@ -1,6 +1,7 @@
 #include "platform/linux/ui/tables/DataTable.h"
 
 #include <algorithm>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QPainter>
@@ -22,6 +23,11 @@ DataTable::DataTable(QWidget* parent) : QTreeView(parent)
     header()->setStretchLastSection(false);
     header()->setResizeContentsPrecision(100); // rows from the first one in sight
     header()->setSectionsMovable(false);
+    connect(header(), &QHeaderView::sectionResized, this, [this](int column) {
+        const bool isByHand = QGuiApplication::mouseButtons() & Qt::LeftButton;
+        if (isByHand && header()->sectionResizeMode(column) == QHeaderView::Interactive)
+            _fitsColumns = false;
+    });
 }
 
 void DataTable::setColumns(const QStringList& columns)
@@ -60,17 +66,18 @@ void DataTable::reload(int rowCount)
     setPlaceholderText(_placeholderText);
 }
 
+// After the first time none becomes narrower, which would unsettle the reader.
 void DataTable::fitColumns()
 {
-    _fitsColumns = false;
     const auto space = fontMetrics().averageCharWidth() * 2;
     for (int column = 0; column < _model.columnCount(); ++column) {
         if (header()->sectionResizeMode(column) == QHeaderView::Stretch)
             continue;
-        resizeColumnToContents(column);
         const auto least = fontMetrics().horizontalAdvance(QStringLiteral("8,888.88 MB"));
-        setColumnWidth(column, std::max(columnWidth(column), least) + space);
+        const auto wanted = std::max({sizeHintForColumn(column), header()->sectionSizeHint(column), least}) + space;
+        setColumnWidth(column, _hasFitted ? std::max(columnWidth(column), wanted) : wanted);
     }
+    _hasFitted = true;
 }
 
 void DataTable::paintEvent(QPaintEvent* event)

@@ -40,7 +40,8 @@ private:
     DataTableModel _model;
     QString _stretchedColumn;
     QString _placeholderText;
-    bool _fitsColumns = true; // until there was something to fit them to
+    bool _fitsColumns = true; // until the user has chosen a width
+    bool _hasFitted = false;
 };
 
 } // namespace platform::ui

@@ -5,6 +5,7 @@
 #include "platform/linux/ui/windows/LocalizeWidgets.h"
 #include "platform/linux/ui/windows/WindowNative.h"
 #include "platform/linux/ui/windows/WrapNamedWidgets.h"
+#include "ui_BRVActivityController.h"
 #include "ui_BRVCalendarIntervalViewController.h"
 #include "ui_BRVConsole.h"
 #include "ui_BRVIntervalViewController.h"
@@ -32,6 +33,8 @@ std::unique_ptr<QWidget> build(std::string_view name)
 {
     if (name == "MainWindow")
         return build<Ui::MainWindow, InterfaceWindow>();
+    if (name == "BRVActivityController")
+        return build<Ui::BRVActivityController, InterfaceWindow>();
     if (name == "BRVPreferencesController")
         return build<Ui::BRVPreferencesController, InterfaceWindow>();
     if (name == "BRVCalendarIntervalViewController")

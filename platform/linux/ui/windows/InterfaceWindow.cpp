@@ -1,5 +1,7 @@
 #include "platform/linux/ui/windows/InterfaceWindow.h"
 
+#include "platform/UserDefaults.h"
+
 #include <algorithm>
 #include <QApplication>
 #include <QCloseEvent>
@@ -74,6 +76,25 @@ void InterfaceWindow::closeEvent(QCloseEvent* event)
         if (auto* const other = qobject_cast<InterfaceWindow*>(widget); other && other != this)
             other->close();
     }
+}
+
+void InterfaceWindow::setFrameAutosaveName(const std::string& name)
+{
+    _frameKey = "Window Frame " + name;
+    const auto kept = userDefault(_frameKey);
+    const auto* const bytes = kept ? kept->data() : nullptr;
+    if (bytes)
+        restoreGeometry(
+            QByteArray(reinterpret_cast<const char*>(bytes->data()), static_cast<qsizetype>(bytes->size())));
+}
+
+void InterfaceWindow::hideEvent(QHideEvent* event)
+{
+    QMainWindow::hideEvent(event);
+    if (_frameKey.empty() || event->spontaneous()) // as when it is minimized
+        return;
+    const auto frame = saveGeometry();
+    setUserDefault(_frameKey, Data(frame.begin(), frame.end()));
 }
 
 void InterfaceWindow::keyPressEvent(QKeyEvent* event)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <string>
 
 class QPushButton;
 
@@ -15,11 +16,14 @@ public:
     using QMainWindow::QMainWindow;
 
     void setOrdersTabsByPosition(bool orders) { _ordersTabsByPosition = orders; }
+    // See Window.
+    void setFrameAutosaveName(const std::string& name);
 
 protected:
     // Without the window that has the menus nothing could be reached, so the others close before it.
     void closeEvent(QCloseEvent* event) override;
     bool focusNextPrevChild(bool next) override;
+    void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
@@ -29,6 +33,7 @@ private:
     QPushButton* buttonForReturn() const;
 
     bool _ordersTabsByPosition = false;
+    std::string _frameKey; // of the user defaults; empty for a window that is not remembered
 };
 
 } // namespace platform::ui

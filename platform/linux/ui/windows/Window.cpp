@@ -48,6 +48,11 @@ void Window::center()
     window.move(frame.topLeft());
 }
 
+void Window::setFrameAutosaveName(const std::string& name)
+{
+    _native->window->setFrameAutosaveName(name);
+}
+
 void Window::makeKeyAndOrderFront()
 {
     auto& window = *_native->window;

@@ -1,4 +1,4 @@
-#include "tests/schedule/RowsUser.h"
+#include "tests/shell/support/RowsUser.h"
 
 #include "platform/linux/ui/controls/ViewNative.h"
 #include "platform/linux/ui/rules/RuleEditorBox.h"
