@@ -75,7 +75,8 @@ std::optional<ProgramDescription> ProgramDescription::inDictionary(const std::st
                                .preparation = textsForKey(content, "Preparation"),
                                .warnings = {},
                                .fields = fieldsOf(content),
-                               .restore = textForKey(content, "Restore")};
+                               .place = textForKey(content, BackupProgramKey::Place),
+                               .restore = textForKey(content, BackupProgramKey::Restore)};
     const auto* const warnings = content.arrayForKey("Warnings");
     for (const auto& each : warnings ? *warnings : platform::Array())
         program.warnings.push_back(static_cast<int>(each.integerValue()));

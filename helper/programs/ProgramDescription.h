@@ -30,6 +30,7 @@ struct ProgramDescription {
     std::vector<std::string> preparation; // arguments with which it is run before; none: nothing to prepare
     std::vector<int> warnings;            // exit statuses of a backup that was made, but for 0
     std::vector<ProgramField> fields;
+    std::string place; // for people, as in BackupProgramKey
     std::string restore;
 
     const ProgramField* field(std::string_view key) const;

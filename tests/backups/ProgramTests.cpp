@@ -69,6 +69,10 @@ TEST_CASE("the installation describes the programs that can be chosen")
                 return argument.find("{" + field.key + "}") != std::string::npos;
             }));
         CHECK_FALSE(program.restore.empty());
+        CHECK(program.place.ends_with('.'));
+        // People are asked for one field of a kind.
+        for (const auto& field : program.fields)
+            CHECK(std::ranges::count(program.fields, field.kind, &ProgramField::kind) == 1);
         CHECK((program.package.empty()) == (program.identifier == "service"));
     }
 }
