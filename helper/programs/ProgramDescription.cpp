@@ -66,6 +66,7 @@ std::optional<ProgramDescription> ProgramDescription::inDictionary(const std::st
 {
     ProgramDescription program{.identifier = identifier,
                                .name = textForKey(content, "Name"),
+                               .isRecommended = content.boolForKey("Recommended"),
                                .package = textForKey(content, "Package"),
                                .executables = textsForKey(content, "Executables"),
                                .arguments = textsForKey(content, "Arguments"),

@@ -21,6 +21,7 @@ struct ProgramField {
 struct ProgramDescription {
     std::string identifier; // the file's name
     std::string name;
+    bool isRecommended = false; // to who has none yet
     std::string package;
     std::vector<std::string> executables; // absolute; the first that is there is run
     std::vector<std::string> arguments;

@@ -80,8 +80,12 @@ Dictionary ProgramStore::reply(const ProgramCatalog& catalog) const
 {
     auto reply = choice();
     platform::Array programs;
-    for (const auto& program : catalog.programs())
-        programs.emplace_back(described(program));
+    for (const bool isRecommended : {true, false}) {
+        for (const auto& program : catalog.programs()) {
+            if (program.isRecommended == isRecommended)
+                programs.emplace_back(described(program));
+        }
+    }
     reply.set(BackupProgramKey::Programs, std::move(programs));
     return reply;
 }
