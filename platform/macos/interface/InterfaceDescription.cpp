@@ -387,8 +387,8 @@ InterfaceDescription backupProgramWindow()
 const std::vector<InterfaceDescription>& interfaceDescriptions()
 {
     static const std::vector<InterfaceDescription> all{
-        mainWindow(),        whenInactiveView(), intervalView(),         calendarIntervalsView(),
-        preferencesWindow(), consoleWindow(),    localSnapshotsWindow(), activityWindow(), backupProgramWindow(),
+        mainWindow(),    whenInactiveView(),     intervalView(),   calendarIntervalsView(), preferencesWindow(),
+        consoleWindow(), localSnapshotsWindow(), activityWindow(), backupProgramWindow(),
     };
     return all;
 }
