@@ -66,13 +66,18 @@ Result<void> PasswordRule::setAllowsWithoutPassword(bool allowed) const
     return written;
 }
 
+bool PasswordRule::allowsWithoutPassword()
+{
+    const auto definition = platform::Authorization::right(BRVRightModifySettings1).value_or(Dictionary());
+    const auto* rules = definition.arrayForKey("rule");
+    return rules && std::ranges::find(*rules, platform::PropertyList("is-admin")) != rules->end();
+}
+
 Result<void> PasswordRule::takeStricter() const
 {
     if (_rulesFolder.empty())
         return {};
-    const auto definition = platform::Authorization::right(BRVRightModifySettings1).value_or(Dictionary());
-    const auto* rules = definition.arrayForKey("rule");
-    const bool isOpen = rules && std::ranges::find(*rules, platform::PropertyList("is-admin")) != rules->end();
+    const bool isOpen = allowsWithoutPassword();
     const bool isWritten = ::access(rulesPath().c_str(), F_OK) == 0;
     if (isOpen == isWritten)
         return {};

@@ -16,6 +16,9 @@ public:
     // The new rule is on disk when this returns success. One call at a time.
     platform::Result<void> setAllowsWithoutPassword(bool allowed) const;
 
+    // By the stored rule.
+    static bool allowsWithoutPassword();
+
     // Brings the stored rule and the rules file, of which a crash or an administrator may have changed one, to the
     // stricter of the two.
     platform::Result<void> takeStricter() const;

@@ -372,7 +372,7 @@ Service::Outcome SchedulerHelper::setBackupProgram(const Service::Call& call)
     const auto* const choice = call.payload ? call.payload->dictionary() : nullptr;
     if (!choice)
         return std::unexpected(RequestReader::deserializeError(call.message));
-    if (auto chosen = _program->choose(*choice); !chosen)
+    if (auto chosen = _program->choose(*choice, PasswordRule::allowsWithoutPassword()); !chosen)
         return std::unexpected(std::move(chosen.error()));
     const auto name = _program->name();
     ZRKLogMessage(LogLevelDefault, "The backup program is now %@.", {name.empty() ? "none" : name});

@@ -35,7 +35,7 @@ struct Rule {
 
 SettingsFault wrongType(std::string_view key, std::string expected)
 {
-    return {BRVErrorWrongType, std::string(key), std::move(expected)};
+    return {BRVErrorWrongType, std::string(key), std::move(expected), {}};
 }
 
 std::optional<std::int64_t> wholeNumber(const PropertyList& value)
@@ -209,6 +209,8 @@ platform::Error SettingsFault::error() const
     Dictionary userInfo{{"key", platform::shortened(key, longestKey)}};
     if (code == BRVErrorWrongType)
         userInfo.set("expected", expected);
+    if (!path.empty())
+        userInfo.set("path", path);
     return {BRVErrorDomain, code, std::move(userInfo), nullptr};
 }
 

@@ -11,8 +11,9 @@ namespace helper {
 // What is wrong with a record: the code is a missing value, a wrong type or an unknown key.
 struct SettingsFault {
     BRVErrorCode code;
-    std::string key;      // without the keys around it; shortened in the error
-    std::string expected; // the type, or the type and range; only for a wrong type
+    std::string key;       // without the keys around it; shortened in the error
+    std::string expected;  // the type, or the type and range; only for a wrong type
+    std::string path = {}; // of the file system, where that is at fault
 
     bool operator==(const SettingsFault&) const = default;
     platform::Error error() const; // not logged

@@ -19,6 +19,9 @@ struct BackupJob {
     std::vector<std::vector<std::string>> commands;
     std::vector<std::string> environment;             // "NAME=value", besides a plain one
     std::optional<std::chrono::seconds> overdueAfter; // more than it can be expected to take
+    // Mount points, each of a disk whose contents are not to be trusted: the commands can change nothing but what is on
+    // them and what they keep for themselves, and follow no link there. None: the commands are not confined.
+    std::vector<std::string> confinedTo = {};
 
     bool operator==(const BackupJob&) const = default;
 };

@@ -1,13 +1,17 @@
+#include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKError.h"
 #include "platform/BackgroundItem.h"
 #include "platform/Format.h"
 #include "platform/Localization.h"
 #include "platform/Preferences.h"
+#include "platform/Queue.h"
 #include "platform/SystemInformation.h"
 #include "platform/Workspace.h"
 #include "protocol/ErrorCodes.h"
 #include "shell/BREditorController.h"
 #include "version/ZRKSystemVersionManager.h"
+
+#include <utility>
 
 using namespace platform::ui;
 using platform::localizedString;
@@ -117,7 +121,10 @@ void BREditorController::displaySystemSchedulerCheckAlert(const std::string& tit
     alert.setMessageText(title);
     if (!automaticBackups || !automaticBackups->boolValue()) {
         alert.setInformativeText(message);
-        alert.beginSheet(_outlets.window, nullptr);
+        alert.beginSheet(_outlets.window, [weak = weak_from_this()](int) {
+            if (const auto self = weak.lock())
+                self->didDismissApplyAlert();
+        });
         return;
     }
     const std::string advice = localizedString(
@@ -133,10 +140,38 @@ void BREditorController::beginSheetOfferingTimeMachineSettings(Alert& alert)
     alert.addButton(localizedString("OK"));
     alert.beginSheet(_outlets.window, [weak = weak_from_this()](int response) {
         const auto self = weak.lock();
-        if (!self || response != Alert::FirstButtonReturn)
+        if (!self)
             return;
-        if (!platform::openFile(platform::systemPath(timeMachinePanePath)))
+        if (response == Alert::FirstButtonReturn && !platform::openFile(platform::systemPath(timeMachinePanePath)))
             self->displayMissingSettingsPaneAlert();
+        else
+            self->didDismissApplyAlert();
+    });
+}
+
+void BREditorController::didDismissApplyAlert()
+{
+    if (!std::exchange(_needsBackupProgram, false))
+        return;
+    BRVHelperMessager::sharedMessager()->getBackupProgram(
+        platform::Queue::main(), [weak = weak_from_this()](const auto& reply) {
+            const auto self = weak.lock();
+            if (self && reply && !ProgramOffer::inReply(*reply).hasChoice())
+                self->displayNoBackupProgramAlert();
+        });
+}
+
+void BREditorController::displayNoBackupProgramAlert()
+{
+    Alert alert;
+    alert.setMessageText(localizedString("No backup program is chosen."));
+    alert.setInformativeText(localizedString("No backups are made while no backup program is chosen."));
+    alert.addButton(localizedString("Choose…"));
+    alert.addButton(localizedString("Later"));
+    alert.beginSheet(_outlets.window, [weak = weak_from_this()](int response) {
+        const auto self = weak.lock();
+        if (self && response == Alert::FirstButtonReturn)
+            self->showBackupProgram();
     });
 }
 

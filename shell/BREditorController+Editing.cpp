@@ -1,5 +1,6 @@
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKError.h"
+#include "platform/BackupFacility.h"
 #include "platform/Localization.h"
 #include "platform/Preferences.h"
 #include "protocol/ErrorCodes.h"
@@ -241,6 +242,7 @@ void BREditorController::applySettings(const ScheduleSettings& settings)
 
 void BREditorController::displayDidApplyAlertForSettings(const ScheduleSettings& settings)
 {
+    _needsBackupProgram = leavesBackupsOn(settings) && !platform::systemHasBackupProgram();
     displayApplyAlert(alertAfterApplying(settings));
 }
 
@@ -255,5 +257,5 @@ void BREditorController::displayApplyAlert(ApplyAlert alert)
     Alert plain;
     plain.setMessageText(title);
     plain.setInformativeText(message);
-    plain.beginSheet(_outlets.window, nullptr);
+    plain.beginSheet(_outlets.window, nullptr); // nothing is scheduled
 }

@@ -40,6 +40,8 @@ bool userWantsToUninstall()
 
 bool BREditorController::applicationShouldTerminate()
 {
+    if (_backupProgramController)
+        _backupProgramController->keepEdits();
     if (platform::userDefaultBool(BRVDidAskAboutAutoUpdates))
         return true;
     const auto& messager = BRVHelperMessager::sharedMessager();

@@ -37,6 +37,7 @@ void BREditorController::connectMenuItems()
     using Self = BREditorController;
     connect(_outlets.aboutMenuItem, &Self::showAbout);
     connect(_outlets.preferencesMenuItem, &Self::showPreferences);
+    connect(_outlets.backupProgramMenuItem, &Self::showBackupProgram);
     connect(_outlets.checkUpdatesMenuItem, &Self::checkUpdates);
     connect(_outlets.uninstallMenuItem, &Self::uninstall);
     connect(_outlets.showCurrentSettingsMenuItem, &Self::showCurrentSettings);
@@ -62,6 +63,11 @@ void BREditorController::showAbout()
 void BREditorController::showPreferences()
 {
     showWindowOf(_preferencesController);
+}
+
+void BREditorController::showBackupProgram()
+{
+    showWindowOf(_backupProgramController);
 }
 
 void BREditorController::showConsole()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "activity/BRVActivityController.h"
+#include "backupprogram/BRVBackupProgramController.h"
 #include "diagnostics/console/BRVConsoleController.h"
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
 #include "layout/ZRKStackView.h"
@@ -37,6 +38,7 @@ public:
     // The menus' actions.
     void showAbout();
     void showPreferences();
+    void showBackupProgram();
     void checkUpdates();
     void uninstall();           // after asking
     void showCurrentSettings(); // throws away edits that were not applied
@@ -97,6 +99,9 @@ private:
     // The controls, or the schedule in force, say something else than before.
     void schedulesDidChange();
     void displayApplyAlert(ApplyAlert alert);
+    // After the sheet that says what was applied: another one if it needs a backup program and none is chosen.
+    void didDismissApplyAlert();
+    void displayNoBackupProgramAlert();
 
     // Adds the two buttons to the alert and attaches it to the main window.
     void beginSheetOfferingTimeMachineSettings(platform::ui::Alert& alert);
@@ -113,9 +118,11 @@ private:
     EditorCapabilities _capabilities; // since the interface was loaded
     bool _showAdvancedSettings = false;
     bool _checkingUpdates = false;
+    bool _needsBackupProgram = false; // by what was just applied
 
     // The other windows, each made when it is first asked for.
     std::shared_ptr<BRVPreferencesController> _preferencesController;
+    std::shared_ptr<BRVBackupProgramController> _backupProgramController;
     std::shared_ptr<BRVConsoleController> _consoleController;
     std::shared_ptr<BRVLocalSnapshotsController> _localSnapshotsController;
     std::shared_ptr<BRVActivityController> _activityController;

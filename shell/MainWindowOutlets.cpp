@@ -22,6 +22,7 @@ MainWindowOutlets::MainWindowOutlets(const Interface& interface)
       suspendStackView(interface.outlet<View>("suspendStackView")),
       aboutMenuItem(interface.menuItem("aboutMenuItem")),
       preferencesMenuItem(interface.menuItem("preferencesMenuItem")),
+      backupProgramMenuItem(interface.menuItem("backupProgramMenuItem")),
       checkUpdatesMenuItem(interface.menuItem("checkUpdatesMenuItem")),
       uninstallMenuItem(interface.menuItem("uninstallMenuItem")),
       showCurrentSettingsMenuItem(interface.menuItem("showCurrentSettingsMenuItem")),

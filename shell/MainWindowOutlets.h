@@ -30,6 +30,7 @@ struct MainWindowOutlets {
 
     std::shared_ptr<platform::ui::MenuItem> aboutMenuItem;
     std::shared_ptr<platform::ui::MenuItem> preferencesMenuItem;
+    std::shared_ptr<platform::ui::MenuItem> backupProgramMenuItem;
     std::shared_ptr<platform::ui::MenuItem> checkUpdatesMenuItem;
     std::shared_ptr<platform::ui::MenuItem> uninstallMenuItem;
     std::shared_ptr<platform::ui::MenuItem> showCurrentSettingsMenuItem;

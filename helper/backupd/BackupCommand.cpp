@@ -31,17 +31,25 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts)
     return pointers;
 }
 
+// Why a program was not run, as the new process writes it to a pipe.
+struct Failure {
+    int code = 0;
+    bool isOfConfinement = false;
+};
+
 // In the new process. Writes why to the pipe when the program cannot be run.
-[[noreturn]] void execute(char* const* arguments, char* const* environment, int output, int failure)
+[[noreturn]] void execute(char* const* arguments, char* const* environment, const BackupConfinement& confinement,
+                          int output, int failure)
 {
     ::signal(SIGPIPE, SIG_DFL);
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     const int none = ::open("/dev/null", O_RDONLY);
-    if (none >= 0 && ::dup2(none, STDIN_FILENO) >= 0 && ::dup2(output, STDOUT_FILENO) >= 0
+    const int refusal = confinement.apply();
+    if (refusal == 0 && none >= 0 && ::dup2(none, STDIN_FILENO) >= 0 && ::dup2(output, STDOUT_FILENO) >= 0
         && ::dup2(output, STDERR_FILENO) >= 0)
         ::execve(arguments[0], arguments, environment);
-    const int code = errno;
-    [[maybe_unused]] const auto written = ::write(failure, &code, sizeof code);
+    const Failure why{refusal != 0 ? refusal : errno, refusal != 0};
+    [[maybe_unused]] const auto written = ::write(failure, &why, sizeof why);
     ::_exit(ExitCannotRun);
 }
 
@@ -97,16 +105,20 @@ int waitForEnd(pid_t child)
     return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
 }
 
-int reportFailure(const std::string& program, int code, BackupLog& log)
+int reportFailure(const std::string& program, const Failure& why, BackupLog& log)
 {
-    log.message(BackupLog::Error, "'" + program + "' could not be run. " + std::generic_category().message(code) + ".");
-    return code == ENOENT ? ExitNotFound : ExitCannotRun;
+    log.message(
+        BackupLog::Error,
+        "'" + program
+            + (why.isOfConfinement ? "' was not run: it could not be kept to the disk. " : "' could not be run. ")
+            + std::generic_category().message(why.code) + ".");
+    return why.code == ENOENT && !why.isOfConfinement ? ExitNotFound : ExitCannotRun;
 }
 
 } // namespace
 
 int runBackupCommand(const std::vector<std::string>& command, const std::vector<std::string>& environment,
-                     BackupLog& log)
+                     const BackupConfinement& confinement, BackupLog& log)
 {
     const auto arguments = pointersTo(command);
     const auto variables = pointersTo(environment);
@@ -114,16 +126,16 @@ int runBackupCommand(const std::vector<std::string>& command, const std::vector<
     Pipe failure;
     const auto child = output.readEnd && failure.readEnd ? ::fork() : -1;
     if (child < 0)
-        return reportFailure(command.front(), errno, log);
+        return reportFailure(command.front(), {errno, false}, log);
     if (child == 0)
-        execute(arguments.data(), variables.data(), output.writeEnd.get(), failure.writeEnd.get());
+        execute(arguments.data(), variables.data(), confinement, output.writeEnd.get(), failure.writeEnd.get());
     output.writeEnd.reset();
     failure.writeEnd.reset();
     const FileDescriptor process(::pidfd_open(child, 0));
-    int code = 0;
-    if (::read(failure.readEnd.get(), &code, sizeof code) == sizeof code) {
+    Failure why;
+    if (::read(failure.readEnd.get(), &why, sizeof why) == sizeof why) {
         waitForEnd(child);
-        return reportFailure(command.front(), code, log);
+        return reportFailure(command.front(), why, log);
     }
     OutputLines lines(log);
     followOutput(output.readEnd.get(), process.get(), lines);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "helper/backupd/BackupConfinement.h"
 #include "helper/backupd/BackupLog.h"
 
 #include <string>
@@ -10,10 +11,10 @@ namespace helper {
 inline constexpr int ExitCannotRun = 126;
 inline constexpr int ExitNotFound = 127;
 
-// Runs a program to its end with an environment of its own and nothing to read, and logs what it prints. Its exit
-// status, or the negative number of the signal that ended it. It ends with this process, and what it leaves behind in
-// the background is not waited for. For a process of one thread.
+// Runs a program to its end, confined, with an environment of its own and nothing to read, and logs what it prints. Its
+// exit status, or the negative number of the signal that ended it. It ends with this process, and what it leaves behind
+// in the background is not waited for. For a process of one thread.
 int runBackupCommand(const std::vector<std::string>& command, const std::vector<std::string>& environment,
-                     BackupLog& log);
+                     const BackupConfinement& confinement, BackupLog& log);
 
 } // namespace helper

@@ -82,9 +82,11 @@ int BackupSession::runCommands(const platform::BackupJob& job)
 {
     auto environment = plainEnvironment();
     environment.insert(environment.end(), job.environment.begin(), job.environment.end());
+    const BackupConfinement confinement(job.confinedTo,
+                                        {platform::systemPath("/var/db/brevane/programs"), "/tmp", "/var/tmp"});
     int status = 0;
     for (const auto& command : job.commands) {
-        status = runBackupCommand(command, environment, _log);
+        status = runBackupCommand(command, environment, confinement, _log);
         if (status != 0)
             break;
     }

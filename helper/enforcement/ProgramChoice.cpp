@@ -36,9 +36,13 @@ Dictionary ProgramChoice::reply()
     return _store.reply(*readCatalog());
 }
 
-platform::Result<void> ProgramChoice::choose(const Dictionary& choice)
+platform::Result<void> ProgramChoice::choose(const Dictionary& choice, bool isWithoutPassword)
 {
-    if (const auto fault = ProgramFields::faultInChoice(choice, *readCatalog()))
+    const auto known = readCatalog();
+    auto fault = ProgramFields::faultInChoice(choice, *known);
+    if (!fault && isWithoutPassword)
+        fault = ProgramFields::faultWithoutPassword(choice, *known);
+    if (fault)
         return std::unexpected(fault->error());
     return _store.setChoice(choice);
 }

@@ -20,7 +20,7 @@ public:
 
     // The messages that ask for it and that change it. Both look anew what can be chosen.
     platform::Dictionary reply();
-    platform::Result<void> choose(const platform::Dictionary& choice);
+    platform::Result<void> choose(const platform::Dictionary& choice, bool isWithoutPassword);
 
     // Whether one is chosen and is there.
     bool isReady() const;

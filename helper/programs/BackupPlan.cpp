@@ -86,7 +86,8 @@ std::string sentence(const SettingsFault& fault)
     case BRVErrorUnknownKey:
         return "The value \"" + fault.key + "\" is not known.";
     default:
-        return "The value \"" + fault.key + "\" is no " + fault.expected + ".";
+        return "The value \"" + fault.key + "\" is no " + fault.expected
+            + (fault.path.empty() ? "." : ": others can change '" + fault.path + "'.");
     }
 }
 
@@ -136,7 +137,8 @@ std::expected<platform::BackupJob, std::string> BackupPlan::job(const ProgramDes
     platform::BackupJob job{.identifier = identifier,
                             .commands = {},
                             .environment = filledIn(program.environment, fields, identifier),
-                            .overdueAfter = {}};
+                            .overdueAfter = {},
+                            .confinedTo = ProgramFields::disks(fields, program)};
     const auto prepared = filledInPath(program.preparedPath, fields, identifier);
     if (!program.preparation.empty() && !platform::fileExists(prepared))
         job.commands.push_back(commandOf(*path, filledIn(program.preparation, fields, identifier)));

@@ -66,6 +66,7 @@ std::optional<ProgramDescription> ProgramDescription::inDictionary(const std::st
 {
     ProgramDescription program{.identifier = identifier,
                                .name = textForKey(content, "Name"),
+                               .isRecommended = content.boolForKey("Recommended"),
                                .package = textForKey(content, "Package"),
                                .executables = textsForKey(content, "Executables"),
                                .arguments = textsForKey(content, "Arguments"),
@@ -75,7 +76,8 @@ std::optional<ProgramDescription> ProgramDescription::inDictionary(const std::st
                                .preparation = textsForKey(content, "Preparation"),
                                .warnings = {},
                                .fields = fieldsOf(content),
-                               .restore = textForKey(content, "Restore")};
+                               .place = textForKey(content, BackupProgramKey::Place),
+                               .restore = textForKey(content, BackupProgramKey::Restore)};
     const auto* const warnings = content.arrayForKey("Warnings");
     for (const auto& each : warnings ? *warnings : platform::Array())
         program.warnings.push_back(static_cast<int>(each.integerValue()));

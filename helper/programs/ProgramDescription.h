@@ -21,6 +21,7 @@ struct ProgramField {
 struct ProgramDescription {
     std::string identifier; // the file's name
     std::string name;
+    bool isRecommended = false; // to who has none yet
     std::string package;
     std::vector<std::string> executables; // absolute; the first that is there is run
     std::vector<std::string> arguments;
@@ -30,6 +31,7 @@ struct ProgramDescription {
     std::vector<std::string> preparation; // arguments with which it is run before; none: nothing to prepare
     std::vector<int> warnings;            // exit statuses of a backup that was made, but for 0
     std::vector<ProgramField> fields;
+    std::string place; // for people, as in BackupProgramKey
     std::string restore;
 
     const ProgramField* field(std::string_view key) const;

@@ -17,6 +17,8 @@ using platform::PropertyList;
 
 namespace {
 
+namespace Expectation = BackupFieldExpectation;
+
 using Fault = std::optional<SettingsFault>;
 
 constexpr std::size_t maximumTextSize = 4096;
@@ -24,7 +26,7 @@ constexpr std::size_t maximumTexts = 1000;
 
 Fault wrong(const std::string& key, const std::string& expected)
 {
-    return SettingsFault{BRVErrorWrongType, key, expected};
+    return SettingsFault{BRVErrorWrongType, key, expected, {}};
 }
 
 bool isControl(char character)
@@ -74,7 +76,7 @@ bool isOfSystem(std::string_view path)
 
 Fault folder(const std::string& key, const PropertyList& value)
 {
-    return value.string() && isPlainPath(*value.string()) ? Fault() : wrong(key, "absolute folder");
+    return value.string() && isPlainPath(*value.string()) ? Fault() : wrong(key, Expectation::Folder);
 }
 
 Fault destination(const std::string& key, const PropertyList& value)
@@ -85,11 +87,11 @@ Fault destination(const std::string& key, const PropertyList& value)
     // Two colons come before an archive's name.
     if (path.find("::") != std::string::npos || path.ends_with('/') || isOfSystem(path)
         || isOfSystem(resolvedPath(path)))
-        return wrong(key, "folder for backups, outside of the system's own");
-    if (const auto part = untrustedPart(path))
-        return wrong(key,
-                     "folder that nobody but the administrator can change (but others can change '" + *part + "')");
-    return std::nullopt;
+        return wrong(key, Expectation::ForBackups);
+    const auto trust = trustOfPath(path);
+    if (trust.untrusted)
+        return SettingsFault{BRVErrorWrongType, key, Expectation::OfAdministrator, *trust.untrusted};
+    return trust.disk && trust.disk->empty() ? wrong(key, Expectation::OnMountedDisk) : std::nullopt;
 }
 
 Fault secretFile(const std::string& key, const PropertyList& value)
@@ -100,7 +102,7 @@ Fault secretFile(const std::string& key, const PropertyList& value)
     const auto& path = *value.string();
     const bool isPrivate = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid()
         && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
-    return isPrivate && !untrustedPart(path) ? Fault() : wrong(key, "file that only the administrator can read");
+    return isPrivate && !untrustedPart(path) ? Fault() : wrong(key, Expectation::Secret);
 }
 
 Fault word(const std::string& key, const PropertyList& value)
@@ -112,13 +114,13 @@ Fault word(const std::string& key, const PropertyList& value)
     const auto* const text = value.string();
     const bool isWord = text && !text->empty() && text->size() <= 64 && !text->starts_with('-')
         && std::ranges::all_of(*text, isAllowed);
-    return isWord ? Fault() : wrong(key, "word");
+    return isWord ? Fault() : wrong(key, Expectation::Word);
 }
 
 Fault texts(const std::string& key, const PropertyList& value, bool areFolders)
 {
     const auto* const array = value.array();
-    const std::string expected = areFolders ? "array of absolute folders" : "array of patterns";
+    const std::string expected = areFolders ? Expectation::Folders : Expectation::Patterns;
     if (!array || array->size() > maximumTexts || (areFolders && array->empty()))
         return wrong(key, expected);
     for (const auto& each : *array) {
@@ -130,7 +132,7 @@ Fault texts(const std::string& key, const PropertyList& value, bool areFolders)
 
 Fault unit(const std::string& key, const PropertyList& value)
 {
-    return value.string() && isBackupUnitName(*value.string()) ? Fault() : wrong(key, "name of a system service");
+    return value.string() && isBackupUnitName(*value.string()) ? Fault() : wrong(key, Expectation::Unit);
 }
 
 Fault faultInField(const ProgramField& field, const PropertyList& value)
@@ -163,6 +165,30 @@ Fault ProgramFields::faultInFields(const Dictionary& fields, const ProgramDescri
             return SettingsFault{BRVErrorMissingValue, field.key, {}};
     }
     return std::nullopt;
+}
+
+std::vector<std::string> ProgramFields::disks(const Dictionary& fields, const ProgramDescription& program)
+{
+    std::vector<std::string> disks;
+    for (const auto& field : program.fields) {
+        const auto* const path = fields.stringForKey(field.key);
+        if (!path || field.kind != BackupFieldKind::Destination)
+            continue;
+        if (const auto disk = trustOfPath(*path).disk; disk && !disk->empty())
+            disks.push_back(*disk);
+    }
+    return disks;
+}
+
+Fault ProgramFields::faultWithoutPassword(const Dictionary& choice, const ProgramCatalog& catalog)
+{
+    const auto* const identifier = choice.stringForKey(BackupProgramKey::Program);
+    const auto* const fields = choice.dictionaryForKey(BackupProgramKey::Fields);
+    const auto* const program = identifier && fields ? catalog.program(*identifier) : nullptr;
+    if (!program || disks(*fields, *program).empty())
+        return std::nullopt;
+    const auto found = std::ranges::find(program->fields, BackupFieldKind::Destination, &ProgramField::kind);
+    return wrong(found->key, Expectation::WithPassword);
 }
 
 Fault ProgramFields::faultInChoice(const Dictionary& choice, const ProgramCatalog& catalog)

@@ -3,6 +3,9 @@
 #include "helper/programs/BackupPlan.h"
 #include "protocol/BackupProgram.h"
 
+#include <unistd.h>
+#include <utility>
+
 namespace helper {
 
 using platform::Dictionary;
@@ -17,6 +20,16 @@ bool isAcceptable(const Dictionary& stored)
     return (!program || program->string()) && (!fields || fields->dictionary());
 }
 
+// Of the package managers whose names for these packages are known.
+std::string installation(const std::string& package)
+{
+    for (const auto* const manager : {"apt", "dnf"}) {
+        if (!package.empty() && ::access(("/usr/bin/" + std::string(manager)).c_str(), X_OK) == 0)
+            return "sudo " + std::string(manager) + " install " + package;
+    }
+    return {};
+}
+
 Dictionary described(const ProgramDescription& program)
 {
     platform::Array fields;
@@ -27,10 +40,13 @@ Dictionary described(const ProgramDescription& program)
     Dictionary description{{BackupProgramKey::Program, program.identifier},
                            {BackupProgramKey::Name, program.name},
                            {BackupProgramKey::Installed, BackupPlan::executable(program).has_value()},
+                           {BackupProgramKey::Place, program.place},
                            {BackupProgramKey::Restore, program.restore},
                            {BackupProgramKey::FieldList, std::move(fields)}};
     if (!program.package.empty())
         description.set(BackupProgramKey::Package, program.package);
+    if (auto command = installation(program.package); !command.empty())
+        description.set(BackupProgramKey::Install, std::move(command));
     if (const auto missing = BackupPlan::missingFile(program))
         description.set(BackupProgramKey::Missing, *missing);
     return description;
@@ -64,8 +80,12 @@ Dictionary ProgramStore::reply(const ProgramCatalog& catalog) const
 {
     auto reply = choice();
     platform::Array programs;
-    for (const auto& program : catalog.programs())
-        programs.emplace_back(described(program));
+    for (const bool isRecommended : {true, false}) {
+        for (const auto& program : catalog.programs()) {
+            if (program.isRecommended == isRecommended)
+                programs.emplace_back(described(program));
+        }
+    }
     reply.set(BackupProgramKey::Programs, std::move(programs));
     return reply;
 }

@@ -36,6 +36,11 @@ public:
     // As of the last reload.
     std::size_t numberOfRows() const;
 
+    // -1 when none is selected.
+    int selectedRow() const;
+    // A row out of range selects none.
+    void selectRow(int row);
+
     // A new cell view of the kind that the interface file has for the column.
     TableCellView makeView(const std::string& identifier) const;
     std::vector<std::string> columnIdentifiers() const;

@@ -5,10 +5,15 @@ bool isAlreadyApplied(const std::optional<ScheduleSettings>& current, const Sche
     return current == record;
 }
 
+bool leavesBackupsOn(const ScheduleSettings& applied)
+{
+    return applied.boolForKey(ScheduleKey::Backups) && !applied.boolForKey(ScheduleKey::Disabled);
+}
+
 ApplyAlert alertAfterApplying(const ScheduleSettings& applied)
 {
-    const bool schedules = !applied.boolForKey(ScheduleKey::Disabled)
-        && (applied.boolForKey(ScheduleKey::Backups) || applied.boolForKey(ScheduleKey::Snapshots));
+    const bool schedules = leavesBackupsOn(applied)
+        || (applied.boolForKey(ScheduleKey::Snapshots) && !applied.boolForKey(ScheduleKey::Disabled));
     return schedules ? ApplyAlert::Enforced : ApplyAlert::NothingScheduled;
 }
 

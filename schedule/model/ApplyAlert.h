@@ -15,6 +15,8 @@ enum class ApplyAlert {
 
 // Whether the record is the current one, which is then not sent.
 bool isAlreadyApplied(const std::optional<ScheduleSettings>& current, const ScheduleSettings& record);
+// Whether backups are on, so that a backup program is needed.
+bool leavesBackupsOn(const ScheduleSettings& applied);
 ApplyAlert alertAfterApplying(const ScheduleSettings& applied);
 ApplyAlert alertAfterFailingToApply(bool userCanceledAuthentication);
 

@@ -37,6 +37,7 @@ Groups applicationGroups()
     return {
         {{{.title = "&About Brevane", .identifier = "aboutMenuItem"}}},
         {{{.title = "&Preferences…", .identifier = "preferencesMenuItem", .key = ","}},
+         {{.title = "&Backup Program…", .identifier = "backupProgramMenuItem"}},
          {{.title = "&Check for Updates…", .identifier = "checkUpdatesMenuItem"}}},
         {{{.title = "Services", .identifier = "servicesMenuItem", .command = MenuCommand::Services}, ApplicationMenu}},
         {{{.title = "Hide Brevane", .identifier = "hideMenuItem", .key = "h", .command = MenuCommand::Hide},

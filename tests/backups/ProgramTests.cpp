@@ -69,6 +69,10 @@ TEST_CASE("the installation describes the programs that can be chosen")
                 return argument.find("{" + field.key + "}") != std::string::npos;
             }));
         CHECK_FALSE(program.restore.empty());
+        CHECK(program.place.ends_with('.'));
+        // People are asked for one field of a kind.
+        for (const auto& field : program.fields)
+            CHECK(std::ranges::count(program.fields, field.kind, &ProgramField::kind) == 1);
         CHECK((program.package.empty()) == (program.identifier == "service"));
     }
 }
@@ -245,9 +249,12 @@ TEST_CASE("the choice is kept on disk, and told with what can be chosen")
     const auto reply = store.reply(catalog());
     CHECK(*reply.stringForKey("Program") == "borg");
     REQUIRE(reply.arrayForKey("Programs"));
-    const auto& listed = *(*reply.arrayForKey("Programs"))[1].dictionary();
+    const auto& listed = *(*reply.arrayForKey("Programs"))[0].dictionary();
     CHECK(*listed.stringForKey("Name") == "Borg");
     CHECK(*listed.stringForKey("Package") == "borgbackup");
+    if (std::filesystem::exists("/usr/bin/apt"))
+        CHECK(*listed.stringForKey("Install") == "sudo apt install borgbackup");
+    CHECK(listed.stringForKey("Place")->contains("{Repository}"));
     CHECK(listed.boolForKey("Installed") == std::filesystem::exists("/usr/bin/borg"));
     CHECK(listed.arrayForKey("FieldList")->size() == 3);
 }

@@ -143,7 +143,7 @@ void EnforcedMachine::runOtherBackup(bool runs)
 void EnforcedMachine::chooseProgram(bool isChosen, bool preventsSleep)
 {
     const Dictionary choice{{BackupProgramKey::Program, "test"}, {BackupProgramKey::PreventSleep, preventsSleep}};
-    REQUIRE(_program->choose(isChosen ? choice : Dictionary()));
+    REQUIRE(_program->choose(isChosen ? choice : Dictionary(), false));
     if (_loop)
         _queue->sync([this] { _loop->happen(); });
 }

@@ -2,8 +2,12 @@
 #include "tests/localization/Tables.h"
 
 #include <algorithm>
+#include <cctype>
 #include <doctest/doctest.h>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
 #include <regex>
 #include <set>
 
@@ -157,17 +161,46 @@ TEST_CASE("a title has a letter for Alt in every language or in none")
 
 TEST_CASE("a retitled button keeps the letter that its first title has")
 {
+    const std::map<const char*, std::vector<const char*>> titles{
+        {"Show Ad&vanced Settings", {"Show Advanced Settings", "Hide Advanced Settings"}},
+        {"Choo&se", {"Choose", "Save"}},
+    };
     for (const std::string& language : tables::languages()) {
         const Texts texts = tables::read(language);
-        const std::string first = texts.at("Show Ad&vanced Settings");
-        const char letter = first[first.find('&') + 1];
-        const bool inParentheses = first.ends_with(")");
-        for (const char* title : {"Show Advanced Settings", "Hide Advanced Settings"}) {
-            CAPTURE(language);
-            CAPTURE(title);
-            CHECK((inParentheses || texts.at(title).find(letter) != std::string::npos));
+        for (const auto& [marked, later] : titles) {
+            const std::string first = texts.at(marked);
+            const char letter = first[first.find('&') + 1];
+            const bool inParentheses = first.ends_with(")");
+            for (const char* title : later) {
+                CAPTURE(language);
+                CAPTURE(title);
+                const auto hasLetter = [&](char character) { return std::tolower(character) == std::tolower(letter); };
+                CHECK((inParentheses || std::ranges::any_of(texts.at(title), hasLetter)));
+            }
         }
     }
+}
+
+TEST_CASE("what each backup program's file says of its backups is in the tables, and keeps the fields' names")
+{
+    int seen = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(RESOURCES_FOLDER "/programs")) {
+        std::ifstream file(entry.path());
+        const std::string text(std::istreambuf_iterator<char>(file), {});
+        static const std::regex pattern("<key>Place</key>\\s*<string>([^<]*)</string>");
+        std::smatch found;
+        CAPTURE(entry.path().string());
+        REQUIRE(std::regex_search(text, found, pattern));
+        const std::string place = found[1];
+        for (const std::string& language : tables::languages()) {
+            CAPTURE(language);
+            const Texts texts = tables::read(language);
+            REQUIRE(texts.contains(place));
+            CHECK(texts.at(place).contains("{Repository}") == place.contains("{Repository}"));
+        }
+        ++seen;
+    }
+    CHECK(seen >= 8);
 }
 
 TEST_CASE("German addresses the user formally")

@@ -10,7 +10,7 @@ import sys
 import xml.etree.ElementTree as ElementTree
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-ROOMS = ("activity", "agent", "diagnostics", "messaging", "platform", "schedule", "shell", "update")
+ROOMS = ("activity", "agent", "backupprogram", "diagnostics", "messaging", "platform", "schedule", "shell", "update")
 LITERALS = r'"(?:[^"\\\n]|\\.)*"(?:\s*"(?:[^"\\\n]|\\.)*")*'
 # The lookup, and the functions that look their argument up.
 LOOKUP = re.compile(r"\b(?:localizedString|corruptPropertyListError|unwritablePropertyListError|aboutText|findBarText)"

@@ -46,7 +46,8 @@ TEST_CASE("the menu bar of a window has what concerns the application in its fir
     REQUIRE(menus.size() == 5);
     CHECK(menus[0].title == "B&revane");
     CHECK(linesOf(menus[0])
-          == Lines{"aboutMenuItem", "-", "preferencesMenuItem ,", "checkUpdatesMenuItem", "-", "uninstallMenuItem"});
+          == Lines{"aboutMenuItem", "-", "preferencesMenuItem ,", "backupProgramMenuItem", "checkUpdatesMenuItem", "-",
+                   "uninstallMenuItem"});
     CHECK(menus[1].title == "&File");
     CHECK(linesOf(menus[1]) == Lines{"showCurrentSettingsMenuItem r", "-", "quitMenuItem q"});
     CHECK(menus[2].title == "&Edit");
@@ -66,9 +67,9 @@ TEST_CASE("where the system has an application menu, that menu has Services, Hid
     const auto menus = mainMenu(MenuConvention::ApplicationMenu);
     REQUIRE(menus.size() == 5);
     CHECK(linesOf(menus[0])
-          == Lines{"aboutMenuItem", "-", "preferencesMenuItem ,", "checkUpdatesMenuItem", "-", "servicesMenuItem", "-",
-                   "hideMenuItem h", "hideOthersMenuItem h", "showAllMenuItem", "-", "uninstallMenuItem", "-",
-                   "quitMenuItem q"});
+          == Lines{"aboutMenuItem", "-", "preferencesMenuItem ,", "backupProgramMenuItem", "checkUpdatesMenuItem", "-",
+                   "servicesMenuItem", "-", "hideMenuItem h", "hideOthersMenuItem h", "showAllMenuItem", "-",
+                   "uninstallMenuItem", "-", "quitMenuItem q"});
     CHECK(linesOf(menus[1]) == Lines{"showCurrentSettingsMenuItem r", "-", "closeMenuItem w"});
     CHECK(linesOf(menus[2])
           == Lines{"undoMenuItem z", "redoMenuItem z", "-", "cutMenuItem x", "copyMenuItem c", "pasteMenuItem v", "-",

@@ -1,15 +1,19 @@
 #include "tests/pictures/States.h"
 
 #include "platform/Localization.h"
+#include "protocol/BackupProgram.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/ScheduleRanges.h"
+#include "scheduling/JournalEntry.h"
 #include "tests/pictures/Onlooker.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
+#include "tests/platform/ScriptedBackupFacility.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/shell/support/OfferedPrograms.h"
 #include "tests/snapshots/support/BrowserTest.h"
 #include "update/BRUpdateController.h"
 
@@ -456,6 +460,118 @@ void backupNotStarted(Onlooker& onlooker)
     onlooker.lookAtSheet("activityWindow");
 }
 
+Dictionary borgToDisk()
+{
+    return {{"Program", "borg"},
+            {"Fields",
+             Dictionary{{"Folders", Array{"/home/anna", "/etc"}},
+                        {"Repository", "/media/anna/Backup Disk/laptop"},
+                        {"Excludes", Array{"/home/anna/.cache", "*.iso"}}}},
+            {"PreventSleep", true}};
+}
+
+WindowUser openBackupProgram(EditorTest& editor, const Dictionary& reply)
+{
+    editor.scheduler.setBackupProgram(reply);
+    editor.user.clickMenuItem("backupProgramMenuItem");
+    user::runEvents();
+    return WindowUser("backupProgramWindow");
+}
+
+void backupProgram(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    openBackupProgram(editor, offerOfPrograms({"borg", "restic", "service"}, borgToDisk()));
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+void noBackupProgram(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    openBackupProgram(editor, offerOfPrograms({"service"}));
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+void noBackupProgramChosen(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    openBackupProgram(editor, offerOfPrograms({"borg", "service"}));
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+void backupProgramNotSetUp(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    auto window = openBackupProgram(editor, offerWithoutSettings("rsnapshot", "/etc/rsnapshot.conf"));
+    window.choose("programPopUp", 1);
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+void backupProgramService(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    openBackupProgram(editor,
+                      offerOfPrograms({"borg", "service"},
+                                      {{"Program", "service"}, {"Fields", Dictionary{{"Unit", "backup.service"}}}}));
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+// A choice that the scheduler helper refuses, of the program with the most fields.
+void backupProgramRefused(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    auto choice = borgToDisk();
+    choice.set("Program", "restic");
+    auto window = openBackupProgram(editor, offerOfPrograms({"borg", "restic"}, choice));
+    editor.scheduler.refuseMessage(
+        12,
+        {BRVErrorDomain,
+         BRVErrorWrongType,
+         {{"key", "Repository"}, {"expected", BackupFieldExpectation::OfAdministrator}, {"path", "/home/anna"}},
+         nullptr});
+    window.replaceText("secretFileField", "/root/restic-password");
+    window.replaceText("destinationField", "/home/anna/backups");
+    window.click("chooseProgramButton");
+    user::runEvents();
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+void backupProgramFailed(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.answerMessage(3, replyWith(Dictionary{{"Applied", true}}));
+    const auto start = scheduling::dateOf(1'790'000'000);
+    const auto end = scheduling::dateOf(1'790'000'012);
+    const Dictionary ended{{"At", end},
+                           {"Event", "end"},
+                           {"Succeeded", false},
+                           {"Text", "The backup failed: its program ended with status 2."}};
+    editor.scheduler.answerMessage(
+        5, replyWith(Dictionary{{"LastStart", start}, {"LastEnd", end}, {"Journal", Array{ended}}}));
+    auto window = openBackupProgram(editor, offerOfPrograms({"borg"}, borgToDisk()));
+    window.click("testProgramButton");
+    user::runEventsUntil([&] { return window.isEnabled("testProgramButton"); }, 5000);
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+void systemBackupProgram(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    scripted::facility::setHasBackupProgram(true);
+    openBackupProgram(editor, {});
+    onlooker.lookAtWindow("backupProgramWindow");
+}
+
+void appliedWithoutProgram(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.setBackupProgram(offerOfPrograms({"borg"}));
+    editor.user.click("suspendCheckBox");
+    editor.applyAndDismiss();
+    user::runEventsUntil([] { return user::currentAlert().has_value(); }, 5000);
+    onlooker.lookAtSheet();
+}
+
 } // namespace
 
 const std::vector<State>& states()
@@ -498,6 +614,15 @@ const std::vector<State>& states()
         {"activity-without-backup", activityWithoutBackup},
         {"activity-with-older-helper", activityWithOlderHelper},
         {"backup-not-started", backupNotStarted},
+        {"backup-program", backupProgram},
+        {"no-backup-program", noBackupProgram},
+        {"no-backup-program-chosen", noBackupProgramChosen},
+        {"backup-program-not-set-up", backupProgramNotSetUp},
+        {"backup-program-service", backupProgramService},
+        {"backup-program-refused", backupProgramRefused},
+        {"backup-program-failed", backupProgramFailed},
+        {"system-backup-program", systemBackupProgram},
+        {"applied-without-program", appliedWithoutProgram},
     };
     return all;
 }

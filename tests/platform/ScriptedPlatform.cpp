@@ -2,6 +2,7 @@
 
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
+#include "tests/platform/ScriptedBackupFacility.h"
 #include "tests/platform/ScriptedBackups.h"
 #include "tests/platform/ScriptedClock.h"
 #include "tests/platform/ScriptedConditions.h"
@@ -27,6 +28,7 @@ void reset()
     authorization::reset();
     background::reset();
     backups::reset();
+    facility::reset();
     clock::reset();
     conditions::reset();
     notifications::reset();

@@ -3,6 +3,7 @@
 #include "platform/macos/interface/Metrics.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace platform::macos {
 
@@ -240,13 +241,154 @@ InterfaceDescription activityWindow()
     };
 }
 
+Element explanationRow(const char* row, const char* identifier, const char* title)
+{
+    return {
+        .kind = Column,
+        .identifier = row,
+        .children = {{.kind = Explanation, .identifier = identifier, .title = title, .width = programWidth}},
+    };
+}
+
+Element textField(const char* identifier, const char* accessibleName, double width = 0)
+{
+    return {
+        .kind = TextField, .identifier = identifier, .accessibleName = accessibleName, .width = width, .isText = true};
+}
+
+Element button(const char* identifier, const char* title, const char* accessibleName = "")
+{
+    return {.kind = Button, .identifier = identifier, .title = title, .accessibleName = accessibleName};
+}
+
+Element programList(const char* identifier, const char* column, const char* accessibleName)
+{
+    return {.kind = TableView,
+            .identifier = identifier,
+            .accessibleName = accessibleName,
+            .items = {column},
+            .width = programListWidth,
+            .height = programListHeight};
+}
+
+Element programLists()
+{
+    return {.kind = Row,
+            .identifier = "listsRow",
+            .children = {{.kind = Column,
+                          .identifier = "foldersColumn",
+                          .children = {{.kind = Label, .identifier = "foldersLabel", .title = "Folders to back &up:"},
+                                       programList("foldersTable", "Folder", "Folders to back up"),
+                                       {.kind = Row,
+                                        .children = {button("addFolderButton", "Add…", "Add a folder"),
+                                                     button("removeFolderButton", "Remove", "Remove the folder")}}}},
+                         {.kind = Column,
+                          .identifier = "patternsColumn",
+                          .children = {{.kind = Label, .identifier = "patternsLabel", .title = "&Leave out:"},
+                                       programList("patternsTable", "Pattern", "What is left out"),
+                                       {.kind = Row,
+                                        .children = {textField("patternField", "Pattern to leave out"),
+                                                     button("addPatternButton", "Add", "Add the pattern"),
+                                                     button("removePatternButton", "Remove", "Remove the pattern")}}}}},
+            .spacing = sectionSpacing};
+}
+
+// The rows between the list of programs and what is said of the chosen one.
+std::vector<Element> programFields()
+{
+    return {
+        programLists(),
+        {.kind = Row,
+         .identifier = "destinationRow",
+         .children = {{.kind = Label, .identifier = "destinationLabel", .title = "Backups go t&o:"},
+                      textField("destinationField", "Folder that the backups go to"),
+                      button("destinationButton", "Browse…", "Browse for the folder that the backups go to")}},
+        {.kind = Row,
+         .identifier = "secretFileRow",
+         .children = {{.kind = Label, .identifier = "secretFileLabel", .title = "Password &file:"},
+                      textField("secretFileField", "Password file"),
+                      button("secretFileButton", "Browse…", "Browse for the password file")}},
+        {.kind = Row,
+         .identifier = "wordRow",
+         .children = {{.kind = Label, .identifier = "wordLabel", .title = "&Interval of the program:"},
+                      textField("wordField", "Interval of the program", nameFieldWidth)}},
+        {.kind = Row,
+         .identifier = "unitRow",
+         .children = {{.kind = Label, .identifier = "unitLabel", .title = "&Name of the service:"},
+                      textField("unitField", "Name of the service", nameFieldWidth)}},
+        explanationRow("programFaultRow", "programFaultLabel", "Enter the folder that the backups go to."),
+        checkBox("preventSleepCheckBox", "&Keep the computer awake while a backup runs"),
+    };
+}
+
+std::vector<Element> programRows()
+{
+    std::vector<Element> rows{
+        {.kind = Row,
+         .identifier = "programRow",
+         .children = {{.kind = Label, .identifier = "programLabel", .title = "Back up &with:"},
+                      {.kind = PopUpButton, .identifier = "programPopUp", .accessibleName = "Backup program"}}},
+        explanationRow("programStateRow", "programStateLabel",
+                       "No backups are made while no backup program is chosen."),
+        {.kind = Row,
+         .identifier = "installRow",
+         .children = {{.kind = Label,
+                       .identifier = "installCommandLabel",
+                       .title = "Command that installs the program",
+                       .isSelectable = true},
+                      {.kind = Space},
+                      button("lookAgainButton", "Look A&gain")}},
+    };
+    for (auto& row : programFields())
+        rows.push_back(std::move(row));
+    rows.push_back({.kind = Column,
+                    .identifier = "restoreColumn",
+                    .children = {{.kind = Explanation,
+                                  .identifier = "backupPlaceLabel",
+                                  .title = "Where the backups are is known to the service. The command shows what the "
+                                           "service does.",
+                                  .width = programWidth},
+                                 {.kind = Explanation,
+                                  .identifier = "restoreCommandLabel",
+                                  .title = "Commands that bring files back",
+                                  .width = programWidth,
+                                  .isSelectable = true}}});
+    rows.push_back(explanationRow("testResultRow", "testResultLabel", "The test succeeded: a backup was made."));
+    return rows;
+}
+
+InterfaceDescription backupProgramWindow()
+{
+    return {
+        .name = "BRVBackupProgramController",
+        .window = {.identifier = "backupProgramWindow", .title = "Backup Program"},
+        .root = {.kind = Column,
+                 .identifier = "backupProgramContentView",
+                 .children = {{.kind = Stack, .identifier = "backupProgramStackView", .width = programWidth},
+                              {.kind = Row,
+                               .children = {button("testProgramButton", "&Test"),
+                                            {.kind = Spinner,
+                                             .identifier = "testProgramSpinner",
+                                             .accessibleName = "A backup is being made"},
+                                            {.kind = Space},
+                                            button("undoProgramButton", "Undo Edit"),
+                                            {.kind = Button,
+                                             .identifier = "chooseProgramButton",
+                                             .title = "Choo&se",
+                                             .isDefault = true}},
+                               .spacing = buttonSpacing}},
+                 .spacing = sectionSpacing},
+        .detached = programRows(),
+    };
+}
+
 } // namespace
 
 const std::vector<InterfaceDescription>& interfaceDescriptions()
 {
     static const std::vector<InterfaceDescription> all{
-        mainWindow(),        whenInactiveView(), intervalView(),         calendarIntervalsView(),
-        preferencesWindow(), consoleWindow(),    localSnapshotsWindow(), activityWindow(),
+        mainWindow(),    whenInactiveView(),     intervalView(),   calendarIntervalsView(), preferencesWindow(),
+        consoleWindow(), localSnapshotsWindow(), activityWindow(), backupProgramWindow(),
     };
     return all;
 }

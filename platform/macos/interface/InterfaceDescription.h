@@ -39,6 +39,8 @@ struct Element {
     double height = 0;      // at least
     bool isDefault = false; // the button that Return presses
     bool isHidden = false;
+    bool isSelectable = false; // the text of a label
+    bool isText = false;       // a field's content is a text, not a number; it takes what a row has left
 };
 
 struct WindowDescription {

@@ -77,19 +77,26 @@ NSPopUpButton* newPopUpButton(const Element& element)
     return button;
 }
 
+NSTextField* newLabelFor(const Element& element, Class type = [NSTextField class])
+{
+    NSTextField* const label = newLabel(text(element.title), type);
+    label.selectable = element.isSelectable;
+    return label;
+}
+
 NSTextField* newExplanation(const Element& element)
 {
-    NSTextField* const label = newLabel(text(element.title), [BRVExplanationField class]);
+    NSTextField* const label = newLabelFor(element, [BRVExplanationField class]);
     [label.cell setWraps:YES];
     [label.cell setScrollable:NO];
     label.preferredMaxLayoutWidth = element.width;
     return label;
 }
 
-NSTextField* newEntryField()
+NSTextField* newEntryField(const Element& element)
 {
     NSTextField* const field = [[BRVEntryField alloc] initWithFrame:NSZeroRect];
-    field.alignment = NSTextAlignmentRight;
+    field.alignment = element.isText ? NSTextAlignmentNatural : NSTextAlignmentRight;
     [field.cell setUsesSingleLineMode:YES];
     return field;
 }
@@ -186,11 +193,11 @@ std::shared_ptr<View> makeView(const Element& element)
     case ElementKind::PopUpButton:
         return wrapView<PopUpButton, ControlNative>(newPopUpButton(element));
     case ElementKind::Label:
-        return wrapView<TextField, TextFieldNative>(newLabel(text(element.title)));
+        return wrapView<TextField, TextFieldNative>(newLabelFor(element));
     case ElementKind::Explanation:
         return wrapView<TextField, TextFieldNative>(newExplanation(element));
     case ElementKind::TextField:
-        return wrapView<TextField, TextFieldNative>(newEntryField());
+        return wrapView<TextField, TextFieldNative>(newEntryField(element));
     case ElementKind::Stepper:
         return wrapView<Stepper, ControlNative>(newStepper());
     case ElementKind::TimePicker:

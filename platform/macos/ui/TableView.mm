@@ -125,6 +125,20 @@ std::size_t TableView::numberOfRows() const
     return static_cast<std::size_t>(tableNative(*this).table().numberOfRows);
 }
 
+int TableView::selectedRow() const
+{
+    return static_cast<int>(tableNative(*this).table().selectedRow);
+}
+
+void TableView::selectRow(int row)
+{
+    NSTableView* const table = tableNative(*this).table();
+    if (row >= 0 && row < table.numberOfRows)
+        [table selectRowIndexes:[NSIndexSet indexSetWithIndex:static_cast<NSUInteger>(row)] byExtendingSelection:NO];
+    else
+        [table deselectAll:nil];
+}
+
 TableCellView TableView::makeView(const std::string& identifier) const
 {
     return {identifier, {}};

@@ -18,7 +18,7 @@ namespace {
 bool takesPayload(std::int64_t message)
 {
     return message == BRVMessageApplySettings || message == BRVMessageSetAllowWithoutPassword
-        || message == BRVMessageSetAutoUpdates;
+        || message == BRVMessageSetAutoUpdates || message == BRVMessageSetBackupProgram;
 }
 
 Dictionary ruleFor(bool allowsWithoutPassword)
@@ -86,6 +86,17 @@ platform::ServiceReply PlayedScheduler::State::usualAnswer(std::int64_t message)
     case BRVMessageSetAutoUpdates:
         installsUpdates = payloads[message].back().boolForKey("Enabled");
         break;
+    case BRVMessageGetBackupProgram:
+        return replyWith(backupProgram);
+    case BRVMessageSetBackupProgram:
+        for (const auto* const key : {"Program", "Fields", "PreventSleep"}) {
+            const auto* const value = payloads[message].back().find(key);
+            if (value)
+                backupProgram.set(key, *value);
+            else
+                backupProgram.remove(key);
+        }
+        return replyWith(Dictionary{{"Applied", true}});
     case BRVMessageCheckForUpdates:
         return replyWithError({ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate, {}, nullptr});
     case BRVMessageGetStatus:

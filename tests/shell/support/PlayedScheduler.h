@@ -14,8 +14,7 @@
 // The scheduler helper as tests play it. It holds a record, hands it out for message 1 and takes the one of message 2;
 // keeps whether updates are installed automatically (18, 21) and whether the schedule needs a password (6); knows of no
 // update (26); tells the status that it is given (5); and starts backups, installs and uninstalls without complaint (3,
-// 27, 28). It answers from its construction on, until
-// scripted::reset().
+// 27, 28). Borg is its backup program (7, 12) at first. It answers from its construction on, until scripted::reset().
 class PlayedScheduler {
 public:
     explicit PlayedScheduler(ScheduleSettings record);
@@ -29,6 +28,10 @@ public:
 
     // By the keys of BackupStatusKey; nothing at first.
     void setStatus(platform::Dictionary status) { _state->status = std::move(status); }
+
+    // What it replies to message 7; message 12 changes it.
+    const platform::Dictionary& backupProgram() const { return _state->backupProgram; }
+    void setBackupProgram(platform::Dictionary reply) { _state->backupProgram = std::move(reply); }
 
     // Message 2 is answered with this error from now on; nothing: it is accepted.
     void refuseWith(std::optional<platform::Error> error) { _state->refusal = std::move(error); }
@@ -52,6 +55,7 @@ private:
         ScheduleSettings record;
         platform::Dictionary status;
         bool installsUpdates = true;
+        platform::Dictionary backupProgram{{"Program", "borg"}};
         std::optional<platform::Error> refusal;
         std::optional<platform::ServiceReply> reply;
         std::map<std::int64_t, platform::ServiceReply> replies;

@@ -61,6 +61,8 @@ std::expected<void, int> writeBackupJob(const BackupJob& job)
         commands.emplace_back(arrayOf(command));
     Dictionary content{
         {"Identifier", job.identifier}, {"Commands", std::move(commands)}, {"Environment", arrayOf(job.environment)}};
+    if (!job.confinedTo.empty())
+        content.set("ConfinedTo", arrayOf(job.confinedTo));
     if (job.overdueAfter)
         content.set("OverdueAfter", static_cast<std::int64_t>(job.overdueAfter->count()));
     return write(JobName, content);
@@ -76,7 +78,8 @@ std::optional<BackupJob> readBackupJob()
     BackupJob job{.identifier = *identifier,
                   .commands = {},
                   .environment = textsOf(content->arrayForKey("Environment")),
-                  .overdueAfter = {}};
+                  .overdueAfter = {},
+                  .confinedTo = textsOf(content->arrayForKey("ConfinedTo"))};
     for (const auto& command : *commands)
         job.commands.push_back(textsOf(command.array()));
     if (content->contains("OverdueAfter"))

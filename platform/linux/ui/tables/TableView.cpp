@@ -63,6 +63,20 @@ std::size_t TableView::numberOfRows() const
     return static_cast<std::size_t>(widgetOf<DataTable>(*this).rows().rowCount());
 }
 
+int TableView::selectedRow() const
+{
+    const auto& table = widgetOf<DataTable>(*this);
+    return table.selectionModel()->hasSelection() ? table.selectionModel()->selectedIndexes().first().row() : -1;
+}
+
+void TableView::selectRow(int row)
+{
+    auto& table = widgetOf<DataTable>(*this);
+    table.clearSelection();
+    if (row >= 0 && row < table.rows().rowCount())
+        table.setCurrentIndex(table.rows().index(row, 0));
+}
+
 TableCellView TableView::makeView(const std::string& identifier) const
 {
     return {identifier, {}};

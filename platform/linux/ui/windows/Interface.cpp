@@ -6,6 +6,7 @@
 #include "platform/linux/ui/windows/WindowNative.h"
 #include "platform/linux/ui/windows/WrapNamedWidgets.h"
 #include "ui_BRVActivityController.h"
+#include "ui_BRVBackupProgramController.h"
 #include "ui_BRVCalendarIntervalViewController.h"
 #include "ui_BRVConsole.h"
 #include "ui_BRVIntervalViewController.h"
@@ -35,6 +36,8 @@ std::unique_ptr<QWidget> build(std::string_view name)
         return build<Ui::MainWindow, InterfaceWindow>();
     if (name == "BRVActivityController")
         return build<Ui::BRVActivityController, InterfaceWindow>();
+    if (name == "BRVBackupProgramController")
+        return build<Ui::BRVBackupProgramController, InterfaceWindow>();
     if (name == "BRVPreferencesController")
         return build<Ui::BRVPreferencesController, InterfaceWindow>();
     if (name == "BRVCalendarIntervalViewController")

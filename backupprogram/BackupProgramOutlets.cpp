@@ -1,0 +1,47 @@
+#include "backupprogram/BackupProgramOutlets.h"
+
+using namespace platform::ui;
+
+BackupProgramOutlets::BackupProgramOutlets(const Interface& interface)
+    : window(interface.window()),
+      stackView(interface.outlet<View>("backupProgramStackView")),
+      programRow(interface.outlet<View>("programRow")),
+      programPopUp(interface.outlet<PopUpButton>("programPopUp")),
+      programStateRow(interface.outlet<View>("programStateRow")),
+      programStateLabel(interface.outlet<TextField>("programStateLabel")),
+      installRow(interface.outlet<View>("installRow")),
+      installCommandLabel(interface.outlet<TextField>("installCommandLabel")),
+      lookAgainButton(interface.outlet<Button>("lookAgainButton")),
+      listsRow(interface.outlet<View>("listsRow")),
+      foldersTable(interface.outlet<TableView>("foldersTable")),
+      addFolderButton(interface.outlet<Button>("addFolderButton")),
+      removeFolderButton(interface.outlet<Button>("removeFolderButton")),
+      patternsColumn(interface.outlet<View>("patternsColumn")),
+      patternsTable(interface.outlet<TableView>("patternsTable")),
+      patternField(interface.outlet<TextField>("patternField")),
+      addPatternButton(interface.outlet<Button>("addPatternButton")),
+      removePatternButton(interface.outlet<Button>("removePatternButton")),
+      destinationRow(interface.outlet<View>("destinationRow")),
+      destinationField(interface.outlet<TextField>("destinationField")),
+      destinationButton(interface.outlet<Button>("destinationButton")),
+      secretFileRow(interface.outlet<View>("secretFileRow")),
+      secretFileField(interface.outlet<TextField>("secretFileField")),
+      secretFileButton(interface.outlet<Button>("secretFileButton")),
+      wordRow(interface.outlet<View>("wordRow")),
+      wordField(interface.outlet<TextField>("wordField")),
+      unitRow(interface.outlet<View>("unitRow")),
+      unitField(interface.outlet<TextField>("unitField")),
+      programFaultRow(interface.outlet<View>("programFaultRow")),
+      programFaultLabel(interface.outlet<TextField>("programFaultLabel")),
+      preventSleepCheckBox(interface.outlet<CheckBox>("preventSleepCheckBox")),
+      restoreColumn(interface.outlet<View>("restoreColumn")),
+      backupPlaceLabel(interface.outlet<TextField>("backupPlaceLabel")),
+      restoreCommandLabel(interface.outlet<TextField>("restoreCommandLabel")),
+      testResultRow(interface.outlet<View>("testResultRow")),
+      testResultLabel(interface.outlet<TextField>("testResultLabel")),
+      testProgramButton(interface.outlet<Button>("testProgramButton")),
+      testProgramSpinner(interface.outlet<ProgressIndicator>("testProgramSpinner")),
+      undoProgramButton(interface.outlet<Button>("undoProgramButton")),
+      chooseProgramButton(interface.outlet<Button>("chooseProgramButton"))
+{
+}

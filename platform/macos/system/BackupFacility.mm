@@ -1,0 +1,10 @@
+#include "platform/BackupFacility.h"
+
+namespace platform {
+
+bool systemHasBackupProgram()
+{
+    return true;
+}
+
+} // namespace platform
