@@ -80,13 +80,29 @@ void BusPeers::note(const std::string& name)
     if (!isNew)
         return;
     enter(place->second, std::nullopt);
-    Question& question = addQuestion(name);
-    sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_call_method_async(_bus, &slot, Bus, BusPath, Bus, "GetConnectionCredentials",
-                                                &BusPeers::handleCredentials, &question, "s", name.c_str());
-    question.slot.reset(slot);
-    if (result < 0)
-        _questions.erase(question.place);
+    _strangers.push_back(name);
+    askWhoTheyAre();
+}
+
+// A few at a time: whatever is asked is sent before the replies, of which none could be sent while many come and go.
+void BusPeers::askWhoTheyAre()
+{
+    constexpr std::size_t AtOnce = 8;
+    while (_askedCount < AtOnce && !_strangers.empty()) {
+        const std::string name = std::move(_strangers.front());
+        _strangers.pop_front();
+        if (!isKnown(name))
+            continue;
+        Question& question = addQuestion(name);
+        sd_bus_slot* slot = nullptr;
+        const int result = sd_bus_call_method_async(_bus, &slot, Bus, BusPath, Bus, "GetConnectionCredentials",
+                                                    &BusPeers::handleCredentials, &question, "s", name.c_str());
+        question.slot.reset(slot);
+        if (result < 0)
+            _questions.erase(question.place);
+        else
+            ++_askedCount;
+    }
 }
 
 BusPeers::Question& BusPeers::addQuestion(const std::string& name)
@@ -102,8 +118,10 @@ int BusPeers::handleCredentials(sd_bus_message* reply, void* context, sd_bus_err
     BusPeers& self = *question.owner;
     const std::string name = question.name;
     self._questions.erase(question.place);
+    --self._askedCount;
     if (!sd_bus_message_get_error(reply))
         self.identify(name, reply);
+    self.askWhoTheyAre();
     return 1;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <list>
 #include <map>
@@ -88,6 +89,7 @@ private:
     static int handleSign(sd_bus_message* reply, void* question, sd_bus_error*);
 
     Question& addQuestion(const std::string& name);
+    void askWhoTheyAre();
     void identify(const std::string& name, sd_bus_message* reply);
     void enter(State& state, UserName user);
     void leave(const State& state);
@@ -104,6 +106,8 @@ private:
     std::map<UserName, User> _users;
     std::size_t _unread = 0;
     std::list<Question> _questions;
+    std::deque<std::string> _strangers; // whom the bus was not asked about yet, and some who have left
+    std::size_t _askedCount = 0;        // whom the bus was asked about and has not told
     BusSlot _departures;
 };
 
