@@ -117,7 +117,7 @@ Result<void> Updater::install()
     if (!information)
         return std::unexpected(std::move(information.error()));
     if (!_installation.waitForTrial(_configuration.trial))
-        return updaterError(ZRKUpdaterErrorCannotUpdateNow);
+        return updaterError(ZRKUpdaterErrorInstall, systemError(EBUSY, "The version in place is still on trial."));
     ZRKLogMessage(LogLevelDefault, "Installing version %@.", {*information->reply.stringForKey(PayloadKey::Version)});
     auto done = put(*information);
     if (!done) {
