@@ -96,8 +96,18 @@ class Installed(machine.Machine):
                     pass
 
     def version(self):
-        """The version whose every file is there; None when none is."""
+        """The version whose every file is there; None when none is. Read anew when it is exchanged meanwhile."""
         product = os.path.join(self.root, feed.PRODUCT)
+        while True:
+            folder = os.open(product, os.O_RDONLY | os.O_DIRECTORY)
+            try:
+                version = self.version_in(f"/proc/self/fd/{folder}")
+                if version or os.path.samestat(os.stat(product), os.fstat(folder)):
+                    return version
+            finally:
+                os.close(folder)
+
+    def version_in(self, product):
         try:
             version = plistlib.loads(machine.read(os.path.join(product, feed.MANIFEST)))["Version"]
             whole = all(machine.read(os.path.join(product, name)) == content
@@ -157,7 +167,7 @@ def run(count):
     host = Installed()
     usual = min(begin(host) or installed_in(host) for _ in range(5))
     chance = random.Random(20261122)
-    counts = dict.fromkeys(("alone", "new", "revived", "torn", "lost", "dangling", "dangling_at_once", "unfinished"), 0)
+    counts = dict.fromkeys(("alone", "new", "revived", "torn", "torn_at_once", "lost", "dangling", "dangling_at_once", "unfinished"), 0)
     for number in range(count):
         begin(host)
         client = ask_for_install()
@@ -165,7 +175,7 @@ def run(count):
         alone = number % 2 == 0
         host.kill() if alone else host.kill_all()
         counts["alone"] += alone
-        counts["torn"] += host.version() is None
+        counts["torn_at_once"] += host.version() is None
         counts["dangling_at_once"] += bool(host.dangling())
         client.close()
         machine.wait_for(lambda: not host.processes("--watch-update") and not host.processes("--self-check"))
@@ -184,8 +194,8 @@ def run(count):
         counts["lost"] += bool(host.lost())
         counts["dangling"] += bool(host.dangling()) or not host.links_of(version or "1.0")
     print(f"kills of an install: {count}, of the helper alone: {counts['alone']} (back by itself: {counts['revived']}), "
-          f"new version in the end: {counts['new']}, torn: {counts['torn']}, foreign files lost: {counts['lost']}, "
+          f"new version in the end: {counts['new']}, torn: {counts['torn_at_once']} at the moment itself, {counts['torn']} after the next start, foreign files lost: {counts['lost']}, "
           f"not tidied: {counts['unfinished']}, links that lead nowhere: {counts['dangling']} after the next start, "
           f"{counts['dangling_at_once']} at the moment itself; an install takes {usual * 1000:.0f} ms")
-    bad = ("torn", "lost", "dangling", "unfinished")
+    bad = ("torn", "torn_at_once", "lost", "dangling", "unfinished")
     return 1 if any(counts[name] for name in bad) else 0
