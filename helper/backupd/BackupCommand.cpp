@@ -39,10 +39,12 @@ struct Failure {
 
 // In the new process. Writes why to the pipe when the program cannot be run.
 [[noreturn]] void execute(char* const* arguments, char* const* environment, const BackupConfinement& confinement,
-                          int output, int failure)
+                          int output, int failure, pid_t parent)
 {
     ::signal(SIGPIPE, SIG_DFL);
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    if (::getppid() != parent) // it has ended already, and nothing would end this process
+        ::_exit(ExitCannotRun);
     const int none = ::open("/dev/null", O_RDONLY);
     const int refusal = confinement.apply();
     if (refusal == 0 && none >= 0 && ::dup2(none, STDIN_FILENO) >= 0 && ::dup2(output, STDOUT_FILENO) >= 0
@@ -124,11 +126,12 @@ int runBackupCommand(const std::vector<std::string>& command, const std::vector<
     const auto variables = pointersTo(environment);
     Pipe output;
     Pipe failure;
+    const auto parent = ::getpid();
     const auto child = output.readEnd && failure.readEnd ? ::fork() : -1;
     if (child < 0)
         return reportFailure(command.front(), {errno, false}, log);
     if (child == 0)
-        execute(arguments.data(), variables.data(), confinement, output.writeEnd.get(), failure.writeEnd.get());
+        execute(arguments.data(), variables.data(), confinement, output.writeEnd.get(), failure.writeEnd.get(), parent);
     output.writeEnd.reset();
     failure.writeEnd.reset();
     const FileDescriptor process(::pidfd_open(child, 0));

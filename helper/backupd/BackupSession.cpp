@@ -6,6 +6,7 @@
 #include "platform/SystemInformation.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
@@ -45,7 +46,7 @@ std::vector<std::string> plainEnvironment()
 
 int BackupSession::run()
 {
-    const auto job = platform::readBackupJob();
+    const auto job = platform::decodedBackupJob(readInput());
     if (!job || job->identifier != _identifier)
         return EX_CONFIG;
     if (!takeLock()) {
@@ -63,6 +64,15 @@ int BackupSession::run()
     const int status = runCommands(*job);
     record(status);
     return status < 0 ? 128 - status : status;
+}
+
+platform::Data BackupSession::readInput()
+{
+    platform::Data bytes;
+    std::array<std::uint8_t, 65536> part;
+    for (ssize_t count = 0; (count = ::read(STDIN_FILENO, part.data(), part.size())) > 0;)
+        bytes.insert(bytes.end(), part.begin(), part.begin() + count);
+    return bytes;
 }
 
 bool BackupSession::takeLock()
@@ -96,6 +106,10 @@ int BackupSession::runCommands(const platform::BackupJob& job)
 void BackupSession::record(std::optional<int> status)
 {
     _record.status = status;
+    // Whoever has started it may be gone.
+    const auto line =
+        status ? platform::lineOfEnd(*status) : platform::lineOfBegin(_record.process, _record.processStart);
+    [[maybe_unused]] const auto told = ::write(STDOUT_FILENO, line.data(), line.size());
     if (const auto written = platform::writeBackupRecord(_record); !written)
         _log.message(BackupLog::Error,
                      "What became of the backup could not be written down. "

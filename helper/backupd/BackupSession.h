@@ -9,8 +9,8 @@
 
 namespace helper {
 
-// Runs the job that stands on disk, if it has this identifier still, and writes down that it runs and how it ended.
-// Holds the backup facility's lock meanwhile.
+// Runs the job that its standard input holds, if it has this identifier. Tells on the standard output, and writes down,
+// that it runs and how it ended. Holds the backup facility's lock meanwhile.
 class BackupSession {
 public:
     explicit BackupSession(std::string identifier) : _identifier(std::move(identifier)) { }
@@ -20,6 +20,7 @@ public:
     int run();
 
 private:
+    static platform::Data readInput();
     bool takeLock();
     int runCommands(const platform::BackupJob& job);
     void record(std::optional<int> status);

@@ -1,20 +1,32 @@
 #include "platform/FileDescriptor.h"
+#include "platform/Folder.h"
 #include "platform/linux/system/backups/BackupLock.h"
 #include "tests/backups/RunnerFixture.h"
 #include "tests/support/ChildProcess.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <doctest/doctest.h>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sysexits.h>
 #include <unistd.h>
 
 using platform::BackupEvent;
 using namespace std::chrono_literals;
+
+namespace {
+
+struct MountedFolder {
+    std::string path;
+    ~MountedFolder() { ::umount2(path.c_str(), MNT_DETACH); }
+};
+
+} // namespace
 
 TEST_CASE_FIXTURE(RunnerFixture, "a backup that ends well is told with its status, and its output is in the log")
 {
@@ -90,6 +102,25 @@ TEST_CASE_FIXTURE(RunnerFixture, "a backup that takes too long is told and goes 
     CHECK(event(0) == BackupEvent{BackupEvent::Kind::Overdue, "a-1", {}});
     CHECK(runner->running() == "a-1");
     CHECK(event(1) == ended("a-1", 4));
+}
+
+TEST_CASE_FIXTURE(RunnerFixture, "on a full disk a backup runs all the same, and its end is known")
+{
+    const auto folder = root.file("var/db/brevane");
+    REQUIRE(platform::createFolder(folder));
+    if (::mount("tmpfs", folder.c_str(), "tmpfs", 0, "size=4k") != 0) {
+        std::puts("SKIPPED: only root can mount a small disk");
+        return;
+    }
+    const MountedFolder mounted{folder};
+    std::ofstream(folder + "/everything") << std::string(4096, 'x');
+    const auto runner = makeRunner();
+    REQUIRE(runner->start(job("a-1", {shell("echo made")})));
+    CHECK(event(0) == ended("a-1", 0));
+    REQUIRE(runner->start(job("a-2", {shell("exit 3")})));
+    CHECK(event(1) == ended("a-2", 3));
+    CHECK(log().find("\"made\"") != std::string::npos);
+    CHECK(log().find("could not be written down. No space left on device.") != std::string::npos);
 }
 
 TEST_CASE_FIXTURE(RunnerFixture, "a gigabyte of output fills neither the log nor the memory")
@@ -172,6 +203,9 @@ TEST_CASE_FIXTURE(RunnerFixture, "a backup whose process is killed has no status
     CHECK(event(0) == ended("a-1", std::nullopt));
     CHECK_FALSE(runner->running());
     CHECK_FALSE(runner->lastEnd());
+    // A program that was just about to run has the lock's file for another moment.
+    for (int attempt = 0; platform::isBackupLockHeld() && attempt < 200; ++attempt)
+        usleep(10'000);
     CHECK_FALSE(platform::isBackupLockHeld());
 }
 

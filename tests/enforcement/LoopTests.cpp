@@ -270,6 +270,43 @@ TEST_CASE("a clock put forward over a moment misses it")
     CHECK(machine.events() == Texts{"10:00:00 missed asleep"});
 }
 
+TEST_CASE("a clock that is set while a backup runs leaves the backup alone, and its length is true time")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(60));
+    CHECK(machine.startNow());
+    machine.told();
+    machine.advance(minutes(2));
+    SUBCASE("forward")
+    {
+        machine.setClockBy(std::chrono::hours(5));
+    }
+    SUBCASE("back")
+    {
+        machine.setClockBy(-std::chrono::hours(5));
+    }
+    machine.advance(minutes(1));
+    CHECK(machine.starts() == 1);
+    CHECK(machine.isUnderWay());
+    machine.endBackup(0);
+    CHECK(machine.told().back() == "The backup succeeded; it took 3 minutes.");
+    CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("a backup that takes more than twice its usual time is told and left alone")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    CHECK(machine.startNow());
+    machine.advance(minutes(7));
+    machine.endBackup(0);
+    CHECK(machine.startNow());
+    CHECK(scripted::backups::started().back().overdueAfter == minutes(14));
+    scripted::backups::becomeOverdue();
+    machine.flush();
+    CHECK(machine.isUnderWay());
+    machine.endBackup(0);
+    CHECK(*machine.status().stringForKey("State") == "waiting");
+}
+
 TEST_CASE("in another zone the moments are those of that zone")
 {
     EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));

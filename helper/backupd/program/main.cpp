@@ -3,6 +3,7 @@
 #include "helper/backupd/BackupSession.h"
 #include "platform/linux/system/files/Root.h"
 
+#include <csignal>
 #include <cstdio>
 #include <string_view>
 #include <sys/stat.h>
@@ -13,11 +14,12 @@ int main(int count, char** arguments)
 {
     if (count != 5 || std::string_view(arguments[1]) != "--root" || std::string_view(arguments[3]) != "--identifier") {
         std::fputs("usage: com.zerkolin.brevane.backupd --root FOLDER --identifier NAME\n"
-                   "Runs the backup of that name, which the scheduler helper has put down below the root.\n",
+                   "Runs the backup of that name, which the scheduler helper hands over on the standard input.\n",
                    stderr);
         return EX_USAGE;
     }
     ::umask(077);
+    ::signal(SIGPIPE, SIG_IGN); // the helper may end before the backup
     platform::setSystemRoot(arguments[2]);
     if (::chdir("/") != 0)
         return EX_OSERR;

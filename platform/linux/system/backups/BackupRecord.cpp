@@ -22,19 +22,17 @@ std::string pathOf(const char* name)
     return systemPath(BackupStateFolder) + "/" + name;
 }
 
-std::expected<void, int> write(const char* name, const Dictionary& content)
+std::expected<void, int> write(const char* name, const Data& bytes)
 {
     if (const auto folder = createFolder(systemPath(BackupStateFolder)); !folder)
         return folder;
-    const auto bytes = binaryPropertyList(content);
-    return bytes ? replaceFile(pathOf(name), *bytes, privateMode) : std::unexpected(EINVAL);
+    return replaceFile(pathOf(name), bytes, privateMode);
 }
 
-std::optional<Dictionary> read(const char* name)
+std::optional<Dictionary> decoded(std::span<const std::uint8_t> bytes)
 {
-    const auto bytes = readFile(pathOf(name));
-    auto value = bytes ? propertyListWithData(*bytes) : Result<PropertyList>();
-    return bytes && value && value->dictionary() ? std::optional(std::move(*value->dictionary())) : std::nullopt;
+    auto value = propertyListWithData(bytes);
+    return value && value->dictionary() ? std::optional(std::move(*value->dictionary())) : std::nullopt;
 }
 
 Array arrayOf(const std::vector<std::string>& texts)
@@ -54,7 +52,7 @@ std::vector<std::string> textsOf(const Array* array)
 
 } // namespace
 
-std::expected<void, int> writeBackupJob(const BackupJob& job)
+Data encodedBackupJob(const BackupJob& job)
 {
     Array commands;
     for (const auto& command : job.commands)
@@ -65,12 +63,23 @@ std::expected<void, int> writeBackupJob(const BackupJob& job)
         content.set("ConfinedTo", arrayOf(job.confinedTo));
     if (job.overdueAfter)
         content.set("OverdueAfter", static_cast<std::int64_t>(job.overdueAfter->count()));
-    return write(JobName, content);
+    return binaryPropertyList(content).value_or(Data());
+}
+
+std::expected<void, int> writeBackupJob(const BackupJob& job)
+{
+    return write(JobName, encodedBackupJob(job));
 }
 
 std::optional<BackupJob> readBackupJob()
 {
-    const auto content = read(JobName);
+    const auto bytes = readFile(pathOf(JobName));
+    return bytes ? decodedBackupJob(*bytes) : std::nullopt;
+}
+
+std::optional<BackupJob> decodedBackupJob(std::span<const std::uint8_t> bytes)
+{
+    const auto content = decoded(bytes);
     const auto* const identifier = content ? content->stringForKey("Identifier") : nullptr;
     const auto* const commands = content ? content->arrayForKey("Commands") : nullptr;
     if (!identifier || !commands)
@@ -96,12 +105,13 @@ std::expected<void, int> writeBackupRecord(const BackupRecord& record)
                        {"Began", record.began}};
     if (record.status)
         content.set("Status", *record.status);
-    return write(BackupRecordName, content);
+    return write(BackupRecordName, binaryPropertyList(content).value_or(Data()));
 }
 
 std::optional<BackupRecord> readBackupRecord()
 {
-    const auto content = read(BackupRecordName);
+    const auto bytes = readFile(pathOf(BackupRecordName));
+    const auto content = bytes ? decoded(*bytes) : std::nullopt;
     const auto* const identifier = content ? content->stringForKey("Identifier") : nullptr;
     if (!identifier)
         return std::nullopt;
@@ -113,6 +123,16 @@ std::optional<BackupRecord> readBackupRecord()
     if (content->contains("Status"))
         record.status = static_cast<int>(content->integerForKey("Status"));
     return record;
+}
+
+std::string lineOfBegin(pid_t process, std::uint64_t processStart)
+{
+    return "began " + std::to_string(process) + " " + std::to_string(processStart) + "\n";
+}
+
+std::string lineOfEnd(int status)
+{
+    return "ended " + std::to_string(status) + "\n";
 }
 
 std::uint64_t startOfProcess(pid_t process)

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <expected>
 #include <optional>
+#include <span>
 #include <string>
 #include <sys/types.h>
 
@@ -16,8 +17,17 @@ inline constexpr const char* BackupStateFolder = "/var/db/brevane";
 inline constexpr const char* BackupLockFile = "/var/run/backupd.lock";
 inline constexpr const char* BackupRecordName = "backup-run.plist";
 
+// The job travels to its process by a descriptor, so that a full disk is no hindrance; the file is for those who find
+// the backup later.
+Data encodedBackupJob(const BackupJob& job);
+std::optional<BackupJob> decodedBackupJob(std::span<const std::uint8_t> bytes);
 std::expected<void, int> writeBackupJob(const BackupJob& job);
 std::optional<BackupJob> readBackupJob();
+
+// What the process says of itself to the one who has started it, besides the record on disk: a line when it has begun,
+// and one with its status before its end.
+std::string lineOfBegin(pid_t process, std::uint64_t processStart);
+std::string lineOfEnd(int status);
 
 // The backup that runs or ran last.
 struct BackupRecord {

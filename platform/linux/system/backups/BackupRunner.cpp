@@ -9,12 +9,16 @@
 #include "platform/Queue.h"
 #include "platform/SystemInformation.h"
 
+#include <array>
 #include <atomic>
 #include <cerrno>
+#include <cinttypes>
+#include <cstdio>
 #include <mutex>
 #include <string_view>
 #include <sys/inotify.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 extern "C" { // which this header forgets in older versions of the C library
 #include <sys/pidfd.h>
@@ -28,10 +32,10 @@ namespace {
 constexpr std::chrono::seconds beginLimit{60};
 
 // The same process, or none when it has ended.
-FileDescriptor openProcess(const BackupRecord& record)
+FileDescriptor openProcess(pid_t number, std::uint64_t start)
 {
-    FileDescriptor process(::pidfd_open(record.process, 0));
-    return process && startOfProcess(record.process) == record.processStart ? std::move(process) : FileDescriptor();
+    FileDescriptor process(::pidfd_open(number, 0));
+    return process && startOfProcess(number) == start ? std::move(process) : FileDescriptor();
 }
 
 class LinuxBackupRunner final : public BackupRunner {
@@ -112,14 +116,15 @@ private:
     {
         if (running())
             return failure(EBUSY);
-        if (const auto written = writeBackupJob(job); !written)
-            return failure(written.error());
-        const auto child = launchBackup(job.identifier);
-        if (!child)
-            return std::unexpected(child.error());
+        (void)writeBackupJob(job); // a full disk is no reason to make no backup
+        auto launched = launchBackup(job);
+        if (!launched)
+            return std::unexpected(launched.error());
         begin(job.identifier, job.overdueAfter);
-        if (*child) {
-            _child = **child;
+        _told = std::move(launched->told);
+        _words = ConditionsThread::shared().watchDescriptor(_told.get(), [this] { hear(); });
+        if (launched->child) {
+            _child = *launched->child;
             watchProcess(FileDescriptor(::pidfd_open(_child, 0)));
         } else {
             _limit = ConditionsThread::shared().runAfter(beginLimit, [this] { end(std::nullopt); });
@@ -140,7 +145,7 @@ private:
     // One that another process has started.
     void found(const BackupRecord& record)
     {
-        auto process = openProcess(record);
+        auto process = openProcess(record.process, record.processStart);
         if (!process)
             return;
         const auto job = readBackupJob();
@@ -172,10 +177,46 @@ private:
             return;
         // The unit has come to life.
         _limit.reset();
-        if (auto process = openProcess(*record))
+        if (auto process = openProcess(record->process, record->processStart))
             watchProcess(std::move(process));
         else
             processEnded();
+    }
+
+    // What the process says of itself.
+    void hear()
+    {
+        if (!readTold())
+            _words.reset(); // it has said all
+        pid_t process = 0;
+        std::uint64_t start = 0;
+        if (!_process && std::sscanf(_text.c_str(), "began %d %" SCNu64, &process, &start) == 2) {
+            _limit.reset();
+            if (auto found = openProcess(process, start))
+                watchProcess(std::move(found));
+            else
+                processEnded();
+        }
+    }
+
+    // False at the end.
+    bool readTold()
+    {
+        std::array<char, 256> bytes;
+        ssize_t count = 0;
+        while (_told && (count = ::read(_told.get(), bytes.data(), bytes.size())) > 0)
+            _text.append(bytes.data(), static_cast<std::size_t>(count));
+        return count < 0 && errno == EAGAIN;
+    }
+
+    std::optional<int> toldStatus()
+    {
+        readTold();
+        int status = 0;
+        const auto line = _text.find("ended ");
+        const bool isTold = line != std::string::npos && _text.ends_with('\n')
+            && std::sscanf(_text.c_str() + line, "ended %d", &status) == 1;
+        return isTold ? std::optional(status) : std::nullopt;
     }
 
     void watchProcess(FileDescriptor process)
@@ -193,7 +234,9 @@ private:
                 && information.si_code == CLD_EXITED && information.si_status != 0)
                 status = information.si_status;
         }
-        // The record is exact; without one, as on a full disk, the status of the process that ran it is left.
+        // The record and the process's word are exact. Without both the status of the process is left.
+        if (const auto told = toldStatus())
+            status = told;
         const auto record = readBackupRecord();
         if (record && running() == record->identifier && record->status)
             status = record->status;
@@ -213,6 +256,9 @@ private:
         _limit.reset();
         _exit.reset();
         _process.reset();
+        _words.reset();
+        _told.reset();
+        _text.clear();
         _child = 0;
         _overdue->set(std::nullopt);
         const std::lock_guard lock(_mutex);
@@ -227,7 +273,10 @@ private:
     EventSource _limit;
     FileDescriptor _process;
     EventSource _exit;
-    pid_t _child = 0; // 0: another process's
+    FileDescriptor _told;
+    EventSource _words;
+    std::string _text; // as far as it was told
+    pid_t _child = 0;  // 0: another process's
 };
 
 } // namespace

@@ -38,9 +38,29 @@ private:
     posix_spawnattr_t _attributes;
 };
 
+class SpawnStreams {
+public:
+    explicit SpawnStreams(const StandardStreams& streams)
+    {
+        ::posix_spawn_file_actions_init(&_actions);
+        if (streams.input >= 0)
+            ::posix_spawn_file_actions_adddup2(&_actions, streams.input, STDIN_FILENO);
+        if (streams.output >= 0)
+            ::posix_spawn_file_actions_adddup2(&_actions, streams.output, STDOUT_FILENO);
+    }
+    SpawnStreams(const SpawnStreams&) = delete;
+    SpawnStreams& operator=(const SpawnStreams&) = delete;
+    ~SpawnStreams() { ::posix_spawn_file_actions_destroy(&_actions); }
+
+    const posix_spawn_file_actions_t* get() const { return &_actions; }
+
+private:
+    posix_spawn_file_actions_t _actions;
+};
+
 } // namespace
 
-std::expected<pid_t, int> spawn(const std::vector<std::string>& command)
+std::expected<pid_t, int> spawn(const std::vector<std::string>& command, const StandardStreams& streams)
 {
     std::vector<char*> arguments;
     for (const auto& argument : command) {
@@ -53,8 +73,8 @@ std::expected<pid_t, int> spawn(const std::vector<std::string>& command)
     arguments.push_back(nullptr);
 
     pid_t child = -1;
-    const int failure =
-        ::posix_spawnp(&child, arguments[0], nullptr, SpawnAttributes().get(), arguments.data(), environ);
+    const int failure = ::posix_spawnp(&child, arguments[0], SpawnStreams(streams).get(), SpawnAttributes().get(),
+                                       arguments.data(), environ);
     if (failure != 0)
         return std::unexpected(failure);
     return child;
