@@ -156,12 +156,27 @@ def everything_is_remembered_over_a_stop():
     assert events() == before  # the bus has started it again
 
 
+def on_a_full_disk_a_backup_runs_all_the_same_and_the_fault_is_told():
+    folder = os.path.dirname(STATE)
+    run("systemctl", "stop", HELPER)
+    run("mount", "-t", "tmpfs", "-o", "size=4k", "tmpfs", folder)
+    with open(folder + "/everything", "wb") as file:
+        file.write(bytes(4096))
+    start_long_backup()
+    see_it_end([])
+    assert not os.path.exists(STATE)
+    told = lines("com.zerkolin.brevane")
+    assert any(line.startswith("What was done about backups could not be written down") for line in told), told
+    run("systemctl", "stop", HELPER)
+    run("umount", folder)
+
+
 def main():
     for scene in (a_backup_runs_as_a_unit_of_its_own_and_its_output_is_in_the_journal,
                   the_unit_comes_after_other_work_and_outlives_a_restart_of_the_helper, it_outlives_a_kill_of_the_helper,
                   it_outlives_a_new_version_of_the_helper, it_outlives_a_restart_of_the_bus,
                   a_backup_that_is_killed_has_failed_and_is_told, a_second_helper_does_not_begin,
-                  everything_is_remembered_over_a_stop):
+                  everything_is_remembered_over_a_stop, on_a_full_disk_a_backup_runs_all_the_same_and_the_fault_is_told):
         began = time.monotonic()
         try:
             scene()
