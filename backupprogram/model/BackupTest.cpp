@@ -1,6 +1,7 @@
 #include "backupprogram/model/BackupTest.h"
 
 #include "protocol/BackupStatus.h"
+#include "scheduling/InstantDate.h"
 #include "scheduling/JournalEntry.h"
 
 using platform::Dictionary;
