@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <doctest/doctest.h>
+#include <iterator>
 
 using platform::Dictionary;
 using std::chrono::hours;
@@ -61,6 +62,7 @@ TEST_CASE("each backup has an identifier of its own that says when it was made")
     const auto jobs = scripted::backups::started();
     REQUIRE(jobs.size() >= 3);
     CHECK(jobs[0].identifier.starts_with("2026-01-01T00-01-00-"));
+    CHECK(jobs[0].identifier.size() == std::size("2026-01-01T00-01-00-123456") - 1);
     CHECK(jobs[0].identifier != jobs[1].identifier);
     CHECK(jobs[0].commands == std::vector<Texts>{{"/bin/true", jobs[0].identifier}});
 }
