@@ -7,8 +7,10 @@
 #include "platform/Localization.h"
 #include "platform/Queue.h"
 #include "platform/ui/Alert.h"
+#include "platform/UserDefaults.h"
 #include "protocol/BackupStatus.h"
 #include "protocol/Schedule.h"
+#include "protocol/SessionAgent.h"
 
 #include <chrono>
 #include <utility>
@@ -65,6 +67,7 @@ void BRVActivityController::loadWindow()
     _schedulePopup = _interface->outlet<PopUpButton>("activitySchedulePopUp");
     _tableView = _interface->outlet<TableView>("momentsTable");
     _journalTextView = _interface->outlet<TextView>("journalTextView");
+    _notifiesCheckBox = _interface->outlet<CheckBox>("notifiesCheckBox");
 
     const auto action = [weak = weak_from_this()](auto operation) {
         return [weak, operation] {
@@ -75,6 +78,8 @@ void BRVActivityController::loadWindow()
     using Self = BRVActivityController;
     _tableView->setDataSource(weak_from_this());
     _backUpNowButton->setAction(action([](Self& self) { self.backUpNow(); }));
+    _notifiesCheckBox->setOn(platform::userDefault(BRVNotifiesOfBackups).value_or(true).boolValue());
+    _notifiesCheckBox->setAction(action([](Self& self) { self.changeNotifies(); }));
     _schedulePopup->setAction(action([](Self& self) { self.update(); }));
     _statusObserver.emplace(BRVDidChangeBackupStatus, action([](Self& self) {
                                 if (self.isVisible())
@@ -86,6 +91,12 @@ void BRVActivityController::loadWindow()
     _interface->window()->layoutIfNeeded();
     _interface->window()->center();
     _interface->window()->setFrameAutosaveName("Activity");
+}
+
+void BRVActivityController::changeNotifies()
+{
+    if (!platform::setUserDefault(BRVNotifiesOfBackups, _notifiesCheckBox->isOn()))
+        _notifiesCheckBox->setOn(!_notifiesCheckBox->isOn());
 }
 
 bool BRVActivityController::isVisible() const

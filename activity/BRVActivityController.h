@@ -6,6 +6,7 @@
 #include "platform/DistributedNotifications.h"
 #include "platform/Error.h"
 #include "platform/ui/Button.h"
+#include "platform/ui/CheckBox.h"
 #include "platform/ui/Interface.h"
 #include "platform/ui/PopUpButton.h"
 #include "platform/ui/ProgressIndicator.h"
@@ -44,6 +45,7 @@ public:
     void schedulesDidChange();
     void refresh();
     void backUpNow();
+    void changeNotifies(); // of trouble with backups, without the application
 
     std::size_t numberOfRowsInTableView(const platform::ui::TableView& table) override;
     platform::ui::TableCellView tableView(const platform::ui::TableView& table, const std::string& columnIdentifier,
@@ -83,6 +85,7 @@ private:
     std::shared_ptr<platform::ui::PopUpButton> _schedulePopup; // seen while there are edits: applied, edited
     std::shared_ptr<platform::ui::TableView> _tableView;
     std::shared_ptr<platform::ui::TextView> _journalTextView;
+    std::shared_ptr<platform::ui::CheckBox> _notifiesCheckBox;
 
     std::optional<platform::Result<BackupStatus>> _status; // nullopt before the first answer
     std::vector<Row> _rows;

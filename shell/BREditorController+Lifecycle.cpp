@@ -2,6 +2,7 @@
 #include "platform/PowerSources.h"
 #include "platform/SystemInformation.h"
 #include "platform/UserDefaults.h"
+#include "protocol/SessionAgent.h"
 #include "schedule/BRVDatePicker.h"
 #include "shell/BREditorController.h"
 #include "shell/menus/MainMenu.h"
@@ -97,4 +98,10 @@ void BREditorController::applicationDidReopen()
     // Not while the launch still fetches the schedule, nor when the window was closed already.
     if (_outlets.window->isVisible())
         showMainWindow();
+}
+
+void BREditorController::applicationShouldShow(const std::string& window)
+{
+    if (_outlets.window->isVisible() && window == BRVShowActivity)
+        showActivity();
 }

@@ -34,6 +34,7 @@ public:
     bool applicationShouldTerminate() override;
     bool applicationShouldTerminateAfterLastWindowClosed() override;
     void applicationDidReopen() override;
+    void applicationShouldShow(const std::string& window) override;
 
     // The menus' actions.
     void showAbout();

@@ -479,3 +479,17 @@ TEST_CASE("the window's place is remembered, and forgotten by an uninstallation 
     CHECK_FALSE(test.activity.seesWindow());
     CHECK(scripted::defaults::all() == Dictionary());
 }
+
+TEST_CASE("the user can choose not to be told of failures, and is told until then")
+{
+    ActivityTest test;
+    test.open();
+    CHECK(test.activity.isOn("notifiesCheckBox"));
+    test.activity.click("notifiesCheckBox");
+    CHECK(scripted::defaults::all().find("NotifiesOfBackups")->boolValue() == false);
+    test.activity.click("notifiesCheckBox");
+    CHECK(scripted::defaults::all().boolForKey("NotifiesOfBackups"));
+    scripted::defaults::setReadOnly(true);
+    test.activity.click("notifiesCheckBox");
+    CHECK(test.activity.isOn("notifiesCheckBox"));
+}

@@ -209,6 +209,17 @@ TEST_CASE("a second start brings the main window forward, minimised or behind an
     CHECK_FALSE(user::isMinimised("mainWindow"));
 }
 
+TEST_CASE("another program can have the window Activity shown, and none that there is not")
+{
+    EditorTest editor(completeRecord());
+    editor.controller->applicationShouldShow("console");
+    user::runEvents();
+    CHECK(user::activeWindow() == "mainWindow");
+    editor.controller->applicationShouldShow("activity");
+    user::runEvents();
+    CHECK(user::activeWindow() == "activityWindow");
+}
+
 TEST_CASE("a second start shows no window that is not on screen yet, or not anymore")
 {
     setUp({});

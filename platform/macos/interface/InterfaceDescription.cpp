@@ -237,7 +237,12 @@ InterfaceDescription activityWindow()
                                .identifier = "journalTextView",
                                .accessibleName = "Journal",
                                .width = activityWidth,
-                               .height = journalHeight}}},
+                               .height = journalHeight},
+                              // Nobody tells there.
+                              {.kind = CheckBox,
+                               .identifier = "notifiesCheckBox",
+                               .title = "Tell me when backups &fail or are missed",
+                               .isHidden = true}}},
     };
 }
 
