@@ -2,6 +2,7 @@
 
 #include "platform/PropertyList.h"
 #include "protocol/ScheduleSettings.h"
+#include "scheduling/InstantDate.h"
 #include "scheduling/JournalEntry.h"
 
 #include <ctime>

@@ -1,6 +1,7 @@
 #include "backupprogram/model/BackupTest.h"
 #include "backupprogram/model/ProgramDraft.h"
 #include "backupprogram/model/ProgramOffer.h"
+#include "scheduling/InstantDate.h"
 #include "scheduling/JournalEntry.h"
 
 #include <chrono>

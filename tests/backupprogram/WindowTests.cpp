@@ -3,7 +3,7 @@
 #include "protocol/BackupProgram.h"
 #include "protocol/BackupStatus.h"
 #include "protocol/ErrorCodes.h"
-#include "scheduling/JournalEntry.h"
+#include "scheduling/InstantDate.h"
 #include "tests/backupprogram/BackupProgramTest.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackupFacility.h"

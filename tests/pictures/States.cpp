@@ -4,7 +4,7 @@
 #include "protocol/BackupProgram.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/ScheduleRanges.h"
-#include "scheduling/JournalEntry.h"
+#include "scheduling/InstantDate.h"
 #include "tests/pictures/Onlooker.h"
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackgroundItem.h"
