@@ -63,6 +63,12 @@ function(brevane_test name)
     target_compile_definitions(${name}_cases PRIVATE $<TARGET_PROPERTY:${name},COMPILE_DEFINITIONS>)
     if(BREVANE_TEST_BATCHES AND NOT ARG_APART)
         set_target_properties(${name}_cases PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+        # What the cases stand on has words of its own.
+        set(others ${ARG_SOURCES})
+        list(FILTER others EXCLUDE REGEX "Tests\\.cpp$")
+        if(others)
+            set_source_files_properties(${others} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+        endif()
     endif()
     brevane_use_precompiled(${name}_cases ${precompiled})
 

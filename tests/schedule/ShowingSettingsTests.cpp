@@ -11,8 +11,8 @@ using Rows = std::vector<std::string>;
 
 namespace {
 
-const std::vector<std::string> advancedKeys{"DontRunWhenPassive", "DontRunWithSleepPreventers",
-                                            "DontRunWhenNotNetworkWired"};
+const std::vector<std::string> advancedConditions{"DontRunWhenPassive", "DontRunWithSleepPreventers",
+                                                  "DontRunWhenNotNetworkWired"};
 
 } // namespace
 
@@ -98,12 +98,12 @@ TEST_CASE("without suspension times the pickers keep what they show")
 
 TEST_CASE("any advanced condition of the record opens the advanced settings")
 {
-    for (const std::string& key : advancedKeys) {
+    for (const std::string& key : advancedConditions) {
         EditorTest editor(completeRecordWith(key, true));
         CHECK(editor.user.text("advancedSettingsButton") == "Hide Advanced Settings");
-        CHECK(editor.user.isOn("dontRunWhenPassiveCheckBox") == (key == advancedKeys[0]));
-        CHECK(editor.user.isOn("dontRunWithSleepPreventersCheckBox") == (key == advancedKeys[1]));
-        CHECK(editor.user.isOn("dontRunWhenNotNetworkWiredCheckBox") == (key == advancedKeys[2]));
+        CHECK(editor.user.isOn("dontRunWhenPassiveCheckBox") == (key == advancedConditions[0]));
+        CHECK(editor.user.isOn("dontRunWithSleepPreventersCheckBox") == (key == advancedConditions[1]));
+        CHECK(editor.user.isOn("dontRunWhenNotNetworkWiredCheckBox") == (key == advancedConditions[2]));
         CHECK(editor.user.rows()
               == Rows{"modeStackView", "intervalView", "suspendStackView", "allowBatteryCheckBox",
                       "dontRunWhenPassiveCheckBox", "dontRunWithSleepPreventersCheckBox",
