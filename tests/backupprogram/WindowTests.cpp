@@ -452,6 +452,8 @@ TEST_CASE("a helper that goes away ends the test with words")
     test.scheduler.answerMessage(5, std::unexpected(platform::ServiceError::Interrupted));
     test.show();
     test.click(testButton);
+    user::runEventsUntil([&] { return test.user.isEnabled(testButton); },
+                         5000); // a lost connection tells its queue first
     CAPTURE(test.user.text("testResultLabel"));
     CHECK(test.user.text("testResultLabel").find("disappeared") != std::string::npos);
     CHECK(test.user.isEnabled(testButton));
@@ -468,6 +470,8 @@ TEST_CASE("a helper that does not answer, or is of another version, is told in p
     CHECK_FALSE(test.user.isEnabled(chooseButton));
     test.scheduler.answerMessage(7, std::unexpected(platform::ServiceError::Invalid));
     test.click("lookAgainButton");
+    user::runEventsUntil([&] { return test.user.text("programStateLabel").find("not available") != std::string::npos; },
+                         5000);
     CHECK(test.user.text("programStateLabel").find("not available") != std::string::npos);
     test.scheduler.answerMessage(7, replyWith(offerOfPrograms({"borg"})));
     test.click("lookAgainButton");

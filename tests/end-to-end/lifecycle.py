@@ -195,7 +195,7 @@ class Lifecycle(Story):
         self.enter_interval(75)
         self.press_apply()
         self.expect_no_prompt()
-        self.answer_alert("Settings applied successfully.", "Brevane will now enforce the new scheduling.", "OK", ["OK"])
+        self.answer_applied()
         self.quit_application()
         self.start_application()
         self.desktop.find("frame", "Brevane")

@@ -16,11 +16,12 @@ sys.path.insert(0, os.path.join(SOURCE, "sandbox"))
 sys.dont_write_bytecode = True
 
 from desktop import Desktop, Failure, wait_for  # noqa: E402
-from sandbox import BORG, SETTINGS, TOOL, Sandbox  # noqa: E402
+from sandbox import BORG, PROGRAM, SETTINGS, TOOL, Sandbox  # noqa: E402
 
 DEFAULTS = "home/Library/Preferences/com.zerkolin.brevane.application.plist"
 APPLIED = "Settings applied successfully."
 ENFORCED = "Brevane will now enforce the new scheduling."
+NO_PROGRAM = "No backup program is chosen."
 ALREADY = "Settings already applied."
 FAILED = "Failed to apply settings."
 NOT_FETCHED = "Could not get settings."
@@ -161,6 +162,16 @@ class Story:
         alert.button(button).click()
         wait_for("the alert to close", lambda: not self.is_alert_shown(message))
 
+    def answer_applied(self):
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_missing_program()
+
+    def answer_missing_program(self):
+        """The second sheet, which comes as long as nothing can make a backup."""
+        if not os.path.exists(self.sandbox.path(PROGRAM)):
+            self.answer_alert(NO_PROGRAM, "No backups are made while no backup program is chosen.", "Later",
+                              ["Choose…", "Later"])
+
     def is_alert_shown(self, message):
         return any(message in node.texts() for role in ("alert", "dialog") for node in self.desktop.matching(role))
 
@@ -192,7 +203,7 @@ class Story:
         self.enter_interval(90)
         self.press_apply()
         self.answer_prompt("Authenticate")
-        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_applied()
         expect(self.stored()["BackupsMode"] == "Interval" and self.stored()["Interval"] == {"Minutes": 90},
                f"stored is {self.stored()}")
 
@@ -206,7 +217,7 @@ class Story:
         self.enter_interval(48, unit=1)
         self.press_apply()
         self.expect_no_prompt()
-        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_applied()
         expect(self.stored()["Interval"] == {"Days": 2}, f"stored is {self.stored()}")
         self.quit_application()
 
@@ -232,7 +243,7 @@ class Story:
         self.sandbox.start_helper()
         self.press_apply()
         self.expect_no_prompt()
-        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_applied()
         expect(self.stored()["Interval"] == {"Minutes": 30}, f"stored is {self.stored()}")
         self.quit_application()
 
@@ -252,7 +263,7 @@ class Story:
         self.enter_interval(3, unit=3)
         self.press_apply()
         self.answer_prompt("Authenticate")
-        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_applied()
         self.quit_application()
         self.kill_helper()
         self.sandbox.start_helper()
@@ -278,7 +289,7 @@ class Story:
         expect(not self.desktop.find("check box", "Back up on battery power").checked, "backups on battery are on")
         self.press_apply()
         self.answer_prompt("Authenticate")
-        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_applied()
         stored = self.stored()
         entries = [{"Weekday": day, "Hour": int(time[:2]), "Minute": int(time[3:])} for day, time in week]
         expect(stored["BackupsMode"] == "CalendarIntervals", f"stored is {stored}")
@@ -321,7 +332,7 @@ class Story:
         wait_for("two rows", lambda: not self.desktop.is_shown("combo box", "Row 3, weekday"))
         self.press_apply()
         self.answer_prompt("Authenticate")
-        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_applied()
         expect(self.stored()["CalendarIntervals"]["Intervals"]
                == [{"Hour": 8, "Minute": 15}, {"Weekday": 7, "Hour": 23, "Minute": 59}], f"stored is {self.stored()}")
         self.desktop.find("push button", "Row 1, remove this row").click()
@@ -352,6 +363,7 @@ class Story:
         desktop.dialog(APPLIED)
         desktop.key("Return")
         wait_for("the alert to close", lambda: not self.is_alert_shown(APPLIED))
+        self.answer_missing_program()
         expect(self.stored()["Interval"] == {"Hours": 60}, f"stored is {self.stored()}")
         self.quit_application()
 
@@ -379,7 +391,7 @@ class Story:
         self.desktop.find("label", "The edited settings are not applied yet\\.")
         self.press_apply()
         self.expect_no_prompt()
-        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.answer_applied()
         self.desktop.find("label", "Next backup: (Today|Tomorrow), .*")
         self.desktop.wait_gone("label", "The edited settings are not applied yet\\.")
 
@@ -398,7 +410,7 @@ class Story:
             self.enter_interval(20)
             self.press_apply()
             self.answer_prompt("Authenticate")
-            self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+            self.answer_applied()
             with contextlib.suppress(OSError), open(os.path.join(preferences, "filler"), "wb", buffering=0) as file:
                 while True:
                     file.write(b"x" * 512)

@@ -4,11 +4,22 @@
 
 using helper::Peers;
 
+namespace {
+
+// It has sent a message that is more than a look at the status.
+void addUser(Peers& peers, const char* name)
+{
+    peers.add(name);
+    peers.setUsesHelper(name);
+}
+
+} // namespace
+
 TEST_CASE("peers are connected from their first message until they leave")
 {
     Peers peers;
     CHECK_FALSE(peers.anyConnected());
-    peers.add(":1.1");
+    addUser(peers, ":1.1");
     peers.add(":1.1");
     CHECK(peers.anyConnected());
     CHECK_FALSE(peers.identified(":1.1"));
@@ -21,23 +32,38 @@ TEST_CASE("peers are connected from their first message until they leave")
     CHECK_FALSE(peers.anyConnected());
 }
 
-TEST_CASE("another connection of the same process is no other peer, one that is not known is")
+TEST_CASE("who only looks at the status of backups is known, and no reason to wait")
 {
     Peers peers;
     peers.add(":1.1");
+    peers.identify({":1.1", 1000, 55, "/bin/x"});
+    REQUIRE(peers.identified(":1.1"));
+    CHECK_FALSE(peers.anyConnected());
+    CHECK_FALSE(peers.othersConnected(":1.2"));
+    peers.setUsesHelper(":1.3"); // never added
+    CHECK_FALSE(peers.anyConnected());
+    peers.setUsesHelper(":1.1");
+    CHECK(peers.anyConnected());
+    CHECK(peers.othersConnected(":1.2"));
+}
+
+TEST_CASE("another connection of the same process is no other peer, one that is not known is")
+{
+    Peers peers;
+    addUser(peers, ":1.1");
     CHECK_FALSE(peers.othersConnected(":1.1"));
     CHECK(peers.othersConnected(":1.2"));
     peers.identify({":1.1", 1000, 55, {}});
-    peers.add(":1.2");
+    addUser(peers, ":1.2");
     CHECK(peers.othersConnected(":1.1"));
     peers.identify({":1.2", 1000, 55, {}});
     CHECK_FALSE(peers.othersConnected(":1.1"));
-    peers.add(":1.3");
+    addUser(peers, ":1.3");
     peers.identify({":1.3", 1000, 56, {}});
     CHECK(peers.othersConnected(":1.1"));
     // A process that is not known vouches for nobody.
     peers.remove(":1.3");
-    peers.add(":1.4");
+    addUser(peers, ":1.4");
     peers.identify({":1.4", 1000, 0, {}});
     CHECK(peers.othersConnected(":1.4"));
 }
