@@ -17,7 +17,8 @@ bool userDefaultBool(const std::string& key);
 
 // False when it could not be kept.
 bool setUserDefault(const std::string& key, const PropertyList& value);
-// Forgets the whole domain. False when it is still there.
+// Forgets the whole domain, and keeps nothing in it any more until the process ends: windows that close later must not
+// bring it back. False when it is still there.
 bool removeUserDefaults();
 
 } // namespace platform

@@ -57,7 +57,7 @@ bool userDefaultBool(const std::string& key)
 
 bool setUserDefault(const std::string& key, const PropertyList& value)
 {
-    if (domain().readOnly)
+    if (domain().readOnly || domain().removals > 0)
         return false;
     domain().values.set(key, value);
     return true;

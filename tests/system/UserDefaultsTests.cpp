@@ -67,12 +67,20 @@ TEST_CASE_FIXTURE(HomeFixture, "damaged user defaults count as none and are repl
     }
 }
 
-TEST_CASE_FIXTURE(HomeFixture, "removing the user defaults forgets all of them, and there may be none")
+TEST_CASE_FIXTURE(HomeFixture, "removing the user defaults forgets all of them for good")
 {
-    CHECK(platform::removeUserDefaults());
     CHECK(platform::setUserDefault("Key", true));
     CHECK(platform::removeUserDefaults());
     CHECK_FALSE(platform::userDefault("Key"));
+    CHECK_FALSE(std::filesystem::exists(path()));
+    CHECK_FALSE(platform::setUserDefault("Key", true));
+    CHECK_FALSE(std::filesystem::exists(path()));
+    CHECK(platform::removeUserDefaults());
+}
+
+TEST_CASE_FIXTURE(HomeFixture, "user defaults that were never set can be removed")
+{
+    CHECK(platform::removeUserDefaults());
     CHECK_FALSE(std::filesystem::exists(path()));
 }
 

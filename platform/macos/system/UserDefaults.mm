@@ -7,6 +7,7 @@ namespace platform {
 namespace {
 
 NSString* const domain = @"com.zerkolin.brevane.application";
+bool isForgotten = false; // for good
 
 } // namespace
 
@@ -28,7 +29,7 @@ bool userDefaultBool(const std::string& key)
 bool setUserDefault(const std::string& key, const PropertyList& value)
 {
     @autoreleasepool {
-        const id object = foundation::object(value);
+        const id object = isForgotten ? nil : foundation::object(value);
         if (object)
             [NSUserDefaults.standardUserDefaults setObject:object forKey:foundation::string(key)];
         return object != nil;
@@ -40,7 +41,8 @@ bool removeUserDefaults()
     @autoreleasepool {
         NSUserDefaults* const defaults = NSUserDefaults.standardUserDefaults;
         [defaults removePersistentDomainForName:domain];
-        return [defaults persistentDomainForName:domain].count == 0;
+        isForgotten = [defaults persistentDomainForName:domain].count == 0;
+        return isForgotten;
     }
 }
 

@@ -25,6 +25,8 @@ std::string defaultsPath()
     return defaultsFolder() + "/com.zerkolin.brevane.application.plist";
 }
 
+bool isForgotten = false; // for good
+
 // A damaged file counts as an empty one, which the next change replaces.
 Dictionary readDefaults()
 {
@@ -51,6 +53,8 @@ bool userDefaultBool(const std::string& key)
 
 bool setUserDefault(const std::string& key, const PropertyList& value)
 {
+    if (isForgotten)
+        return false;
     Dictionary defaults = readDefaults();
     defaults.set(key, value);
     const auto bytes = binaryPropertyList(defaults);
@@ -59,7 +63,8 @@ bool setUserDefault(const std::string& key, const PropertyList& value)
 
 bool removeUserDefaults()
 {
-    return ::unlink(defaultsPath().c_str()) == 0 || errno == ENOENT;
+    isForgotten = isForgotten || ::unlink(defaultsPath().c_str()) == 0 || errno == ENOENT;
+    return isForgotten;
 }
 
 } // namespace platform
