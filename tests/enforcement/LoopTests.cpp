@@ -1,16 +1,22 @@
+#include "helper/enforcement/StatusNotifier.h"
+#include "platform/Queue.h"
 #include "protocol/ErrorCodes.h"
+#include "scheduling/InstantDate.h"
 #include "tests/enforcement/EnforcedMachine.h"
 #include "tests/platform/ScriptedBackups.h"
 #include "tests/platform/ScriptedClock.h"
 #include "tests/platform/ScriptedConditions.h"
 #include "tests/platform/ScriptedNotifications.h"
+#include "tests/platform/ScriptedPlatform.h"
 
 #include <algorithm>
 #include <doctest/doctest.h>
 #include <iterator>
+#include <memory>
 
 using platform::Dictionary;
 using std::chrono::hours;
+using std::chrono::milliseconds;
 using std::chrono::minutes;
 using std::chrono::seconds;
 using Texts = std::vector<std::string>;
@@ -383,6 +389,16 @@ TEST_CASE("the status marks suspended moments")
     CHECK_FALSE((*upcoming)[1].dictionary()->boolForKey("Suspended"));
 }
 
+TEST_CASE("the status tells when a backup is due, as soon as that is known")
+{
+    constexpr scheduling::Instant midnight = 1'767'225'600;
+    EnforcedMachine machine;
+    CHECK_FALSE(machine.status().contains("Due"));
+    machine.apply(EnforcedMachine::everyMinutes(5));
+    REQUIRE(machine.status().contains("Due"));
+    CHECK(*machine.status().find("Due") == platform::PropertyList(scheduling::dateOf(midnight + 300)));
+}
+
 TEST_CASE("programs are told of a change of the status, and not of looking at it")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
@@ -400,6 +416,31 @@ TEST_CASE("programs are told of a change of the status, and not of looking at it
     CHECK(scripted::notifications::posted().empty());
     machine.advance(seconds(1));
     CHECK(scripted::notifications::posted() == Texts{"com.zerkolin.brevane.status"});
+}
+
+TEST_CASE("changes are told at once, and then together after a pause, however late the timer is")
+{
+    scripted::reset();
+    const Texts once{"changed"};
+    const Texts twice{"changed", "changed"};
+    const auto queue = platform::Queue::createSerial("telling");
+    std::unique_ptr<helper::StatusNotifier> notifier;
+    queue->sync([&] {
+        notifier = std::make_unique<helper::StatusNotifier>("changed", queue);
+        notifier->changed();
+        notifier->changed();
+    });
+    CHECK(scripted::notifications::posted() == once);
+    scripted::clock::advance(milliseconds(299));
+    queue->sync([] { });
+    CHECK(scripted::notifications::posted() == once);
+    queue->sync([&] {
+        scripted::clock::advance(milliseconds(1)); // the timer waits for this to end
+        notifier->changed();
+    });
+    queue->sync([&] { notifier->changed(); });
+    CHECK(scripted::notifications::posted() == twice);
+    queue->sync([&] { notifier.reset(); });
 }
 
 TEST_CASE("while another program backs up nothing starts, and what was due starts at its end")
