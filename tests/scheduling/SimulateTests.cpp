@@ -200,6 +200,20 @@ TEST_CASE("a senseless event is refused with one sentence")
     CHECK(simulate(changed("Events", Array{early, late, late})).status == 0);
 }
 
+TEST_CASE("the clock may go to the first and the last second of all years, and not beyond")
+{
+    const auto last = [] { return Story(dailyRecord(9, 0)).in("UTC", "9999-12-31T23:00:00Z").lasting(at(0, 59, 59)); };
+    CHECK(simulate(last().script()).status == 0);
+    CHECK(isRefused(last().setClockBy(60, 1).script()));
+    CHECK(simulate(last().setClockBy(60, -1).script()).status == 0);
+    CHECK(simulate(last().setClockBy(60, -1).setClockBy(61, 1).script()).status == 0);
+    CHECK(isRefused(last().setClockBy(60, -1).setClockBy(61, 2).script()));
+
+    const auto first = [] { return Story(dailyRecord(9, 0)).in("UTC", "0001-01-01T00:00:10Z").lasting(60); };
+    CHECK(simulate(first().setClockBy(5, -15).script()).status == 0);
+    CHECK(isRefused(first().setClockBy(5, -16).script()));
+}
+
 TEST_CASE("without a file the program tells its usage")
 {
     ChildProcess program({"/bin/sh", "-c", R"(exec "$0" --simulate 2>&1)", BREVANE_SCHEDULER_HELPER});
