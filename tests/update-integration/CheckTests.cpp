@@ -140,6 +140,21 @@ TEST_CASE("what is no property list, or endless, is data that could not be read"
     checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorReadData);
 }
 
+TEST_CASE("a feed may be as large as a megabyte, and no byte larger")
+{
+    UpdateMachine machine;
+    machine.start();
+    const auto feedOfSize = [](std::size_t size) {
+        std::string text = "{ Version = \"2.0\"; HumanVersion = \"Two\"; Package = \"Brevane.pkg\"; }";
+        text.resize(size, ' ');
+        return text;
+    };
+    machine.serve("update.plist", feedOfSize(1 << 20));
+    CHECK(recordIn(check(machine)).contains("HumanVersion"));
+    machine.serve("update.plist", feedOfSize((1 << 20) + 1));
+    checkError(check(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorReadData);
+}
+
 TEST_CASE("a feed that says too little, or nonsense, is invalid and told")
 {
     UpdateMachine machine;
