@@ -1,14 +1,25 @@
 #include "helper/HelperOptions.h"
 #include "helper/installation/FileTree.h"
 #include "helper/installation/InstallationManifest.h"
+#include "helper/installation/WrittenFiles.h"
 #include "helper/update/Download.h"
+#include "helper/update/UpdateConfiguration.h"
 #include "helper/update/UpdateFeed.h"
 #include "helper/update/VersionNumber.h"
 #include "platform/PropertyListCoding.h"
+#include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
 
+#include <chrono>
+#include <cstdint>
 #include <doctest/doctest.h>
+#include <expected>
 #include <set>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+#include <vector>
 
 using namespace helper;
 
@@ -133,4 +144,130 @@ TEST_CASE("only an edition in its own place writes the system's rules by itself"
           == "The file '/nonexistent' is missing, or others may write it.");
     for (const auto& arguments : std::vector<std::vector<const char*>>{{"--root"}, {"--other", "x"}, {"x"}})
         CHECK(options(arguments).error().empty());
+}
+
+TEST_CASE("the files that the product writes are known with what was kept and left of them, and no others")
+{
+    const TemporaryDirectory root;
+    const EnvironmentVariable variable("BREVANE_ROOT", root.path());
+    const EnvironmentVariable home("HOME", root.file("home"));
+    std::set<std::string> expected;
+    const auto write = [&](const std::string& folder, const std::string& name) {
+        return root.write(folder + "/" + name, "");
+    };
+    const auto writeWithRemainders = [&](const std::string& folder, const std::string& name) {
+        for (const auto& file : {name, name + ".damaged", name + ".damaged-2", "." + name + ".AbCdEf"})
+            expected.insert(write(folder, file));
+    };
+    for (const char* name : {"scheduler", "updates", "rights", "program"})
+        writeWithRemainders("Library/Preferences", std::string("com.zerkolin.brevane.") + name + ".plist");
+    for (const char* name : {"state.plist", "snapshots.plist", "backup-job.plist", "backup-run.plist"})
+        writeWithRemainders("var/db/brevane", name);
+    for (const char* program : {"scheduler", "application", "post-update"}) {
+        for (const char* end : {".log", ".0.log", ".4.log"})
+            expected.insert(write("Library/Logs/Brevane", std::string(program) + end));
+    }
+    for (const char* name : {"com.zerkolin.other.plist", "com.zerkolin.brevane.scheduler.plist2", "state.plist"})
+        write("Library/Preferences", name);
+    for (const char* name : {"other.plist", "state.plist.bak", "scheduler.log"})
+        write("var/db/brevane", name);
+    for (const char* name : {"other.log", "scheduler.5.log", "scheduler.00.log", "scheduler.log.gz"})
+        write("Library/Logs/Brevane", name);
+    write("home/Library/Logs/Brevane", "application.log");
+    const auto own = write("home/Library/Logs/Brevane", "scheduler.log");
+    if (::geteuid() != 0)
+        expected.insert(own);
+
+    const auto files = writtenFiles();
+    CHECK(std::set<std::string>(files.begin(), files.end()) == expected);
+    CHECK(files.size() == expected.size());
+}
+
+namespace {
+
+Dictionary updatesWith(const char* key, platform::PropertyList value)
+{
+    Dictionary record{{"Feed", "https://updates.example/update.plist"}, {"PublicKey", platform::Data(32, 7)}};
+    record.set(key, std::move(value));
+    return record;
+}
+
+std::expected<UpdateConfiguration, std::string> updatesIn(const std::string& text, mode_t mode = 0600)
+{
+    const TemporaryDirectory folder;
+    const auto path = folder.write("updates.plist", text);
+    REQUIRE(::chmod(path.c_str(), mode) == 0);
+    auto configuration = UpdateConfiguration::inFile(path);
+    if (!configuration) // the folder has a new name each time
+        configuration.error().replace(configuration.error().find(path), path.size(), "FILE");
+    return configuration;
+}
+
+std::expected<UpdateConfiguration, std::string> updatesIn(const platform::PropertyList& list, mode_t mode = 0600)
+{
+    const auto bytes = platform::binaryPropertyList(list);
+    REQUIRE(bytes.has_value());
+    return updatesIn(std::string(bytes->begin(), bytes->end()), mode);
+}
+
+} // namespace
+
+TEST_CASE("a file that names a feed and a key of 32 bytes says where updates come from")
+{
+    const auto plain = updatesIn(updatesWith("Unknown", 1), 0644);
+    REQUIRE(plain.has_value());
+    CHECK(plain->feed == "https://updates.example/update.plist");
+    CHECK(plain->key == UpdateConfiguration::PublicKey{7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7,
+                                                       7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7, 7});
+    CHECK(plain->authorities.empty());
+    CHECK(updatesIn(updatesWith("Authorities", "/etc/ca.pem"))->authorities == "/etc/ca.pem");
+
+    const std::string nothingNamed = "The file 'FILE' does not name a feed and a public key of 32 bytes.";
+    const platform::Data shortKey(31, 7);
+    const platform::Data longKey(33, 7);
+    for (const auto& list : std::vector<platform::PropertyList>{
+             Array{1}, Dictionary(), Dictionary{{"Feed", "https://updates.example"}},
+             Dictionary{{"PublicKey", platform::Data(32, 7)}}, updatesWith("Feed", 1), updatesWith("PublicKey", "text"),
+             updatesWith("PublicKey", shortKey), updatesWith("PublicKey", longKey),
+             updatesWith("PublicKey", platform::Data()), updatesWith("Unknown", std::string(65536, 'x'))})
+        CHECK(updatesIn(list).error() == nothingNamed);
+    for (const char* text : {"", "bplist00", "<plist>"})
+        CHECK(updatesIn(std::string(text)).error() == nothingNamed);
+}
+
+TEST_CASE("a file that others may write says nothing of updates")
+{
+    for (const mode_t mode : {0620, 0602, 0666, 0777})
+        CHECK(updatesIn(updatesWith("Unknown", 1), mode).error()
+              == "The file 'FILE' is missing, or others may write it.");
+    CHECK(updatesIn(updatesWith("Unknown", 1), 0755).has_value());
+}
+
+TEST_CASE("times of updates are taken within their bounds, and are the usual ones otherwise")
+{
+    struct Row {
+        const char* key;
+        std::chrono::seconds UpdateConfiguration::* time;
+        std::int64_t least;
+        std::int64_t most;
+        std::int64_t usual;
+    };
+    constexpr std::int64_t day = 86'400;
+    for (const auto& [key, time, least, most, usual] :
+         {Row{"Patience", &UpdateConfiguration::patience, 1, 3600, 30},
+          Row{"Interval", &UpdateConfiguration::interval, 1, 366 * day, day},
+          Row{"Keeping", &UpdateConfiguration::keeping, 0, 3600, 60},
+          Row{"Trial", &UpdateConfiguration::trial, 1, 3600, 60}}) {
+        CAPTURE(key);
+        const auto taken = [&](platform::PropertyList value) {
+            const auto read = updatesIn(updatesWith(key, std::move(value)));
+            return read ? (*read.*time).count() : -1;
+        };
+        CHECK((*updatesIn(updatesWith("Unknown", 1)).*time).count() == usual);
+        CHECK(taken(least) == least);
+        CHECK(taken(least + 1) == least + 1);
+        CHECK(taken(most) == most);
+        for (const auto value : {least - 1, most + 1, std::int64_t(-100), std::int64_t(1) << 60})
+            CHECK(taken(value) == usual);
+    }
 }
