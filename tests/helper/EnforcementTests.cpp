@@ -1,4 +1,6 @@
+#include "platform/linux/system/backups/BackupRecord.h"
 #include "platform/PropertyListCoding.h"
+#include "platform/SystemInformation.h"
 #include "protocol/BackupProgram.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
@@ -6,12 +8,14 @@
 #include "tests/helper/RunningHelper.h"
 #include "tests/helper/SettingsRecords.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <algorithm>
 #include <chrono>
 #include <doctest/doctest.h>
 #include <functional>
 #include <sys/stat.h>
+#include <sysexits.h>
 #include <thread>
 #include <unistd.h>
 
@@ -88,6 +92,28 @@ TEST_CASE("a fresh helper says that backups are off, to anybody who asks")
     CHECK(status.arrayForKey("Upcoming"));
     for (const auto* key : {"Due", "LastStart", "LastEnd", "LastSucceeded", "Program"})
         CHECK_FALSE(status.contains(key));
+}
+
+TEST_CASE("a backup that is handed no job, or another one's, backs nothing up")
+{
+    const TemporaryDirectory root;
+    const auto marker = root.file("made");
+    const auto run = [&](const char* identifier, const std::string& input) {
+        ChildProcess backup({BREVANE_BACKUP_DAEMON, "--root", root.path(), "--identifier", identifier});
+        backup.write(input);
+        backup.closeInput();
+        return backup.wait();
+    };
+    const auto bytes = platform::encodedBackupJob(
+        {.identifier = "a-1", .commands = {{"/bin/touch", marker}}, .environment = {}, .overdueAfter = {}});
+    const std::string job(bytes.begin(), bytes.end());
+    CHECK(run("a-1", "") == EX_CONFIG);
+    CHECK(run("a-1", "no job") == EX_CONFIG);
+    CHECK(run("a-1", job.substr(0, job.size() / 2)) == EX_CONFIG);
+    CHECK(run("a-2", job) == EX_CONFIG);
+    CHECK_FALSE(platform::fileExists(marker));
+    CHECK(run("a-1", job) == 0);
+    CHECK(platform::fileExists(marker));
 }
 
 TEST_CASE("who may not change settings can neither start a backup nor choose its program")

@@ -4,6 +4,7 @@
 #include "platform/Authorization.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/files/AtomicFile.h"
+#include "platform/SystemInformation.h"
 #include "protocol/Messages.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -69,6 +70,16 @@ TEST_CASE("a stored rule without its rules file asks for the password again from
     REQUIRE(machine.rule.takeStricter().has_value());
     CHECK_FALSE(machine.isWritten());
     CHECK(machine.storedRule() == "authenticate-admin");
+}
+
+TEST_CASE("what an interrupted write of the rules left behind goes with the next one")
+{
+    const Machine machine;
+    const auto left = machine.root.write("rules.d/.49-com.zerkolin.brevane.rules.AbCdEf", "polkit.addRule(");
+    REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
+    CHECK(machine.isWritten());
+    CHECK_FALSE(platform::fileExists(left));
+    CHECK(platform::fileExists(machine.rules + "/10-other.rules"));
 }
 
 TEST_CASE("a damaged rights file is kept under another name, and the password is asked for")

@@ -536,6 +536,20 @@ TEST_CASE("the log says for whom a change was made")
                                 + ")."));
 }
 
+TEST_CASE("what a sender may do, but a service refuses, is a refusal in the log too")
+{
+    RunningHelper helper(Answer::Authorized);
+    CHECK(errorIn(helper.send(applyRequest(settingsWith("Speed", 3)))).code == BRVErrorUnknownKey);
+    CHECK(errorIn(helper.send(applyRequest(settingsWithout("Suspend")))).code == BRVErrorMissingValue);
+    // The line is written after the reply, by another thread.
+    const auto line = "Refused message 2 of user " + std::to_string(::getuid()) + ", '";
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!helper.log().contains(line) && std::chrono::steady_clock::now() < end)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    CHECK(helper.log().contains(line));
+    CHECK_FALSE(helper.log().contains("Did message 2"));
+}
+
 TEST_CASE("the refusals of one user are counted in one line")
 {
     RunningHelper helper(Answer::Denied);

@@ -2,6 +2,7 @@
 #include "helper/SettingsStore.h"
 #include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
+#include "platform/SystemInformation.h"
 #include "protocol/ScheduleRanges.h"
 #include "tests/helper/SettingsRecords.h"
 #include "tests/support/ForkedProcess.h"
@@ -187,6 +188,25 @@ TEST_CASE("every damaged file is kept, and a good one can be stored after it")
     CHECK(asText(platform::readFile(path + ".damaged-2").value()).starts_with("second"));
     CHECK(asText(platform::readFile(path + ".damaged-3").value()).starts_with("third"));
     CHECK(*SettingsStore(path).settings() == intervalSettings({{"Days", 2}}));
+}
+
+TEST_CASE("at most 99 damaged files are kept, and then the newest one takes the last one's place")
+{
+    TemporaryDirectory folder;
+    const auto path = folder.write("settings.plist", "newest \xff");
+    const auto kept = [&](int number) { return path + ".damaged" + (number > 1 ? "-" + std::to_string(number) : ""); };
+    for (int number = 1; number < 99; ++number)
+        folder.write(kept(number).substr(folder.path().size() + 1), "earlier");
+    SUBCASE("with room for the last") { }
+    SUBCASE("with none")
+    {
+        folder.write("settings.plist.damaged-99", "last");
+    }
+    const SettingsStore store(path);
+    CHECK(asText(platform::readFile(kept(98)).value()) == "earlier");
+    CHECK(asText(platform::readFile(kept(99)).value()) == "newest \xff");
+    CHECK_FALSE(platform::fileExists(kept(100)));
+    CHECK_FALSE(platform::fileExists(path));
 }
 
 TEST_CASE("what an interrupted write left behind goes when the store starts")
