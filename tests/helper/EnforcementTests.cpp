@@ -116,6 +116,24 @@ TEST_CASE("a backup that is handed no job, or another one's, backs nothing up")
     CHECK(platform::fileExists(marker));
 }
 
+TEST_CASE("a program that first writes a single byte is read on")
+{
+    const TemporaryDirectory root;
+    const auto marker = root.file("made");
+    // More than a pipe holds: who is not read on never comes to its end.
+    const auto bytes = platform::encodedBackupJob(
+        {.identifier = "a-1",
+         .commands = {{"/bin/sh", "-c",
+                       "printf a; sleep 0.3; head -c 300000 /dev/zero | tr '\\0' b; exec touch " + marker}},
+         .environment = {},
+         .overdueAfter = {}});
+    ChildProcess backup({"timeout", "20", BREVANE_BACKUP_DAEMON, "--root", root.path(), "--identifier", "a-1"});
+    backup.write({bytes.begin(), bytes.end()});
+    backup.closeInput();
+    CHECK(backup.wait() == 0);
+    CHECK(platform::fileExists(marker));
+}
+
 TEST_CASE("who may not change settings can neither start a backup nor choose its program")
 {
     RunningHelper helper(Answer::Challenge);

@@ -258,7 +258,7 @@ TEST_CASE("times of updates are taken within their bounds, and are the usual one
           Row{"Interval", &UpdateConfiguration::interval, 1, 366 * day, day},
           Row{"Keeping", &UpdateConfiguration::keeping, 0, 3600, 60},
           Row{"Trial", &UpdateConfiguration::trial, 1, 3600, 60}}) {
-        CAPTURE(key);
+        INFO(std::string(key));
         const auto taken = [&](platform::PropertyList value) {
             const auto read = updatesIn(updatesWith(key, std::move(value)));
             return read ? (*read.*time).count() : -1;
