@@ -24,6 +24,10 @@ target_include_directories(brevane_options INTERFACE "${CMAKE_SOURCE_DIR}")
 target_compile_options(brevane_options INTERFACE
     -Wall -Wextra -Werror -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough
     -fvisibility=hidden -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+# gcc's library sorts with a function that it calls deprecated, which only clang tells.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND NOT APPLE)
+    target_compile_options(brevane_options INTERFACE -Wno-deprecated-declarations)
+endif()
 # gcc 12 takes the alternatives of a variant that are not there for uninitialised ones.
 target_compile_options(brevane_options INTERFACE $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 # lld also takes archives in any order, which lets a program choose its port of the platform last. So does Apple's linker.
@@ -63,7 +67,6 @@ endif()
 
 # Everything reports its branches to the fuzzer; only the fuzzers themselves take its main function.
 if(BREVANE_FUZZ)
-    # gcc's library sorts with a function that it calls deprecated, which only clang tells.
-    target_compile_options(brevane_options INTERFACE -fsanitize=fuzzer-no-link -Wno-deprecated-declarations)
+    target_compile_options(brevane_options INTERFACE -fsanitize=fuzzer-no-link)
     target_link_options(brevane_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
