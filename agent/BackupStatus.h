@@ -25,7 +25,7 @@ struct BackupStatus {
     std::optional<scheduling::Instant> lastMissed;
     std::vector<std::string> missedReasons; // of the last of them
 
-    // Of a reply to BRVMessageGetStatus; nothing when it is none.
+    // Of a reply to BRVMessageGetStatus; nullopt when it is none.
     static std::optional<BackupStatus> inReply(const platform::Dictionary& reply);
 
     bool operator==(const BackupStatus&) const = default;

@@ -22,7 +22,7 @@ struct Notice {
     std::int64_t count = 0;           // failed backups, missed moments, or whole days without a backup
     std::vector<std::string> reasons; // by their names
     std::string failure;              // the journal's sentence
-    // When that happened which it tells of; nothing of a cause that time brings about.
+    // When that happened which it tells of; nullopt of a cause that time brings about.
     std::optional<scheduling::Instant> event;
 
     bool operator==(const Notice&) const = default;

@@ -19,7 +19,7 @@ struct NoticeMemory {
 
     std::map<Cause, Told> told;
     bool wasOff = false;
-    // When backups were seen switched on; nothing when they were on all the time.
+    // When backups were seen switched on; nullopt when they were on all the time.
     std::optional<scheduling::Instant> onSince;
 
     // Takes over what a status says of them being on, and lets nothing lie in the future of its clock.

@@ -34,7 +34,7 @@ struct BackupEvent {
     Kind kind = Kind::Ended;
     std::string identifier;
     // Of the last command that ran: its exit status, or the negative number of the signal that ended it. 126 and 127:
-    // it cannot be run, or is not there. Nothing when the backup vanished, or never began.
+    // it cannot be run, or is not there. nullopt when the backup vanished, or never began.
     std::optional<int> status;
 
     bool operator==(const BackupEvent&) const = default;

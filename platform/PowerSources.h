@@ -7,7 +7,7 @@
 
 namespace platform {
 
-// Whether the machine can run on a battery of its own. Nothing when the system gives no information about power
+// Whether the machine can run on a battery of its own. nullopt when the system gives no information about power
 // sources.
 std::optional<bool> supportsBatteryPower();
 

@@ -7,7 +7,7 @@
 
 namespace scheduling {
 
-// Between instants and the dates of property lists. Nothing for what is no date, or one that no clock shows.
+// Between instants and the dates of property lists. nullopt for what is no date, or one that no clock shows.
 platform::Date dateOf(Instant instant);
 std::optional<Instant> instantOf(const platform::PropertyList* date);
 

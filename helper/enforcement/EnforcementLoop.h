@@ -98,7 +98,7 @@ private:
     std::unique_ptr<platform::SleepInhibitor> _inhibitor;
     scheduling::Scheduler _scheduler;
     scheduling::Instant _present;           // since when this object follows what happens
-    std::optional<std::int64_t> _startedAt; // true time; nothing when it was started before
+    std::optional<std::int64_t> _startedAt; // true time; nullopt when it was started before
     std::string _failure;                   // why the last start came to nothing at once
     std::optional<Shown> _shown;
     bool _asleep = false;

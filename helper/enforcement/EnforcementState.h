@@ -29,7 +29,7 @@ struct EnforcementState {
 
     // The instant is that of writing it.
     platform::Dictionary dictionary(scheduling::Instant written) const;
-    // Nothing when a value is missing, of another type or out of range.
+    // nullopt when a value is missing, of another type or out of range.
     static std::optional<EnforcementState> inDictionary(const platform::Dictionary& dictionary);
 };
 
@@ -39,7 +39,7 @@ public:
     // Makes the folder when there is none. A damaged file is kept under another name and told in the log.
     explicit StateFile(const std::string& path);
 
-    // What was there; nothing when nothing usable was.
+    // What was there; nullopt when nothing usable was.
     const std::optional<EnforcementState>& found() const { return _found; }
     // When that was written.
     scheduling::Instant foundWritten() const { return _foundWritten; }

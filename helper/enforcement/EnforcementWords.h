@@ -17,7 +17,7 @@ class EnforcementWords {
 public:
     EnforcementWords(const scheduling::LocalClock& clock, scheduling::Instant now) : _clock(clock), _now(now) { }
 
-    // The backup that was due then; nothing when somebody starts it by hand.
+    // The backup that was due then; nullopt when somebody starts it by hand.
     JournalEntry started(std::optional<scheduling::Instant> due) const;
     // Without a status it did not come to its end.
     JournalEntry succeeded(std::int64_t seconds) const;

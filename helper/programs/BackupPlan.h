@@ -15,7 +15,7 @@ public:
     // The program's file: the first of its executables that is there and the administrator's alone.
     static std::optional<std::string> executable(const ProgramDescription& program);
 
-    // A file that the program needs and that is not there; nothing when all is there.
+    // A file that the program needs and that is not there; nullopt when all is there.
     static std::optional<std::string> missingFile(const ProgramDescription& program);
 
     // What is to be run now: the preparation, unless it was done, and the backup. Everything is looked at once more,

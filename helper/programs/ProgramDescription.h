@@ -37,7 +37,7 @@ struct ProgramDescription {
     const ProgramField* field(std::string_view key) const;
     bool isSuccess(std::optional<int> status) const;
 
-    // Nothing for a dictionary that describes none.
+    // nullopt for a dictionary that describes none.
     static std::optional<ProgramDescription> inDictionary(const std::string& identifier,
                                                           const platform::Dictionary& content);
 };

@@ -15,7 +15,7 @@ namespace helper {
 // administrator by a choice.
 class ProgramFields {
 public:
-    // Nothing for a good choice. An empty one chooses none.
+    // nullopt for a good choice. An empty one chooses none.
     static std::optional<SettingsFault> faultInChoice(const platform::Dictionary& choice,
                                                       const ProgramCatalog& catalog);
 

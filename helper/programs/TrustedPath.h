@@ -17,7 +17,7 @@ struct PathTrust {
 };
 PathTrust trustOfPath(const std::string& path);
 
-// The first part that is not the administrator's alone, be it a disk; nothing when there is none.
+// The first part that is not the administrator's alone, be it a disk; nullopt when there is none.
 std::optional<std::string> untrustedPart(const std::string& path);
 
 // The path without links, as far as it is there.

@@ -14,7 +14,7 @@ namespace platform {
 // The agent of a user's session: from its start to the end of the session.
 class SessionAgent {
 public:
-    // Nothing when there is no session bus, or an agent serves it already.
+    // Null when there is no session bus, or an agent serves it already.
     static std::unique_ptr<SessionAgent> create();
     ~SessionAgent();
 

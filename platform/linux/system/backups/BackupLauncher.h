@@ -10,7 +10,7 @@ namespace platform {
 
 // The program that runs a job.
 struct LaunchedBackup {
-    std::optional<pid_t> child; // this process's; nothing when it is a unit
+    std::optional<pid_t> child; // this process's; nullopt when it is a unit
     FileDescriptor told;        // what it says: the lines of BackupRecord.h; never blocks
 };
 

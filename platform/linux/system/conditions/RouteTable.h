@@ -23,7 +23,7 @@ struct DefaultRoute {
     int interface = 0; // index of the link; 0: there is none
 };
 
-// By their index. Nothing when the kernel does not answer.
+// By their index. nullopt when the kernel does not answer.
 std::optional<std::map<int, NetworkLink>> readLinks();
 
 // Of the main table, the preferred ones first: IPv4 before IPv6, then by metric.

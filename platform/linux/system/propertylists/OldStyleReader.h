@@ -15,7 +15,7 @@ class OldStyleReader {
 public:
     explicit OldStyleReader(std::string_view text) : _text(text), _rest(text) { }
 
-    // Nothing for any damage.
+    // nullopt for any damage.
     std::optional<PropertyList> read();
 
 private:

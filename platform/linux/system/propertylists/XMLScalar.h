@@ -8,7 +8,7 @@
 
 namespace platform {
 
-// The values in the text of an XML property list's elements. Nothing when the text is not wholly of the kind; white
+// The values in the text of an XML property list's elements. nullopt when the text is not wholly of the kind; white
 // space around it is allowed.
 
 // Decimal or 0x hexadecimal, in the range of 64 bits with a sign.
