@@ -6,6 +6,7 @@
 #include "helper/installation/SystemError.h"
 #include "platform/FileDescriptor.h"
 #include "platform/linux/system/bus/ServiceProbe.h"
+#include "platform/linux/system/processes/Launch.h"
 #include "platform/linux/system/texts/ProgramPath.h"
 
 #include <algorithm>
@@ -16,7 +17,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <string_view>
 #include <sys/wait.h>
 #include <sysexits.h>
@@ -42,35 +42,6 @@ std::unexpected<platform::Error> refused(const std::string& reason)
     return std::unexpected(systemError(EBADMSG, "The new version cannot work here: " + reason + "."));
 }
 
-// In a process group of its own, so that nothing it started outlives the limit. The failure is an errno value.
-std::expected<pid_t, int> spawnCheck(std::vector<std::string> command, int output)
-{
-    std::vector<char*> pointers;
-    for (auto& text : command)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    sigset_t none;
-    sigset_t all;
-    sigemptyset(&none);
-    sigfillset(&all);
-    posix_spawnattr_t attributes;
-    ::posix_spawnattr_init(&attributes);
-    ::posix_spawnattr_setsigmask(&attributes, &none);
-    ::posix_spawnattr_setsigdefault(&attributes, &all);
-    ::posix_spawnattr_setpgroup(&attributes, 0);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    posix_spawn_file_actions_t actions;
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
-    pid_t child = -1;
-    const int failure = ::posix_spawn(&child, pointers[0], &actions, &attributes, pointers.data(), environ);
-    ::posix_spawn_file_actions_destroy(&actions);
-    ::posix_spawnattr_destroy(&attributes);
-    return failure == 0 ? std::expected<pid_t, int>(child) : std::unexpected(failure);
-}
-
 // What is written until the end, as far as it is kept; nullopt when the end does not come in time.
 std::optional<std::string> readOutput(int output, Clock::time_point end)
 {
@@ -91,8 +62,8 @@ std::optional<std::string> readOutput(int output, Clock::time_point end)
     }
 }
 
-// The end of the process, which stays to be waited for, and of whatever it started. False when it does not come in
-// time.
+// The end of the process, which stays to be waited for, and of whatever it started in its session. False when it does
+// not come in time.
 bool waitForEnd(pid_t child, Clock::time_point end)
 {
     bool hasEnded = false;
@@ -126,7 +97,8 @@ Result<void> checkProgram(const std::string& program, const std::vector<std::str
         return std::unexpected(systemError(errno, "The new version could not be tried."));
     const FileDescriptor read(ends[0]);
     FileDescriptor written(ends[1]);
-    const auto child = spawnCheck(std::move(command), written.get());
+    const FileDescriptor nothing(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const auto child = platform::spawn(command, {nothing.get(), written.get(), written.get()});
     written.reset();
     if (!child)
         return refused("its helper cannot be started");

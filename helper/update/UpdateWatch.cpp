@@ -5,6 +5,7 @@
 #include "helper/installation/Installation.h"
 #include "helper/installation/SystemError.h"
 #include "messaging/ZRKError.h"
+#include "platform/ChildProcess.h"
 #include "platform/linux/system/bus/ServiceProbe.h"
 #include "platform/linux/system/files/Root.h"
 #include "protocol/Messages.h"
@@ -43,15 +44,6 @@ constexpr const char* takeBackArgument = "--take-back";
 constexpr std::chrono::milliseconds askAgain{20};
 constexpr std::chrono::milliseconds answerLimit{1000};
 constexpr std::chrono::seconds endLimit{5};
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts)
-{
-    std::vector<char*> pointers;
-    for (auto& text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
 
 // Its own signals are blocked already, as the helper's are.
 FileDescriptor terminationSignals()
@@ -181,9 +173,8 @@ int Watcher::startAgain()
     }
     const FileDescriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     ::dup2(nothing.get(), STDIN_FILENO);
-    auto command = _options.arguments;
-    command.insert(command.begin(), _installation.program());
-    ::execv(command[0].c_str(), pointersTo(command).data());
+    const auto program = _installation.program();
+    ::execv(program.c_str(), platform::ChildProcess::pointers(program, _options.arguments).data());
     ZRKLogMessage(LogLevelError, "The old version cannot be started.");
     return EX_OSERR;
 }
@@ -237,13 +228,15 @@ Result<UpdateWatch> UpdateWatch::start(const std::string& program, const std::ve
         return notStarted(errno);
     const FileDescriptor watched(ends[0]);
     FileDescriptor work(ends[1]);
-    std::vector<std::string> command{program, watchArgument};
-    command.insert(command.end(), arguments.begin(), arguments.end());
+    std::vector<std::string> watching{watchArgument};
+    watching.insert(watching.end(), arguments.begin(), arguments.end());
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, watched.get(), STDIN_FILENO);
     pid_t child = -1;
-    const int failure = ::posix_spawn(&child, program.c_str(), &actions, nullptr, pointersTo(command).data(), environ);
+    // With the signals of this process, so that none ends it before it waits for them.
+    const int failure = ::posix_spawn(&child, program.c_str(), &actions, nullptr,
+                                      platform::ChildProcess::pointers(program, watching).data(), environ);
     ::posix_spawn_file_actions_destroy(&actions);
     if (failure != 0)
         return notStarted(failure);

@@ -47,6 +47,8 @@ public:
             ::posix_spawn_file_actions_adddup2(&_actions, streams.input, STDIN_FILENO);
         if (streams.output >= 0)
             ::posix_spawn_file_actions_adddup2(&_actions, streams.output, STDOUT_FILENO);
+        if (streams.error >= 0)
+            ::posix_spawn_file_actions_adddup2(&_actions, streams.error, STDERR_FILENO);
     }
     SpawnStreams(const SpawnStreams&) = delete;
     SpawnStreams& operator=(const SpawnStreams&) = delete;

@@ -15,6 +15,7 @@ bool launch(const std::vector<std::string>& command);
 struct StandardStreams {
     int input = -1; // descriptors for them; -1 for this process's own
     int output = -1;
+    int error = -1;
 };
 std::expected<pid_t, int> spawn(const std::vector<std::string>& command, const StandardStreams& streams = {});
 // Waits for it, on a thread of its own.
