@@ -1,5 +1,6 @@
 #include "agent/BackupStatus.h"
 
+#include "platform/Texts.h"
 #include "protocol/BackupStatus.h"
 #include "scheduling/InstantDate.h"
 
@@ -8,25 +9,11 @@
 namespace agent {
 
 using platform::Dictionary;
+using platform::textForKey;
+using platform::textsOf;
 using scheduling::instantOf;
 
 namespace {
-
-std::vector<std::string> textsOf(const platform::Array* array)
-{
-    std::vector<std::string> texts;
-    for (const auto& each : array ? *array : platform::Array()) {
-        if (const auto* const text = each.string())
-            texts.push_back(*text);
-    }
-    return texts;
-}
-
-std::string textOf(const Dictionary& dictionary, const char* key)
-{
-    const auto* const text = dictionary.stringForKey(key);
-    return text ? *text : std::string();
-}
 
 void addMissed(BackupStatus& status, const Dictionary& entry)
 {
@@ -45,11 +32,11 @@ void readJournal(BackupStatus& status, const platform::Array& journal)
     bool hasEnded = false;
     for (const auto& each : journal) {
         const auto* const entry = each.dictionary();
-        const auto event = entry ? textOf(*entry, BackupStatusKey::Event) : std::string();
+        const auto event = entry ? textForKey(*entry, BackupStatusKey::Event) : std::string();
         if (event == "missed" && !wasStarted)
             addMissed(status, *entry);
         if (event == "end" && !hasEnded && !entry->boolForKey(BackupStatusKey::Succeeded))
-            status.failure = textOf(*entry, BackupStatusKey::Text);
+            status.failure = textForKey(*entry, BackupStatusKey::Text);
         wasStarted = wasStarted || event == "start" || event == "end";
         hasEnded = hasEnded || event == "end";
     }

@@ -4,12 +4,14 @@
 #include "messaging/ZRKError.h"
 #include "platform/Format.h"
 #include "platform/Localization.h"
+#include "platform/Texts.h"
 #include "protocol/BackupProgram.h"
 #include "protocol/ErrorCodes.h"
 
 #include <string_view>
 
 using platform::localizedString;
+using platform::textForKey;
 namespace Expectation = BackupFieldExpectation;
 
 namespace {
@@ -62,12 +64,6 @@ std::string wrongField(std::string_view expected, const std::string& path)
     if (expected == Expectation::Unit)
         return missingField(BackupFieldKind::Unit);
     return expected == Expectation::Word ? missingField(BackupFieldKind::Word) : std::string();
-}
-
-std::string textForKey(const platform::Dictionary& dictionary, const char* key)
-{
-    const auto* const text = dictionary.stringForKey(key);
-    return text ? *text : std::string();
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "scheduling/JournalEntry.h"
 
+#include "platform/Texts.h"
 #include "protocol/BackupStatus.h"
 #include "scheduling/InstantDate.h"
 
@@ -26,7 +27,7 @@ Dictionary JournalEntry::dictionary() const
     if (count)
         dictionary.set(BackupStatusKey::Count, *count);
     if (!reasons.empty())
-        dictionary.set(BackupStatusKey::Reasons, platform::Array(reasons.begin(), reasons.end()));
+        dictionary.set(BackupStatusKey::Reasons, platform::arrayOf(reasons));
     if (succeeded)
         dictionary.set(BackupStatusKey::Succeeded, *succeeded);
     return dictionary;
@@ -50,11 +51,7 @@ std::optional<JournalEntry> JournalEntry::inDictionary(const Dictionary& diction
         entry.count = dictionary.integerForKey(BackupStatusKey::Count);
     if (dictionary.contains(BackupStatusKey::Succeeded))
         entry.succeeded = dictionary.boolForKey(BackupStatusKey::Succeeded);
-    const auto* const reasons = dictionary.arrayForKey(BackupStatusKey::Reasons);
-    for (const auto& each : reasons ? *reasons : platform::Array()) {
-        if (const auto* const name = each.string())
-            entry.reasons.push_back(*name);
-    }
+    entry.reasons = platform::textsOf(dictionary.arrayForKey(BackupStatusKey::Reasons));
     return entry;
 }
 

@@ -1,18 +1,15 @@
 #include "activity/model/BackupStatus.h"
 
+#include "platform/Texts.h"
 #include "protocol/BackupStatus.h"
 #include "scheduling/InstantDate.h"
 
 using platform::Dictionary;
+using platform::textForKey;
+using platform::textsOf;
 using scheduling::instantOf;
 
 namespace {
-
-std::string stringOf(const Dictionary& dictionary, const char* key)
-{
-    const auto* const text = dictionary.stringForKey(key);
-    return text ? *text : std::string();
-}
 
 // The dictionaries among the elements.
 std::vector<const Dictionary*> dictionariesOf(const Dictionary& reply, const char* key)
@@ -22,17 +19,6 @@ std::vector<const Dictionary*> dictionariesOf(const Dictionary& reply, const cha
     for (std::size_t index = 0; array && index < array->size(); ++index) {
         if (const auto* const dictionary = (*array)[index].dictionary())
             found.push_back(dictionary);
-    }
-    return found;
-}
-
-std::vector<std::string> stringsOf(const Dictionary& reply, const char* key)
-{
-    std::vector<std::string> found;
-    const auto* const array = reply.arrayForKey(key);
-    for (std::size_t index = 0; array && index < array->size(); ++index) {
-        if (const auto* const text = (*array)[index].string())
-            found.push_back(*text);
     }
     return found;
 }
@@ -56,15 +42,15 @@ BackupStatus BackupStatus::fromReply(const Dictionary& reply)
 {
     BackupStatus status;
     status.now = instantOf(reply.find(BackupStatusKey::Now)).value_or(0);
-    status.zone = stringOf(reply, BackupStatusKey::Zone);
-    status.state = scheduling::stateNamed(stringOf(reply, BackupStatusKey::State));
+    status.zone = textForKey(reply, BackupStatusKey::Zone);
+    status.state = scheduling::stateNamed(textForKey(reply, BackupStatusKey::State));
     status.due = instantOf(reply.find(BackupStatusKey::Due));
-    status.reasons = ToldReasons::named(stringsOf(reply, BackupStatusKey::Reasons));
+    status.reasons = ToldReasons::named(textsOf(reply.arrayForKey(BackupStatusKey::Reasons)));
     status.lastStart = instantOf(reply.find(BackupStatusKey::LastStart));
     status.lastEnd = instantOf(reply.find(BackupStatusKey::LastEnd));
     status.lastSucceeded = instantOf(reply.find(BackupStatusKey::LastSucceeded));
     status.failures = reply.integerForKey(BackupStatusKey::Failures);
-    status.program = stringOf(reply, BackupStatusKey::Program);
+    status.program = textForKey(reply, BackupStatusKey::Program);
     for (const auto* const moment : dictionariesOf(reply, BackupStatusKey::Upcoming)) {
         if (const auto at = instantOf(moment->find(BackupStatusKey::At)))
             status.upcoming.push_back({.at = *at,

@@ -1,5 +1,6 @@
 #include "backupprogram/model/ProgramDraft.h"
 
+#include "platform/Texts.h"
 #include "protocol/BackupProgram.h"
 
 #include <utility>
@@ -58,19 +59,12 @@ Dictionary ProgramDraft::choice(const ProgramOffer& offer) const
 
 std::string ProgramDraft::text(std::string_view key) const
 {
-    const auto* const text = fields.stringForKey(key);
-    return text ? *text : std::string();
+    return platform::textForKey(fields, key);
 }
 
 std::vector<std::string> ProgramDraft::texts(std::string_view key) const
 {
-    std::vector<std::string> texts;
-    const auto* const array = fields.arrayForKey(key);
-    for (const auto& each : array ? *array : platform::Array()) {
-        if (each.string())
-            texts.push_back(*each.string());
-    }
-    return texts;
+    return platform::textsOf(fields.arrayForKey(key));
 }
 
 void ProgramDraft::setText(const std::string& key, const std::string& text)
@@ -86,7 +80,7 @@ void ProgramDraft::setTexts(const std::string& key, const std::vector<std::strin
     if (texts.empty())
         fields.remove(key);
     else
-        fields.set(key, platform::Array(texts.begin(), texts.end()));
+        fields.set(key, platform::arrayOf(texts));
 }
 
 void DraftHistory::edit(ProgramDraft changed, std::string subject)

@@ -1,5 +1,6 @@
 #include "backupprogram/model/ProgramOffer.h"
 
+#include "platform/Texts.h"
 #include "protocol/BackupProgram.h"
 
 #include <algorithm>
@@ -7,14 +8,9 @@
 #include <functional>
 
 using platform::Dictionary;
+using platform::textForKey;
 
 namespace {
-
-std::string textForKey(const Dictionary& dictionary, const char* key)
-{
-    const auto* const text = dictionary.stringForKey(key);
-    return text ? *text : std::string();
-}
 
 std::vector<OfferedField> fieldsOf(const Dictionary& told)
 {

@@ -2,10 +2,12 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "platform/Folder.h"
+#include "platform/Texts.h"
 
 namespace helper {
 
 using platform::Dictionary;
+using platform::textForKey;
 using scheduling::Instant;
 
 namespace {
@@ -53,12 +55,6 @@ bool isAcceptable(const Dictionary& dictionary)
     return EnforcementState::inDictionary(dictionary).has_value();
 }
 
-std::string textIn(const Dictionary& dictionary, const char* key)
-{
-    const auto* const text = dictionary.stringForKey(key);
-    return text ? *text : std::string();
-}
-
 } // namespace
 
 Dictionary EnforcementState::dictionary(Instant written) const
@@ -92,10 +88,10 @@ std::optional<EnforcementState> EnforcementState::inDictionary(const Dictionary&
         return std::nullopt;
     EnforcementState state{.memory = *memory,
                            .record = *record,
-                           .zone = textIn(dictionary, "Zone"),
+                           .zone = textForKey(dictionary, "Zone"),
                            .journal = std::move(*journal),
-                           .identifier = textIn(dictionary, "Identifier"),
-                           .program = textIn(dictionary, "Program"),
+                           .identifier = textForKey(dictionary, "Identifier"),
+                           .program = textForKey(dictionary, "Program"),
                            .durations = {}};
     const auto* const durations = dictionary.arrayForKey("Durations");
     for (const auto& each : durations ? *durations : platform::Array())

@@ -2,8 +2,11 @@
 
 #include "helper/programs/BackupPlan.h"
 #include "helper/programs/ProgramFields.h"
+#include "platform/Texts.h"
 #include "protocol/BackupProgram.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace helper {
@@ -86,10 +89,7 @@ std::vector<std::string> ProgramChoice::folders() const
     const auto* const fields = choice.dictionaryForKey(BackupProgramKey::Fields);
     for (const auto& field : program&& fields ? program->fields : std::vector<ProgramField>()) {
         const auto* const values = field.kind == BackupFieldKind::Folders ? fields->arrayForKey(field.key) : nullptr;
-        for (const auto& value : values ? *values : platform::Array()) {
-            if (value.string())
-                folders.push_back(*value.string());
-        }
+        std::ranges::move(platform::textsOf(values), std::back_inserter(folders));
     }
     return folders;
 }

@@ -4,6 +4,7 @@
 #include "helper/programs/SystemUnit.h"
 #include "helper/programs/TrustedPath.h"
 #include "platform/SystemInformation.h"
+#include "platform/Texts.h"
 #include "protocol/BackupProgram.h"
 
 #include <algorithm>
@@ -26,15 +27,9 @@ Values valuesOf(const Dictionary& fields, std::string_view key, const std::strin
         return {identifier};
     if (key == "State")
         return {platform::systemPath("/var/db/brevane/programs")};
-    Values values;
-    const auto* const value = fields.find(key);
-    if (value && value->string())
-        values.push_back(*value->string());
-    for (const auto& each : value && value->array() ? *value->array() : platform::Array()) {
-        if (each.string())
-            values.push_back(*each.string());
-    }
-    return values;
+    if (const auto* const value = fields.stringForKey(key))
+        return {*value};
+    return platform::textsOf(fields.arrayForKey(key));
 }
 
 // One argument for each value of the field in it, with the rest filled in; a field that is not there takes the argument

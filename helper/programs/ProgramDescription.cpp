@@ -1,5 +1,6 @@
 #include "helper/programs/ProgramDescription.h"
 
+#include "platform/Texts.h"
 #include "protocol/BackupProgram.h"
 
 #include <algorithm>
@@ -9,25 +10,9 @@
 namespace helper {
 
 using platform::Dictionary;
+using platform::textForKey;
 
 namespace {
-
-std::string textForKey(const Dictionary& content, std::string_view key)
-{
-    const auto* const text = content.stringForKey(key);
-    return text ? *text : std::string();
-}
-
-std::vector<std::string> textsForKey(const Dictionary& content, std::string_view key)
-{
-    std::vector<std::string> texts;
-    const auto* const array = content.arrayForKey(key);
-    for (const auto& each : array ? *array : platform::Array()) {
-        if (const auto* const text = each.string())
-            texts.push_back(*text);
-    }
-    return texts;
-}
 
 bool isKind(std::string_view text)
 {
@@ -68,12 +53,12 @@ std::optional<ProgramDescription> ProgramDescription::inDictionary(const std::st
                                .name = textForKey(content, "Name"),
                                .isRecommended = content.boolForKey("Recommended"),
                                .package = textForKey(content, "Package"),
-                               .executables = textsForKey(content, "Executables"),
-                               .arguments = textsForKey(content, "Arguments"),
-                               .environment = textsForKey(content, "Environment"),
-                               .needs = textsForKey(content, "Needs"),
+                               .executables = textsOf(content.arrayForKey("Executables")),
+                               .arguments = textsOf(content.arrayForKey("Arguments")),
+                               .environment = textsOf(content.arrayForKey("Environment")),
+                               .needs = textsOf(content.arrayForKey("Needs")),
                                .preparedPath = textForKey(content, "PreparedPath"),
-                               .preparation = textsForKey(content, "Preparation"),
+                               .preparation = textsOf(content.arrayForKey("Preparation")),
                                .warnings = {},
                                .fields = fieldsOf(content),
                                .place = textForKey(content, BackupProgramKey::Place),

@@ -4,6 +4,7 @@
 #include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "platform/SystemInformation.h"
+#include "platform/Texts.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -33,21 +34,6 @@ std::optional<Dictionary> decoded(std::span<const std::uint8_t> bytes)
 {
     auto value = propertyListWithData(bytes);
     return value && value->dictionary() ? std::optional(std::move(*value->dictionary())) : std::nullopt;
-}
-
-Array arrayOf(const std::vector<std::string>& texts)
-{
-    return {texts.begin(), texts.end()};
-}
-
-std::vector<std::string> textsOf(const Array* array)
-{
-    std::vector<std::string> texts;
-    for (const auto& each : array ? *array : Array()) {
-        if (const auto* const text = each.string())
-            texts.push_back(*text);
-    }
-    return texts;
 }
 
 } // namespace
