@@ -136,8 +136,8 @@ class Desktop:
     def is_shown(self, role, name=None):
         return bool(self.matching(role, name))
 
-    def wait_gone(self, role, name=None):
-        wait_for(f"{role} {name or ''} to go", lambda: not self.matching(role, name))
+    def wait_gone(self, role, name=None, seconds=DEADLINE):
+        wait_for(f"{role} {name or ''} to go", lambda: not self.matching(role, name), seconds)
 
     def dialog(self, message, seconds=DEADLINE):
         """The alert that shows this message text."""
