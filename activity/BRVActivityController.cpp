@@ -7,6 +7,7 @@
 #include "platform/Localization.h"
 #include "platform/Queue.h"
 #include "platform/ui/Alert.h"
+#include "platform/ui/WeakAction.h"
 #include "platform/UserDefaults.h"
 #include "protocol/BackupStatus.h"
 #include "protocol/Schedule.h"
@@ -69,12 +70,7 @@ void BRVActivityController::loadWindow()
     _journalTextView = _interface->outlet<TextView>("journalTextView");
     _notifiesCheckBox = _interface->outlet<CheckBox>("notifiesCheckBox");
 
-    const auto action = [weak = weak_from_this()](auto operation) {
-        return [weak, operation] {
-            if (const auto self = weak.lock())
-                operation(*self);
-        };
-    };
+    const auto action = weakActions(weak_from_this());
     using Self = BRVActivityController;
     _tableView->setDataSource(weak_from_this());
     _backUpNowButton->setAction(action([](Self& self) { self.backUpNow(); }));

@@ -8,6 +8,7 @@
 #include "platform/Queue.h"
 #include "platform/SystemInformation.h"
 #include "platform/ui/OpenPanel.h"
+#include "platform/ui/WeakAction.h"
 #include "platform/UserDefaults.h"
 #include "protocol/BackupProgram.h"
 #include "protocol/BackupStatus.h"
@@ -71,12 +72,7 @@ void BRVBackupProgramController::loadWindow()
 
 void BRVBackupProgramController::connectActions()
 {
-    const auto action = [weak = weak_from_this()](auto operation) {
-        return [weak, operation] {
-            if (const auto self = weak.lock())
-                operation(*self);
-        };
-    };
+    const auto action = weakActions(weak_from_this());
     using Self = BRVBackupProgramController;
     _outlets->programPopUp->setAction(action([](Self& self) { self.selectProgram(); }));
     _outlets->lookAgainButton->setAction(action([](Self& self) { self.reloadPrograms(); }));

@@ -1,6 +1,7 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "platform/PowerSources.h"
 #include "platform/SystemInformation.h"
+#include "platform/ui/WeakAction.h"
 #include "platform/UserDefaults.h"
 #include "protocol/SessionAgent.h"
 #include "schedule/BRVDatePicker.h"
@@ -30,12 +31,7 @@ BREditorController::BREditorController(std::unique_ptr<Interface> interface)
 
 void BREditorController::connectActions()
 {
-    const auto action = [weak = weak_from_this()](auto operation) {
-        return [weak, operation] {
-            if (const auto self = weak.lock())
-                operation(*self);
-        };
-    };
+    const auto action = weakActions(weak_from_this());
     using Self = BREditorController;
     _outlets.backupsCheckBox->setAction(action([](Self& self) { self.changeBackUpCheckbox(); }));
     _outlets.operationModePopUp->setAction(action([](Self& self) { self.changeOperationMode(); }));

@@ -7,6 +7,7 @@
 #include "platform/Queue.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/TextAppearance.h"
+#include "platform/ui/WeakAction.h"
 #include "version/ZRKSystemVersionManager.h"
 
 #include <algorithm>
@@ -69,12 +70,7 @@ void BRVConsoleController::loadWindow()
     _spinningIndicator = _interface->outlet<ProgressIndicator>("consoleSpinner");
     _refreshButton = _interface->outlet<Button>("consoleRefreshButton");
     _exportButton = _interface->outlet<Button>("consoleExportButton");
-    const auto action = [weak = weak_from_this()](auto operation) {
-        return [weak, operation] {
-            if (const auto self = weak.lock())
-                operation(*self);
-        };
-    };
+    const auto action = weakActions(weak_from_this());
     _refreshButton->setAction(action([](BRVConsoleController& self) { self.refresh(); }));
     _exportButton->setAction(action([](BRVConsoleController& self) { self.exportLog(); }));
     window()->layoutIfNeeded();

@@ -11,6 +11,7 @@
 #include "platform/Folder.h"
 #include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/linux/system/files/Root.h"
+#include "platform/linux/system/queues/SignalMask.h"
 #include "platform/SystemInformation.h"
 #include "protocol/Messages.h"
 
@@ -30,16 +31,6 @@ namespace {
 
 // How long requests that arrived before the end may take.
 constexpr std::chrono::seconds drainLimit{2};
-
-// For the event loop alone: one that comes while nobody listens waits until somebody does, be it the next version.
-void blockTermination()
-{
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
 
 // The C library raises the size from which memory is given back to the system with every big block that it sees; one
 // big message would make the next ones stay.
@@ -124,7 +115,7 @@ int main(int count, char** arguments)
     if (auto status = runSelfCheckCommand(count, arguments))
         return *status;
     ::umask(022);
-    blockTermination();
+    (void)platform::blockSignals({SIGTERM, SIGINT}); // be it for the next version's loop
     if (auto status = runUpdateWatchCommand(count, arguments))
         return *status;
     auto options = HelperOptions::inArguments(count, arguments);

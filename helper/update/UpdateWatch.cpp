@@ -8,6 +8,7 @@
 #include "platform/ChildProcess.h"
 #include "platform/linux/system/bus/ServiceProbe.h"
 #include "platform/linux/system/files/Root.h"
+#include "platform/linux/system/queues/SignalMask.h"
 #include "protocol/Messages.h"
 
 #include <array>
@@ -48,11 +49,7 @@ constexpr std::chrono::seconds endLimit{5};
 // Its own signals are blocked already, as the helper's are.
 FileDescriptor terminationSignals()
 {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGTERM);
-    sigaddset(&signals, SIGINT);
-    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    const sigset_t signals = platform::blockSignals({SIGTERM, SIGINT});
     return FileDescriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
 }
 

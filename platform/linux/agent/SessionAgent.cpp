@@ -5,6 +5,7 @@
 #include "platform/linux/agent/NoticeFile.h"
 #include "platform/linux/system/processes/Launch.h"
 #include "platform/linux/system/queues/MainQueue.h"
+#include "platform/linux/system/queues/SignalMask.h"
 #include "platform/linux/system/texts/ProgramPath.h"
 #include "platform/Localization.h"
 #include "platform/UserDefaults.h"
@@ -49,13 +50,9 @@ BusHandle openSessionBus(sd_event* event)
 // For the event loop alone, whatever the thread.
 void takeTermination(sd_event* event)
 {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
-        sigaddset(&signals, number);
-        ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    (void)blockSignals({SIGTERM, SIGINT, SIGHUP});
+    for (const int number : {SIGTERM, SIGINT, SIGHUP})
         sd_event_add_signal(event, nullptr, number, nullptr, nullptr); // ends the loop
-    }
 }
 
 } // namespace
