@@ -106,12 +106,58 @@ public:
         sd_bus_message_unref(message);
     }
 
+    // Counts what its calls are answered with from now on.
+    void count()
+    {
+        const auto filter = [](sd_bus_message* message, void* client, sd_bus_error*) {
+            auto& self = *static_cast<RawClient*>(client);
+            self.replyCount += isReply(message);
+            self.refusalCount += sd_bus_message_is_method_error(message, SD_BUS_ERROR_LIMITS_EXCEEDED) > 0;
+            return self.answersPings ? 0 : 1;
+        };
+        REQUIRE(sd_bus_add_filter(_bus, nullptr, filter, this) >= 0);
+    }
+    // Handles what has come, and answers a ping. False when there is nothing.
+    bool read() { return sd_bus_process(_bus, nullptr) > 0; }
+
     sd_bus* bus() const { return _bus; }
     std::string errorName;
+    int replyCount = 0;
+    int refusalCount = 0;
+    bool answersPings = true;
 
 private:
     sd_bus* _bus = nullptr;
 };
+
+// All of them read until there are as many answers, or nothing has come for ten seconds.
+void readUntilAnswered(const std::vector<RawClient*>& clients, int count)
+{
+    const auto isAnswered = [&] {
+        int sum = 0;
+        for (const RawClient* client : clients)
+            sum += client->replyCount + client->refusalCount;
+        return sum >= count;
+    };
+    for (auto last = std::chrono::steady_clock::now();
+         !isAnswered() && std::chrono::steady_clock::now() < last + std::chrono::seconds(10);) {
+        bool hasRead = false;
+        for (RawClient* client : clients) {
+            while (client->read())
+                hasRead = true;
+        }
+        if (hasRead)
+            last = std::chrono::steady_clock::now();
+        else
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}
+
+// Answers a request with a megabyte, and one that has a number with a byte.
+void answerMuch(const ServiceListener::Request& request, const ServiceListener::Reply& reply)
+{
+    reply({{"payload", platform::Data(request.message.empty() ? 1'000'000 : 1)}});
+}
 
 } // namespace
 
@@ -464,15 +510,13 @@ TEST_CASE(
     SUBCASE("of clients that send it all at once") { }
     PrivateBus bus;
     Arrivals<platform::BusPeer> identified;
-    Served served({[](const ServiceListener::Request& request, const ServiceListener::Reply& reply) {
-                       reply({{"payload", platform::Data(request.message.empty() ? 1'000'000 : 1)}});
-                   },
-                   [&](const platform::BusPeer& peer) { identified.add(peer); },
-                   {}});
+    Served served({answerMuch, [&](const platform::BusPeer& peer) { identified.add(peer); }, {}});
     std::vector<std::unique_ptr<RawClient>> deaf;
+    std::vector<RawClient*> clients;
     // The bus takes nothing more from a connection of which 127 MB are unread.
     for (std::size_t index = 0; index < 3; ++index) {
         deaf.push_back(std::make_unique<RawClient>());
+        clients.push_back(deaf.back().get());
         if (isKnownBefore) {
             CHECK(deaf.back()->call("Send", "a{sv}", 1, "number", "x", std::int64_t(1)) >= 0);
             REQUIRE(identified.waitFor(index + 1).size() == index + 1);
@@ -489,20 +533,81 @@ TEST_CASE(
             reply = early.connection->sendSynchronously({{"number", 1}});
         CHECK(reply == platform::ServiceReply(std::unexpected(platform::ServiceError::Refused)));
     }
+    for (RawClient* client : clients)
+        client->count();
+    readUntilAnswered(clients, 300);
     int replyCount = 0;
-    const auto count = [](sd_bus_message* message, void* context, sd_bus_error*) {
-        *static_cast<int*>(context) += isReply(message);
-        return 0;
-    };
-    for (const auto& client : deaf) {
-        REQUIRE(sd_bus_add_filter(client->bus(), nullptr, count, &replyCount) >= 0);
-        while (sd_bus_process(client->bus(), nullptr) > 0 || sd_bus_wait(client->bus(), 300'000) > 0) { }
+    int refusalCount = 0;
+    for (const RawClient* client : clients) {
+        replyCount += client->replyCount;
+        refusalCount += client->refusalCount;
     }
     CHECK(replyCount >= (isKnownBefore ? 10 : 1));
     CHECK(replyCount <= 20);
+    CHECK(replyCount + refusalCount == 300);
     RecordedConnection recorded;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!recorded.connection->sendSynchronously({{"number", 1}}) && std::chrono::steady_clock::now() < end) {
+        for (RawClient* client : clients)
+            client->read(); // the last pings
+    }
     for (int number = 0; number < 30; ++number)
         CHECK(recorded.connection->sendSynchronously({{"number", 1}}));
+}
+
+TEST_CASE("every call of a user who is cut off is answered as soon as its sender reads, or the others do or leave")
+{
+    constexpr int Many = 100; // the bus lets a connection wait for so many replies only
+    PrivateBus bus;
+    Arrivals<platform::BusPeer> identified;
+    Served served({answerMuch, [&](const platform::BusPeer& peer) { identified.add(peer); }, {}});
+    auto deaf = std::make_unique<RawClient>();
+    RawClient reader;
+    RawClient waiting;
+    std::size_t known = 0;
+    for (RawClient* client : {deaf.get(), &reader, &waiting}) {
+        REQUIRE(client->call("Send", "a{sv}", 1, "number", "x", std::int64_t(1)) >= 0);
+        REQUIRE(identified.waitFor(++known).size() == known);
+        client->count();
+    }
+    for (int count = 0; count < Many; ++count)
+        deaf->begin();
+    sd_bus_flush(deaf->bus());
+    // Reads, one call after another: each is refused although the deaf one stays deaf.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    int sent = 0;
+    while (reader.refusalCount < 3 * Many && sent < 6 * Many && std::chrono::steady_clock::now() < end) {
+        reader.begin();
+        readUntilAnswered({&reader}, ++sent);
+    }
+    CHECK(reader.refusalCount == 3 * Many);
+    CHECK(reader.replyCount + reader.refusalCount == sent);
+
+    for (int count = 0; count < Many; ++count)
+        waiting.begin();
+    sd_bus_flush(waiting.bus());
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    SUBCASE("the sender reads")
+    {
+        readUntilAnswered({&waiting}, Many);
+        CHECK(waiting.refusalCount == Many);
+    }
+    SUBCASE("the others read, and the sender answers no ping")
+    {
+        waiting.answersPings = false;
+        readUntilAnswered({&waiting}, 8);
+        CHECK(waiting.refusalCount == 8);
+        readUntilAnswered({deaf.get(), &waiting}, 2 * Many);
+        CHECK(waiting.refusalCount == Many);
+        CHECK(deaf->replyCount + deaf->refusalCount == Many);
+    }
+    SUBCASE("the others leave, and the sender answers no ping")
+    {
+        waiting.answersPings = false;
+        deaf.reset();
+        readUntilAnswered({&waiting}, Many);
+        CHECK(waiting.refusalCount == Many);
+    }
 }
 
 TEST_CASE("the replies of one user do not wait until another one has got all of theirs")

@@ -12,6 +12,8 @@ namespace {
 
 constexpr const char* Bus = "org.freedesktop.DBus";
 constexpr const char* BusPath = "/org/freedesktop/DBus";
+// Connections of a user that are asked for a sign of life at a time; the bus lets nobody wait for many answers.
+constexpr std::size_t AskedAtOnce = 4;
 
 std::string programOf(std::uint32_t process)
 {
@@ -56,10 +58,31 @@ bool readCredentials(sd_bus_message* reply, BusPeer& peer)
 
 } // namespace
 
-BusPeers::BusPeers(sd_bus* bus, Identified identified, Left left)
+BusPeers::Load& BusPeers::Load::operator+=(const Load& other)
+{
+    unread += other.unread;
+    unsent += other.unsent;
+    asked += other.asked;
+    questions += other.questions;
+    waiting += other.waiting;
+    return *this;
+}
+
+BusPeers::Load& BusPeers::Load::operator-=(const Load& other)
+{
+    unread -= other.unread;
+    unsent -= other.unsent;
+    asked -= other.asked;
+    questions -= other.questions;
+    waiting -= other.waiting;
+    return *this;
+}
+
+BusPeers::BusPeers(sd_bus* bus, Identified identified, Left left, Refuse refuse)
     : _bus(bus),
       _identified(std::move(identified)),
-      _left(std::move(left))
+      _left(std::move(left)),
+      _refuse(std::move(refuse))
 {
 }
 
@@ -107,7 +130,7 @@ void BusPeers::askWhoTheyAre()
 
 BusPeers::Question& BusPeers::addQuestion(const std::string& name)
 {
-    _questions.push_back({this, name, std::nullopt, 0, nullptr, {}});
+    _questions.push_back({this, name, 0, nullptr, {}});
     _questions.back().place = std::prev(_questions.end());
     return _questions.back();
 }
@@ -138,9 +161,10 @@ void BusPeers::identify(const std::string& name, sd_bus_message* reply)
         state.peer.program = programOf(state.peer.process);
     leave(state);
     enter(state, state.peer.user);
-    askForSign(state.user);
+    askForSigns(state.user);
     if (_identified)
         _identified(state.peer);
+    refuseWaiting();
 }
 
 void BusPeers::enter(State& state, UserName user)
@@ -148,44 +172,39 @@ void BusPeers::enter(State& state, UserName user)
     state.user = user;
     User& entered = _users[user];
     ++entered.peerCount;
-    entered.unread += state.unread;
-    entered.unsent += state.unsent;
-    _unread += state.unread;
+    entered.load += state.load;
+    _load += state.load;
 }
 
 void BusPeers::leave(const State& state)
 {
     const auto user = _users.find(state.user);
-    _unread -= state.unread;
-    user->second.unread -= state.unread;
-    user->second.unsent -= state.unsent;
+    _load -= state.load;
+    user->second.load -= state.load;
     if (--user->second.peerCount == 0)
         _users.erase(user);
 }
 
-void BusPeers::add(State& state, std::size_t size)
+void BusPeers::add(State& state, const Load& load)
 {
-    User& user = _users.at(state.user);
-    state.unread += size;
-    state.unsent += size;
-    user.unread += size;
-    user.unsent += size;
-    _unread += size;
+    state.load += load;
+    _users.at(state.user).load += load;
+    _load += load;
 }
 
-void BusPeers::subtract(State& state, std::size_t size)
+void BusPeers::subtract(State& state, const Load& load)
 {
-    state.unread -= size;
-    _users.at(state.user).unread -= size;
-    _unread -= size;
+    state.load -= load;
+    _users.at(state.user).load -= load;
+    _load -= load;
 }
 
 // Less when others have left much unread, so that all together stay below the total; and little for those that are not
 // known, since it counts for their user as well when they are.
 bool BusPeers::hasLeftTooMuch(UserName user) const
 {
-    const std::size_t shared = (TotalSize - std::min(TotalSize, _unread)) / 2;
-    return _users.at(user).unread > std::min(shared, user ? CutOffSize : SignOfLifeSize);
+    const std::size_t shared = (TotalSize - std::min(TotalSize, _load.unread)) / 2;
+    return _users.at(user).load.unread > std::min(shared, user ? CutOffSize : SignOfLifeSize);
 }
 
 BusPeers::UserName BusPeers::userOf(const std::string& name) const
@@ -205,7 +224,7 @@ bool BusPeers::charge(const std::string& name, std::size_t size)
     const auto found = _peers.find(name);
     if (found == _peers.end() || hasLeftTooMuch(found->second.user))
         return false;
-    add(found->second, size);
+    add(found->second, {.unread = size, .unsent = size});
     return true;
 }
 
@@ -214,73 +233,117 @@ void BusPeers::sent(const std::string& name, std::size_t size)
     const auto found = _peers.find(name);
     if (found == _peers.end())
         return;
-    found->second.unsent -= size;
-    _users.at(found->second.user).unsent -= size;
-    askForSign(found->second.user);
+    subtract(found->second, {.unsent = size});
+    askForSigns(found->second.user);
 }
 
-bool BusPeers::chargeRefusal(const std::string& name, std::size_t size)
+void BusPeers::refuse(const std::string& name, std::uint64_t call)
 {
     const auto found = _peers.find(name);
-    if (found == _peers.end() || found->second.refusals + size > RefusalsSize)
-        return false;
-    found->second.refusals += size;
-    add(found->second, size);
-    return true;
+    if (found == _peers.end())
+        return;
+    State& state = found->second;
+    if (state.waiting.size() == MaximumWaiting) {
+        state.waiting.erase(state.waiting.begin());
+        subtract(state, {.waiting = 1});
+    }
+    state.waiting.push_back(call);
+    add(state, {.waiting = 1});
+    refuseWaiting(name, state);
 }
 
-// Asks the connection of the user that has the most to read, if there is much. One at a time: the bus lets nobody wait
-// for many answers.
-void BusPeers::askForSign(UserName user)
+// As many as the peer may be sent now.
+void BusPeers::refuseWaiting(const std::string& name, State& state)
+{
+    std::vector<std::uint64_t> calls;
+    for (const std::uint64_t call : state.waiting) {
+        if (hasLeftTooMuch(state.user)) {
+            if (state.refusals + RefusalSize > RefusalsSize)
+                break;
+            state.refusals += RefusalSize;
+        }
+        add(state, {.unread = RefusalSize, .unsent = RefusalSize});
+        calls.push_back(call);
+    }
+    state.waiting.erase(state.waiting.begin(), state.waiting.begin() + static_cast<std::ptrdiff_t>(calls.size()));
+    subtract(state, {.waiting = calls.size()});
+    for (const std::uint64_t call : calls)
+        _refuse(name, call);
+}
+
+void BusPeers::refuseWaiting()
+{
+    for (auto entry = _peers.begin(); _load.waiting > 0 && entry != _peers.end(); ++entry)
+        refuseWaiting(entry->first, entry->second);
+}
+
+// Asks the connections of the user that have the most to read when there is much, and those with calls that wait.
+void BusPeers::askForSigns(UserName user)
 {
     const auto asked = _users.find(user);
-    if (!user || asked == _users.end() || asked->second.isAsked
-        || asked->second.unread - asked->second.unsent <= SignOfLifeSize)
+    if (!user || asked == _users.end())
         return;
-    const std::pair<const std::string, State>* most = nullptr;
-    const auto sentTo = [](const State& state) { return state.unread - state.unsent; };
-    for (const auto& entry : _peers) {
-        if (entry.second.user == user && (!most || sentTo(entry.second) > sentTo(most->second)))
-            most = &entry;
+    const Load& load = asked->second.load;
+    const auto sentTo = [](const State& state) { return state.load.unread - state.load.unsent; };
+    while (load.questions < AskedAtOnce) {
+        const bool isMuch = load.unread - load.unsent - load.asked > SignOfLifeSize || hasLeftTooMuch(user);
+        if (!isMuch && load.waiting == 0)
+            return;
+        std::pair<const std::string, State>* most = nullptr;
+        for (auto& entry : _peers) {
+            const State& state = entry.second;
+            if (state.user == user && !state.question && sentTo(state) > (most ? sentTo(most->second) : 0)
+                && (isMuch || !state.waiting.empty()))
+                most = &entry;
+        }
+        if (!most || !askForSign(most->first, most->second))
+            return;
     }
-    if (!most)
-        return;
-    Question& question = addQuestion(most->first);
-    question.user = user;
-    question.unread = sentTo(most->second);
+}
+
+bool BusPeers::askForSign(const std::string& name, State& state)
+{
+    Question& question = addQuestion(name);
+    question.unread = state.load.unread - state.load.unsent;
     sd_bus_message* made = nullptr;
-    int result =
-        sd_bus_message_new_method_call(_bus, &made, most->first.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
+    int result = sd_bus_message_new_method_call(_bus, &made, name.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping");
     const BusMessage message(made);
     sd_bus_slot* slot = nullptr;
     if (result >= 0)
         result = sd_bus_call_async(_bus, &slot, made, &BusPeers::handleSign, &question, UINT64_MAX);
     question.slot.reset(slot);
-    if (result < 0)
+    if (result < 0) {
         _questions.erase(question.place);
-    else
-        asked->second.isAsked = true;
+        return false;
+    }
+    state.question = &question;
+    add(state, {.asked = question.unread, .questions = 1});
+    return true;
 }
 
+void BusPeers::endQuestion(State& state)
+{
+    subtract(state, {.asked = state.question->unread, .questions = 1});
+    _questions.erase(std::exchange(state.question, nullptr)->place);
+}
+
+// The peer lives: the question of one that has left has ended.
 int BusPeers::handleSign(sd_bus_message* reply, void* context, sd_bus_error*)
 {
-    auto& question = *static_cast<Question*>(context);
+    const auto& question = *static_cast<Question*>(context);
     BusPeers& self = *question.owner;
     const std::string name = question.name;
-    const UserName user = question.user;
     const std::size_t unread = question.unread;
-    self._questions.erase(question.place);
-
-    if (const auto owner = self._users.find(user); owner != self._users.end())
-        owner->second.isAsked = false;
+    State& state = self._peers.at(name);
+    self.endQuestion(state);
     // A peer that does not know the call has read it all the same; what the bus says for it is no sign.
     const char* sender = sd_bus_message_get_sender(reply);
-    const auto peer = self._peers.find(name);
-    if (sender && name == sender && peer != self._peers.end()) {
-        self.subtract(peer->second, unread);
-        peer->second.refusals = 0;
-    }
-    self.askForSign(user);
+    if (!sender || name != sender)
+        return 1;
+    self.subtract(state, {.unread = unread});
+    state.refusals = 0;
+    self.refuseWaiting();
+    self.askForSigns(state.user);
     return 1;
 }
 
@@ -297,10 +360,13 @@ void BusPeers::forget(const std::string& name)
     const auto found = _peers.find(name);
     if (found == _peers.end())
         return;
+    if (found->second.question)
+        endQuestion(found->second);
     leave(found->second);
     _peers.erase(found);
     if (_left)
         _left(name);
+    refuseWaiting();
 }
 
 } // namespace platform

@@ -31,7 +31,7 @@ constexpr std::chrono::milliseconds FarewellLimit(1000);
 constexpr std::uint64_t MaximumUnsent = 64;
 // What sd-bus answers by itself, such as an introspection, weighs about so much.
 constexpr std::size_t SmallReplySize = 4096;
-constexpr std::size_t RefusalSize = 1024;
+constexpr std::size_t RefusalSize = BusPeers::RefusalSize;
 constexpr const char* NotAnswered = "The request was not answered.";
 
 struct EventDeleter {
@@ -165,6 +165,7 @@ private:
         BusMessage request;
         BusMessage reply;
         BusMessage error;
+        std::uint64_t call = 0; // the number that its sender gave to it
     };
     struct Question {
         BusServiceListener* owner;
@@ -181,8 +182,10 @@ private:
     static int handleSignal(sd_event_source*, const signalfd_siginfo*, void* listener);
 
     int receive(sd_bus_message* message);
-    void tellCutOff(sd_bus_message* message, const std::string& sender);
+    void refuse(sd_bus_message* call, const std::string& sender);
+    void sendRefusal(const std::string& peer, std::uint64_t call);
     void detach(std::uint64_t number);
+    void makeReplies(Owed& owed) const;
     BusMessage errorReply(sd_bus_message* request, const char* name, const char* text) const;
     bool isLost() const { return sd_bus_is_open(_bus.get()) <= 0 || _isNameLost; }
     bool isCongested() const;
@@ -268,7 +271,9 @@ const char* BusServiceListener::serve(const std::string& serviceName, int& resul
         if (_handlers.identified)
             _handlers.identified(peer);
     };
-    _peers = std::make_unique<BusPeers>(bus, identified, _handlers.left);
+    _peers =
+        std::make_unique<BusPeers>(bus, identified, _handlers.left,
+                                   [this](const std::string& peer, std::uint64_t call) { sendRefusal(peer, call); });
     _replies = std::make_unique<ReplyQueue>(bus, *_peers);
     sd_bus_slot* slot = nullptr;
     result = sd_bus_add_object_vtable(bus, &slot, servicePath(serviceName).c_str(), serviceName.c_str(), methods, this);
@@ -330,17 +335,30 @@ int BusServiceListener::handleAny(sd_bus_message* message, void* context, sd_bus
     const bool isTaken =
         isRequest ? !listener._peers->isCutOff(sender) : listener._peers->charge(sender, SmallReplySize);
     if (!isTaken)
-        listener.tellCutOff(message, sender);
+        listener.refuse(message, sender);
     else if (!isRequest)
         listener._peers->sent(sender, SmallReplySize); // sd-bus answers it now
     return isTaken ? 0 : 1;
 }
 
-void BusServiceListener::tellCutOff(sd_bus_message* message, const std::string& sender)
+// Tells the sender that its user is cut off.
+void BusServiceListener::refuse(sd_bus_message* call, const std::string& sender)
 {
-    if (sd_bus_message_get_expect_reply(message) > 0 && _peers->chargeRefusal(sender, RefusalSize))
-        _replies->add(sender, RefusalSize,
-                      errorReply(message, SD_BUS_ERROR_LIMITS_EXCEEDED,
+    std::uint64_t number = 0;
+    if (sd_bus_message_get_expect_reply(call) > 0 && sd_bus_message_get_cookie(call, &number) >= 0)
+        _peers->refuse(sender, number);
+}
+
+// An error is made from the call that it answers, of which only the number and the sender are left.
+void BusServiceListener::sendRefusal(const std::string& peer, std::uint64_t call)
+{
+    sd_bus_message* made = nullptr;
+    if (sd_bus_message_new_method_call(_bus.get(), &made, _serviceName.c_str(), "/", nullptr, ServiceMethod) < 0)
+        return;
+    const BusMessage likeness(made);
+    if (sd_bus_message_set_sender(made, peer.c_str()) >= 0 && sd_bus_message_seal(made, call, 0) >= 0)
+        _replies->add(peer, RefusalSize,
+                      errorReply(made, SD_BUS_ERROR_LIMITS_EXCEEDED,
                                  "Programs of this user have not read what was sent to them."));
 }
 
@@ -356,9 +374,13 @@ int BusServiceListener::receive(sd_bus_message* message)
     if (!sender)
         return 1;
     if (!reading) {
-        if (sd_bus_message_get_expect_reply(message) > 0 && _peers->charge(sender, RefusalSize))
+        if (sd_bus_message_get_expect_reply(message) <= 0)
+            return 1;
+        if (_peers->charge(sender, RefusalSize))
             _replies->add(sender, RefusalSize,
                           errorReply(message, SD_BUS_ERROR_INVALID_ARGS, "The request cannot be read."));
+        else
+            refuse(message, sender);
         return 1;
     }
     ServiceListener::Request request = {std::move(reading->dictionary), std::move(reading->tooLong), sender};
@@ -367,7 +389,7 @@ int BusServiceListener::receive(sd_bus_message* message)
         return 1;
     }
     const std::uint64_t number = ++_requestCount;
-    _owed.emplace(number, Owed{sender, BusMessage(sd_bus_message_ref(message)), nullptr, nullptr});
+    _owed.emplace(number, Owed{sender, BusMessage(sd_bus_message_ref(message)), nullptr, nullptr, 0});
     auto owed = std::make_shared<OwedReply>(*this, _inbox, number);
     _handlers.received(std::move(request), [owed](ServiceDictionary reply) { owed->give(std::move(reply)); });
     owed.reset();
@@ -382,12 +404,17 @@ void BusServiceListener::detach(std::uint64_t number)
     const auto found = _owed.find(number);
     if (found == _owed.end())
         return;
-    Owed& owed = found->second;
+    makeReplies(found->second);
+    found->second.request.reset();
+}
+
+void BusServiceListener::makeReplies(Owed& owed) const
+{
     sd_bus_message* made = nullptr;
     sd_bus_message_new_method_return(owed.request.get(), &made);
     owed.reply.reset(made);
     owed.error = errorReply(owed.request.get(), SD_BUS_ERROR_FAILED, NotAnswered);
-    owed.request.reset();
+    sd_bus_message_get_cookie(owed.request.get(), &owed.call);
 }
 
 BusMessage BusServiceListener::errorReply(sd_bus_message* request, const char* name, const char* text) const
@@ -401,24 +428,21 @@ BusMessage BusServiceListener::errorReply(sd_bus_message* request, const char* n
 // Without a dictionary, or with one that the bus would not carry, the sender gets an error.
 void BusServiceListener::answer(std::uint64_t number, const std::optional<ServiceDictionary>& dictionary)
 {
-    auto node = _owed.extract(number);
+    const auto node = _owed.extract(number);
     if (node.empty() || isLost())
         return;
     Owed& owed = node.mapped();
+    if (owed.request)
+        makeReplies(owed);
     const std::size_t size = dictionary ? serviceDictionarySize(*dictionary) : SmallReplySize;
-    const bool isCarried = dictionary && size <= MaximumServiceMessageSize && _peers->charge(owed.sender, size);
-    if (!isCarried && !_peers->charge(owed.sender, RefusalSize) && !_peers->chargeRefusal(owed.sender, RefusalSize))
-        return;
-    if (owed.request) {
-        sd_bus_message* made = nullptr;
-        sd_bus_message_new_method_return(owed.request.get(), &made);
-        owed.reply.reset(made);
-        if (!isCarried)
-            owed.error = errorReply(owed.request.get(), SD_BUS_ERROR_FAILED, NotAnswered);
+    if (dictionary && size <= MaximumServiceMessageSize && _peers->charge(owed.sender, size)) {
+        const bool isWhole = appendServiceDictionary(owed.reply.get(), *dictionary) >= 0;
+        _replies->add(owed.sender, size, std::move(isWhole ? owed.reply : owed.error));
+    } else if (_peers->charge(owed.sender, RefusalSize)) {
+        _replies->add(owed.sender, RefusalSize, std::move(owed.error));
+    } else {
+        _peers->refuse(owed.sender, owed.call);
     }
-    BusMessage& message = isCarried ? owed.reply : owed.error;
-    if (message && (!isCarried || appendServiceDictionary(message.get(), *dictionary) >= 0))
-        _replies->add(owed.sender, isCarried ? size : RefusalSize, std::move(message));
 }
 
 int BusServiceListener::handleNameLost(sd_bus_message* message, void* context, sd_bus_error*)
