@@ -1,3 +1,4 @@
+#include "diagnostics/console/RichText.h"
 #include "platform/linux/ui/textlayout/TextTheme.h"
 #include "platform/ui/TextAppearance.h"
 
@@ -18,6 +19,13 @@ QPalette paletteOn(const QColor& base)
     return palette;
 }
 
+// Of an exported document's colours.
+std::string tableEntry(const QColor& color)
+{
+    return "\\red" + std::to_string(color.red()) + "\\green" + std::to_string(color.green()) + "\\blue"
+        + std::to_string(color.blue()) + ";";
+}
+
 } // namespace
 
 TEST_CASE("contrast is measured from the same colour to black on white")
@@ -26,21 +34,47 @@ TEST_CASE("contrast is measured from the same colour to black on white")
     CHECK(contrast(Qt::black, Qt::white) == doctest::Approx(21));
 }
 
-TEST_CASE("every colour of the console can be read on light and dark, the fixed ones of old systems too")
+TEST_CASE("every named colour of the console can be read on light and dark")
 {
     for (const auto& base : {QColor(Qt::white), QColor(25, 25, 25), QColor(53, 53, 53), QColor(239, 240, 241)}) {
         const TextTheme theme(paletteOn(base), QApplication::font(), {});
         for (const Color& color :
              {Color(NamedColor::Text), Color(NamedColor::SystemBlue), Color(NamedColor::SystemGreen),
-              Color(NamedColor::SystemOrange), Color(NamedColor::SystemRed), Color(FixedColor{0, 0, 1, 1}),
-              Color(FixedColor{0, 0.58, 0, 1}), Color(FixedColor{0.81, 0.41, 0, 1}),
-              Color(FixedColor{0.96, 0, 0, 1})}) {
+              Color(NamedColor::SystemOrange), Color(NamedColor::SystemRed)}) {
             const auto drawn =
                 theme.format({.font = TextFont::UserFixedPitch, .foreground = color}).foreground().color();
             CAPTURE(base.name().toStdString());
             CAPTURE(drawn.name().toStdString());
             CHECK(contrast(base, drawn) >= 4.5);
         }
+    }
+}
+
+TEST_CASE("the fixed colours of old systems are painted as they are, on any background, and exported so too")
+{
+    for (const auto& base : {QColor(Qt::white), QColor(25, 25, 25)}) {
+        const TextTheme theme(paletteOn(base), QApplication::font(), {});
+        for (const FixedColor& fixed : {FixedColor{0, 0, 1, 1}, FixedColor{0, 0.58, 0, 1}, FixedColor{0.81, 0.41, 0, 1},
+                                        FixedColor{0.96, 0, 0, 1}}) {
+            const TextAttributes attributes{.font = TextFont::UserFixedPitch, .foreground = fixed};
+            const auto drawn = theme.format(attributes).foreground().color();
+            CHECK(drawn.rgb() == QColor::fromRgbF(float(fixed.red), float(fixed.green), float(fixed.blue)).rgb());
+            StyledText text;
+            text.appendString("x", attributes);
+            CHECK(richText(text, userFixedPitchFont()).find(tableEntry(drawn)) != std::string::npos);
+        }
+    }
+}
+
+TEST_CASE("what is on a white ground on screen is exported in the same colours")
+{
+    const TextTheme theme(paletteOn(Qt::white), QApplication::font(), {});
+    for (const NamedColor name :
+         {NamedColor::SystemBlue, NamedColor::SystemGreen, NamedColor::SystemOrange, NamedColor::SystemRed}) {
+        const auto drawn = theme.format({.font = {}, .foreground = name}).foreground().color();
+        StyledText text;
+        text.appendString("x", {.font = {}, .foreground = name});
+        CHECK(richText(text, userFixedPitchFont()).find(tableEntry(drawn)) != std::string::npos);
     }
 }
 

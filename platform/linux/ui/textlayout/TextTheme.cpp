@@ -87,7 +87,9 @@ QTextCharFormat TextTheme::format(const TextAttributes& attributes) const
 {
     QTextCharFormat format;
     format.setFont(attributes.font ? _fixedPitchFont : _ownFont);
-    format.setForeground(legibleOn(_base, attributes.foreground ? color(*attributes.foreground) : _text));
+    const Color foreground = attributes.foreground.value_or(NamedColor::Text);
+    const bool isFixed = std::holds_alternative<FixedColor>(foreground);
+    format.setForeground(isFixed ? color(foreground) : legibleOn(_base, color(foreground)));
     return format;
 }
 

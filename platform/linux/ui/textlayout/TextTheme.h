@@ -10,7 +10,8 @@
 
 namespace platform::ui {
 
-// How styled text is drawn with a palette: every colour so that it can be read on the palette's background.
+// How styled text is drawn with a palette: a named colour so that it can be read on the palette's background, a
+// fixed one as it is.
 class TextTheme {
 public:
     TextTheme() = default;
