@@ -116,10 +116,9 @@ void BREditorController::finishDisplayAlertWithResponse(int response, bool inclu
 
 void BREditorController::displaySystemSchedulerCheckAlert(const std::string& title, const std::string& message)
 {
-    const auto automaticBackups = platform::preferenceValue("AutoBackup", "com.apple.TimeMachine");
     Alert alert;
     alert.setMessageText(title);
-    if (!automaticBackups || !automaticBackups->boolValue()) {
+    if (!platform::booleanPreference("AutoBackup", "com.apple.TimeMachine").value_or(false)) {
         alert.setInformativeText(message);
         alert.beginSheet(_outlets.window, [weak = weak_from_this()](int) {
             if (const auto self = weak.lock())

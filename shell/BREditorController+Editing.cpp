@@ -185,7 +185,7 @@ void BREditorController::changeOperationMode()
 void BREditorController::changeAllowBatteryPower(const CheckBox& sender)
 {
     schedulesDidChange();
-    const auto requiresPower = platform::preferenceValue("RequiresACPower", "com.apple.TimeMachine");
+    const auto requiresPower = platform::booleanPreference("RequiresACPower", "com.apple.TimeMachine");
     if (!needsBatteryNote(sender.state() == CheckState::Off, _capabilities, requiresPower))
         return;
     Alert alert;

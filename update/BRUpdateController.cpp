@@ -152,8 +152,8 @@ void BRUpdateController::displayUpToDateAlert()
     const auto box = offersAutoUpdates ? autoUpdatesCheckBox() : nullptr;
     if (box)
         alert.setAccessoryView(box);
-    alert.runModal();
-    if (box && box->isOn())
+    const bool isAborted = alert.runModal() == Alert::Abort;
+    if (box && box->isOn() && !isAborted)
         enableAutoUpdates();
 }
 

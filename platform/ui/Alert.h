@@ -12,13 +12,16 @@ class Window;
 // Warning is the style of every ordinary notice, good news included; only Critical looks alarming.
 enum class AlertStyle { Warning = 0, Informational = 1, Critical = 2 };
 
-// A message with buttons. The answer is 1000 for the first button, 1001 for the second and so on; closing it another
-// way answers as the last button. Without added buttons there is one, the platform's "OK".
+// A message with buttons. The answer is 1000 for the first button, 1001 for the second and so on. Without added buttons
+// there is one, the platform's "OK". Escape and the window's close button press the button that is titled "Cancel", and
+// no other: where there is none, they stop the alert. Any answer that is no button's means that nothing was chosen.
 class Alert {
 public:
     static constexpr int FirstButtonReturn = 1000;
     static constexpr int SecondButtonReturn = 1001;
     static constexpr int ThirdButtonReturn = 1002;
+    static constexpr int Stop = -1000;  // closed without a button
+    static constexpr int Abort = -1001; // the application ends
 
     Alert();
     ~Alert();

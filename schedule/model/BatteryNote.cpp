@@ -1,10 +1,6 @@
 #include "schedule/model/BatteryNote.h"
 
-bool needsBatteryNote(bool isOff, const EditorCapabilities& capabilities,
-                      const std::optional<platform::PropertyList>& requiresACPower)
+bool needsBatteryNote(bool isOff, const EditorCapabilities& capabilities, std::optional<bool> requiresACPower)
 {
-    if (isOff || !capabilities.batterySetting)
-        return false;
-    const bool isKnownToBeFine = requiresACPower && requiresACPower->isNumber() && !requiresACPower->boolValue();
-    return !isKnownToBeFine;
+    return !isOff && capabilities.batterySetting && requiresACPower.value_or(true);
 }

@@ -213,7 +213,10 @@ TEST_CASE("each answer does its button's work alone, whatever else it could mean
                                               {1002, false, true, {}, 0},
                                               {1001, true, true, {webSite}, 0},
                                               {999, true, false, {}, 0},
-                                              {-1, false, true, {}, 0}}) {
+                                              {-1, false, true, {}, 0},
+                                              {platform::ui::Alert::Stop, false, true, {}, 0},
+                                              {platform::ui::Alert::Abort, false, true, {}, 0},
+                                              {platform::ui::Alert::Stop, true, false, {}, 0}}) {
         CAPTURE(each.response);
         EditorTest editor(completeRecord());
         editor.controller->finishDisplayAlertWithResponse(each.response, each.mailSupport, each.systemSettings);
@@ -223,11 +226,26 @@ TEST_CASE("each answer does its button's work alone, whatever else it could mean
     }
 }
 
-TEST_CASE("a notice is plain as long as the system's own backups are off or unknown")
+TEST_CASE("closing the alert of a disabled scheduler, by key or by its frame, presses none of its buttons")
+{
+    for (const auto close : {user::cancelAlert, +[] { user::answer(user::CloseButton); }}) {
+        for (const Situation& situation : situations()) {
+            CAPTURE(situation.name);
+            EditorTest editor(completeRecord());
+            arrange(situation);
+            editor.controller->displayAlertWithTitle("Title", messagerError(ZRKMessagerErrorServiceUnavailable), true);
+            close();
+            checkButtonDoesWhatItSays("none");
+        }
+    }
+}
+
+TEST_CASE("a notice is plain as long as the system's own backups are off or unknown, which a number is too")
 {
     for (const std::optional<platform::PropertyList>& value :
          {std::optional<platform::PropertyList>(), std::optional<platform::PropertyList>(false),
-          std::optional<platform::PropertyList>("YES"), std::optional<platform::PropertyList>(platform::Array{true})}) {
+          std::optional<platform::PropertyList>("YES"), std::optional<platform::PropertyList>(platform::Array{true}),
+          std::optional<platform::PropertyList>(1), std::optional<platform::PropertyList>(1.0)}) {
         EditorTest editor(completeRecord());
         scripted::preferences::set("AutoBackup", timeMachine, value);
         editor.controller->displaySystemSchedulerCheckAlert("Title", "Message.");
@@ -267,7 +285,7 @@ TEST_CASE("a notice warns of the system's own backups and offers their settings"
 TEST_CASE("the notice that there is nothing to apply warns as well")
 {
     EditorTest editor(completeRecord());
-    scripted::preferences::set("AutoBackup", timeMachine, 1);
+    scripted::preferences::set("AutoBackup", timeMachine, true);
     CHECK_FALSE(editor.apply());
     CHECK(editor.user.alert().messageText == "Settings already applied.");
     CHECK(editor.user.alert().buttons == Texts{"Open System Preferences", "OK"});
@@ -300,8 +318,8 @@ TEST_CASE("ticking the battery box reminds of the system's own setting unless it
         std::optional<platform::PropertyList> requiresPower;
         bool reminds;
     };
-    for (const Case& each : {Case{std::nullopt, true}, Case{true, true}, Case{1, true}, Case{"no", true},
-                             Case{false, false}, Case{0, false}}) {
+    for (const Case& each : {Case{std::nullopt, true}, Case{true, true}, Case{1, true}, Case{"no", true}, Case{0, true},
+                             Case{false, false}}) {
         EditorTest editor(completeRecordWith("AllowBattery", false));
         scripted::preferences::set("RequiresACPower", timeMachine, each.requiresPower);
         editor.user.click("allowBatteryCheckBox");

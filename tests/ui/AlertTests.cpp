@@ -131,19 +131,38 @@ TEST_CASE("a sheet keeps its window from taking input")
     user::answer(0);
 }
 
-TEST_CASE("Return presses the first button, and Escape and the close button the last")
+TEST_CASE("Return presses the first button, and Escape and the close button the one that cancels")
 {
     Sheet sheet;
     sheet.begin({"Uninstall", "More", "Cancel"});
     QTest::keyClick(&sheet.box(), Qt::Key_Return);
     user::runEvents();
-    sheet.begin({"Uninstall", "More", "Cancel"});
-    QTest::keyClick(&sheet.box(), Qt::Key_Escape);
-    user::runEvents();
+    sheet.begin({"Uninstall", "Cancel", "More"});
+    user::cancelAlert();
     sheet.begin({"Uninstall", "Cancel"});
-    sheet.box().close();
-    user::runEvents();
-    CHECK(sheet.answers == std::vector{1000, 1002, 1001});
+    user::answer(user::CloseButton);
+    CHECK(sheet.answers == std::vector{1000, 1001, 1001});
+}
+
+TEST_CASE("Escape and the close button stop an alert that cannot be cancelled, which is no button's answer")
+{
+    Sheet sheet;
+    for (const auto& buttons : std::vector<std::vector<std::string>>{
+             {"Open System Settings", "Go to Web Site"}, {"Update", "Download", "Later"}, {"OK"}, {}}) {
+        sheet.begin(buttons);
+        user::cancelAlert();
+        sheet.begin(buttons);
+        user::answer(user::CloseButton);
+        CHECK(std::exchange(sheet.answers, {}) == std::vector{Alert::Stop, Alert::Stop});
+        CHECK_FALSE(user::currentAlert());
+    }
+}
+
+TEST_CASE("a modal alert that is closed is stopped")
+{
+    user::answerNextAlert(user::CloseButton);
+    CHECK(alertWithButtons({"One", "Two"}).runModal() == Alert::Stop);
+    CHECK(user::takeAnsweredAlerts().size() == 1);
 }
 
 TEST_CASE("an alert's message is bold, both its texts can be selected, and assistive tools can tell them")

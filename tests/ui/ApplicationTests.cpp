@@ -204,7 +204,7 @@ TEST_CASE("the main queue is served, also from other threads and while an alert 
               alert.addButton("Second");
               report("answer " + std::to_string(alert.runModal()) + " ");
           })
-          == "awake launched task asked answer 1001 status 0");
+          == "awake launched task asked answer -1001 status 0");
 }
 
 TEST_CASE("closing the last window terminates the application, and an alert that closes then does not ask again")
@@ -218,7 +218,7 @@ TEST_CASE("closing the last window terminates the application, and an alert that
               delegate.interface->window()->makeKeyAndOrderFront();
               platform::Queue::main()->async([&delegate] { delegate.interface->window()->close(); });
           })
-          == "awake launched asked answer 1000 status 0");
+          == "awake launched asked answer -1000 status 0");
 }
 
 TEST_CASE("a second start tells the first one, and ends with status 0 without a delegate")

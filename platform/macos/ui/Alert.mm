@@ -10,6 +10,7 @@ namespace {
 
 static_assert(int(AlertStyle::Warning) == NSAlertStyleWarning && int(AlertStyle::Critical) == NSAlertStyleCritical);
 static_assert(Alert::FirstButtonReturn == NSAlertFirstButtonReturn);
+static_assert(Alert::Stop == NSModalResponseStop && Alert::Abort == NSModalResponseAbort);
 
 // Of its accessory, which others still have.
 void letGo(NSAlert* alert)

@@ -45,6 +45,10 @@ void AlertWatcher::tick(AlertBox& box)
 
 void AlertWatcher::answer(AlertBox& box, int buttonIndex)
 {
+    if (buttonIndex == CloseButton) {
+        box.close();
+        return;
+    }
     const auto buttons = box.buttonsInOrder();
     if (buttonIndex < 0 || buttonIndex >= buttons.size())
         throw std::logic_error("The alert has no button " + std::to_string(buttonIndex));

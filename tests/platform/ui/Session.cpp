@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <QLabel>
 #include <QMenu>
-#include <QPointer>
 #include <QSocketNotifier>
 #include <QTest>
 #include <stdexcept>
@@ -73,12 +72,27 @@ std::optional<ShownAlert> currentAlert()
     return box ? std::optional(AlertWatcher::describe(*box)) : std::nullopt;
 }
 
-void answer(int buttonIndex)
+namespace {
+
+AlertBox& alertOnScreen()
 {
-    const QPointer box = AlertWatcher::front();
+    auto* const box = AlertWatcher::front();
     if (!box)
         throw std::logic_error("No alert is on screen");
-    AlertWatcher::answer(*box, buttonIndex);
+    return *box;
+}
+
+} // namespace
+
+void answer(int buttonIndex)
+{
+    AlertWatcher::answer(alertOnScreen(), buttonIndex);
+    runEvents();
+}
+
+void cancelAlert()
+{
+    QTest::keyClick(&alertOnScreen(), Qt::Key_Escape);
     runEvents();
 }
 

@@ -65,8 +65,12 @@ struct ShownAlert {
 
 // The front one on screen.
 std::optional<ShownAlert> currentAlert();
+// In place of a button: the close button of its frame.
+inline constexpr int CloseButton = -1;
 // Presses a button of it. With a sheet, its completion has run when this returns.
 void answer(int buttonIndex);
+// With the Escape key.
+void cancelAlert();
 // The next alert, modal or sheet, is answered as soon as it shows, and is noted. Calls add up, one for each alert. A
 // modal alert for which nothing was prepared ends the test program with its texts, since nobody would answer it.
 void answerNextAlert(int buttonIndex);

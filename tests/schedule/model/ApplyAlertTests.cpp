@@ -76,11 +76,8 @@ TEST_CASE("the battery note follows a box that is not off, unless the system's s
 {
     constexpr EditorCapabilities catalina{.batterySetting = true};
     CHECK(needsBatteryNote(false, catalina, std::nullopt));
-    CHECK(needsBatteryNote(false, catalina, PropertyList(true)));
-    CHECK(needsBatteryNote(false, catalina, PropertyList(1)));
-    CHECK(needsBatteryNote(false, catalina, PropertyList("no")));
-    CHECK_FALSE(needsBatteryNote(false, catalina, PropertyList(false)));
-    CHECK_FALSE(needsBatteryNote(false, catalina, PropertyList(0)));
+    CHECK(needsBatteryNote(false, catalina, true));
+    CHECK_FALSE(needsBatteryNote(false, catalina, false));
     CHECK_FALSE(needsBatteryNote(true, catalina, std::nullopt));
     CHECK_FALSE(needsBatteryNote(false, {.battery = true}, std::nullopt));
 }

@@ -5,9 +5,11 @@
 #include "platform/Localization.h"
 
 #include <algorithm>
+#include <QCloseEvent>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QScreen>
@@ -104,15 +106,47 @@ void AlertBox::addButtons(const std::vector<std::string>& titles)
     for (std::size_t i = 0; i < titles.size(); ++i) {
         const auto role = i == 0 ? AcceptRole : i + 1 == titles.size() ? RejectRole : ActionRole;
         _inOrder += addButton(markedTitle(titles[i], {}), role);
+        if (titles[i] == localizedString("Cancel"))
+            _cancel = _inOrder.last();
     }
     setDefaultButton(_inOrder.first());
-    setEscapeButton(_inOrder.last());
+}
+
+// The toolkit would press the button that it finds the most negative.
+void AlertBox::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Cancel))
+        cancel();
+    else
+        QMessageBox::keyPressEvent(event);
+}
+
+void AlertBox::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    cancel();
+}
+
+void AlertBox::cancel()
+{
+    if (_cancel)
+        _cancel->click();
+    else
+        done(Rejected);
+}
+
+void AlertBox::done(int result)
+{
+    _isDone = true;
+    QMessageBox::done(result);
 }
 
 int AlertBox::answer() const
 {
     const auto pressed = _inOrder.indexOf(qobject_cast<QPushButton*>(clickedButton()));
-    return Alert::FirstButtonReturn + static_cast<int>(pressed < 0 ? _inOrder.size() - 1 : pressed);
+    if (pressed >= 0)
+        return Alert::FirstButtonReturn + static_cast<int>(pressed);
+    return _isDone ? Alert::Stop : Alert::Abort;
 }
 
 } // namespace platform::ui

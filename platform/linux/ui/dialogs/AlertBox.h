@@ -28,10 +28,17 @@ public:
 
     AlertStyle alertStyle() const { return _style; } // two of them look alike
     const QList<QPushButton*>& buttonsInOrder() const { return _inOrder; }
-    // Of the button that was pressed, or of the last one.
+    // Of the button that was pressed; Alert::Stop when it was closed, Alert::Abort while it was not.
     int answer() const;
 
+    void done(int result) override;
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
 private:
+    void cancel();
     void addButtons(const std::vector<std::string>& titles);
     void setTexts(const Content& content);
 
@@ -39,6 +46,8 @@ private:
 
     AlertStyle _style;
     QList<QPushButton*> _inOrder;
+    QPushButton* _cancel = nullptr; // null where none is titled so
+    bool _isDone = false;
     std::shared_ptr<View> _accessoryView;
 };
 
