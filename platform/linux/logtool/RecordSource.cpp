@@ -5,6 +5,7 @@
 #include "platform/linux/system/journal/LogStore.h"
 
 #include <cstdlib>
+#include <cstring>
 
 namespace logtool {
 
@@ -68,19 +69,26 @@ LogRecord recordOf(const platform::JournalReader& journal)
     return record;
 }
 
-std::expected<void, int> visitJournal(const std::vector<std::string>& subsystems, const RecordVisitor& visit)
+std::unexpected<std::string> failure(int error)
+{
+    return std::unexpected<std::string>(std::strerror(error));
+}
+
+std::expected<void, std::string> visitJournal(const std::vector<std::string>& subsystems, const RecordVisitor& visit)
 {
     auto journal = platform::JournalReader::open();
     if (!journal)
-        return std::unexpected(journal.error());
+        return failure(journal.error());
+    if (!journal->hasFiles())
+        return std::unexpected("the journal has no file that this user may read");
     for (const auto& subsystem : subsystems) {
         if (const auto added = journal->addMatch("SUBSYSTEM", subsystem); !added)
-            return added;
+            return failure(added.error());
     }
     for (;;) {
         const auto more = journal->next();
         if (!more)
-            return std::unexpected(more.error());
+            return failure(more.error());
         if (!*more)
             return {};
         visit(recordOf(*journal));
@@ -89,9 +97,12 @@ std::expected<void, int> visitJournal(const std::vector<std::string>& subsystems
 
 } // namespace
 
-std::expected<void, int> visitRecords(const std::vector<std::string>& subsystems, const RecordVisitor& visit)
+std::expected<void, std::string> visitRecords(const std::vector<std::string>& subsystems, const RecordVisitor& visit)
 {
-    return platform::usesSandboxStore() ? visitStore(visit) : visitJournal(subsystems, visit);
+    if (!platform::usesSandboxStore())
+        return visitJournal(subsystems, visit);
+    const auto visited = visitStore(visit);
+    return visited ? std::expected<void, std::string>() : failure(visited.error());
 }
 
 } // namespace logtool

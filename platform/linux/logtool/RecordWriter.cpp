@@ -15,15 +15,11 @@ void appendMember(std::string& out, std::string_view name, std::string_view valu
 
 } // namespace
 
-RecordWriter::RecordWriter(std::FILE* out, Style style) : _out(out), _style(style)
-{
-    if (_style == Style::Json)
-        put("[");
-}
+RecordWriter::RecordWriter(std::FILE* out, Style style) : _out(out), _style(style) { }
 
 void RecordWriter::write(const LogRecord& record)
 {
-    _line = _isFirst || _style == Style::LineJson ? "{" : ",\n{";
+    _line = _style == Style::LineJson ? "{" : _isFirst ? "[{" : ",\n{";
     _isFirst = false;
     appendMember(_line, "timestamp", record.timestamp);
     for (std::size_t field = 0; field < FieldCount; ++field)
@@ -37,7 +33,7 @@ void RecordWriter::write(const LogRecord& record)
 bool RecordWriter::finish()
 {
     if (_style == Style::Json)
-        put("]\n");
+        put(_isFirst ? "[]\n" : "]\n");
     return std::fflush(_out) == 0 && !std::ferror(_out);
 }
 

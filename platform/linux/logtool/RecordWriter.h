@@ -8,7 +8,7 @@
 
 namespace logtool {
 
-// Prints records one by one as they come.
+// Prints records one by one as they come, and nothing before the first one or the end.
 class RecordWriter {
 public:
     RecordWriter(std::FILE* out, Style style);

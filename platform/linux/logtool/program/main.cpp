@@ -25,10 +25,13 @@ int main(int argc, char** argv)
         if (options->wants(record))
             writer.write(record);
     });
-    const bool finished = writer.finish();
-    if (!visited)
-        std::fprintf(stderr, "log: the log cannot be read: %s\n", std::strerror(visited.error()));
-    else if (!finished)
-        std::fprintf(stderr, "log: the output cannot be written: %s\n", std::strerror(errno));
-    return visited && finished ? EX_OK : EX_IOERR;
+    if (!visited) {
+        // No end of the array, so that nobody takes what there is for all.
+        std::fprintf(stderr, "log: the log cannot be read: %s\n", visited.error().c_str());
+        return EX_IOERR;
+    }
+    if (writer.finish())
+        return EX_OK;
+    std::fprintf(stderr, "log: the output cannot be written: %s\n", std::strerror(errno));
+    return EX_IOERR;
 }

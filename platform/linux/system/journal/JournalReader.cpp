@@ -24,6 +24,11 @@ std::expected<JournalReader, int> JournalReader::open()
     return reader;
 }
 
+bool JournalReader::hasFiles() const
+{
+    return sd_journal_has_runtime_files(_journal.get()) > 0 || sd_journal_has_persistent_files(_journal.get()) > 0;
+}
+
 std::expected<void, int> JournalReader::addMatch(const std::string& field, const std::string& value)
 {
     const auto match = field + "=" + value;

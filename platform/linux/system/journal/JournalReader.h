@@ -16,6 +16,9 @@ public:
     // The failure is an errno value.
     static std::expected<JournalReader, int> open();
 
+    // Whether it has a file that this user may read.
+    bool hasFiles() const;
+
     // Only entries with this field and value; of several for the same field, any.
     std::expected<void, int> addMatch(const std::string& field, const std::string& value);
 
