@@ -8,3 +8,4 @@ inline constexpr const char* BRVNotifiesOfBackups = "NotifiesOfBackups";
 // The application's arguments that open a window of it at its start, or of the one that runs already.
 inline constexpr const char* BRVShowArgument = "--show";
 inline constexpr const char* BRVShowActivity = "activity";
+inline constexpr const char* BRVShowLog = "log";

@@ -98,6 +98,10 @@ void BREditorController::applicationDidReopen()
 
 void BREditorController::applicationShouldShow(const std::string& window)
 {
-    if (_outlets.window->isVisible() && window == BRVShowActivity)
+    if (!_outlets.window->isVisible())
+        return;
+    if (window == BRVShowActivity)
         showActivity();
+    else if (window == BRVShowLog)
+        showConsole();
 }

@@ -6,10 +6,28 @@
 #include <cstdio>
 #include <string_view>
 
+namespace {
+
+constexpr const char* usage =
+    "usage: brevane [--show WINDOW]\n"
+    "       brevane --version|--help\n"
+    "Decides when automatic backups are made, and tells why when they are not.\n"
+    "  --show WINDOW   opens \"activity\" or \"log\" beside the main window, also of a Brevane\n"
+    "                  that is open already\n"
+    "  --version       prints the version\n"
+    "  --help          prints this\n";
+
+} // namespace
+
 int main(int argc, char** argv)
 {
-    if (argc == 2 && std::string_view(argv[1]) == "--version") {
+    const std::string_view only = argc == 2 ? argv[1] : "";
+    if (only == "--version") {
         std::printf("Brevane %s\n", platform::bundleVersion().c_str());
+        return 0;
+    }
+    if (only == "--help") {
+        std::fputs(usage, stdout);
         return 0;
     }
     ZRKLogInit("com.zerkolin.brevane", "application");

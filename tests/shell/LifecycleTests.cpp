@@ -209,7 +209,7 @@ TEST_CASE("a second start brings the main window forward, minimised or behind an
     CHECK_FALSE(user::isMinimised("mainWindow"));
 }
 
-TEST_CASE("another program can have the window Activity shown, and none that there is not")
+TEST_CASE("another program can have the windows Activity and Log shown, and none that there is not")
 {
     EditorTest editor(completeRecord());
     editor.controller->applicationShouldShow("console");
@@ -218,6 +218,9 @@ TEST_CASE("another program can have the window Activity shown, and none that the
     editor.controller->applicationShouldShow("activity");
     user::runEvents();
     CHECK(user::activeWindow() == "activityWindow");
+    editor.controller->applicationShouldShow("log");
+    user::runEvents();
+    CHECK(user::activeWindow() == "consoleWindow");
 }
 
 TEST_CASE("a second start shows no window that is not on screen yet, or not anymore")
