@@ -20,8 +20,7 @@ void Peers::setUsesHelper(const std::string& name)
 void Peers::identify(const platform::BusPeer& peer)
 {
     const std::lock_guard guard(_lock);
-    if (const auto found = _peers.find(peer.name); found != _peers.end())
-        found->second.identity = peer;
+    _peers[peer.name].identity = peer;
 }
 
 void Peers::remove(const std::string& name)

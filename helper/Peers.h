@@ -15,7 +15,7 @@ public:
     void add(const std::string& name);
     // It does more than watch the status of backups, so that the installation must not change beneath it.
     void setUsesHelper(const std::string& name);
-    void identify(const platform::BusPeer& peer); // ignored when it was not added, or is removed already
+    void identify(const platform::BusPeer& peer); // also of one that comes with its first request later
     void remove(const std::string& name);
 
     // nullopt until the peer was identified, and after it has left.

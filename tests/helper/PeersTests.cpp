@@ -32,6 +32,16 @@ TEST_CASE("peers are connected from their first message until they leave")
     CHECK_FALSE(peers.anyConnected());
 }
 
+TEST_CASE("a peer that the bus tells of before its first request is known when that comes")
+{
+    Peers peers;
+    peers.identify({":1.1", 1000, 55, "/bin/x"}); // it has asked for something else before
+    CHECK_FALSE(peers.anyConnected());
+    addUser(peers, ":1.1");
+    REQUIRE(peers.identified(":1.1"));
+    CHECK(peers.identified(":1.1")->process == 55);
+}
+
 TEST_CASE("who only looks at the status of backups is known, and no reason to wait")
 {
     Peers peers;
