@@ -11,7 +11,7 @@ ChildProcess::~ChildProcess()
 {
     if (_status)
         return;
-    ::kill(_child, SIGKILL);
+    ChildProcess::kill();
     ChildProcess::waitUntilExit();
 }
 
@@ -24,8 +24,19 @@ std::size_t ChildProcess::read(std::span<char> buffer)
     return count < 0 ? 0 : static_cast<std::size_t>(count);
 }
 
+void ChildProcess::kill()
+{
+    const std::lock_guard lock(_mutex);
+    if (!_status)
+        ::kill(_child, SIGKILL);
+}
+
 int ChildProcess::waitUntilExit()
 {
+    // It keeps its number until it is waited for once more, which takes no time then.
+    siginfo_t end{};
+    while (!_status && ::waitid(P_PID, static_cast<id_t>(_child), &end, WEXITED | WNOWAIT) < 0 && errno == EINTR) { }
+    const std::lock_guard lock(_mutex);
     int status = 0;
     while (!_status) {
         if (::waitpid(_child, &status, 0) == _child)

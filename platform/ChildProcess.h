@@ -3,6 +3,7 @@
 #include "platform/FileDescriptor.h"
 #include "platform/Process.h"
 
+#include <mutex>
 #include <optional>
 #include <string>
 #include <sys/types.h>
@@ -21,6 +22,7 @@ public:
 
     std::size_t read(std::span<char> buffer) override;
     void closeOutput() override { _output.reset(); }
+    void kill() override;
     int waitUntilExit() override;
 
     // In the new process, which has one thread and may call nothing that takes a lock: becomes the program, with the
@@ -34,6 +36,7 @@ public:
 private:
     pid_t _child;
     FileDescriptor _output;
+    std::mutex _mutex; // guards the child's number from being killed once it may be another's
     std::optional<int> _status;
 };
 

@@ -22,6 +22,8 @@ public:
     // Waits for output. 0 at its end and on an error.
     virtual std::size_t read(std::span<char> buffer) = 0;
     virtual void closeOutput() = 0;
+    // Ends it. Any thread, also while another reads or waits.
+    virtual void kill() = 0;
     // The exit status, or the negative number of the signal that ended it.
     virtual int waitUntilExit() = 0;
 };

@@ -4,12 +4,16 @@
 #include "platform/DateFormat.h"
 #include "platform/JSONRecords.h"
 #include "platform/LegacyLogSearch.h"
+#include "platform/Localization.h"
 #include "platform/Process.h"
 #include "platform/SystemInformation.h"
 #include "version/ZRKSystemVersionManager.h"
 
 #include <array>
 #include <cstdlib>
+#include <memory>
+#include <string>
+#include <utility>
 
 using namespace platform;
 
@@ -31,6 +35,13 @@ void readOutput(Process& tool, JSONRecords& records)
     tool.waitUntilExit();
 }
 
+// A tool that may not read the log prints nothing.
+std::string unreadableLog(const JSONRecords& records, const std::string& reason)
+{
+    const auto cause = records.isEmpty() ? localizedString("This account may not be allowed to read it.") : reason;
+    return localizedString("The log could not be read.") + "\n" + cause;
+}
+
 Color named(NamedColor color, const FixedColor& earlier)
 {
     return ZRKSystemVersionManager::sharedManager().runningAtLeast(4) ? Color(color) : Color(earlier);
@@ -48,27 +59,32 @@ bool startsBackup(const std::string& message)
 
 } // namespace
 
-StyledText BRVConsoleController::fetchLog()
+StyledText BRVConsoleController::fetchLog(LogFetch& fetch)
 {
-    const auto tool = Process::start(systemPath(logTool),
-                                     {"show", "--debug", "--info", "--predicate", logPredicate, "--style", "json"});
-    if (!tool)
+    auto started = Process::start(systemPath(logTool),
+                                  {"show", "--debug", "--info", "--predicate", logPredicate, "--style", "json"});
+    if (!started) {
+        fetch.failure = localizedString("The log could not be read.");
         return {};
-    JSONRecords records;
-    readOutput(**tool, records);
-
+    }
+    const std::shared_ptr<Process> tool = std::move(*started);
+    fetch.setTool(tool);
+    StyledText text;
     LogLineWriter writer({.plain = fixedPitch(NamedColor::Text),
                           .blue = fixedPitch(blueColor()),
                           .green = fixedPitch(greenColor()),
                           .orange = fixedPitch(orangeColor()),
                           .red = fixedPitch(redColor())});
-    StyledText text;
-    text.reserve(records.size());
-    const auto read =
-        records.read(LogLineWriter::Keys, [&](std::span<const JSONField> fields) { writer.append(text, fields); });
-    if (read)
+    JSONRecords records(LogLineWriter::Keys, [&](std::span<const JSONField> fields) { writer.append(text, fields); });
+    readOutput(*tool, records);
+    const auto read = records.finish();
+    if (read && !fetch.isStopped())
         return text;
-    ZRKLogMessage(LogLevelError, "Failed to read logs. %@", {localizedDescription(read.error())});
+    if (!fetch.isStopped()) {
+        const auto reason = localizedDescription(read.error());
+        ZRKLogMessage(LogLevelError, "Failed to read logs. %@", {reason});
+        fetch.failure = unreadableLog(records, reason);
+    }
     return {};
 }
 

@@ -11,6 +11,7 @@
 #include "version/ZRKSystemVersionManager.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -70,9 +71,14 @@ void BRVConsoleController::loadWindow()
     _spinningIndicator = _interface->outlet<ProgressIndicator>("consoleSpinner");
     _refreshButton = _interface->outlet<Button>("consoleRefreshButton");
     _exportButton = _interface->outlet<Button>("consoleExportButton");
+    _stopButton = _interface->outlet<Button>("consoleStopButton");
     const auto action = weakActions(weak_from_this());
     _refreshButton->setAction(action([](BRVConsoleController& self) { self.refresh(); }));
     _exportButton->setAction(action([](BRVConsoleController& self) { self.exportLog(); }));
+    _stopButton->setAction(action([](BRVConsoleController& self) { self.stopFetch(); }));
+    _patience =
+        ClockTimer::create(ClockTimer::Clock::SinceBoot, Queue::main(),
+                           action([](BRVConsoleController& self) { self._stopButton->setHidden(!self._fetch); }));
     window()->layoutIfNeeded();
     window()->center();
     windowDidLoad();
@@ -87,28 +93,51 @@ void BRVConsoleController::windowDidLoad()
 
 void BRVConsoleController::refresh()
 {
-    if (_spinningIndicator->isAnimating())
+    if (_fetch)
         return;
-    _spinningIndicator->startAnimation();
-    _refreshButton->setEnabled(false);
-    _exportButton->setEnabled(false);
-    Queue::global()->async([weak = weak_from_this()] {
+    _fetch = std::make_shared<LogFetch>();
+    setFetching(true);
+    Queue::global()->async([weak = weak_from_this(), fetch = _fetch] {
         const bool unified = ZRKSystemVersionManager::sharedManager().runningAtLeast(2);
-        auto text = std::make_shared<const StyledText>(unified ? fetchLog() : fetchASL());
-        Queue::main()->async([weak, text = std::move(text)]() mutable {
+        auto text = std::make_shared<const StyledText>(unified ? fetchLog(*fetch) : fetchASL());
+        Queue::main()->async([weak, fetch, text = std::move(text)]() mutable {
             if (const auto self = weak.lock())
-                self->finishRefresh(std::move(text));
+                self->finishRefresh(fetch, std::move(text));
         });
     });
 }
 
-void BRVConsoleController::finishRefresh(std::shared_ptr<const StyledText> text)
+void BRVConsoleController::setFetching(bool fetching)
 {
+    if (fetching)
+        _spinningIndicator->startAnimation();
+    else
+        _spinningIndicator->stopAnimation();
+    _refreshButton->setEnabled(!fetching);
+    _exportButton->setEnabled(!fetching);
+    _stopButton->setHidden(true);
+    _patience->set(fetching ? std::optional(readClocks().sinceBoot + PatientTime) : std::nullopt);
+}
+
+void BRVConsoleController::stopFetch()
+{
+    if (!_fetch)
+        return;
+    _fetch->stop();
+    _fetch.reset(); // its text will be nobody's, whenever it comes
+    _textView->setPlaceholderString(localizedString("The log was not read to its end."));
+    setFetching(false);
+}
+
+void BRVConsoleController::finishRefresh(const std::shared_ptr<LogFetch>& fetch, std::shared_ptr<const StyledText> text)
+{
+    if (fetch != _fetch)
+        return;
+    _fetch.reset();
+    _textView->setPlaceholderString(fetch->failure.empty() ? localizedString("No messages.") : fetch->failure);
     auto earlier = _textView->setTextStorage(std::move(text));
     _textView->scrollToEndOfDocument();
-    _spinningIndicator->stopAnimation();
-    _refreshButton->setEnabled(true);
-    _exportButton->setEnabled(true);
+    setFetching(false);
     // A long text takes a while to free.
     Queue::global()->async([earlier = std::move(earlier)]() mutable { earlier.reset(); });
 }

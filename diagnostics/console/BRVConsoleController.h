@@ -1,5 +1,7 @@
 #pragma once
 
+#include "diagnostics/console/LogFetch.h"
+#include "platform/Clock.h"
 #include "platform/Queue.h"
 #include "platform/StyledText.h"
 #include "platform/ui/Button.h"
@@ -8,7 +10,9 @@
 #include "platform/ui/SavePanel.h"
 #include "platform/ui/TextView.h"
 
+#include <chrono>
 #include <memory>
+#include <string>
 
 // The log console's window: what the product and the backup daemon logged, fetched when it opens and when the user asks
 // for it. Main thread, but for the fetch operations. At most one fetch runs at a time.
@@ -29,11 +33,16 @@ public:
 
     void windowDidLoad();
     void refresh();
+    // Ends a fetch and leaves the text as it was.
+    void stopFetch();
     // The action "export", which is a word of the language.
     void exportLog();
 
+    // A fetch that takes longer can be stopped from the window.
+    static constexpr std::chrono::seconds PatientTime{10};
+
     // From the log tool, which may take any time. No view is touched; not on the main thread.
-    static platform::StyledText fetchLog();
+    static platform::StyledText fetchLog(LogFetch& fetch);
     // From the log of systems that predate the unified one: the backup daemon's messages without styles.
     static platform::StyledText fetchASL();
 
@@ -45,7 +54,8 @@ public:
 private:
     BRVConsoleController();
     void loadWindow();
-    void finishRefresh(std::shared_ptr<const platform::StyledText> text);
+    void finishRefresh(const std::shared_ptr<LogFetch>& fetch, std::shared_ptr<const platform::StyledText> text);
+    void setFetching(bool fetching);
     void write(const platform::ui::SavePanel::Choice& choice);
     void presentError(const platform::Error& error);
 
@@ -55,4 +65,7 @@ private:
     std::shared_ptr<platform::ui::ProgressIndicator> _spinningIndicator;
     std::shared_ptr<platform::ui::Button> _refreshButton;
     std::shared_ptr<platform::ui::Button> _exportButton;
+    std::shared_ptr<platform::ui::Button> _stopButton;
+    std::shared_ptr<LogFetch> _fetch; // the one that runs; null when none does
+    std::unique_ptr<platform::ClockTimer> _patience;
 };

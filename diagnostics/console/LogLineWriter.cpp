@@ -1,8 +1,9 @@
 #include "diagnostics/console/LogLineWriter.h"
 
+#include "diagnostics/console/LogTimestamp.h"
+
 #include <cstddef>
 #include <optional>
-#include <utility>
 
 using namespace platform;
 
@@ -53,27 +54,6 @@ std::string_view senderOf(const JSONField& processImagePath)
     return name == schedulerName ? schedulerLabel : name;
 }
 
-// The log tool prints "2026-11-20 09:56:22.123456+0100", where the parser's format has full stops.
-constexpr std::size_t dateSeparators[] = {4, 7};
-constexpr std::size_t fractionStart = 19;
-constexpr std::size_t fractionEnd = 26;
-
-bool isDigit(char character)
-{
-    return character >= '0' && character <= '9';
-}
-
-bool hasFraction(std::string_view timestamp)
-{
-    if (timestamp.size() < fractionEnd || timestamp[fractionStart] != '.')
-        return false;
-    for (auto digit = fractionStart + 1; digit < fractionEnd; ++digit) {
-        if (!isDigit(timestamp[digit]))
-            return false;
-    }
-    return true;
-}
-
 } // namespace
 
 std::string_view lastPathComponent(std::string_view path)
@@ -85,7 +65,6 @@ std::string_view lastPathComponent(std::string_view path)
 
 LogLineWriter::LogLineWriter(ConsoleStyles styles)
     : _styles(styles),
-      _parser(DateFormat::withPattern("yyyy.MM.dd HH:mm:ss.SSSSSSZZZ")),
       _printer(DateFormat::withStyles(DateStyle::Short, DateStyle::Medium))
 {
 }
@@ -120,28 +99,13 @@ const TextAttributes& LogLineWriter::styleOfMessage(const JSONField& messageType
 
 std::string_view LogLineWriter::dateText(const JSONField& timestamp)
 {
-    if (timestamp.kind != JSONField::Kind::String)
+    const auto second = timestamp.kind == JSONField::Kind::String ? secondsOfTimestamp(timestamp.text) : std::nullopt;
+    if (!second)
         return unknownDate;
-    _timestamp = timestamp.text;
-    for (const auto separator : dateSeparators) {
-        if (_timestamp.size() > separator && _timestamp[separator] == '-')
-            _timestamp[separator] = '.';
-    }
     // The date is printed in whole seconds.
-    auto second = _timestamp;
-    if (!hasFraction(_timestamp))
-        second += '!'; // unlike any that has one
-    else
-        second.erase(fractionStart, fractionEnd - fractionStart);
-    if (second != _second || _dateOfSecond.empty()) {
-        _dateOfSecond = printed(_timestamp);
-        _second = std::move(second);
+    if (second != _second) {
+        _dateOfSecond = _printer.stringFromDate(static_cast<double>(*second));
+        _second = second;
     }
     return _dateOfSecond;
-}
-
-std::string LogLineWriter::printed(const std::string& timestamp)
-{
-    const auto date = _parser.dateFromString(timestamp);
-    return date ? _printer.stringFromDate(*date) : std::string(unknownDate);
 }

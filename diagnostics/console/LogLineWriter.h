@@ -5,6 +5,8 @@
 #include "platform/JSONRecords.h"
 
 #include <array>
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -24,15 +26,12 @@ public:
 
 private:
     std::string_view dateText(const platform::JSONField& timestamp);
-    std::string printed(const std::string& timestamp);
     const platform::TextAttributes& styleOfMessage(const platform::JSONField& messageType) const;
 
     ConsoleStyles _styles;
-    platform::DateFormat _parser;
     platform::DateFormat _printer;
     // Many records are of the same second.
-    std::string _timestamp;
-    std::string _second;
+    std::optional<std::int64_t> _second;
     std::string _dateOfSecond;
 };
 

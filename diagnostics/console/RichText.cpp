@@ -10,10 +10,11 @@ using namespace platform;
 
 namespace {
 
-// "a\uN?": every UTF-16 unit as a signed number, and what a reader without Unicode shows.
+// "\uN\'3f": every UTF-16 unit as a signed number, and the question mark that a reader without Unicode shows. It is
+// written as an escape, since readers take a character that stands there for part of the text.
 void appendUnit(std::string& out, unsigned unit)
 {
-    out.append("\\u").append(std::to_string(static_cast<std::int16_t>(unit))).append("?");
+    out.append("\\u").append(std::to_string(static_cast<std::int16_t>(unit))).append("\\'3f");
 }
 
 void appendCharacterTo(std::string& out, char32_t character)

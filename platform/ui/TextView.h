@@ -26,6 +26,9 @@ public:
     // any more. The text before is returned, since letting go of a long one takes time.
     std::shared_ptr<const StyledText> setTextStorage(std::shared_ptr<const StyledText> text);
 
+    // Shown while the text is empty, and no part of it.
+    void setPlaceholderString(const std::string& text);
+
     std::string selectedText() const;
     void setSelectedTextAttributes(const SelectedTextAttributes& attributes);
     void scrollToEndOfDocument();

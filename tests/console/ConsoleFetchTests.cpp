@@ -21,7 +21,7 @@ TEST_CASE("the log tool is run with exactly the arguments that select the produc
 {
     ConsoleFixture fixture;
     setToolOutput("[]");
-    BRVConsoleController::fetchLog();
+    fetchedLog();
     REQUIRE(process::starts().size() == 1);
     const auto start = process::starts().front();
     CHECK(start.path == systemPath("/usr/bin/log"));
@@ -36,7 +36,7 @@ TEST_CASE("the output is read in chunks of 2048 bytes, closed, and the tool wait
 {
     ConsoleFixture fixture;
     setToolOutput("[" + record(product, "Default", std::string(9000, 'x')) + "]");
-    const auto text = BRVConsoleController::fetchLog();
+    const auto text = fetchedLog();
     CHECK(process::greatestRead() == 2048);
     CHECK(process::waitedFor() == 1);
     CHECK(process::unclosedWaits() == 0);
@@ -48,7 +48,7 @@ TEST_CASE("a pipe or a process that cannot be made gives an empty text and no wo
     ConsoleFixture fixture;
     for (const int failure : {EMFILE, EAGAIN, ENOMEM}) {
         process::failToStart(failure);
-        CHECK(BRVConsoleController::fetchLog().empty());
+        CHECK(fetchedLog().empty());
     }
     CHECK(loggedErrors().empty());
 }
@@ -57,7 +57,7 @@ TEST_CASE("a tool that prints nothing gives an empty text and one error in the l
 {
     ConsoleFixture fixture;
     process::setExitStatus(1);
-    CHECK(BRVConsoleController::fetchLog().empty());
+    CHECK(fetchedLog().empty());
     REQUIRE(loggedErrors().size() == 1);
     CHECK(loggedErrors().front().starts_with("Failed to read logs. "));
     CHECK(loggedErrors().front().size() > std::string("Failed to read logs. ").size());
@@ -76,7 +76,7 @@ TEST_CASE("output that is not one valid JSON array gives an empty text and an er
         ConsoleFixture fixture;
         CAPTURE(output.substr(0, 100));
         setToolOutput(output);
-        CHECK(BRVConsoleController::fetchLog().empty());
+        CHECK(fetchedLog().empty());
         CHECK(loggedErrors().size() == 1);
     }
 }
@@ -86,7 +86,7 @@ TEST_CASE("an array without elements, with space around it, gives an empty text 
     for (const char* const output : {"[]", " \n[ ]\r\n\t", "[\n]\n"}) {
         ConsoleFixture fixture;
         setToolOutput(output);
-        CHECK(BRVConsoleController::fetchLog().empty());
+        CHECK(fetchedLog().empty());
         CHECK(loggedErrors().empty());
     }
 }
@@ -99,7 +99,7 @@ TEST_CASE("a line reads date, sender and message, each in its colour and the fix
                   + record(backup, "Error", "failed", backupd) + "," + record(backup, "Info", "running", backupd) + ","
                   + record(backup, "Fault", "worse", backupd) + "," + record(backup, "error", "lower case", backupd)
                   + "]");
-    const auto text = BRVConsoleController::fetchLog();
+    const auto text = fetchedLog();
     const std::string date = "p[11/20/26, 9:56:22\u202FAM ]";
     const std::string plainDate = "11/20/26, 9:56:22\u202FAM ";
     // Neighbours in the same style are one stretch.

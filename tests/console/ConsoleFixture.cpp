@@ -73,6 +73,17 @@ std::shared_ptr<Button> ConsoleFixture::exportButton() const
     return outletOf<Button>(*console, "consoleExportButton");
 }
 
+StyledText fetchedLog()
+{
+    LogFetch fetch;
+    return BRVConsoleController::fetchLog(fetch);
+}
+
+std::shared_ptr<Button> ConsoleFixture::stopButton() const
+{
+    return outletOf<Button>(*console, "consoleStopButton");
+}
+
 void setToolOutput(const std::string& text)
 {
     scripted::process::setOutput({text});

@@ -21,6 +21,7 @@ public:
     std::shared_ptr<platform::ui::ProgressIndicator> spinner() const;
     std::shared_ptr<platform::ui::Button> refreshButton() const;
     std::shared_ptr<platform::ui::Button> exportButton() const;
+    std::shared_ptr<platform::ui::Button> stopButton() const;
     const std::string& string() const { return textView()->textStorage()->string(); }
 
     std::shared_ptr<BRVConsoleController> console;
@@ -29,6 +30,9 @@ private:
     EnvironmentVariable _locale{"LC_ALL", "C"};
     EnvironmentVariable _timeZone{"TZ", "UTC"};
 };
+
+// What a fetch of its own makes of the log tool's output.
+platform::StyledText fetchedLog();
 
 // Makes the log tool print this.
 void setToolOutput(const std::string& text);

@@ -18,6 +18,7 @@
 #include <fstream>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <thread>
 #include <unistd.h>
 
 TEST_SUITE_BEGIN("windows");
@@ -47,6 +48,12 @@ struct Root {
     EnvironmentVariable locale{"LC_ALL", "C"};
     EnvironmentVariable zone{"TZ", "UTC"};
 };
+
+StyledText fetchedLog()
+{
+    LogFetch fetch;
+    return BRVConsoleController::fetchLog(fetch);
+}
 
 bool saidSo(const Root& root)
 {
@@ -93,7 +100,7 @@ TEST_CASE("a real tool is given its arguments and its output is read")
     const Root root;
     root.setTool("printf '%s\\n' \"$0\" \"$@\" > \"$BREVANE_ROOT/arguments\"\nprintf '%s' '" + std::string(oneRecord)
                  + "'");
-    CHECK(BRVConsoleController::fetchLog().string() == "11/20/26, 9:56:22\u202FAM Time Machine real\n");
+    CHECK(fetchedLog().string() == "11/20/26, 9:56:22\u202FAM Time Machine real\n");
     CHECK(contentOfFile(root.file("arguments"))
           == root.file("usr/bin/log")
               + "\nshow\n--debug\n--info\n--predicate\n(subsystem == \"com.zerkolin.brevane\") || ((subsystem == "
@@ -105,7 +112,7 @@ TEST_CASE("the tool's exit status is not looked at")
 {
     const Root root;
     root.setTool("printf '%s' '" + std::string(oneRecord) + "'; exit 3");
-    CHECK_FALSE(BRVConsoleController::fetchLog().empty());
+    CHECK_FALSE(fetchedLog().empty());
 }
 
 TEST_CASE("a tool that is missing, fails, is killed or prints nothing gives an empty text and an error in the log")
@@ -115,7 +122,7 @@ TEST_CASE("a tool that is missing, fails, is killed or prints nothing gives an e
         if (*script)
             root.setTool(script);
         CAPTURE(script);
-        CHECK(BRVConsoleController::fetchLog().empty());
+        CHECK(fetchedLog().empty());
         CHECK(saidSo(root));
     }
 }
@@ -152,7 +159,7 @@ TEST_CASE("two gigabytes of nonsense take no memory and not long")
     root.setTool("exec head -c 2147483648 /dev/zero");
     const auto before = peakMemory();
     const auto start = std::chrono::steady_clock::now();
-    CHECK(BRVConsoleController::fetchLog().empty());
+    CHECK(fetchedLog().empty());
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
     CHECK(saidSo(root));
     CHECK(peakMemory() - before < 50 * 1024);
@@ -191,6 +198,37 @@ TEST_CASE("while a tool hangs the main thread goes on, the window closes and ope
     root.folder.write("go", "");
     CHECK(isGone(pidIn(root.file("pid"))));
     user::runEvents();
+}
+
+TEST_CASE("a tool that never ends is killed when its fetch is stopped, before it starts or while it is read")
+{
+    const Root root;
+    root.setTool("echo $$ > \"$BREVANE_ROOT/pid\"; printf '[{}'; exec sleep 1000");
+    LogFetch fetch;
+    std::thread stopping([&] {
+        CHECK(pidIn(root.file("pid")) > 0);
+        fetch.stop();
+    });
+    CHECK(BRVConsoleController::fetchLog(fetch).empty());
+    stopping.join();
+    CHECK(isGone(pidIn(root.file("pid"))));
+    CHECK(BRVConsoleController::fetchLog(fetch).empty());
+    CHECK_FALSE(saidSo(root));
+    CHECK(fetch.failure.empty());
+}
+
+TEST_CASE("a process can be killed while another thread waits for it, and after its end")
+{
+    const auto process = Process::start("/bin/sleep", {"1000"});
+    REQUIRE(process);
+    std::thread killing([&process] {
+        ::usleep(50000);
+        (*process)->kill();
+    });
+    CHECK((*process)->waitUntilExit() == -SIGKILL);
+    killing.join();
+    (*process)->kill();
+    CHECK((*process)->waitUntilExit() == -SIGKILL);
 }
 
 TEST_CASE("a file is replaced as a whole with its permissions, and tags are set where the file system keeps them")

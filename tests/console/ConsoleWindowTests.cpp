@@ -1,9 +1,13 @@
 #include "platform/linux/ui/controls/ViewNative.h"
 #include "platform/linux/ui/styledtext/StyledTextView.h"
 #include "tests/console/ConsoleFixture.h"
+#include "tests/platform/ScriptedClock.h"
 #include "tests/platform/ScriptedProcess.h"
+#include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ui/User.h"
 
+#include <cerrno>
+#include <chrono>
 #include <doctest/doctest.h>
 #include <QScrollBar>
 
@@ -18,6 +22,11 @@ std::string manyRecords(int count)
     for (int number = 0; number < count; ++number)
         output += (number ? "," : "") + record("com.zerkolin.brevane", "Default", "message " + std::to_string(number));
     return output + "]";
+}
+
+std::string placeholder(const ConsoleFixture& fixture)
+{
+    return fixture.textView()->native().as<ui::StyledTextView>()->area().placeholder().toStdString();
 }
 
 bool isAtEnd(const ui::TextView& view)
@@ -76,6 +85,84 @@ TEST_CASE("refreshing replaces the whole text, also by an empty one")
     CHECK(fixture.refreshButton()->isEnabled());
     CHECK(fixture.exportButton()->isEnabled());
     CHECK(process::starts().size() == 3);
+}
+
+TEST_CASE("an empty window says that there are no messages, or why")
+{
+    ConsoleFixture fixture;
+    setToolOutput("[]");
+    fixture.show();
+    CHECK(placeholder(fixture) == "No messages.");
+    const auto afterRefresh = [&fixture] {
+        user::click(*fixture.refreshButton());
+        fixture.waitForFetch();
+        CHECK(fixture.string().empty());
+        return placeholder(fixture);
+    };
+    setToolOutput(""); // as the tool does that may not read the log
+    CHECK(afterRefresh() == "The log could not be read.\nThis account may not be allowed to read it.");
+    setToolOutput("[{");
+    CHECK(afterRefresh() == "The log could not be read.\nThe data is not valid JSON. (It ends early.)");
+    process::failToStart(EMFILE);
+    CHECK(afterRefresh() == "The log could not be read.");
+    process::failToStart(0);
+    setToolOutput("[]");
+    CHECK(afterRefresh() == "No messages.");
+    scripted::system::setOperatingSystemVersion({10, 11, 6});
+    CHECK(afterRefresh() == "No messages.");
+}
+
+TEST_CASE("a fetch that takes longer than ten seconds can be stopped, which leaves the text and kills the tool")
+{
+    ConsoleFixture fixture;
+    setToolOutput(manyRecords(2));
+    fixture.show();
+    CHECK(fixture.stopButton()->isHidden());
+    const auto before = fixture.string();
+    process::hold();
+    process::ignoreKill(); // its end takes as long as it likes
+    user::click(*fixture.refreshButton());
+    scripted::clock::advance(std::chrono::milliseconds(9999));
+    user::runEvents();
+    CHECK(fixture.stopButton()->isHidden());
+    scripted::clock::advance(std::chrono::milliseconds(1));
+    user::runEvents();
+    REQUIRE_FALSE(fixture.stopButton()->isHidden());
+    user::click(*fixture.stopButton());
+    CHECK_FALSE(fixture.spinner()->isAnimating());
+    CHECK(fixture.stopButton()->isHidden());
+    CHECK(fixture.refreshButton()->isEnabled());
+    CHECK(fixture.exportButton()->isEnabled());
+    CHECK(process::kills() == 1);
+    CHECK(fixture.string() == before);
+    // What it had still to say does not come, nor is its end told as a failure.
+    process::letGo();
+    CHECK(user::runEventsUntil([] { return process::waitedFor() == 2; }, 10000));
+    user::runEvents();
+    CHECK(fixture.string() == before);
+    CHECK(loggedErrors().empty());
+    // The next one is as usual.
+    setToolOutput(manyRecords(3));
+    user::click(*fixture.refreshButton());
+    fixture.waitForFetch();
+    CHECK(fixture.string().find("message 2\n") != std::string::npos);
+    scripted::clock::advance(std::chrono::seconds(100));
+    user::runEvents();
+    CHECK(fixture.stopButton()->isHidden());
+}
+
+TEST_CASE("a first fetch that was stopped leaves a window that says so")
+{
+    ConsoleFixture fixture;
+    setToolOutput(manyRecords(2));
+    process::hold();
+    fixture.console->showWindow();
+    fixture.console->stopFetch();
+    CHECK(fixture.string().empty());
+    CHECK(placeholder(fixture) == "The log was not read to its end.");
+    CHECK(user::runEventsUntil([] { return process::waitedFor() == 1; }, 10000));
+    fixture.console->stopFetch(); // nothing to stop
+    CHECK(process::kills() <= 1);
 }
 
 TEST_CASE("asking again only brings the window forward")

@@ -1,9 +1,12 @@
 #include "platform/JSONRecords.h"
 
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <doctest/doctest.h>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 using platform::JSONField;
@@ -23,14 +26,13 @@ std::string shown(const JSONField& field)
 // The values of "a" and "b" of each element; nothing after an error.
 std::optional<std::vector<std::string>> readAll(const std::string& json, std::size_t piece = 2048)
 {
-    JSONRecords records;
-    for (std::size_t place = 0; place < json.size(); place += piece)
-        records.append(std::string_view(json).substr(place, piece));
     std::vector<std::string> found;
-    const auto read = records.read(readKeys, [&](std::span<const JSONField> fields) {
+    JSONRecords records(readKeys, [&](std::span<const JSONField> fields) {
         found.push_back(shown(fields[0]) + " " + shown(fields[1]));
     });
-    return read ? std::optional(found) : std::nullopt;
+    for (std::size_t place = 0; place < json.size(); place += piece)
+        records.append(std::string_view(json).substr(place, piece));
+    return records.finish() ? std::optional(found) : std::nullopt;
 }
 
 using Lines = std::vector<std::string>;
@@ -120,26 +122,58 @@ TEST_CASE("a number that JSON does not know stays damage, however large it is")
     }
 }
 
-TEST_CASE("text that cannot become an array is not kept")
+TEST_CASE("of text that cannot become an array no element is read, however much follows")
 {
     for (const char* const start : {"nonsense", "{", "[x", "[1]1", "[\x01"}) {
-        JSONRecords records;
+        JSONRecords records(readKeys, [](auto) { FAIL("no element"); });
         records.append(start);
         for (int piece = 0; piece < 1000; ++piece)
             records.append(std::string(2048, 'n'));
         CAPTURE(start);
-        CHECK(records.size() == 0);
-        CHECK_FALSE(records.read(readKeys, [](auto) { FAIL("no element"); }));
+        CHECK_FALSE(records.isEmpty());
+        CHECK_FALSE(records.finish());
     }
 }
 
-TEST_CASE("an error describes itself")
+TEST_CASE("elements are read while the array arrives, and the reader goes when nobody asks for the end")
 {
-    JSONRecords records;
-    records.append("[{\"a\":tru}]");
-    const auto read = records.read(readKeys, [](auto) { });
-    REQUIRE_FALSE(read);
-    CHECK(read.error().domain == platform::CocoaErrorDomain);
-    CHECK(read.error().code == 3840);
-    CHECK(platform::localizedDescription(read.error()).starts_with("The data is not valid JSON. ("));
+    std::atomic<int> count = 0;
+    JSONRecords records(readKeys, [&](auto) { ++count; });
+    records.append("[");
+    const auto element = "{\"a\":\"" + std::string(1000, 'x') + "\"},";
+    for (int number = 0; number < 2000; ++number)
+        records.append(element);
+    for (int attempt = 0; attempt < 1000 && count < 1000; ++attempt)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    CHECK(count >= 1000);
+}
+
+TEST_CASE("an error says in words what is wrong")
+{
+    const auto reason = [](const std::string& json) {
+        JSONRecords records(readKeys, [](auto) { });
+        records.append(json);
+        const auto read = records.finish();
+        REQUIRE_FALSE(read);
+        CHECK(read.error().domain == platform::CocoaErrorDomain);
+        CHECK(read.error().code == 3840);
+        const auto text = platform::localizedDescription(read.error());
+        const std::string start = "The data is not valid JSON. (";
+        REQUIRE(text.starts_with(start));
+        REQUIRE(text.ends_with(")"));
+        return text.substr(start.size(), text.size() - start.size() - 1);
+    };
+    CHECK(reason("") == "It is empty.");
+    CHECK(reason(" \n") == "It is empty.");
+    CHECK(reason("{}") == "It is not an array.");
+    CHECK(reason("log: an error") == "It is not an array.");
+    CHECK(reason("[") == "It ends early.");
+    CHECK(reason(R"([{"a":"x)") == "It ends early.");
+    CHECK(reason("[1]x") == "Characters follow the array.");
+    CHECK(reason("[1][2]") == "Characters follow the array.");
+    CHECK(reason(std::string(1001, '[') + std::string(1001, ']')) == "It is nested too deeply.");
+    CHECK(reason("[%]") == "It has a character that JSON does not know.");
+    CHECK(reason("[" + std::string(std::size_t(600) << 10, ' ') + ",1]") == "An element is missing.");
+    CHECK_FALSE(reason(R"([{"a":tru}])").empty());
+    CHECK_FALSE(reason("[1}").empty());
 }

@@ -10,7 +10,7 @@ namespace {
 std::string linesOf(const std::string& elements)
 {
     setToolOutput("[" + elements + "]");
-    return BRVConsoleController::fetchLog().string();
+    return fetchedLog().string();
 }
 
 std::string element(const std::string& members)
@@ -90,7 +90,7 @@ TEST_CASE("messages of the types Info and Fault are plain, and the case of a typ
     for (const char* const type : {"Info", "Fault", "error", "DEFAULT", "debug", ""}) {
         CAPTURE(type);
         setToolOutput("[" + record("com.apple.TimeMachine", type, "m") + "]");
-        CHECK(styled(BRVConsoleController::fetchLog()) == "p[" + theDate + " ]b[Time Machine]p[ m\n]");
+        CHECK(styled(fetchedLog()) == "p[" + theDate + " ]b[Time Machine]p[ m\n]");
     }
 }
 
@@ -132,4 +132,17 @@ TEST_CASE("records of the same second, of another and without a date follow each
           == theDate + " Time Machine m\n" + theDate + " Time Machine m\n??? Time Machine m\n"
               + "11/20/26, 9:56:23\u202FAM Time Machine m\n11/20/26, 8:56:22\u202FAM Time Machine m\n??? Time Machine "
                 "m\n");
+}
+
+TEST_CASE("the tool's dates are read as they are meant, and shown in the calendar of the user's locale")
+{
+    ConsoleFixture fixture;
+    for (const auto& [locale, date] :
+         {std::pair("th_TH.UTF-8", "20/11/69 09:56:22"), std::pair("fa_IR.UTF-8", "۱۴۰۵/۸/۲۹, ۹:۵۶:۲۲"),
+          std::pair("ar_SA.UTF-8", "١٠\u200F/٦\u200F/١٤٤٨ هـ، ٩:٥٦:٢٢ ص"),
+          std::pair("de_DE.UTF-8", "20.11.26, 09:56:22")}) {
+        const EnvironmentVariable variable("LC_ALL", locale);
+        CAPTURE(locale);
+        CHECK(linesOf(record("com.apple.TimeMachine", "Default", "m")) == std::string(date) + " Time Machine m\n");
+    }
 }

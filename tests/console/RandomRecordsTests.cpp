@@ -51,7 +51,7 @@ TEST_CASE("ten thousand random arrays of records read as a slow and plain second
         const auto json = takeText(rest);
         const auto expected = takeText(rest);
         scripted::process::setOutput(inPieces(json, random));
-        const auto text = styled(BRVConsoleController::fetchLog());
+        const auto text = styled(fetchedLog());
         empty += text.empty();
         if (text == expected)
             continue;

@@ -33,7 +33,7 @@ TEST_CASE("rich text names the font, its size and the colours, and escapes what 
              "{\\fonttbl{\\f0\\fswiss\\fcharset0 Helvetica;}{\\f1\\fmodern\\fcharset0 DejaVu Sans Mono;}}\n"
              "{\\colortbl;\\red0\\green0\\blue255;\\red245\\green0\\blue0;}\n"
              "\\pard\\uc1\\fs21\n"
-             "\\f1\\cf0 11/20/26 \\f1\\cf1 Brevane\\~Scheduler\\f1\\cf2  caf\\u233? \\u-10179?\\u-8704? "
+             "\\f1\\cf0 11/20/26 \\f1\\cf1 Brevane\\~Scheduler\\f1\\cf2  caf\\u233\\'3f \\u-10179\\'3f\\u-8704\\'3f "
              "\\{a\\\\b\\}\\tab "
              "end\\par\n\\f0\\cf0 plain\\par\n}\n");
 }
@@ -68,4 +68,23 @@ TEST_CASE("another program reads the rich text with its words, colours and font"
     CHECK(html.find("caf&eacute;") != std::string::npos);
     CHECK(html.find("{a\\b}") != std::string::npos);
     CHECK(html.find("plain") != std::string::npos);
+    CHECK(html.find('?') == std::string::npos);
+}
+
+TEST_CASE("another program that knows no Unicode loses no letter behind a character")
+{
+    if (::access("/usr/bin/unrtf", X_OK) != 0) {
+        MESSAGE("SKIPPED: unrtf is not installed");
+        return;
+    }
+    const TemporaryDirectory folder;
+    StyledText text;
+    text.appendString("\u00e9tude d\u2019\u00e9t\u00e9 \u65e5\u672cx \U0001F600y\n", {});
+    const auto path = folder.write("log.rtf", richText(text, {"Mono", 10}));
+    ChildProcess unrtf({"unrtf", "--text", "--quiet", path});
+    const auto plain = unrtf.readAll();
+    CHECK(unrtf.wait() == 0);
+    CAPTURE(plain);
+    for (const char* const part : {"tude d", "x ", "y"})
+        CHECK(plain.find(part) != std::string::npos);
 }

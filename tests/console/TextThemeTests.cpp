@@ -66,6 +66,23 @@ TEST_CASE("the fixed colours of old systems are painted as they are, on any back
     }
 }
 
+TEST_CASE("a match stands out from every ground, and its text from it, whatever colour the desktop selects with")
+{
+    for (const auto& base : {QColor(Qt::white), QColor(Qt::black), QColor(25, 25, 25), QColor(119, 119, 119)}) {
+        for (const auto& highlight : {QColor(61, 126, 217), QColor(Qt::white), QColor(Qt::black), QColor(255, 230, 0),
+                                      QColor(128, 128, 128), base}) {
+            auto palette = paletteOn(base);
+            palette.setColor(QPalette::Highlight, highlight);
+            const TextTheme theme(palette, QApplication::font(), {});
+            const auto& format = theme.matchFormat();
+            CAPTURE(base.name().toStdString());
+            CAPTURE(highlight.name().toStdString());
+            CHECK(contrast(base, format.background().color()) >= 3);
+            CHECK(contrast(format.background().color(), format.foreground().color()) >= 4.5);
+        }
+    }
+}
+
 TEST_CASE("what is on a white ground on screen is exported in the same colours")
 {
     const TextTheme theme(paletteOn(Qt::white), QApplication::font(), {});

@@ -2,7 +2,9 @@
 #include "platform/linux/ui/textlayout/TextStretchData.h"
 #include "tests/support/ProcessorTime.h"
 
+#include <algorithm>
 #include <doctest/doctest.h>
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QScrollBar>
@@ -280,4 +282,81 @@ TEST_CASE("a change of the palette changes the colours of what is shown")
     const auto now = shown.area.viewport()->grab().toImage();
     CHECK(now.pixelColor(now.width() - 3, now.height() - 3) == QColor(Qt::black));
     CHECK(light.pixelColor(light.width() - 3, light.height() - 3) != QColor(Qt::black));
+}
+
+TEST_CASE("a message of many rows breaks only where a row is full, wherever one scrolls to")
+{
+    std::string words = "start";
+    for (int number = 0; words.size() < 60000; ++number)
+        words += " word" + std::to_string(number);
+    for (const auto& message : {std::string(30000, 'x'), words}) {
+        const std::string last = "the next message";
+        ShownText shown("first\n" + message + "\n" + last + "\n");
+        // The row of each character, by going through all of them from one end, or after a jump into the middle.
+        for (const bool jumped : {false, true}) {
+            if (jumped)
+                shown.area.scrollTo(message.size() / 2);
+            const auto& rowHeight = shown.area.characterRect(shown.area.stretchInSight().begin).height();
+            REQUIRE(rowHeight > 0);
+            double widest = 0;
+            double narrowest = 1e9;
+            const auto end = 6 + message.size();
+            const auto from = jumped ? message.size() / 2 : 6;
+            const auto to = jumped ? from + 12000 : end - 200;
+            for (auto offset = from; offset < to;) {
+                shown.area.scrollTo(offset);
+                const auto rect = shown.area.characterRect(offset);
+                REQUIRE_FALSE(rect.isNull());
+                auto rowEnd = shown.area.offsetAt({10000, rect.center().y()});
+                const auto right = shown.area.characterRect(rowEnd - 1).right();
+                if (offset > from + 4096) { // the first row that is looked at may begin anywhere
+                    widest = std::max<double>(widest, right);
+                    narrowest = std::min<double>(narrowest, right);
+                }
+                offset = rowEnd + 1;
+            }
+            // Words leave at most the room of one.
+            CHECK(widest - narrowest < 12.0 * rowHeight / 2);
+        }
+        CHECK(shown.area.text()->string().ends_with(last + "\n"));
+    }
+}
+
+TEST_CASE("what redirects text in a message is shown as a sign, and leaves everything in its place")
+{
+    const std::string line = "11/20/26 Time Machine ab\u202Ecd\u202C e\u2066f\u2069 \u202Bg\u2067h i\n";
+    ShownText shown(line);
+    int last = -1;
+    for (std::size_t offset = 0; offset + 1 < line.size(); ++offset) {
+        if ((static_cast<unsigned char>(line[offset]) & 0xC0U) == 0x80)
+            continue;
+        const auto rect = shown.area.characterRect(offset);
+        CAPTURE(offset);
+        CHECK(rect.left() > last);
+        last = rect.left();
+    }
+    shown.area.selectAll();
+    CHECK(shown.selected() == line); // copied as it was
+    // A message of letters that run to the left does not turn its line around.
+    const std::string hebrew = "20.11.26 09:56  \u05D0\u05D1\u05D2\n";
+    ShownText other(hebrew);
+    CHECK(other.area.characterRect(0).left() < other.area.characterRect(9).left());
+    CHECK(other.area.characterRect(9).left() < other.area.characterRect(16).left());
+}
+
+TEST_CASE("an empty text shows what stands in its place, to assistive tools too")
+{
+    ShownText shown("");
+    const auto empty = shown.area.viewport()->grab().toImage();
+    shown.area.setPlaceholder("No messages.");
+    CHECK(shown.area.viewport()->grab().toImage() != empty);
+    const auto description = [&shown] {
+        return QAccessible::queryAccessibleInterface(&shown.area)->text(QAccessible::Description);
+    };
+    CHECK(description() == "No messages.");
+    shown.area.setText(textOf("a message\n"));
+    CHECK(description().isEmpty());
+    shown.area.setText(textOf(""));
+    shown.area.setPlaceholder({});
+    CHECK(shown.area.viewport()->grab().toImage() == empty);
 }

@@ -146,8 +146,7 @@ bool canHavePrivateJournal()
 
 ChildProcess runWithPrivateJournal(std::vector<std::string> command)
 {
-    command.insert(command.begin(),
-                   {"unshare", "--mount", "--propagation", "private", JOURNAL_SCRIPT, JOURNAL_PROBE});
+    command.insert(command.begin(), {"unshare", "--mount", "--propagation", "private", JOURNAL_SCRIPT, JOURNAL_PROBE});
     return ChildProcess(command, {{"BREVANE_ROOT", "/opt/brevane"}});
 }
 
@@ -177,8 +176,7 @@ TEST_CASE("the system's journal is read like the store")
         MESSAGE("SKIPPED: a private journal needs root and systemd-journald");
         return;
     }
-    auto run =
-        runWithPrivateJournal({LOG_TOOL, "show", "--debug", "--info", "--predicate", both, "--style", "json"});
+    auto run = runWithPrivateJournal({LOG_TOOL, "show", "--debug", "--info", "--predicate", both, "--style", "json"});
     const auto output = run.readAll();
     CHECK(run.wait() == 0);
     CAPTURE(output);

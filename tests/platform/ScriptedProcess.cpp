@@ -20,6 +20,8 @@ struct Script {
     std::size_t greatestRead = 0;
     std::size_t waits = 0;
     std::size_t unclosedWaits = 0;
+    std::size_t kills = 0;
+    bool ignoresKill = false;
 };
 
 Script& script()
@@ -36,8 +38,8 @@ public:
     {
         std::unique_lock lock(script().mutex);
         script().greatestRead = std::max(script().greatestRead, buffer.size());
-        script().wake.wait(lock, [] { return !script().held; });
-        if (_pieces.empty())
+        script().wake.wait(lock, [this] { return !script().held || (_killed && !script().ignoresKill); });
+        if (_pieces.empty() || _killed)
             return 0;
         auto& piece = _pieces.front();
         const auto count = std::min(piece.size(), buffer.size());
@@ -50,6 +52,14 @@ public:
 
     void closeOutput() override { _closed = true; }
 
+    void kill() override
+    {
+        const std::lock_guard lock(script().mutex);
+        _killed = true;
+        script().kills += 1;
+        script().wake.notify_all();
+    }
+
     int waitUntilExit() override
     {
         const std::lock_guard lock(script().mutex);
@@ -61,6 +71,7 @@ public:
 private:
     std::deque<std::string> _pieces;
     bool _closed = false;
+    bool _killed = false;
 };
 
 } // namespace
@@ -73,7 +84,8 @@ void reset()
     script().pieces.clear();
     script().status = 0;
     script().starts.clear();
-    script().greatestRead = script().waits = script().unclosedWaits = 0;
+    script().greatestRead = script().waits = script().unclosedWaits = script().kills = 0;
+    script().ignoresKill = false;
 }
 
 void failToStart(int error)
@@ -106,6 +118,18 @@ void letGo()
     const std::lock_guard lock(script().mutex);
     script().held = false;
     script().wake.notify_all();
+}
+
+void ignoreKill()
+{
+    const std::lock_guard lock(script().mutex);
+    script().ignoresKill = true;
+}
+
+std::size_t kills()
+{
+    const std::lock_guard lock(script().mutex);
+    return script().kills;
 }
 
 std::vector<Start> starts()

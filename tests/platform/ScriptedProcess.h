@@ -24,7 +24,11 @@ void setExitStatus(int status);
 void hold();
 void letGo();
 
+// Processes that are held stay so when they are killed, as one that waits for a broken disk does.
+void ignoreKill();
+
 std::vector<Start> starts();
+std::size_t kills();
 std::size_t greatestRead();  // the largest buffer that was offered
 std::size_t waitedFor();     // processes whose end was waited for
 std::size_t unclosedWaits(); // those that were waited for while their output was open

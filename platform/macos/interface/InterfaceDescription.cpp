@@ -145,6 +145,7 @@ InterfaceDescription consoleWindow()
                   {.kind = Row,
                    .children =
                        {{.kind = Spinner, .identifier = "consoleSpinner", .accessibleName = "The log is being fetched"},
+                        {.kind = Button, .identifier = "consoleStopButton", .title = "&Stop", .isHidden = true},
                         {.kind = Space},
                         {.kind = Button, .identifier = "consoleExportButton", .title = "&Export…"},
                         {.kind = Button, .identifier = "consoleRefreshButton", .title = "&Refresh", .isDefault = true}},

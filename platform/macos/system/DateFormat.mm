@@ -24,13 +24,6 @@ NSDateFormatterStyle nativeStyle(DateStyle style)
 
 } // namespace
 
-DateFormat DateFormat::withPattern(std::string_view pattern)
-{
-    auto native = std::make_unique<Native>();
-    native->formatter.dateFormat = foundation::string(pattern);
-    return DateFormat(std::move(native));
-}
-
 DateFormat DateFormat::withStyles(DateStyle date, DateStyle time)
 {
     auto native = std::make_unique<Native>();
@@ -50,14 +43,6 @@ void DateFormat::setTimeZone(const std::string& name)
     @autoreleasepool {
         if (NSTimeZone* const zone = [NSTimeZone timeZoneWithName:foundation::string(name)])
             _native->formatter.timeZone = zone;
-    }
-}
-
-std::optional<double> DateFormat::dateFromString(std::string_view text)
-{
-    @autoreleasepool {
-        NSDate* const date = [_native->formatter dateFromString:foundation::string(text)];
-        return date ? std::optional<double>(date.timeIntervalSince1970) : std::nullopt;
     }
 }
 

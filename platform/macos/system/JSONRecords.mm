@@ -2,11 +2,15 @@
 
 #include "platform/macos/system/Foundation.h"
 
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace platform {
 
 struct JSONRecords::Native {
+    std::vector<std::string_view> keys;
+    Visitor visit;
     NSMutableData* text = [NSMutableData data];
     bool hasBegun = false;
     bool isBroken = false; // it begins with something else than a bracket
@@ -32,7 +36,10 @@ JSONField field(id object, std::string_view key, std::string& text)
 
 } // namespace
 
-JSONRecords::JSONRecords() : _native(std::make_unique<Native>()) { }
+JSONRecords::JSONRecords(std::span<const std::string_view> keys, Visitor visit)
+    : _native(new Native{.keys = {keys.begin(), keys.end()}, .visit = std::move(visit)})
+{
+}
 
 JSONRecords::~JSONRecords() = default;
 
@@ -50,13 +57,14 @@ void JSONRecords::append(std::string_view piece)
         [_native->text appendBytes:piece.data() length:piece.size()];
 }
 
-std::size_t JSONRecords::size() const
+bool JSONRecords::isEmpty() const
 {
-    return _native->text.length;
+    return !_native->hasBegun;
 }
 
-Result<void> JSONRecords::read(std::span<const std::string_view> keys, const Visitor& visit)
+Result<void> JSONRecords::finish()
 {
+    const auto& keys = _native->keys;
     @autoreleasepool {
         NSError* failure = nil;
         const id array = [NSJSONSerialization JSONObjectWithData:_native->text options:0 error:&failure];
@@ -69,7 +77,7 @@ Result<void> JSONRecords::read(std::span<const std::string_view> keys, const Vis
             @autoreleasepool {
                 for (std::size_t i = 0; i < keys.size(); ++i)
                     fields[i] = field(object, keys[i], texts[i]);
-                visit(fields);
+                _native->visit(fields);
             }
         }
         return {};

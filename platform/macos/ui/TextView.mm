@@ -2,6 +2,7 @@
 
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/ui/Colors.h"
+#include "platform/macos/ui/Label.h"
 #include "platform/macos/ui/TextViewNative.h"
 
 #include <utility>
@@ -40,6 +41,36 @@ NSAttributedString* attributedString(const StyledText& text)
     return made;
 }
 
+NSTextField* placeholderOf(TextViewNative& parts)
+{
+    if (parts.placeholder)
+        return parts.placeholder;
+    NSTextField* const label = newLabel(@"");
+    label.alignment = NSTextAlignmentCenter;
+    [label.cell setWraps:YES];
+    [label.cell setScrollable:NO];
+    label.translatesAutoresizingMaskIntoConstraints = NO;
+    [parts.view addSubview:label];
+    for (const NSLayoutAttribute attribute : {NSLayoutAttributeCenterX, NSLayoutAttributeCenterY}) {
+        [parts.view addConstraint:[NSLayoutConstraint constraintWithItem:label
+                                                               attribute:attribute
+                                                               relatedBy:NSLayoutRelationEqual
+                                                                  toItem:parts.view
+                                                               attribute:attribute
+                                                              multiplier:1
+                                                                constant:0]];
+    }
+    [parts.view addConstraint:[NSLayoutConstraint constraintWithItem:label
+                                                           attribute:NSLayoutAttributeWidth
+                                                           relatedBy:NSLayoutRelationLessThanOrEqual
+                                                              toItem:parts.view
+                                                           attribute:NSLayoutAttributeWidth
+                                                          multiplier:0.9
+                                                            constant:0]];
+    parts.placeholder = label;
+    return label;
+}
+
 } // namespace
 
 TextView::TextView(std::unique_ptr<Native> native) : View(std::move(native)) { }
@@ -54,7 +85,16 @@ std::shared_ptr<const StyledText> TextView::setTextStorage(std::shared_ptr<const
     TextViewNative& parts = textNative(*this);
     [parts.text().textStorage setAttributedString:attributedString(*text)];
     parts.text().selectedRange = NSMakeRange(0, 0);
+    parts.placeholder.hidden = !text->empty();
     return std::exchange(parts.storage, std::move(text));
+}
+
+void TextView::setPlaceholderString(const std::string& text)
+{
+    TextViewNative& parts = textNative(*this);
+    NSTextField* const label = placeholderOf(parts);
+    label.stringValue = foundation::string(text);
+    label.hidden = !parts.storage->empty();
 }
 
 std::string TextView::selectedText() const

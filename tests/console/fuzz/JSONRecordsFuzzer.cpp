@@ -20,18 +20,17 @@ constexpr std::array<std::string_view, 2> fuzzedKeys = {"a", "eventMessage"};
 // What is read of an array that comes in pieces of this size; nothing when it is none.
 std::optional<std::vector<std::string>> texts(std::string_view json, std::size_t piece)
 {
-    platform::JSONRecords records;
-    for (std::size_t place = 0; place < json.size(); place += piece)
-        records.append(json.substr(place, piece));
     std::vector<std::string> found;
-    const auto read = records.read(fuzzedKeys, [&](std::span<const JSONField> fields) {
+    platform::JSONRecords records(fuzzedKeys, [&](std::span<const JSONField> fields) {
         for (const auto& field : fields) {
             require(platform::isValidUTF8(field.text));
             require(field.kind != JSONField::Kind::Absent || field.text.empty());
             found.emplace_back(field.text);
         }
     });
-    return read ? std::optional(found) : std::nullopt;
+    for (std::size_t place = 0; place < json.size(); place += piece)
+        records.append(json.substr(place, piece));
+    return records.finish() ? std::optional(found) : std::nullopt;
 }
 
 } // namespace

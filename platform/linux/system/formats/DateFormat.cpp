@@ -1,9 +1,12 @@
 #include "platform/DateFormat.h"
 
+#include "platform/linux/system/formats/MinuteText.h"
 #include "platform/linux/system/formats/UserLocale.h"
 
-#include <unicode/calendar.h>
-#include <unicode/smpdtfmt.h>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+#include <unicode/datefmt.h>
 #include <unicode/timezone.h>
 
 namespace platform {
@@ -32,15 +35,12 @@ icu::UnicodeString icuText(std::string_view text)
 struct DateFormat::Native {
     explicit Native(icu::DateFormat* made) : format(made)
     {
-        if (!format)
-            return;
-        format->adoptTimeZone(icu::TimeZone::detectHostTimeZone());
-        format->setLenient(false);
-        calendar.reset(format->getCalendar()->clone());
+        if (format)
+            format->adoptTimeZone(icu::TimeZone::detectHostTimeZone());
     }
 
     std::unique_ptr<icu::DateFormat> format; // null when the library lacks its data
-    std::unique_ptr<icu::Calendar> calendar;
+    std::optional<MinuteText> minute;
 };
 
 DateFormat::DateFormat(std::unique_ptr<Native> native) : _native(std::move(native)) { }
@@ -48,13 +48,6 @@ DateFormat::DateFormat(std::unique_ptr<Native> native) : _native(std::move(nativ
 DateFormat::~DateFormat() = default;
 DateFormat::DateFormat(DateFormat&&) noexcept = default;
 DateFormat& DateFormat::operator=(DateFormat&&) noexcept = default;
-
-DateFormat DateFormat::withPattern(std::string_view pattern)
-{
-    UErrorCode status = U_ZERO_ERROR;
-    auto format = std::make_unique<icu::SimpleDateFormat>(icuText(pattern), userLocale("LC_TIME"), status);
-    return DateFormat(std::make_unique<Native>(U_SUCCESS(status) ? format.release() : nullptr));
-}
 
 DateFormat DateFormat::withStyles(DateStyle date, DateStyle time)
 {
@@ -68,32 +61,26 @@ void DateFormat::setTimeZone(const std::string& name)
     if (!_native->format || *zone == icu::TimeZone::getUnknown())
         return;
     _native->format->setTimeZone(*zone);
-    _native->calendar->setTimeZone(*zone);
-}
-
-std::optional<double> DateFormat::dateFromString(std::string_view text)
-{
-    if (!_native->format || text.size() > 1000)
-        return std::nullopt;
-    const auto characters = icuText(text);
-    icu::ParsePosition position(0);
-    auto& calendar = *_native->calendar;
-    calendar.clear();
-    _native->format->parse(characters, calendar, position);
-    if (position.getErrorIndex() >= 0 || position.getIndex() != characters.length())
-        return std::nullopt;
-    UErrorCode status = U_ZERO_ERROR;
-    const double milliseconds = calendar.getTime(status);
-    return U_SUCCESS(status) ? std::optional(milliseconds / 1000) : std::nullopt;
+    _native->minute.reset();
 }
 
 std::string DateFormat::stringFromDate(double seconds)
 {
+    auto& [format, minute] = *_native;
     std::string text;
-    if (!_native->format)
+    if (!format)
         return text;
+    const double whole = std::floor(seconds / MinuteText::Length);
+    // Later and earlier ones are not shared, nor are they dates of anything.
+    if (std::abs(whole) < 1e12) {
+        const auto number = static_cast<std::int64_t>(whole);
+        if (!minute || minute->minute() != number)
+            minute = MinuteText::of(*format, number);
+        if (minute)
+            return minute->text(static_cast<int>(std::floor(seconds) - whole * MinuteText::Length));
+    }
     icu::UnicodeString characters;
-    _native->format->format(seconds * 1000, characters);
+    format->format(seconds * 1000, characters);
     characters.toUTF8String(text);
     return text;
 }

@@ -27,70 +27,69 @@ constexpr std::array<Class, 256> classes = [] {
 
 } // namespace
 
-void JSONArrayScanner::scan(std::string_view text)
+std::optional<std::size_t> JSONArrayScanner::nextCut(std::string_view part)
 {
-    while (_position < text.size() && !_broken) {
+    while (_position < part.size() && !isBroken()) {
         if (_inString)
-            skipString(text);
-        else
-            scanOutside(text[_position]);
+            skipString(part);
+        else if (scanOutside(part[_position++]) && _position > PartLength) {
+            const auto cut = _position - 1;
+            _position = 1;
+            return cut;
+        }
     }
+    return std::nullopt;
 }
 
-void JSONArrayScanner::skipString(std::string_view text)
+void JSONArrayScanner::skipString(std::string_view part)
 {
-    const auto quote = text.find('"', _position);
+    const auto quote = part.find('"', _position);
     if (quote == std::string_view::npos) {
-        _position = text.size();
+        _position = part.size();
         return;
     }
     _position = quote + 1;
     auto backslashes = quote;
-    while (backslashes > _stringStart && text[backslashes - 1] == '\\')
+    while (backslashes > _stringStart && part[backslashes - 1] == '\\')
         --backslashes;
     _inString = (quote - backslashes) % 2 != 0;
 }
 
-void JSONArrayScanner::scanOutside(char character)
+bool JSONArrayScanner::scanOutside(char character)
 {
     const auto kind = classes[static_cast<unsigned char>(character)];
-    if (_depth == 0 && kind != Class::Space && (_complete || character != '[')) {
-        _broken = true;
-        return;
+    if (_depth == 0 && kind != Class::Space) {
+        if (_state == State::Complete)
+            _state = State::CharactersFollow;
+        else if (character != '[')
+            _state = State::NotAnArray;
+        _isBlank = false;
+        if (isBroken())
+            return false;
     }
     switch (kind) {
     case Class::Illegal:
-        _broken = true;
-        return;
+        _state = State::UnknownCharacter;
+        break;
     case Class::Quote:
         _inString = true;
-        _stringStart = _position + 1;
+        _stringStart = _position;
         break;
     case Class::Open:
-        if (_depth++ == 0)
-            _cuts.push_back(_position);
-        _broken = _depth > GreatestDepth;
+        if (++_depth > GreatestDepth)
+            _state = State::NestedTooDeeply;
         break;
     case Class::Close:
-        close();
+        if (--_depth == 0)
+            _state = State::Complete;
         break;
     case Class::Comma:
-        if (_depth == 1 && _position - _cuts.back() >= PartLength)
-            _cuts.push_back(_position);
-        break;
+        return _depth == 1;
     case Class::Space:
     case Class::Value:
         break;
     }
-    ++_position;
-}
-
-void JSONArrayScanner::close()
-{
-    if (--_depth > 0)
-        return;
-    _cuts.push_back(_position);
-    _complete = true;
+    return false;
 }
 
 } // namespace platform

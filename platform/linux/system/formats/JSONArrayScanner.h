@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string_view>
-#include <vector>
 
 namespace platform {
 
@@ -14,26 +14,28 @@ public:
     static constexpr std::size_t PartLength = std::size_t(256) << 10;
     static constexpr std::size_t GreatestDepth = 1000;
 
-    // `text` is what has arrived, the part that was given before included.
-    void scan(std::string_view text);
+    enum class State { Open, Complete, NotAnArray, UnknownCharacter, NestedTooDeeply, CharactersFollow };
 
-    bool isBroken() const { return _broken; }
-    bool isComplete() const { return _complete && !_broken; }
-    // The offsets of the opening bracket, of the commas at which to cut, and of the closing bracket.
-    const std::vector<std::size_t>& cuts() const { return _cuts; }
+    // `part` is what has arrived since the last cut. The offset of the comma to cut at, from which on the next part is;
+    // nullopt when there is none yet.
+    std::optional<std::size_t> nextCut(std::string_view part);
+
+    State state() const { return _state; }
+    bool isBroken() const { return _state > State::Complete; }
+    // Whether nothing but space has come.
+    bool isBlank() const { return _isBlank; }
 
 private:
-    void skipString(std::string_view text);
-    void scanOutside(char character);
-    void close();
+    void skipString(std::string_view part);
+    // Whether it is a comma between elements.
+    bool scanOutside(char character);
 
-    std::vector<std::size_t> _cuts;
-    std::size_t _position = 0;
-    std::size_t _stringStart = 0; // after the opening quotation mark
+    std::size_t _position = 0;    // in the part
+    std::size_t _stringStart = 0; // in the part, after the opening quotation mark
     std::size_t _depth = 0;
     bool _inString = false;
-    bool _complete = false;
-    bool _broken = false;
+    bool _isBlank = true;
+    State _state = State::Open;
 };
 
 } // namespace platform

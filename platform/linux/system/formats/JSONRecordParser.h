@@ -18,7 +18,7 @@ public:
     JSONRecordParser(const JSONRecordParser&) = delete;
     JSONRecordParser& operator=(const JSONRecordParser&) = delete;
 
-    // How many elements it has; nullopt when it is not one valid array. See JSONRecords::read.
+    // How many elements it has; nullopt when it is not one valid array. See JSONRecords.
     std::optional<std::size_t> parse(std::string_view array, std::span<const std::string_view> keys,
                                      const JSONRecords::Visitor& visit);
     // What was wrong, in the parser's words.

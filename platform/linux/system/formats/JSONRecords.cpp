@@ -4,19 +4,23 @@
 #include "platform/linux/system/formats/JSONRecordParser.h"
 #include "platform/Localization.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <new>
+#include <optional>
 #include <string>
-#include <sys/mman.h>
-#include <unistd.h>
+#include <thread>
 #include <utility>
+#include <vector>
 
 namespace platform {
 
 namespace {
 
 constexpr std::int64_t propertyListReadCorrupt = 3840;
+constexpr std::size_t mostWaitingParts = 16;
 
 Error corruptJSONError(std::string_view detail)
 {
@@ -24,113 +28,168 @@ Error corruptJSONError(std::string_view detail)
     return {CocoaErrorDomain, propertyListReadCorrupt, {{LocalizedDescriptionKey, sentence}}, nullptr};
 }
 
-// Memory that grows in place where the system can: a hundred megabytes are not to be copied over and over.
-class GrowingBuffer {
+const char* reasonFor(const JSONArrayScanner& scanner)
+{
+    using State = JSONArrayScanner::State;
+    switch (scanner.state()) {
+    case State::NotAnArray:
+        return "It is not an array.";
+    case State::UnknownCharacter:
+        return "It has a character that JSON does not know.";
+    case State::NestedTooDeeply:
+        return "It is nested too deeply.";
+    case State::CharactersFollow:
+        return "Characters follow the array.";
+    case State::Open:
+    case State::Complete:
+        break;
+    }
+    return scanner.isBlank() ? "It is empty." : "It ends early.";
+}
+
+// Reads the parts of an array one after another: each is made an array of its own.
+class PartReader {
 public:
-    bool append(std::string_view piece)
+    PartReader(std::span<const std::string_view> keys, JSONRecords::Visitor visit)
+        : _keys(keys.begin(), keys.end()),
+          _visit(std::move(visit))
     {
-        const auto needed = _size + piece.size() + JSONRecordParser::Padding;
-        if (needed > _capacity && !grow(std::max(needed, 2 * _capacity)))
-            return false;
-        std::memcpy(_bytes.get() + _size, piece.data(), piece.size());
-        _size += piece.size();
-        return true;
-    }
-    void clear()
-    {
-        _bytes.reset();
-        _size = _capacity = 0;
     }
 
-    // Gives the memory before the offset back to the system; what was there is lost.
-    void forgetBefore(std::size_t offset)
+    // Without the comma or bracket at its end. Nothing is read after damage.
+    void read(std::string part, bool isLast)
     {
-        const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-        const auto start = reinterpret_cast<std::uintptr_t>(_bytes.get());
-        const auto first = (start + page - 1) / page * page;
-        const auto end = (start + offset) / page * page;
-        if (first < end)
-            ::madvise(reinterpret_cast<void*>(first), end - first, MADV_DONTNEED);
+        if (!_failure.empty())
+            return;
+        const bool isFirst = std::exchange(_isFirst, false);
+        if (!isFirst)
+            part.front() = '['; // its comma
+        if (!isLast)
+            part += ']';
+        const auto size = part.size();
+        part.append(JSONRecordParser::Padding, ' ');
+        const auto count = _parser.parse(std::string_view(part).substr(0, size), _keys, _visit);
+        if (!count)
+            _failure = _parser.failure();
+        else if (*count == 0 && !(isFirst && isLast))
+            _failure = localizedString("An element is missing.");
     }
 
-    char& operator[](std::size_t offset) { return _bytes.get()[offset]; }
-    std::size_t size() const { return _size; }
-    std::string_view text() const { return {_bytes.get(), _size}; }
+    // Empty when all was right.
+    const std::string& failure() const { return _failure; }
 
 private:
-    bool grow(std::size_t capacity)
+    std::vector<std::string_view> _keys;
+    JSONRecords::Visitor _visit;
+    JSONRecordParser _parser;
+    bool _isFirst = true;
+    std::string _failure;
+};
+
+// Has another thread read the parts. One that adds faster than they are read waits, so that memory stays bounded.
+class PartQueue {
+public:
+    explicit PartQueue(PartReader& reader) : _thread([this, &reader] { run(reader); }) { }
+    ~PartQueue()
     {
-        auto* const bytes = static_cast<char*>(std::realloc(_bytes.get(), capacity));
-        if (!bytes)
-            return false;
-        static_cast<void>(_bytes.release());
-        _bytes.reset(bytes);
-        _capacity = capacity;
-        return true;
+        {
+            const std::lock_guard lock(_mutex);
+            _ended = true;
+        }
+        _changed.notify_all();
+        _thread.join();
+    }
+    PartQueue(const PartQueue&) = delete;
+    PartQueue& operator=(const PartQueue&) = delete;
+
+    void add(std::string part)
+    {
+        std::unique_lock lock(_mutex);
+        _changed.wait(lock, [this] { return _parts.size() < mostWaitingParts; });
+        _parts.push_back(std::move(part));
+        _changed.notify_all();
     }
 
-    struct Free {
-        void operator()(char* bytes) const { std::free(bytes); }
-    };
-    std::unique_ptr<char, Free> _bytes;
-    std::size_t _size = 0;
-    std::size_t _capacity = 0;
+private:
+    void run(PartReader& reader)
+    {
+        std::unique_lock lock(_mutex);
+        for (;;) {
+            _changed.wait(lock, [this] { return _ended || !_parts.empty(); });
+            if (_parts.empty())
+                return;
+            auto part = std::move(_parts.front());
+            _parts.pop_front();
+            _changed.notify_all();
+            lock.unlock();
+            reader.read(std::move(part), false);
+            lock.lock();
+        }
+    }
+
+    std::mutex _mutex;
+    std::condition_variable _changed;
+    std::deque<std::string> _parts;
+    bool _ended = false;
+    std::thread _thread;
 };
 
 } // namespace
 
 struct JSONRecords::Native {
-    GrowingBuffer buffer;
+    PartReader reader;
+    std::optional<PartQueue> queue; // once there is a whole part
     JSONArrayScanner scanner;
-    bool refused = false; // what has arrived cannot be an array, or there is no room for it
+    std::string part; // the one that arrives
+    bool hasRoom = true;
 };
 
-JSONRecords::JSONRecords() : _native(std::make_unique<Native>()) { }
+JSONRecords::JSONRecords(std::span<const std::string_view> keys, Visitor visit)
+    : _native(new Native{.reader = {keys, std::move(visit)}, .queue = {}, .scanner = {}, .part = {}})
+{
+}
 
 JSONRecords::~JSONRecords() = default;
 
 void JSONRecords::append(std::string_view piece)
 {
-    auto& [buffer, scanner, refused] = *_native;
-    if (refused || piece.empty())
+    auto& [reader, queue, scanner, part, hasRoom] = *_native;
+    if (!hasRoom || scanner.isBroken())
         return;
-    refused = !buffer.append(piece);
-    if (!refused) {
-        scanner.scan(buffer.text());
-        refused = scanner.isBroken();
+    try {
+        part.append(piece);
+        while (const auto cut = scanner.nextCut(part)) {
+            std::string next;
+            next.reserve(2 * JSONArrayScanner::PartLength);
+            next.append(part, *cut);
+            part.resize(*cut);
+            if (!queue)
+                queue.emplace(reader);
+            queue->add(std::exchange(part, std::move(next)));
+        }
+    } catch (const std::bad_alloc&) {
+        hasRoom = false;
     }
-    if (refused)
-        buffer.clear();
+    if (!hasRoom || scanner.isBroken())
+        std::exchange(part, {});
 }
 
-std::size_t JSONRecords::size() const
+bool JSONRecords::isEmpty() const
 {
-    return _native->buffer.size();
+    return _native->scanner.isBlank();
 }
 
-Result<void> JSONRecords::read(std::span<const std::string_view> keys, const Visitor& visit)
+Result<void> JSONRecords::finish()
 {
-    auto& [buffer, scanner, refused] = *_native;
-    if (!scanner.isComplete() || refused) {
-        const char* const reason = refused ? "It is not an array." : size() == 0 ? "It is empty." : "It ends too soon.";
-        return std::unexpected(corruptJSONError(localizedString(reason)));
-    }
-    JSONRecordParser parser;
-    const auto& cuts = scanner.cuts();
-    for (std::size_t part = 0; part + 1 < cuts.size(); ++part) {
-        // Each part becomes an array of its own where it stands.
-        const auto begin = cuts[part];
-        const auto end = cuts[part + 1];
-        buffer[begin] = '[';
-        const char last = std::exchange(buffer[end], ']');
-        const auto count =
-            last == '}' ? std::nullopt : parser.parse(buffer.text().substr(begin, end + 1 - begin), keys, visit);
-        if (!count)
-            return std::unexpected(corruptJSONError(parser.failure()));
-        if (*count == 0 && cuts.size() > 2)
-            return std::unexpected(corruptJSONError(localizedString("An element is missing.")));
-        buffer.forgetBefore(end);
-    }
+    auto& [reader, queue, scanner, part, hasRoom] = *_native;
+    queue.reset(); // which reads what waits there
+    if (!hasRoom)
+        return std::unexpected(corruptJSONError(localizedString("There is not enough memory for it.")));
+    if (scanner.state() != JSONArrayScanner::State::Complete)
+        return std::unexpected(corruptJSONError(localizedString(reasonFor(scanner))));
+    reader.read(std::move(part), true);
+    if (!reader.failure().empty())
+        return std::unexpected(corruptJSONError(reader.failure()));
     return {};
 }
 

@@ -82,10 +82,11 @@ void FindBar::keyPressEvent(QKeyEvent* event)
     case Qt::Key_Enter:
         if (!_field->hasFocus())
             break;
+        // On upwards, as the search for what is typed goes.
         if (event->modifiers() & Qt::ShiftModifier)
-            Q_EMIT previousRequested();
-        else
             Q_EMIT nextRequested();
+        else
+            Q_EMIT previousRequested();
         return;
     default:
         break;

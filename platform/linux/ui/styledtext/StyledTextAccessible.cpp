@@ -132,6 +132,8 @@ QString StyledTextAccessible::text(QAccessible::Text type) const
     // It is called what the control is called that it is a part of; the whole text is for the text interface alone.
     if (type == QAccessible::Name && area().parentWidget())
         return area().parentWidget()->accessibleName();
+    if (type == QAccessible::Description && styledText().empty())
+        return area().placeholder();
     return type == QAccessible::Value ? QString() : QAccessibleWidget::text(type);
 }
 

@@ -17,7 +17,8 @@ constexpr int textMargin = 4;
 
 StyledTextArea::StyledTextArea(QWidget* parent)
     : QAbstractScrollArea(parent),
-      _text(std::make_shared<const StyledText>())
+      _text(std::make_shared<const StyledText>()),
+      _lines(_text)
 {
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn); // or the text would wrap anew when it comes
@@ -33,6 +34,7 @@ std::shared_ptr<const StyledText> StyledTextArea::setText(std::shared_ptr<const 
     _layouts.clear();
     _top = {};
     _anchor = _head = 0;
+    _showsMatch = false;
     auto earlier = std::exchange(_text, std::move(text));
     rebuild();
     Q_EMIT textReplaced();
@@ -46,11 +48,18 @@ void StyledTextArea::setSelectedTextAttributes(const SelectedTextAttributes& att
     rebuild();
 }
 
+void StyledTextArea::setPlaceholder(const QString& placeholder)
+{
+    _placeholder = placeholder;
+    viewport()->update();
+}
+
 void StyledTextArea::rebuild()
 {
     const auto topLine = _top.line;
     _theme = TextTheme(palette(), font(), _selectedAttributes);
     _layouts.clear();
+    _lines = TextLines(_text);
     const auto columns = std::max(1.0, textWidth() / _theme.characterWidth());
     const auto perRow = static_cast<std::size_t>(columns);
     _rows.build(_text->lineCount(), [this, perRow](std::size_t line) {
@@ -78,10 +87,25 @@ TextLineLayout& StyledTextArea::layoutOf(std::size_t line)
     const auto found = _layouts.find(line);
     if (found != _layouts.end())
         return found->second;
-    auto& layout = _layouts.try_emplace(line, *_text, line, _theme, textWidth()).first->second;
+    settle(line);
+    auto& layout = _layouts.try_emplace(line, *_text, _lines.stretch(line), _theme, textWidth()).first->second;
     if (layout.rows() != _rows.rows(line))
         _rows.setRows(line, layout.rows());
     return layout;
+}
+
+void StyledTextArea::settle(std::size_t line)
+{
+    _lines.settle(line, [this](TextStretch stretch) {
+        const TextLineLayout layout(*_text, stretch, _theme, textWidth());
+        return layout.rowStart(layout.rows() - 1);
+    });
+}
+
+std::size_t StyledTextArea::lineAt(std::size_t offset)
+{
+    settle(_lines.at(offset));
+    return _lines.at(offset);
 }
 
 void StyledTextArea::arrange()
@@ -164,7 +188,7 @@ void StyledTextArea::scrollToEnd()
 
 StyledTextArea::Place StyledTextArea::placeOf(std::size_t offset)
 {
-    const auto line = _text->lineAt(offset);
+    const auto line = lineAt(offset);
     return {line, layoutOf(line).rowOf(offset)};
 }
 
@@ -193,12 +217,18 @@ void StyledTextArea::paintEvent(QPaintEvent* event)
 {
     arrange();
     QPainter painter(viewport());
+    if (_text->empty()) {
+        const auto room = viewport()->rect().marginsRemoved(QMargins(textMargin, textMargin, textMargin, textMargin));
+        painter.setPen(palette().color(QPalette::Text));
+        painter.drawText(room, Qt::AlignCenter | Qt::TextWordWrap, _placeholder);
+    }
+    const auto& selectedFormat = _showsMatch ? _theme.matchFormat() : _theme.selectedFormat();
     const auto chosen = selection();
     for (auto line = _top.line; line < _rows.lineCount(); ++line) {
         const int y = topOf(line);
         if (y > event->rect().bottom())
             break;
-        layoutOf(line).draw(painter, QPointF(textMargin, y), chosen, textWidth());
+        layoutOf(line).draw(painter, QPointF(textMargin, y), chosen, selectedFormat, textWidth());
     }
 }
 
@@ -239,6 +269,18 @@ std::pair<std::size_t, std::size_t> StyledTextArea::linesInSight()
     return {_top.line, line};
 }
 
+TextStretch StyledTextArea::stretchInSight()
+{
+    const auto [first, end] = linesInSight();
+    if (first == end)
+        return {};
+    const auto begin = layoutOf(first).rowStart(static_cast<int>(_top.row));
+    // The last line may go on below.
+    const auto rows = (viewport()->height() - textMargin - topOf(end - 1)) / _theme.rowHeight();
+    const auto& last = layoutOf(end - 1);
+    return {begin, rows < last.rows() ? last.rowStart(std::max(rows, 0)) : _lines.start(end)};
+}
+
 std::size_t StyledTextArea::offsetAt(QPoint point)
 {
     if (_rows.lineCount() == 0)
@@ -256,9 +298,9 @@ std::size_t StyledTextArea::offsetAt(QPoint point)
 QRect StyledTextArea::characterRect(std::size_t offset)
 {
     const auto [first, end] = linesInSight();
-    if (first == end || offset < _text->lineStart(first) || offset >= _text->lineStart(end))
+    if (first == end || offset < _lines.start(first) || offset >= _lines.start(end))
         return {};
-    const auto line = _text->lineAt(offset);
+    const auto line = lineAt(offset);
     const auto& layout = layoutOf(line);
     const double left = layout.xOf(offset);
     const auto next = layout.next(offset, QTextLayout::SkipCharacters);

@@ -2,6 +2,7 @@
 
 #include "platform/linux/ui/textlayout/RowIndex.h"
 #include "platform/linux/ui/textlayout/TextLineLayout.h"
+#include "platform/linux/ui/textlayout/TextLines.h"
 #include "platform/linux/ui/textlayout/TextTheme.h"
 
 #include <map>
@@ -25,12 +26,18 @@ public:
     // Returns the one before.
     std::shared_ptr<const StyledText> setText(std::shared_ptr<const StyledText> text);
     void setSelectedTextAttributes(const SelectedTextAttributes& attributes);
+    // Stands in the middle while there is no text.
+    const QString& placeholder() const { return _placeholder; }
+    void setPlaceholder(const QString& placeholder);
 
     TextStretch selection() const;
     std::size_t selectionHead() const { return _head; } // the end that moves
     QString selectedText() const;
     // From the first to the second, which is brought into sight.
     void select(std::size_t anchor, std::size_t head);
+    // The same for what was found, which looks different until something else is selected.
+    void selectMatch(TextStretch match);
+    bool showsMatch() const { return _showsMatch; }
 
     void scrollToEnd();
     void scrollTo(std::size_t offset);
@@ -40,6 +47,8 @@ public:
     QRect characterRect(std::size_t offset);
     // The first line and the first one after those in sight.
     std::pair<std::size_t, std::size_t> linesInSight();
+    // From the first row in sight to the last one.
+    TextStretch stretchInSight();
 
 public Q_SLOTS:
     void copy() const;
@@ -74,6 +83,8 @@ private:
     void updateScrollBar();
     void forgetDistantLayouts();
     TextLineLayout& layoutOf(std::size_t line);
+    std::size_t lineAt(std::size_t offset);
+    void settle(std::size_t line);
     void scrollToPlace(Place place);
     Place placeOf(std::size_t offset);
 
@@ -89,6 +100,8 @@ private:
     std::size_t rowsAway(std::int64_t rows);
 
     std::shared_ptr<const StyledText> _text;
+    QString _placeholder;
+    TextLines _lines;
     SelectedTextAttributes _selectedAttributes{NamedColor::SelectedTextBackground, {}};
     TextTheme _theme;
     RowIndex _rows;
@@ -97,6 +110,7 @@ private:
     bool _arranged = false;
     std::size_t _anchor = 0;
     std::size_t _head = 0;
+    bool _showsMatch = false;
     TextStretch _pressed; // the word or line that a click with drag began with
     enum class Unit { Character, Word, Line } _unit = Unit::Character;
     QElapsedTimer _sinceDoubleClick;

@@ -41,6 +41,7 @@ void StyledTextArea::setSelection(std::size_t anchor, std::size_t head)
         return;
     _anchor = anchor;
     _head = head;
+    _showsMatch = false;
     viewport()->update();
     Q_EMIT selectionChanged();
 }
@@ -49,6 +50,13 @@ void StyledTextArea::select(std::size_t anchor, std::size_t head)
 {
     setSelection(anchor, head);
     scrollTo(_head);
+}
+
+void StyledTextArea::selectMatch(TextStretch match)
+{
+    select(match.begin, match.end);
+    _showsMatch = true;
+    viewport()->update();
 }
 
 void StyledTextArea::selectAll()
@@ -190,7 +198,7 @@ void StyledTextArea::mousePressEvent(QMouseEvent* event)
     _pressed = {offset, offset};
     _unit = third ? Unit::Line : Unit::Character;
     if (third && !_text->empty())
-        _pressed = layoutOf(_text->lineAt(offset)).stretch();
+        _pressed = layoutOf(lineAt(offset)).stretch();
     setSelection(_pressed.begin, _pressed.end);
 }
 
@@ -200,7 +208,7 @@ void StyledTextArea::mouseDoubleClickEvent(QMouseEvent* event)
         return;
     const auto offset = offsetAt(event->pos());
     _unit = Unit::Word;
-    _pressed = layoutOf(_text->lineAt(offset)).wordAt(offset);
+    _pressed = layoutOf(lineAt(offset)).wordAt(offset);
     _sinceDoubleClick.start();
     setSelection(_pressed.begin, _pressed.end);
 }
@@ -222,7 +230,7 @@ void StyledTextArea::extendTo(QPoint point)
     const auto offset = offsetAt(point);
     TextStretch reached{offset, offset};
     if (_unit != Unit::Character && !_text->empty()) {
-        const auto& layout = layoutOf(_text->lineAt(offset));
+        const auto& layout = layoutOf(lineAt(offset));
         reached = _unit == Unit::Line ? layout.stretch() : layout.wordAt(offset);
     }
     if (reached.begin < _pressed.begin)

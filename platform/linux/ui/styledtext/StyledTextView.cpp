@@ -19,8 +19,7 @@ StyledTextView::StyledTextView(QWidget* parent)
     column->addWidget(_area, 1);
     _bar->hide();
     StyledTextAccessible::install();
-    connect(_bar, &FindBar::wordEdited, this,
-            [this] { find(_area->selection().begin, TextFinder::Direction::Forward); });
+    connect(_bar, &FindBar::wordEdited, this, &StyledTextView::findTyped);
     connect(_bar, &FindBar::nextRequested, this, &StyledTextView::findNext);
     connect(_bar, &FindBar::previousRequested, this, &StyledTextView::findPrevious);
     connect(_bar, &FindBar::closed, this, &StyledTextView::closeBar);
@@ -40,7 +39,25 @@ StyledTextView::StyledTextView(QWidget* parent)
 
 void StyledTextView::openBar()
 {
+    _origin = placeInSight();
     _bar->open();
+}
+
+// What is selected there, or the end of what is in sight: the newest messages stand last.
+std::size_t StyledTextView::placeInSight()
+{
+    const auto sight = _area->stretchInSight();
+    const auto chosen = _area->selection();
+    return !chosen.isEmpty() && chosen.begin >= sight.begin && chosen.begin < sight.end ? chosen.end : sight.end;
+}
+
+void StyledTextView::findTyped()
+{
+    // A longer word is looked for from where the shorter one was, while what was found is still in sight.
+    const auto place = placeInSight();
+    if (!_area->showsMatch() || place != _area->selection().end)
+        _origin = place;
+    find(_origin, TextFinder::Direction::Backward);
 }
 
 void StyledTextView::closeBar()
@@ -62,17 +79,18 @@ void StyledTextView::findNext()
 {
     // One further than the last match's beginning, which may overlap the next one.
     const auto chosen = _area->selection();
-    find(chosen.begin + (chosen.isEmpty() ? 0 : 1), TextFinder::Direction::Forward);
+    find(chosen.isEmpty() ? _area->stretchInSight().begin : chosen.begin + 1, TextFinder::Direction::Forward);
 }
 
 void StyledTextView::findPrevious()
 {
-    find(_area->selection().begin, TextFinder::Direction::Backward);
+    const auto chosen = _area->selection();
+    find(chosen.isEmpty() ? placeInSight() : chosen.begin, TextFinder::Direction::Backward);
 }
 
 void StyledTextView::showMatch(std::size_t begin, std::size_t end)
 {
-    _area->select(begin, end);
+    _area->selectMatch({begin, end});
 }
 
 } // namespace platform::ui

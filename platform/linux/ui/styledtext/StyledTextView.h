@@ -19,6 +19,8 @@ public:
 
 private:
     void openBar();
+    std::size_t placeInSight();
+    void findTyped();
     void closeBar();
     void find(std::size_t from, TextFinder::Direction direction);
     void findNext();
@@ -28,6 +30,7 @@ private:
     FindBar* _bar;
     StyledTextArea* _area;
     TextFinder _finder;
+    std::size_t _origin = 0; // where a word that is typed is looked for from, upwards
 };
 
 } // namespace platform::ui

@@ -26,6 +26,11 @@ std::shared_ptr<const StyledText> TextView::setTextStorage(std::shared_ptr<const
     return areaOf(*this).setText(std::move(text));
 }
 
+void TextView::setPlaceholderString(const std::string& text)
+{
+    areaOf(*this).setPlaceholder(QString::fromStdString(text));
+}
+
 std::string TextView::selectedText() const
 {
     return areaOf(*this).selectedText().toStdString();

@@ -6,16 +6,34 @@
 
 namespace platform::ui {
 
-TextLineLayout::TextLineLayout(const StyledText& text, std::size_t line, const TextTheme& theme, double width)
-    : _bytes(text.line(line)),
-      _stretch{text.lineStart(line), text.lineStart(line + 1)},
-      _selectedFormat(theme.selectedFormat()),
+namespace {
+
+// Embeddings, overrides and isolates. Each has as many bytes and units as the replacement character.
+bool redirects(QChar character)
+{
+    const auto code = character.unicode();
+    return (code >= 0x202A && code <= 0x202E) || (code >= 0x2066 && code <= 0x2069);
+}
+
+QString shownText(std::string_view bytes)
+{
+    auto text = QString::fromUtf8(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    if (std::ranges::any_of(text.cbegin(), text.cend(), redirects))
+        std::replace_if(text.begin(), text.end(), redirects, QChar(QChar::ReplacementCharacter));
+    return text;
+}
+
+} // namespace
+
+TextLineLayout::TextLineLayout(const StyledText& text, TextStretch stretch, const TextTheme& theme, double width)
+    : _bytes(std::string_view(text.string()).substr(stretch.begin, stretch.end - stretch.begin)),
+      _stretch(stretch),
       _rowHeight(theme.rowHeight()),
       _ascent(theme.ascent())
 {
     if (_bytes.ends_with('\n'))
         _bytes.remove_suffix(1);
-    _layout.setText(QString::fromUtf8(_bytes.data(), static_cast<qsizetype>(_bytes.size())));
+    _layout.setText(shownText(_bytes));
     QList<QTextLayout::FormatRange> formats;
     text.visitRuns(_stretch.begin, _stretch.begin + _bytes.size(),
                    [&](std::size_t begin, std::size_t end, const TextAttributes& attributes) {
@@ -32,6 +50,7 @@ void TextLineLayout::wrap(double width)
 {
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setTextDirection(Qt::LeftToRight); // whatever a message begins with
     _layout.setTextOption(option);
     _layout.setCacheEnabled(true);
     _layout.beginLayout();
@@ -57,7 +76,8 @@ std::size_t TextLineLayout::offset(int position) const
     return _stretch.begin + static_cast<std::size_t>(text.toUtf8().size());
 }
 
-void TextLineLayout::draw(QPainter& painter, QPointF origin, TextStretch selection, double width) const
+void TextLineLayout::draw(QPainter& painter, QPointF origin, TextStretch selection,
+                          const QTextCharFormat& selectedFormat, double width) const
 {
     QList<QTextLayout::FormatRange> selected;
     const auto begin = std::max(selection.begin, _stretch.begin);
@@ -65,12 +85,12 @@ void TextLineLayout::draw(QPainter& painter, QPointF origin, TextStretch selecti
     if (begin < end) {
         const auto textEnd = _stretch.begin + _bytes.size();
         const int from = position(std::min(begin, textEnd));
-        selected.append({from, position(std::min(end, textEnd)) - from, _selectedFormat});
+        selected.append({from, position(std::min(end, textEnd)) - from, selectedFormat});
         if (end > textEnd) { // the newline, too
             const auto last = _layout.lineAt(rows() - 1);
             const double x = begin > textEnd ? 0 : last.naturalTextWidth();
             painter.fillRect(QRectF(origin.x() + x, origin.y() + (rows() - 1) * _rowHeight, width - x, _rowHeight),
-                             _selectedFormat.background());
+                             selectedFormat.background());
         }
     }
     _layout.draw(&painter, origin, selected);

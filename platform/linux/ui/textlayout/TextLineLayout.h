@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/ui/textlayout/TextStretch.h"
 #include "platform/linux/ui/textlayout/TextTheme.h"
 #include "platform/StyledText.h"
 
@@ -9,22 +10,18 @@
 
 namespace platform::ui {
 
-// A stretch of a text, in bytes.
-struct TextStretch {
-    std::size_t begin = 0;
-    std::size_t end = 0;
-    bool isEmpty() const { return begin == end; }
-};
-
-// One line of a text, wrapped to a width. Offsets are those of the whole text.
+// One line of a text, wrapped to a width. Offsets are those of the whole text. Characters that would have what follows
+// run in another direction, or as if it were another text, are shown as replacement characters.
 class TextLineLayout {
 public:
-    TextLineLayout(const StyledText& text, std::size_t line, const TextTheme& theme, double width);
+    // The stretch is within a line of the text, or is one with its newline.
+    TextLineLayout(const StyledText& text, TextStretch stretch, const TextTheme& theme, double width);
 
     int rows() const { return _layout.lineCount(); }
     TextStretch stretch() const { return _stretch; }
 
-    void draw(QPainter& painter, QPointF position, TextStretch selection, double width) const;
+    void draw(QPainter& painter, QPointF position, TextStretch selection, const QTextCharFormat& selectedFormat,
+              double width) const;
 
     // The gap between characters that is nearest.
     std::size_t offsetAt(int row, double x) const;
@@ -46,7 +43,6 @@ private:
     std::string_view _bytes; // without the newline
     TextStretch _stretch;    // with it
     QTextLayout _layout;
-    QTextCharFormat _selectedFormat;
     int _rowHeight;
     int _ascent;
 };

@@ -12,8 +12,6 @@ namespace platform::ui {
 
 namespace {
 
-constexpr double leastContrast = 4.5;
-
 double linearComponent(double value)
 {
     return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
@@ -46,7 +44,7 @@ double contrast(const QColor& one, const QColor& other)
     return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
-QColor legibleOn(const QColor& background, QColor color)
+QColor legibleOn(const QColor& background, QColor color, double leastContrast)
 {
     const QColor away = isDark(background) ? Qt::white : Qt::black;
     for (int step = 0; step < 20 && contrast(background, color) < leastContrast; ++step)
@@ -70,6 +68,9 @@ TextTheme::TextTheme(const QPalette& palette, const QFont& ownFont, const Select
         _selectedFormat.setBackground(color(*selected.background));
     if (selected.foreground)
         _selectedFormat.setForeground(color(*selected.foreground));
+    const auto match = legibleOn(_base, palette.color(QPalette::Highlight), ObjectContrast);
+    _matchFormat.setBackground(match);
+    _matchFormat.setForeground(isDark(match) ? QColor(Qt::white) : QColor(Qt::black));
 }
 
 QColor TextTheme::color(const Color& color) const

@@ -19,6 +19,8 @@ public:
 
     QTextCharFormat format(const TextAttributes& attributes) const;
     const QTextCharFormat& selectedFormat() const { return _selectedFormat; }
+    // Of what was looked for and found: seen at once, on any background.
+    const QTextCharFormat& matchFormat() const { return _matchFormat; }
 
     int rowHeight() const { return _rowHeight; }
     int ascent() const { return _ascent; }
@@ -33,6 +35,7 @@ private:
     QColor _base;
     QColor _selectedBackground;
     QTextCharFormat _selectedFormat;
+    QTextCharFormat _matchFormat;
     int _rowHeight = 1;
     int _ascent = 0;
     double _characterWidth = 1;
@@ -41,7 +44,10 @@ private:
 // As WCAG measures it: from 1 (the same) to 21.
 double contrast(const QColor& one, const QColor& other);
 
-// The colour, or as much lighter or darker a one as it takes to read it on the background.
-QColor legibleOn(const QColor& background, QColor color);
+constexpr double TextContrast = 4.5;   // to read a text
+constexpr double ObjectContrast = 3.0; // to see that something is there
+
+// The colour, or as much lighter or darker a one as it takes to see it on the background.
+QColor legibleOn(const QColor& background, QColor color, double leastContrast = TextContrast);
 
 } // namespace platform::ui
