@@ -5,7 +5,7 @@ if(APPLE)
 endif()
 option(BREVANE_TESTS "Build the tests and benchmarks" ${BREVANE_TESTS_DEFAULT})
 option(BREVANE_FUZZ "Build the fuzzers (needs clang)" OFF)
-option(BREVANE_TEST_BATCHES "Compile several sources of the tests at once: quicker from nothing, slower after a change" OFF)
+option(BREVANE_BATCHES "Compile several sources of the tests and of BATCHED rooms at once: quicker from nothing, slower after a change" OFF)
 set(BREVANE_SANITIZE "" CACHE STRING "Sanitizers, comma separated, as -fsanitize= takes them")
 
 set(CMAKE_CXX_STANDARD 23)
@@ -37,7 +37,7 @@ endif()
 
 # The tests' cases are checked too, but not made fast where nobody works on them: that took half of the whole build's time.
 set(is_test $<BOOL:$<TARGET_PROPERTY:BREVANE_TEST>>)
-if(BREVANE_TEST_BATCHES)
+if(BREVANE_BATCHES)
     target_compile_options(brevane_options INTERFACE $<${is_test}:-O0> $<${is_test}:-g1>)
     target_compile_definitions(brevane_options INTERFACE $<${is_test}:DOCTEST_CONFIG_SUPER_FAST_ASSERTS>)
 endif()

@@ -1,6 +1,7 @@
 # A room's library: every source directly in the named folders (relative to this one; "." by default).
+#   BATCHED   its sources have no names in common and take long for their headers; see BREVANE_BATCHES
 function(brevane_library name)
-    cmake_parse_arguments(ARG "" "PRECOMPILED" "FOLDERS;LINKS" ${ARGN})
+    cmake_parse_arguments(ARG "BATCHED" "PRECOMPILED" "FOLDERS;LINKS" ${ARGN})
     if(NOT ARG_FOLDERS)
         set(ARG_FOLDERS .)
     endif()
@@ -16,4 +17,7 @@ function(brevane_library name)
         set(ARG_PRECOMPILED brevane_precompiled_values)
     endif()
     brevane_use_precompiled(${name} ${ARG_PRECOMPILED})
+    if(BREVANE_BATCHES AND ARG_BATCHED)
+        set_target_properties(${name} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+    endif()
 endfunction()
