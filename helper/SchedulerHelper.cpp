@@ -3,12 +3,14 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/ReplyBuilder.h"
 #include "helper/SettingsValidator.h"
+#include "helper/snapshots/SnapshotListing.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/SystemInformation.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
 #include "protocol/Schedule.h"
 #include "protocol/ScheduleSettings.h"
+#include "protocol/SnapshotList.h"
 
 #include <cerrno>
 #include <future>
@@ -85,6 +87,7 @@ SchedulerHelper::SchedulerHelper(const HelperOptions& options, Listener& listene
       _maintenance(Maintenance::create(options, _peers, std::move(endHandler))),
       _readingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.reading")),
       _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing")),
+      _listingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.listing")),
       _program(std::make_shared<ProgramChoice>(
           platform::systemPath("/Library/Preferences/com.zerkolin.brevane.program.plist"),
           ProgramCatalog::installedFolder())),
@@ -104,6 +107,7 @@ SchedulerHelper::SchedulerHelper(const HelperOptions& options, Listener& listene
     followSnapshotsSetting();
     serveEverything();
     serveEnforcement();
+    serveSnapshots();
 }
 
 void SchedulerHelper::serve(std::int64_t message, Service service)
@@ -169,6 +173,19 @@ void SchedulerHelper::serveEnforcement()
     serve(BRVMessageSetBackupProgram,
           {{}, Lane::Changing, true, [this](const Call& call, const Completion& completion) {
                completion(setBackupProgram(call));
+           }});
+}
+
+void SchedulerHelper::serveSnapshots()
+{
+    serve(BRVMessageListSnapshots,
+          {{}, Service::Lane::Reading, true, [this](const Service::Call& call, const Service::Completion& completion) {
+               const auto* const payload = call.payload ? call.payload->dictionary() : nullptr;
+               const auto* const volume = payload ? payload->stringForKey(SnapshotListKey::Volume) : nullptr;
+               if (!volume)
+                   return completion(std::unexpected(RequestReader::deserializeError(call.message)));
+               _listingQueue->async(
+                   [volume = *volume, turn = call.turn, completion] { completion(listLocalSnapshots(volume)); });
            }});
 }
 
@@ -334,7 +351,8 @@ bool SchedulerHelper::drain(std::chrono::milliseconds limit)
     _turns->dropAll();
     _maintenance->endChecks();
     auto end = std::chrono::steady_clock::now() + limit;
-    for (const auto& queue : {_readingQueue, _changingQueue, _maintenance->queue(), _maintenance->checkQueue()}) {
+    for (const auto& queue :
+         {_readingQueue, _changingQueue, _listingQueue, _maintenance->queue(), _maintenance->checkQueue()}) {
         auto done = std::make_shared<std::promise<void>>();
         queue->async([done] { done->set_value(); });
         if (done->get_future().wait_until(end) != std::future_status::ready)

@@ -59,6 +59,7 @@ private:
     SchedulerHelper(const HelperOptions& options, Listener& listener, Maintenance::EndHandler endHandler);
     void serveEverything();
     void serveEnforcement();
+    void serveSnapshots();
     void followAutoUpdatesSetting();
     void followSnapshotsSetting();
 
@@ -85,6 +86,7 @@ private:
     std::shared_ptr<Maintenance> _maintenance;
     std::shared_ptr<platform::Queue> _readingQueue;
     std::shared_ptr<platform::Queue> _changingQueue;
+    std::shared_ptr<platform::Queue> _listingQueue; // of snapshots
     std::shared_ptr<ProgramChoice> _program;
     Enforcer _enforcer;
     SnapshotKeeper _snapshots;

@@ -2,6 +2,7 @@
 
 #include "messaging/ZRKError.h"
 #include "protocol/ErrorCodes.h"
+#include "protocol/SnapshotList.h"
 
 #include <utility>
 
@@ -68,6 +69,13 @@ void BRVHelperMessager::setBackupProgram(const platform::Dictionary& choice,
                                          std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler)
 {
     sendMessageForDictionary(BRVMessageSetBackupProgram, choice, std::move(replyQueue), std::move(handler));
+}
+
+void BRVHelperMessager::listSnapshots(const std::string& volume, std::shared_ptr<platform::Queue> replyQueue,
+                                      DictionaryHandler handler)
+{
+    sendMessageForDictionary(BRVMessageListSnapshots, platform::Dictionary{{SnapshotListKey::Volume, volume}},
+                             std::move(replyQueue), std::move(handler));
 }
 
 void BRVHelperMessager::cancel()

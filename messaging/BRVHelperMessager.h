@@ -34,6 +34,9 @@ public:
     void getBackupProgram(std::shared_ptr<platform::Queue> replyQueue, DictionaryHandler handler); // BackupProgramKey
     void setBackupProgram(const platform::Dictionary& choice, std::shared_ptr<platform::Queue> replyQueue,
                           DictionaryHandler handler);
+    // The same for the local snapshots of the volume that is mounted there.
+    void listSnapshots(const std::string& volume, std::shared_ptr<platform::Queue> replyQueue,
+                       DictionaryHandler handler); // SnapshotListKey
 
     std::optional<std::vector<std::string>> authorizationRightsForMessage(const ZRKMessagerClient& client,
                                                                           std::int64_t message) override;

@@ -16,6 +16,13 @@ inline constexpr std::uint32_t AttributeObjectIdentifier = 0x00000020;
 inline constexpr std::uint32_t AttributeCreationTime = 0x00000200;
 inline constexpr std::uint32_t AttributeReturnedSet = 0x80000000;
 
+// What a process lacks that may not see snapshots.
+enum class SnapshotAccess {
+    FullDisk,      // which the user gives to the application in the settings
+    Administrator, // nobody else may: the scheduler helper lists them for users who are authorized
+};
+SnapshotAccess missingSnapshotAccess();
+
 // The snapshots of one mounted volume, as the file system hands them out: packed attribute records. Each record is, in
 // the byte order of the machine and without padding,
 //     its length in bytes with everything after it, 32 bits;

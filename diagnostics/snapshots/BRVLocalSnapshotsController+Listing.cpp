@@ -5,6 +5,7 @@
 #include "platform/Format.h"
 #include "platform/Localization.h"
 #include "platform/Snapshots.h"
+#include "protocol/SnapshotList.h"
 
 #include <cstring>
 
@@ -28,10 +29,11 @@ std::optional<platform::Dictionary> snapshotOfRecord(const SnapshotRecord& recor
     const auto size = record.objectIdentifier ? volume.sizeOfSnapshot(*record.objectIdentifier) : std::nullopt;
     if (!record.name || !record.creationTime)
         return std::nullopt;
-    platform::Dictionary snapshot{{"Name", *record.name},
-                                  {"Date", dateOfSnapshotTime(static_cast<double>(*record.creationTime))}};
+    platform::Dictionary snapshot{
+        {SnapshotListKey::Name, *record.name},
+        {SnapshotListKey::Date, dateOfSnapshotTime(static_cast<double>(*record.creationTime))}};
     if (size)
-        snapshot.set("Size", *size);
+        snapshot.set(SnapshotListKey::Size, *size);
     return snapshot;
 }
 

@@ -5,9 +5,11 @@
 #include "platform/Color.h"
 #include "platform/DateFormat.h"
 #include "platform/Localization.h"
+#include "platform/Snapshots.h"
 #include "platform/SystemInformation.h"
 #include "platform/ui/Alert.h"
 #include "platform/Workspace.h"
+#include "protocol/SnapshotList.h"
 #include "version/ZRKSystemVersionManager.h"
 
 #include <algorithm>
@@ -21,9 +23,10 @@ namespace {
 
 constexpr const char* newSnapshotNotification = "com.zerkolin.brevane.snapshot";
 constexpr const char* securityPanePath = "/System/Library/PreferencePanes/Security.prefPane";
-constexpr const char* nameKey = "Name";
-constexpr const char* dateKey = "Date";
-constexpr const char* sizeKey = "Size";
+// Of the columns too.
+constexpr const char* nameKey = SnapshotListKey::Name;
+constexpr const char* dateKey = SnapshotListKey::Date;
+constexpr const char* sizeKey = SnapshotListKey::Size;
 constexpr unsigned yosemite = 0; // macOS 10.10
 
 std::string dateText(const platform::Dictionary& snapshot)
@@ -103,8 +106,12 @@ void BRVLocalSnapshotsController::loadWindow()
         if (const auto self = weak.lock())
             self->reloadSnapshots();
     });
-    _fullDiskAccessButton->setAction([weak] {
-        if (const auto self = weak.lock())
+    const bool needsAdministrator = platform::missingSnapshotAccess() == platform::SnapshotAccess::Administrator;
+    _fullDiskAccessButton->setAction([weak, needsAdministrator] {
+        const auto self = weak.lock();
+        if (self && needsAdministrator)
+            self->listAsAdministrator();
+        else if (self)
             self->showFullDiskAcccessInfo();
     });
     awakeFromNib();
@@ -163,8 +170,21 @@ void BRVLocalSnapshotsController::reloadSnapshots()
 {
     const auto disk = selectedDisk();
     std::optional<platform::Error> error;
-    _snapshots = disk ? snapshotsAtURL(disk->URL(), &error) : std::nullopt;
+    auto listed = disk ? snapshotsAtURL(disk->URL(), &error) : std::nullopt;
     const bool isRefused = error && error->domain == platform::POSIXErrorDomain && error->code == EPERM;
+    if (isRefused && _usesHelper)
+        askHelper(false);
+    else
+        showSnapshots(std::move(listed), isRefused);
+}
+
+void BRVLocalSnapshotsController::showSnapshots(std::optional<SnapshotList> snapshots, bool isRefused)
+{
+    const auto disk = selectedDisk();
+    _shownURL = disk ? disk->URL() : "";
+    _snapshots = std::move(snapshots);
+    if (isRefused && platform::missingSnapshotAccess() == platform::SnapshotAccess::Administrator)
+        explainMissingAccess();
     setFullDiskAccessHidden(!isRefused);
     _tableView->setPlaceholder(placeholderForList(disk != nullptr, _snapshots.has_value(), isRefused));
     _tableView->reloadData();

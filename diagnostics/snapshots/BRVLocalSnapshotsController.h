@@ -37,6 +37,8 @@ public:
     void reloadDisks();
     void reloadSnapshots();
     void showFullDiskAcccessInfo();
+    // Where nobody but an administrator may list: asks the helper, for the user who authenticates.
+    void listAsAdministrator();
 
     std::shared_ptr<KPVDisk> selectedDisk() const;
     void addDisk(const std::shared_ptr<KPVDisk>& disk);
@@ -66,6 +68,12 @@ private:
     void observeVolumes();
     void _addDisk(const std::shared_ptr<KPVDisk>& disk);
     void setFullDiskAccessHidden(bool hidden);
+    void showSnapshots(std::optional<SnapshotList> snapshots, bool isRefused);
+    void explainMissingAccess();
+    void askHelper(bool mayAuthenticate);
+    void finishAsking(const std::string& url, bool mayAuthenticate,
+                      const platform::Result<platform::Dictionary>& reply);
+    void presentFailureToList(const platform::Error& error);
     std::optional<std::size_t> indexOfDiskAtURL(const std::string& url) const;
 
     std::unique_ptr<platform::ui::Interface> _interface;
@@ -75,6 +83,10 @@ private:
     std::shared_ptr<platform::ui::Button> _fullDiskAccessButton;
     std::vector<std::shared_ptr<KPVDisk>> _disks;
     std::optional<SnapshotList> _snapshots; // of the selected volume
+    std::string _shownURL;                  // of which volume they are
+    bool _usesHelper = false;               // the user has asked for it, and it has not refused since
+    bool _isAsking = false;                 // the helper
+    bool _asksAgain = false;
     std::shared_ptr<platform::DiskSession> _dasession;
     std::optional<platform::VolumeObserver> _volumeObserver;
     std::optional<platform::DistributedNotificationObserver> _snapshotObserver;

@@ -130,7 +130,7 @@ private:
     sd_bus* _bus = nullptr;
 };
 
-// All of them read until there are as many answers, or nothing has come for ten seconds.
+// All of them read until there are as many answers, or nothing has come for a minute.
 void readUntilAnswered(const std::vector<RawClient*>& clients, int count)
 {
     const auto isAnswered = [&] {
@@ -140,7 +140,7 @@ void readUntilAnswered(const std::vector<RawClient*>& clients, int count)
         return sum >= count;
     };
     for (auto last = std::chrono::steady_clock::now();
-         !isAnswered() && std::chrono::steady_clock::now() < last + std::chrono::seconds(10);) {
+         !isAnswered() && std::chrono::steady_clock::now() < last + std::chrono::minutes(1);) {
         bool hasRead = false;
         for (RawClient* client : clients) {
             while (client->read())
@@ -546,7 +546,7 @@ TEST_CASE(
     CHECK(replyCount <= 20);
     CHECK(replyCount + refusalCount == 300);
     RecordedConnection recorded;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
     while (!recorded.connection->sendSynchronously({{"number", 1}}) && std::chrono::steady_clock::now() < end) {
         for (RawClient* client : clients)
             client->read(); // the last pings
@@ -574,7 +574,7 @@ TEST_CASE("every call of a user who is cut off is answered as soon as its sender
         deaf->begin();
     sd_bus_flush(deaf->bus());
     // Reads, one call after another: each is refused although the deaf one stays deaf.
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
     int sent = 0;
     while (reader.refusalCount < 3 * Many && sent < 6 * Many && std::chrono::steady_clock::now() < end) {
         reader.begin();

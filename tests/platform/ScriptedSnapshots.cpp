@@ -11,6 +11,7 @@ namespace {
 
 struct FileSystems {
     std::map<std::string, Snapshots> volumes;
+    platform::SnapshotAccess missingAccess = platform::SnapshotAccess::FullDisk;
     int timesOpened = 0;
     std::vector<std::uint64_t> askedSizes;
 };
@@ -70,6 +71,11 @@ void set(const std::string& url, Snapshots snapshots)
     fileSystems().volumes[url] = std::move(snapshots);
 }
 
+void setMissingAccess(platform::SnapshotAccess access)
+{
+    fileSystems().missingAccess = access;
+}
+
 int timesOpened()
 {
     return fileSystems().timesOpened;
@@ -83,6 +89,11 @@ std::vector<std::uint64_t> askedSizes()
 } // namespace scripted::snapshots
 
 namespace platform {
+
+SnapshotAccess missingSnapshotAccess()
+{
+    return scripted::snapshots::fileSystems().missingAccess;
+}
 
 std::expected<std::unique_ptr<SnapshotVolume>, int> SnapshotVolume::open(const std::string& url)
 {

@@ -26,6 +26,7 @@ struct Snapshots {
 
 void reset(); // no volume can be opened: ENOENT
 void set(const std::string& url, Snapshots snapshots);
+void setMissingAccess(platform::SnapshotAccess access); // full disk access after reset()
 
 int timesOpened(); // successful or not, since reset()
 std::vector<std::uint64_t> askedSizes();

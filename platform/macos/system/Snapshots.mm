@@ -57,6 +57,11 @@ private:
 
 } // namespace
 
+SnapshotAccess missingSnapshotAccess()
+{
+    return SnapshotAccess::FullDisk;
+}
+
 std::expected<std::unique_ptr<SnapshotVolume>, int> SnapshotVolume::open(const std::string& url)
 {
     FileDescriptor volume(::open(url.c_str(), O_RDONLY | O_CLOEXEC));

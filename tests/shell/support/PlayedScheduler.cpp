@@ -18,7 +18,8 @@ namespace {
 bool takesPayload(std::int64_t message)
 {
     return message == BRVMessageApplySettings || message == BRVMessageSetAllowWithoutPassword
-        || message == BRVMessageSetAutoUpdates || message == BRVMessageSetBackupProgram;
+        || message == BRVMessageSetAutoUpdates || message == BRVMessageSetBackupProgram
+        || message == BRVMessageListSnapshots;
 }
 
 Dictionary ruleFor(bool allowsWithoutPassword)
@@ -97,6 +98,8 @@ platform::ServiceReply PlayedScheduler::State::usualAnswer(std::int64_t message)
                 backupProgram.remove(key);
         }
         return replyWith(Dictionary{{"Applied", true}});
+    case BRVMessageListSnapshots:
+        return replyWith(Dictionary{{"Snapshots", platform::Array()}, {"Complete", true}});
     case BRVMessageCheckForUpdates:
         return replyWithError({ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate, {}, nullptr});
     case BRVMessageGetStatus:

@@ -13,8 +13,9 @@
 
 // The scheduler helper as tests play it. It holds a record, hands it out for message 1 and takes the one of message 2;
 // keeps whether updates are installed automatically (18, 21) and whether the schedule needs a password (6); knows of no
-// update (26); tells the status that it is given (5); and starts backups, installs and uninstalls without complaint (3,
-// 27, 28). Borg is its backup program (7, 12) at first. It answers from its construction on, until scripted::reset().
+// update (26) and of no snapshot (11); tells the status that it is given (5); and starts backups, installs and
+// uninstalls without complaint (3, 27, 28). Borg is its backup program (7, 12) at first. It answers from its
+// construction on, until scripted::reset().
 class PlayedScheduler {
 public:
     explicit PlayedScheduler(ScheduleSettings record);

@@ -24,10 +24,13 @@ struct Place {
 
 class RootTree {
 public:
-    explicit RootTree(int volume) : _volume(volume) { }
+    RootTree(int volume, const BtrfsSnapshotLimits& limits) : _volume(volume), _limits(limits) { }
 
     void take(const BtrfsItem& item)
     {
+        _isComplete = _isComplete && (item.type != BTRFS_ROOT_ITEM_KEY || ++_rootCount <= _limits.subvolumes);
+        if (!_isComplete)
+            return;
         if (item.type == BTRFS_ROOT_ITEM_KEY)
             takeRoot(item);
         else if (item.type == BTRFS_ROOT_BACKREF_KEY)
@@ -35,6 +38,8 @@ public:
     }
 
     bool isEmpty() const { return _places.empty() && _roots.empty(); }
+    // False when there are more than the limits allow; known after snapshots().
+    bool isComplete() const { return _isComplete; }
     std::vector<SnapshotAttributes> snapshots();
 
 private:
@@ -43,7 +48,10 @@ private:
     const std::string* folderPath(std::uint64_t subvolume, std::uint64_t folder);
     std::optional<std::string> path(std::uint64_t subvolume);
 
-    int _volume;
+    const int _volume;
+    const BtrfsSnapshotLimits _limits;
+    bool _isComplete = true;
+    std::size_t _rootCount = 0;
     std::vector<SnapshotAttributes> _roots;
     std::unordered_map<std::uint64_t, Place> _places;
     std::map<std::pair<std::uint64_t, std::uint64_t>, std::string> _folders;
@@ -107,11 +115,17 @@ std::vector<SnapshotAttributes> RootTree::snapshots()
 {
     std::vector<SnapshotAttributes> found;
     found.reserve(_roots.size());
+    std::size_t nameBytes = 0;
     for (auto& root : _roots) {
         auto name = path(root.objectIdentifier);
         if (!name)
             continue;
         root.name = validUTF8(*name);
+        nameBytes += root.name.size();
+        if (nameBytes > _limits.nameBytes) {
+            _isComplete = false;
+            break;
+        }
         found.push_back(std::move(root));
     }
     return found;
@@ -119,15 +133,16 @@ std::vector<SnapshotAttributes> RootTree::snapshots()
 
 } // namespace
 
-std::expected<BtrfsSnapshotList, int> BtrfsSnapshotList::read(int volume)
+std::expected<BtrfsSnapshotList, int> BtrfsSnapshotList::read(int volume, const BtrfsSnapshotLimits& limits)
 {
-    RootTree tree(volume);
+    RootTree tree(volume, limits);
     const auto failure =
         visitBtrfsTree(volume, {BTRFS_ROOT_TREE_OBJECTID, BTRFS_FIRST_FREE_OBJECTID, BTRFS_LAST_FREE_OBJECTID},
                        [&](const BtrfsItem& item) { tree.take(item); });
     if (failure && tree.isEmpty())
         return std::unexpected(*failure);
-    return BtrfsSnapshotList{tree.snapshots(), !failure};
+    auto snapshots = tree.snapshots();
+    return BtrfsSnapshotList{std::move(snapshots), !failure && tree.isComplete()};
 }
 
 } // namespace platform
