@@ -22,6 +22,9 @@ struct BackupJob {
     // Mount points, each of a disk whose contents are not to be trusted: the commands can change nothing but what is on
     // them and what they keep for themselves, and follow no link there. None: the commands are not confined.
     std::vector<std::string> confinedTo = {};
+    // On the clock since boot: later it does not begin any more, since whoever started it has given it up by then. Set
+    // by start().
+    std::optional<std::chrono::nanoseconds> beginBefore = {};
 
     bool operator==(const BackupJob&) const = default;
 };
@@ -51,6 +54,9 @@ public:
     // running.
     static std::unique_ptr<BackupRunner> create(std::shared_ptr<Queue> queue, Handler handler);
     virtual ~BackupRunner() = default;
+
+    // A backup that has not begun so long after its start never will.
+    static constexpr std::chrono::seconds BeginLimit{20};
 
     // Success as soon as it is under way. EBUSY while one runs.
     virtual Result<void> start(const BackupJob& job) = 0;

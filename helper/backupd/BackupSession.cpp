@@ -1,6 +1,7 @@
 #include "helper/backupd/BackupSession.h"
 
 #include "helper/backupd/BackupCommand.h"
+#include "platform/Clock.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/files/Root.h"
 #include "platform/SystemInformation.h"
@@ -51,6 +52,10 @@ int BackupSession::run()
         return EX_CONFIG;
     if (!takeLock()) {
         _log.message(BackupLog::Error, "Another backup is running.");
+        return EX_TEMPFAIL;
+    }
+    if (job->beginBefore && platform::readClocks().sinceBoot > *job->beginBefore) {
+        _log.message(BackupLog::Error, "The backup came to life too late, and is not made.");
         return EX_TEMPFAIL;
     }
     goBehindOtherWork();

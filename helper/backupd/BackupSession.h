@@ -16,7 +16,7 @@ public:
     explicit BackupSession(std::string identifier) : _identifier(std::move(identifier)) { }
 
     // The exit status of this process: that of the job, EX_CONFIG where there is no such job, EX_TEMPFAIL while another
-    // backup holds the lock.
+    // backup holds the lock, or when the job is not to begin any more.
     int run();
 
 private:

@@ -30,7 +30,9 @@ namespace {
 constexpr std::chrono::seconds wakeLimit{60};
 // A backup may be on its way while nobody watches, when the helper ends between its start and its first sign of life.
 constexpr std::int64_t startedJustNow = 60;
-constexpr std::chrono::seconds lifeLimit{30}; // a busy computer takes more than ten
+// By then it has begun and says so, or never will.
+constexpr std::chrono::seconds lifeLimit{30};
+static_assert(lifeLimit >= platform::BackupRunner::BeginLimit + std::chrono::seconds(10));
 
 constexpr std::size_t durationsKept = 9;
 constexpr std::chrono::minutes shortestOverdue{10};

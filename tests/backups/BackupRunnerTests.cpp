@@ -1,3 +1,4 @@
+#include "platform/Clock.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/backups/BackupLock.h"
@@ -91,6 +92,43 @@ TEST_CASE_FIXTURE(RunnerFixture, "while another holds the lock nothing is backed
     CHECK(log().find("Another backup is running.") != std::string::npos);
     CHECK(log().find("\"never\"") == std::string::npos);
     CHECK_FALSE(runner->lastEnd());
+}
+
+TEST_CASE_FIXTURE(RunnerFixture, "a backup that comes to life when it has been given up is not made")
+{
+    // As its starter left it, and the system got round to it later.
+    const auto runLate = [&](std::chrono::nanoseconds beginBefore) {
+        auto late = job("a-1", {shell("echo made")});
+        late.beginBefore = beginBefore;
+        const auto bytes = platform::encodedBackupJob(late);
+        const auto file = root.write("job", std::string(bytes.begin(), bytes.end()));
+        ChildProcess process(
+            {"/bin/sh", "-c",
+             "exec '" BREVANE_BACKUP_DAEMON "' --root '" + root.path() + "' --identifier a-1 <'" + file + "'"});
+        return process.wait();
+    };
+    const auto now = platform::readClocks().sinceBoot;
+    CHECK(runLate(now - 1ns) == EX_TEMPFAIL);
+    CHECK(log().find("The backup came to life too late, and is not made.") != std::string::npos);
+    CHECK(log().find("\"made\"") == std::string::npos);
+    CHECK_FALSE(platform::readBackupRecord());
+    CHECK(runLate(now + 60s) == 0);
+    CHECK(log().find("\"made\"") != std::string::npos);
+    CHECK(platform::readBackupRecord());
+}
+
+TEST_CASE_FIXTURE(RunnerFixture, "a backup that is started may begin for as long as its starter waits for it")
+{
+    const auto runner = makeRunner();
+    const auto before = platform::readClocks().sinceBoot;
+    REQUIRE(runner->start(job("a-1", {shell("exit 0")})));
+    const auto after = platform::readClocks().sinceBoot;
+    const auto written = platform::readBackupJob();
+    REQUIRE(written);
+    REQUIRE(written->beginBefore);
+    CHECK(*written->beginBefore >= before + platform::BackupRunner::BeginLimit);
+    CHECK(*written->beginBefore <= after + platform::BackupRunner::BeginLimit);
+    CHECK(event(0) == ended("a-1", 0));
 }
 
 TEST_CASE_FIXTURE(RunnerFixture, "a backup that takes too long is told and goes on")

@@ -3,7 +3,9 @@ import os
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
+from unittest import mock
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SCRIPT = os.path.join(os.path.dirname(os.path.dirname(HERE)), "script")
@@ -110,6 +112,48 @@ class MutationTest(unittest.TestCase):
         self.assertIn(first, blamed)
         self.assertIn(second, blamed)
         self.assertNotIn(self.mutants[0], blamed)
+
+    def program_that(self, lines):
+        """A test program of one test of half a second, which does this instead."""
+        path = os.path.join(self.folder.name, "program")
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(f"#!/bin/sh\n{lines}\n")
+        os.chmod(path, 0o755)
+        program = trial.Program(path, ["sample"], {})
+        program.tests = [trial.Test(1, 0.5, "a test")]
+        return program
+
+    def notices(self, lines):
+        program = self.program_that(lines)
+        begin = time.monotonic()
+        words = program.notices(self.mutants[0], program.tests)
+        return words, time.monotonic() - begin
+
+    @mock.patch.object(trial, "LIMIT_SECONDS", 1)
+    def test_a_mutant_that_hangs_is_noticed_by_the_time_limit_and_leaves_nothing_behind(self):
+        left = os.path.join(self.folder.name, "left")
+        words, seconds = self.notices(f"trap '' TERM; (sleep 60; touch '{left}') & echo $! >'{left}.id'; sleep 60")
+        self.assertEqual(words, "program: time limit")
+        self.assertGreaterEqual(seconds, 2.5)  # a second and three times half a one
+        self.assertLess(seconds, 20)
+        with open(left + ".id", encoding="ascii") as file:
+            self.assertFalse(is_alive(int(file.read())))
+
+    def test_a_mutant_is_given_three_times_as_long_and_ten_seconds(self):
+        self.assertEqual((trial.LIMIT_TIMES, trial.LIMIT_SECONDS), (3, 10))
+        self.assertIsNone(self.notices("sleep 2; exit 0")[0])
+
+    def test_a_failure_and_a_signal_are_told_with_the_test(self):
+        self.assertEqual(self.notices("echo 'TEST CASE:  a test'; exit 1")[0], 'program: "a test"')
+        self.assertEqual(self.notices("kill -SEGV $$")[0], "program: signal 11")
+
+
+def is_alive(process):
+    try:
+        with open(f"/proc/{process}/stat", encoding="ascii", errors="replace") as file:
+            return file.read().rpartition(")")[2].split()[0] != "Z"
+    except FileNotFoundError:
+        return False
 
 
 if __name__ == "__main__":

@@ -49,6 +49,8 @@ Data encodedBackupJob(const BackupJob& job)
         content.set("ConfinedTo", arrayOf(job.confinedTo));
     if (job.overdueAfter)
         content.set("OverdueAfter", static_cast<std::int64_t>(job.overdueAfter->count()));
+    if (job.beginBefore)
+        content.set("BeginBefore", static_cast<std::int64_t>(job.beginBefore->count()));
     return binaryPropertyList(content).value_or(Data());
 }
 
@@ -79,6 +81,8 @@ std::optional<BackupJob> decodedBackupJob(std::span<const std::uint8_t> bytes)
         job.commands.push_back(textsOf(command.array()));
     if (content->contains("OverdueAfter"))
         job.overdueAfter = std::chrono::seconds(content->integerForKey("OverdueAfter"));
+    if (content->contains("BeginBefore"))
+        job.beginBefore = std::chrono::nanoseconds(content->integerForKey("BeginBefore"));
     const bool isWhole = std::ranges::none_of(job.commands, [](const auto& command) { return command.empty(); });
     return isWhole ? std::optional(std::move(job)) : std::nullopt;
 }

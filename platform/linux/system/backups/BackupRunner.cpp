@@ -28,8 +28,9 @@ namespace platform {
 
 namespace {
 
-// So long may a unit take to come to its first line.
-constexpr std::chrono::seconds beginLimit{60};
+// So long may a unit take to come to its first line, or to end without one.
+constexpr std::chrono::seconds lineLimit{60};
+static_assert(lineLimit > BackupRunner::BeginLimit);
 
 // The same process, or none when it has ended.
 FileDescriptor openProcess(pid_t number, std::uint64_t start)
@@ -112,10 +113,11 @@ private:
         return std::unexpected(Error{POSIXErrorDomain, code, {}, nullptr});
     }
 
-    Result<void> startHere(const BackupJob& job)
+    Result<void> startHere(BackupJob job)
     {
         if (running())
             return failure(EBUSY);
+        job.beginBefore = readClocks().sinceBoot + BeginLimit;
         (void)writeBackupJob(job); // a full disk is no reason to make no backup
         auto launched = launchBackup(job);
         if (!launched)
@@ -127,7 +129,7 @@ private:
             _child = *launched->child;
             watchProcess(FileDescriptor(::pidfd_open(_child, 0)));
         } else {
-            _limit = ConditionsThread::shared().runAfter(beginLimit, [this] { end(std::nullopt); });
+            _limit = ConditionsThread::shared().runAfter(lineLimit, [this] { end(std::nullopt); });
         }
         return {};
     }
