@@ -1,6 +1,7 @@
 #include "platform/ui/DatePicker.h"
 
 #include "platform/linux/ui/controls/ControlNative.h"
+#include "platform/linux/ui/entry/TimeEntry.h"
 #include "platform/linux/ui/layout/TextBaseline.h"
 #include "platform/linux/ui/windows/WrapControls.h"
 
@@ -56,6 +57,7 @@ QWidget* DatePickerNative::newWidget()
 void DatePickerNative::follow(QTimeEdit& edit)
 {
     edit.setDisplayFormat(hourAndMinuteFormat());
+    new TimeEntry(edit);
     QObject::connect(&edit, &QDateTimeEdit::timeChanged, receiver(), [this](QTime shown) {
         take(shown);
         sendAction();
