@@ -83,6 +83,12 @@ void BRVActivityController::loadWindow()
                             }));
     _midnight = platform::ClockTimer::create(platform::ClockTimer::Clock::SinceEpoch, platform::Queue::main(),
                                              action([](Self& self) { self.update(); }));
+    _clock =
+        platform::ClockWatch::create(platform::Queue::main(), [weak = weak_from_this()](platform::ClockEvent event) {
+            const auto self = weak.lock();
+            if (self && event == platform::ClockEvent::ZoneChanged && self->isVisible())
+                self->refresh();
+        });
     update();
     _interface->window()->layoutIfNeeded();
     _interface->window()->center();

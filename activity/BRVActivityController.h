@@ -95,4 +95,5 @@ private:
     bool _isStarting = false;
     std::optional<platform::DistributedNotificationObserver> _statusObserver;
     std::unique_ptr<platform::ClockTimer> _midnight; // the names of days are others then
+    std::unique_ptr<platform::ClockWatch> _clock;    // the zone may change
 };

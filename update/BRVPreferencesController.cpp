@@ -84,9 +84,12 @@ void BRVPreferencesController::updateRequirePassword()
 
 void BRVPreferencesController::changeAutoUpdates()
 {
-    const Dictionary settings{{PayloadKey::Enabled, _autoUpdatesCheckbox->isOn()}};
-    if (!BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageSetAutoUpdates, settings))
-        updateAutoUpdates();
+    const bool isOn = _autoUpdatesCheckbox->isOn();
+    const Dictionary settings{{PayloadKey::Enabled, isOn}};
+    if (BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageSetAutoUpdates, settings))
+        return;
+    _autoUpdatesCheckbox->setOn(!isOn); // as the helper had it, should it not answer now
+    updateAutoUpdates();
 }
 
 void BRVPreferencesController::changeRequirePassword()

@@ -450,6 +450,23 @@ TEST_CASE("at midnight of the schedule's zone tomorrow becomes today, without a 
     CHECK(test.editor.scheduler.count(5) == 1);
 }
 
+TEST_CASE("a zone that changes while the window is open is asked for anew, and not while it is closed")
+{
+    ActivityTest test;
+    test.open();
+    CHECK(test.activity.moments()[0] == "Tomorrow, 09:00");
+    auto inTokyo = waiting();
+    inTokyo.set("Zone", "Asia/Tokyo");
+    test.editor.scheduler.setStatus(inTokyo);
+    scripted::clock::setZone("Asia/Tokyo");
+    CHECK(test.answered(2));
+    CHECK(test.activity.moments()[0] == "Tomorrow, 17:00");
+    user::closeWindow("activityWindow");
+    scripted::clock::setZone("Europe/Berlin");
+    user::runEvents();
+    CHECK(test.editor.scheduler.count(5) == 2);
+}
+
 TEST_CASE("the journal can be selected and copied, and what is selected stays so when nothing new is told")
 {
     ActivityTest test;

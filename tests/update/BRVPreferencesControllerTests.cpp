@@ -231,14 +231,17 @@ TEST_CASE("a refused change of automatic updates puts the box back and says noth
     }
 }
 
-TEST_CASE("a change of automatic updates while the scheduler helper is gone leaves the box where the user put it")
+TEST_CASE("a change of automatic updates that the scheduler helper does not take leaves the box as the helper had it")
 {
-    PreferencesTest test;
-    test.show();
-    test.scheduler.answerWith(std::unexpected(platform::ServiceError::Interrupted));
-    test.user.click(autoUpdates);
-    CHECK_FALSE(test.user.isOn(autoUpdates));
-    CHECK(test.scheduler.messages() == std::vector<std::int64_t>{18, 21, 18});
+    for (const bool enabled : {true, false}) {
+        PreferencesTest test;
+        test.scheduler.setInstallsUpdates(enabled);
+        test.show();
+        test.scheduler.answerWith(std::unexpected(platform::ServiceError::Interrupted));
+        test.user.click(autoUpdates);
+        CHECK(test.user.isOn(autoUpdates) == enabled);
+        CHECK(test.scheduler.messages() == std::vector<std::int64_t>{18, 21, 18});
+    }
 }
 
 TEST_CASE("a dismissed authentication puts the automatic updates' box back")
