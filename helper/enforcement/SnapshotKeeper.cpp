@@ -2,6 +2,7 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/snapshots/LocalSnapshot.h"
+#include "helper/snapshots/SnapshotUnit.h"
 #include "messaging/ZRKError.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/btrfs/SnapshotCreation.h"
@@ -75,11 +76,10 @@ struct SnapshotKeeper::Work {
     {
         std::erase_if(tried, [&](const auto& attempt) { return attempt.volume == volume; });
         tried.push_back({volume, now});
-        const auto path = makeLocalSnapshot(volume);
+        const auto path = makeSnapshotApart(volume);
         const auto identifier = path ? platform::identifierOfBtrfsSnapshot(*path) : std::nullopt;
         if (!path) {
-            ZRKLogMessage(LogLevelError, "No local snapshot of '%@' was made: %@.",
-                          {volume, textOfSnapshotFailure(path.error())});
+            ZRKLogMessage(LogLevelError, "No local snapshot of '%@' was made: %@.", {volume, path.error()});
             return;
         }
         ZRKLogMessage(LogLevelDefault, "Made the local snapshot '%@'.", {*path});
@@ -92,9 +92,9 @@ struct SnapshotKeeper::Work {
     {
         const bool isOurs = platform::identifierOfBtrfsSnapshot(snapshot.path) == snapshot.identifier;
         if (isOurs) {
-            if (const auto removed = platform::removeBtrfsSnapshot(snapshot.path); !removed) {
+            if (const auto removed = removeSnapshotApart(snapshot.path); !removed) {
                 ZRKLogMessage(LogLevelError, "The old local snapshot '%@' could not be removed: %@.",
-                              {snapshot.path, textOfSnapshotFailure(removed.error())});
+                              {snapshot.path, removed.error()});
             } else {
                 ZRKLogMessage(LogLevelDefault, "Removed the old local snapshot '%@'.", {snapshot.path});
                 tellOfSnapshots();

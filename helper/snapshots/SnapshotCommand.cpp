@@ -1,6 +1,7 @@
 #include "helper/snapshots/SnapshotCommand.h"
 
 #include "helper/snapshots/LocalSnapshot.h"
+#include "platform/linux/system/btrfs/SnapshotCreation.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -19,11 +20,24 @@ int statusOfFailure(int code)
     return code == ENOTTY || code == ENOENT || code == ENOTDIR ? EX_DATAERR : EX_CANTCREAT;
 }
 
+int removeSnapshot(const char* path)
+{
+    if (const auto removed = platform::removeBtrfsSnapshot(path); !removed) {
+        std::fprintf(stderr, "Could not remove the snapshot '%s': %s.\n", path,
+                     textOfSnapshotFailure(removed.error()).c_str());
+        return statusOfFailure(removed.error());
+    }
+    return EXIT_SUCCESS;
+}
+
 } // namespace
 
 std::optional<int> runSnapshotCommand(int count, const char* const* arguments)
 {
-    if (count != 3 || std::string_view(arguments[1]) != "--snapshot")
+    const std::string_view command = count == 3 ? arguments[1] : "";
+    if (command == "--remove-snapshot")
+        return removeSnapshot(arguments[2]);
+    if (command != "--snapshot")
         return std::nullopt;
     const auto made = makeLocalSnapshot(arguments[2]);
     if (!made) {
