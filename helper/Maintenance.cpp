@@ -26,8 +26,16 @@ platform::Error error(BRVErrorCode code)
     return {BRVErrorDomain, code, {}, nullptr};
 }
 
-SharedCheck::Check checkOf(const std::shared_ptr<const Updater>& updater)
+std::optional<PackageUpdates> packageOfInstallation()
 {
+    const auto manifest = Installation().manifest();
+    return manifest && !manifest->package.empty() ? std::optional<PackageUpdates>(manifest->package) : std::nullopt;
+}
+
+SharedCheck::Check checkOf(const std::shared_ptr<const Updater>& updater, const std::optional<PackageUpdates>& package)
+{
+    if (package)
+        return [package = *package](const std::function<bool()>& isGivenUp) { return package.check(isGivenUp); };
     return [updater](const std::function<bool()>& isGivenUp) -> SharedCheck::Outcome {
         auto information = updater->check(isGivenUp);
         if (!information)
@@ -46,13 +54,20 @@ std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, s
 
 Maintenance::Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler)
     : _updater(std::make_shared<Updater>(options)),
-      _check(SharedCheck::create(checkOf(_updater), options.updates.keeping)),
+      _package(packageOfInstallation()),
+      _check(SharedCheck::create(checkOf(_updater, _package), options.updates.keeping)),
       _passwordRule(options.rulesFolder),
       _endHandler(std::move(endHandler)),
       _peers(std::move(peers)),
       _queue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.maintenance"))
 {
-    _updater->recover();
+    if (!_package)
+        _updater->recover();
+}
+
+std::function<bool()> Maintenance::isEnding() const
+{
+    return [isEnding = _isEnding] { return isEnding->load(); };
 }
 
 // Takes the one place there is, or refuses.
@@ -105,12 +120,17 @@ void Maintenance::endChecks()
     _check->close(error(BRVErrorUpdateRunning));
 }
 
+Result<void> Maintenance::install() const
+{
+    return _package ? _package->install(isEnding()) : _updater->install();
+}
+
 bool Maintenance::installUpdate(Completion completion)
 {
     if (!begin(Operation::Install, completion))
         return false;
     _queue->async([self = shared_from_this(), completion = std::move(completion)] {
-        if (auto installed = self->_updater->install(); !installed) {
+        if (auto installed = self->install(); !installed) {
             self->finish(completion, std::unexpected(std::move(installed.error())));
             return;
         }
@@ -137,6 +157,10 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
 {
     if (!begin(Operation::Uninstall, completion))
         return;
+    if (_package && !_peers->othersConnected(sender)) {
+        _queue->async([self = shared_from_this(), completion] { self->removePackage(completion); });
+        return;
+    }
     // Whoever watches a new version asks it something, and is no program that needs it.
     if (!Installation().waitForTrial(trialLimit)) {
         finish(completion, std::unexpected(error(BRVErrorUpdateRunning)));
@@ -149,6 +173,16 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
     ZRKLogMessage(LogLevelDefault, "Uninstalling.");
     auto removed = Installation().remove(_passwordRule.rulesFile(), [this] { return _passwordRule.removeRules(); });
     if (!removed)
+        finish(completion, std::unexpected(std::move(removed.error())));
+    else
+        end(completion, End::Stop);
+}
+
+// Its scripts end this program, and take nothing of the settings away.
+void Maintenance::removePackage(const Completion& completion)
+{
+    ZRKLogMessage(LogLevelDefault, "The package is being removed.");
+    if (auto removed = _package->remove(isEnding()); !removed)
         finish(completion, std::unexpected(std::move(removed.error())));
     else
         end(completion, End::Stop);

@@ -3,6 +3,7 @@
 #include "helper/HelperOptions.h"
 #include "helper/PasswordRule.h"
 #include "helper/Peers.h"
+#include "helper/update/PackageUpdates.h"
 #include "helper/update/SharedCheck.h"
 #include "helper/update/Updater.h"
 #include "platform/Queue.h"
@@ -10,6 +11,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace helper {
@@ -56,6 +58,8 @@ public:
     PasswordRule& passwordRule() { return _passwordRule; }
     // The program is to end: no check is under way or begun from now on.
     void endChecks();
+    // Nor is the package manager waited for, which ends this program for the next version.
+    void stopWaiting() { *_isEnding = true; }
     const std::shared_ptr<platform::Queue>& queue() const { return _queue; }
     const std::shared_ptr<platform::Queue>& checkQueue() const { return _check->queue(); }
 
@@ -68,7 +72,13 @@ private:
     void finish(const Completion& completion, platform::Result<platform::PropertyList> result);
     void end(const Completion& completion, End how);
 
+    std::function<bool()> isEnding() const;
+    platform::Result<void> install() const;
+    void removePackage(const Completion& completion);
+
     const std::shared_ptr<Updater> _updater;
+    const std::optional<PackageUpdates> _package; // of the package manager that owns the installation
+    const std::shared_ptr<std::atomic<bool>> _isEnding = std::make_shared<std::atomic<bool>>(false);
     const std::shared_ptr<SharedCheck> _check;
     PasswordRule _passwordRule;
     EndHandler _endHandler;

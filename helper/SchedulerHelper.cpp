@@ -350,6 +350,7 @@ bool SchedulerHelper::drain(std::chrono::milliseconds limit)
 {
     _turns->dropAll();
     _maintenance->endChecks();
+    _maintenance->stopWaiting();
     auto end = std::chrono::steady_clock::now() + limit;
     for (const auto& queue :
          {_readingQueue, _changingQueue, _listingQueue, _maintenance->queue(), _maintenance->checkQueue()}) {

@@ -45,7 +45,9 @@ std::optional<InstallationManifest> read(const Dictionary& record)
     const auto* humanVersion = record.stringForKey("HumanVersion");
     if (!version || !humanVersion || !VersionNumber::parse(*version))
         return std::nullopt;
-    InstallationManifest manifest{*version, *humanVersion, {}, {}, {}};
+    InstallationManifest manifest{*version, *humanVersion, {}, {}, {}, {}};
+    if (const auto* package = record.stringForKey("Package"))
+        manifest.package = *package;
     if (!readPaths(record.arrayForKey("Files"), manifest.files)
         || !readPaths(record.arrayForKey("Folders"), manifest.folders)
         || std::ranges::find(manifest.files, ".") != manifest.files.end())

@@ -10,13 +10,14 @@
 namespace helper {
 
 // What an installation consists of. It stands in the product's folder, as the property list "installation.plist" with
-// "Version", "HumanVersion", "Files", "Links" and, once installed, "Folders".
+// "Version", "HumanVersion", "Files", "Links" and, once installed, "Folders", or "Package".
 struct InstallationManifest {
     std::string version;
     std::string humanVersion;
     std::vector<std::string> files;                         // below the product's folder; this list is not among them
     std::vector<std::pair<std::string, std::string>> links; // a path below the root, and what it leads to
     std::vector<std::string> folders;                       // below the root, made by the installation; "." is the root
+    std::string package = {}; // of the package manager that owns the files; empty when none does
 
     static constexpr const char* fileName = "installation.plist";
     static constexpr const char* productFolder = "Library/Brevane"; // below the root
