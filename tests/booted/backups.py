@@ -1,75 +1,11 @@
-"""What a booted system sees of backups as transient units. Runs inside, as root; see boot.py."""
+"""Backups as transient units of a booted system. Runs inside, as root; see boot.py."""
 import os
 import plistlib
 import shutil
 import subprocess
-import time
 
-import wire
-
-HELPER = "com.zerkolin.brevane.scheduler.service"
-BACKUP = "com.zerkolin.brevane.backup.service"
-TOOL = "/opt/brevane/Library/Brevane/com.zerkolin.brevane.scheduler"
-STATE = "/opt/brevane/var/db/brevane/state.plist"
-
-
-def run(*command):
-    return subprocess.run(command, capture_output=True, text=True, check=False).stdout.strip()
-
-
-def ask(number, payload=None):
-    client = wire.Client()
-    try:
-        entries = [("message", number), ("auth", client.token())]
-        if payload is not None:
-            entries.append(("payload", plistlib.dumps(payload, fmt=plistlib.FMT_BINARY)))
-        reply = client.ask(entries)
-        assert reply and "payload" in reply, (number, reply)
-        return plistlib.loads(reply["payload"])
-    finally:
-        client.close()
-
-
-def wait_for(condition, what, seconds=60):
-    end = time.monotonic() + seconds
-    while not condition():
-        assert time.monotonic() < end, "waited in vain for " + what
-        time.sleep(0.05)
-
-
-def state():
-    try:
-        return ask(5)["State"]
-    except (OSError, ConnectionError, AssertionError):
-        return "nothing"  # it is just being started again
-
-
-def is_active(unit):
-    return run("systemctl", "is-active", unit) in ("active", "activating")
-
-
-def helper_process():
-    return run("systemctl", "show", "--property=MainPID", "--value", HELPER)
-
-
-def events():
-    """Of the journal, oldest first."""
-    told = []
-    for entry in reversed(ask(5)["Journal"]):
-        told.append(entry["Event"] + {True: " success", False: " failure", None: ""}[entry.get("Succeeded")])
-    return told
-
-
-def lines(subsystem):
-    run("journalctl", "--sync")
-    return run("journalctl", "--boot", "--output=cat", "SUBSYSTEM=" + subsystem).splitlines()
-
-
-def start_long_backup():
-    ask(12, {"Program": "service", "Fields": {"Unit": "long-backup.service"}})
-    ask(3)
-    wait_for(lambda: is_active(BACKUP) and is_active("long-backup.service"), "the long backup")
-    assert state() == "running"
+from inside import (BACKUP, HELPER, STATE, TOOL, ask, choose_borg, events, helper_process, is_active, lines, run, start_long_backup,
+                    state, wait_for)
 
 
 def see_it_end(before, outcome="end success"):
@@ -79,10 +15,7 @@ def see_it_end(before, outcome="end success"):
 
 
 def a_backup_runs_as_a_unit_of_its_own_and_its_output_is_in_the_journal():
-    os.makedirs("/srv/data")
-    with open("/srv/data/file", "wb") as file:
-        file.write(os.urandom(1 << 20))
-    ask(12, {"Program": "borg", "Fields": {"Folders": ["/srv/data"], "Repository": "/srv/repository"}})
+    choose_borg("/srv/data", "/srv/repository")
     ask(3)
     see_it_end([])
     assert any("Number of files: 1" in line for line in lines("com.apple.TimeMachine")), lines("com.apple.TimeMachine")
@@ -171,22 +104,14 @@ def on_a_full_disk_a_backup_runs_all_the_same_and_the_fault_is_told():
     run("umount", folder)
 
 
-def main():
-    for scene in (a_backup_runs_as_a_unit_of_its_own_and_its_output_is_in_the_journal,
-                  the_unit_comes_after_other_work_and_outlives_a_restart_of_the_helper, it_outlives_a_kill_of_the_helper,
-                  it_outlives_a_new_version_of_the_helper, it_outlives_a_restart_of_the_bus,
-                  a_backup_that_is_killed_has_failed_and_is_told, a_second_helper_does_not_begin,
-                  everything_is_remembered_over_a_stop, on_a_full_disk_a_backup_runs_all_the_same_and_the_fault_is_told):
-        began = time.monotonic()
-        try:
-            scene()
-        except BaseException:
-            print("FAILED: " + scene.__name__)
-            print(run("journalctl", "--boot", "--no-pager", "--lines=60"))
-            raise
-        print(f"{scene.__name__.replace('_', ' ')}: {time.monotonic() - began:.1f} s")
-    print("The story is over.")
-
-
-if __name__ == "__main__":
-    main()
+SCENES = (
+    a_backup_runs_as_a_unit_of_its_own_and_its_output_is_in_the_journal,
+    the_unit_comes_after_other_work_and_outlives_a_restart_of_the_helper,
+    it_outlives_a_kill_of_the_helper,
+    it_outlives_a_new_version_of_the_helper,
+    it_outlives_a_restart_of_the_bus,
+    a_backup_that_is_killed_has_failed_and_is_told,
+    a_second_helper_does_not_begin,
+    everything_is_remembered_over_a_stop,
+    on_a_full_disk_a_backup_runs_all_the_same_and_the_fault_is_told,
+)

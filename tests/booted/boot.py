@@ -1,14 +1,12 @@
-"""Boots a Debian system with the built product installed, in a container, and plays story.py in it.
+"""Boots a Debian system in a container and plays stories in it.
 
-    BREVANE_DEBIAN_ROOT=FOLDER boot.py BUILD
+    boot.py --root FOLDER --work FOLDER --package FILE... STORY...
 
-FOLDER holds Debian, and is not changed. It is made, as root, by
-
-    mmdebstrap --variant=apt --include=systemd,systemd-sysv,dbus,polkitd,udev,borgbackup,python3,libicu72,libcurl4,libarchive13,\
-libcctz2,libsimdjson14,libbtrfsutil1,libmount1,libssl3 bookworm FOLDER
-
-Needs root and the package systemd-container.
+The root folder is made when it is not there, and not changed otherwise: each run has a layer of its own upon it. Needs root,
+systemd-container and, where the root folder must be made, mmdebstrap and a Debian mirror. What is in the way is told as
+"SKIPPED: why", and is no failure.
 """
+import argparse
 import os
 import shutil
 import subprocess
@@ -16,23 +14,21 @@ import sys
 import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-LIMIT = 400  # seconds
-SERVICE = "com.zerkolin.brevane.scheduler"
-FOLDERS = {
-    "com.zerkolin.brevane.policy": "usr/share/polkit-1/actions",
-    SERVICE + ".conf": "usr/share/dbus-1/system.d",
-    SERVICE + ".service": "usr/lib/systemd/system",
-}
-BUS_SERVICE = "usr/share/dbus-1/system-services"
+SUITE = "bookworm"
+LIMIT = 900  # seconds
+RESTART = 133  # what systemd-nspawn ends with when the system inside wants to be started again
+PLACE = "srv/story"  # below the root
+PROGRAMS = ["systemd", "systemd-sysv", "dbus", "polkitd", "udev", "libpam-systemd", "btrfs-progs", "borgbackup", "python3", "python3-dbus"]
 UNIT = """[Unit]
 After=multi-user.target
 
 [Service]
 Type=oneshot
-ExecStart=/usr/bin/python3 -B -u /root/story/story.py
-StandardOutput=file:/root/story/output
+ExecStart=/usr/bin/python3 -B -u /srv/story/play.py {stories}
+StandardOutput=append:/srv/story/output
 StandardError=inherit
-ExecStopPost=/usr/bin/systemctl poweroff
+# It is ended by a restart of the system too, which must go on.
+ExecStopPost=/bin/sh -c 'grep -q -e "^The story is over" -e "^FAILED" /srv/story/output && systemctl --no-block poweroff || true'
 """
 LONG_UNIT = """[Service]
 Type=oneshot
@@ -40,65 +36,119 @@ ExecStart=/bin/sh -c 'echo the long backup; sleep 12'
 """
 
 
-def why_not(debian):
+class Impossible(Exception):
+    """Why nothing can be booted here."""
+
+
+def dependencies_of(package):
+    told = subprocess.run(["dpkg-deb", "--field", package, "Depends"], capture_output=True, text=True, check=True).stdout
+    return [each.split("|")[0].split("(")[0].strip() for each in told.split(",")]
+
+
+def mirror():
+    """Where this machine itself gets Debian from."""
+    told = subprocess.run(["apt-get", "indextargets", "--format", "$(REPO_URI) $(CODENAME) $(COMPONENT)", "Created-By: Packages"],
+                          capture_output=True, text=True, check=False).stdout
+    for line in told.splitlines():
+        address, codename, component = line.rsplit(" ", 2)
+        if (codename, component) == (SUITE, "main"):
+            return address
+    return "http://deb.debian.org/debian"
+
+
+def make_root(root, package):
+    if not shutil.which("mmdebstrap"):
+        raise Impossible("mmdebstrap is not installed")
+    new = root + ".new"
+    shutil.rmtree(new, ignore_errors=True)
+    os.makedirs(os.path.dirname(os.path.abspath(root)), exist_ok=True)
+    wanted = ",".join(PROGRAMS + dependencies_of(package))
+    print(f"Fetching Debian into {root}.", flush=True)
+    made = subprocess.run(["mmdebstrap", "--quiet", "--variant=apt", "--include=" + wanted, SUITE, new, mirror()],
+                          stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
+    if made.returncode != 0:
+        shutil.rmtree(new, ignore_errors=True)
+        said = [line for line in (made.stdout + made.stderr).splitlines() if line.strip()]
+        raise Impossible("Debian could not be fetched: " + (said[-1] if said else "mmdebstrap said nothing"))
+    os.rename(new, root)
+
+
+def see_whether_possible(root, package):
     if os.geteuid() != 0:
-        return "a system is booted as root"
+        raise Impossible("a system is booted as root")
     if not shutil.which("systemd-nspawn"):
-        return "systemd-container is not installed"
-    if not debian or not os.path.isfile(os.path.join(debian, "usr/lib/systemd/systemd")):
-        return "BREVANE_DEBIAN_ROOT names no folder with Debian in it"
-    return None
+        raise Impossible("systemd-container is not installed")
+    if not os.path.isfile(os.path.join(root, "usr/lib/systemd/systemd")):
+        make_root(root, package)
 
 
-def install(build, root):
-    subprocess.run(["cmake", "--install", build, "--component", "brevane", "--prefix", "/opt/brevane", "--strip"],
-                   env=dict(os.environ, DESTDIR=root), stdout=subprocess.DEVNULL, check=True)
-    brought = os.path.join(root, "opt/brevane/Library/Brevane/share/system")
-    for name, folder in FOLDERS.items():
-        shutil.copy(os.path.join(brought, name), os.path.join(root, folder))
-    shutil.copy(os.path.join(brought, SERVICE + ".service.dbus"), os.path.join(root, BUS_SERVICE, SERVICE + ".service"))
-    story = os.path.join(root, "root/story")
-    os.makedirs(story)
-    for path in (os.path.join(HERE, "story.py"), os.path.join(HERE, "../campaigns/wire.py")):
-        shutil.copy(path, story)
+def write(path, content):
+    os.makedirs(os.path.dirname(path), exist_ok=True)
+    with open(path, "w", encoding="ascii") as file:
+        file.write(content)
+
+
+def prepare(root, packages, stories):
+    place = os.path.join(root, PLACE)
+    os.makedirs(place)
+    for name in os.listdir(HERE):
+        if name.endswith(".py"):
+            shutil.copy(os.path.join(HERE, name), place)
+    shutil.copy(os.path.join(HERE, "../campaigns/wire.py"), place)
+    for package in packages:
+        shutil.copy(package, place)
     units = os.path.join(root, "etc/systemd/system")
-    for name, content in (("story.service", UNIT), ("long-backup.service", LONG_UNIT)):
-        with open(os.path.join(units, name), "w", encoding="ascii") as file:
-            file.write(content)
-    os.makedirs(os.path.join(units, "graphical.target.wants"), exist_ok=True)
-    os.symlink("../story.service", os.path.join(units, "graphical.target.wants/story.service"))
+    write(units + "/story.service", UNIT.format(stories=" ".join(stories)))
+    write(units + "/long-backup.service", LONG_UNIT)
+    os.makedirs(units + "/graphical.target.wants", exist_ok=True)
+    os.symlink("../story.service", units + "/graphical.target.wants/story.service")
 
 
-def play(debian, build, folder):
+def make_volume(folder):
+    """A btrfs volume with a file on it; None where there can be none."""
+    image, volume = os.path.join(folder, "image"), os.path.join(folder, "volume")
+    os.mkdir(volume)
+    with open(image, "wb") as file:
+        file.truncate(256 << 20)
+    for command in (["mkfs.btrfs", "--quiet", image], ["mount", "-o", "loop", image, volume]):
+        if subprocess.run(command, capture_output=True, check=False).returncode != 0:
+            return None
+    write(volume + "/data/file", "something")
+    return volume
+
+
+def play(debian, packages, stories, folder):
     subprocess.run(["mount", "-t", "tmpfs", "tmpfs", folder], check=True)
     parts = {name: os.path.join(folder, name) for name in ("upper", "work", "root")}
     for part in parts.values():
         os.mkdir(part)
     options = f"lowerdir={os.path.abspath(debian)},upperdir={parts['upper']},workdir={parts['work']}"
-    subprocess.run(["mount", "-t", "overlay", "overlay", "-o", options, parts["root"]], check=True)
-    install(build, parts["root"])
+    mounted = subprocess.run(["mount", "-t", "overlay", "overlay", "-o", options, parts["root"]], capture_output=True, text=True,
+                             check=False)
+    if mounted.returncode != 0:
+        raise Impossible("a layer upon the root folder could not be made: " + mounted.stderr.strip())
+    prepare(parts["root"], packages, stories)
+    volume = make_volume(folder)
     with open(os.path.join(folder, "console"), "w+b") as console:
-        subprocess.run(["timeout", "--kill-after=10", str(LIMIT), "systemd-nspawn", "-q", "-D", parts["root"], "--register=no",
-                        "--keep-unit", "-b"], stdin=subprocess.DEVNULL, stdout=console, stderr=console, check=False)
-        output = os.path.join(parts["root"], "root/story/output")
+        boot = ["timeout", "--kill-after=10", str(LIMIT), "systemd-nspawn", "-q", "-D", parts["root"], "--register=no", "--keep-unit", "-b"]
+        boot += ["--bind", volume + ":/srv/volume"] if volume else []
+        while subprocess.run(boot, stdin=subprocess.DEVNULL, stdout=console, stderr=console, check=False).returncode == RESTART:
+            pass
+        output = os.path.join(parts["root"], PLACE, "output")
         if os.path.exists(output):
-            with open(output, encoding="utf-8") as file:
+            with open(output, encoding="utf-8", errors="replace") as file:
                 return file.read()
         console.seek(0)
-        return console.read().decode(errors="replace")
+        said = console.read().decode(errors="replace")
+        if "systemd 2" not in said:
+            raise Impossible("no system boots here: " + (said.strip().splitlines() or ["systemd-nspawn said nothing"])[-1])
+        return said
 
 
-def main(build):
-    debian = os.environ.get("BREVANE_DEBIAN_ROOT")
-    if reason := why_not(debian):
-        print("SKIPPED: " + reason)
-        return 0
-    if os.environ.get("BREVANE_BOOT") != "inside":  # what is mounted ends with the namespace
-        os.environ["BREVANE_BOOT"] = "inside"
-        os.execvp("unshare", ["unshare", "-m", "--propagation", "private", sys.executable, "-B"] + sys.argv)
+def play_inside_namespace(arguments):
     folder = tempfile.mkdtemp(prefix="brevane-boot-")
     try:
-        told = play(debian, os.path.abspath(build), folder)
+        told = play(arguments.root, arguments.package, arguments.story, folder)
     finally:
         subprocess.run(["umount", "-R", folder], check=False)
         os.rmdir(folder)
@@ -106,5 +156,22 @@ def main(build):
     return 0 if told.rstrip().endswith("The story is over.") else 1
 
 
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--root", required=True, help="the folder with Debian in it")
+    parser.add_argument("--package", action="append", required=True, help="of the present version, and then of later ones")
+    parser.add_argument("story", nargs="+")
+    arguments = parser.parse_args()
+    try:
+        see_whether_possible(arguments.root, arguments.package[0])
+        if os.environ.get("BREVANE_BOOT") != "inside":  # what is mounted ends with the namespace
+            os.environ["BREVANE_BOOT"] = "inside"
+            os.execvp("unshare", ["unshare", "-m", "--propagation", "private", sys.executable, "-B"] + sys.argv)
+        return play_inside_namespace(arguments)
+    except Impossible as reason:
+        print(f"SKIPPED: {reason}")
+        return 0
+
+
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1]))
+    sys.exit(main())
