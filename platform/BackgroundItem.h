@@ -11,7 +11,7 @@ enum class BackgroundItemStatus { NotRegistered = 0, Enabled = 1, RequiresApprov
 // or does not answer.
 std::optional<BackgroundItemStatus> backgroundItemStatus(const std::string& launchDaemonPath);
 
-// Opens the place where the user can approve it. False when there is none.
+// Opens the place where the user can approve it. False when there is none. It may take seconds; any thread.
 bool openBackgroundItemSettings();
 
 } // namespace platform

@@ -7,7 +7,8 @@
 
 namespace platform {
 
-// Hands a URL or a file to the program that the user's desktop has for it. False when it could not be handed over.
+// Hands a URL or a file to the program that the user's desktop has for it. False when it could not be handed over. A
+// settings pane of the system may take seconds; any thread.
 bool openURL(const std::string& url);
 bool openFile(const std::string& path);
 

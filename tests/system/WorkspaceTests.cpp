@@ -114,6 +114,52 @@ TEST_CASE_FIXTURE(DesktopFixture, "services are approved in the program that the
     CHECK(recorded() == "systemadm\n");
 }
 
+TEST_CASE_FIXTURE(DesktopFixture,
+                  "a settings pane is the panel that the desktop has in its place, never a file to open")
+{
+    const EnvironmentVariable desktop("XDG_CURRENT_DESKTOP", "");
+    const std::string panes = "/opt/brevane/System/Library/PreferencePanes/";
+    addRecorder("xdg-open");
+    CHECK_FALSE(platform::openFile(panes + "TimeMachine.prefPane"));
+    CHECK_FALSE(platform::openFile(panes + "Security.prefPane"));
+    addRecorder("xfce4-settings-manager");
+    CHECK_FALSE(platform::openFile(panes + "TimeMachine.prefPane"));
+    CHECK(platform::openFile(panes + "Security.prefPane"));
+    CHECK(recorded() == "xfce4-settings-manager\n");
+    addRecorder("xfce4-power-manager-settings");
+    CHECK(platform::openFile(panes + "TimeMachine.prefPane"));
+    CHECK(recorded() == "xfce4-power-manager-settings\n");
+    addRecorder("gnome-control-center");
+    CHECK(platform::openFile(panes + "TimeMachine.prefPane"));
+    CHECK(recorded() == "gnome-control-center\npower\n");
+    CHECK(platform::openFile(panes + "Security.prefPane"));
+    CHECK(recorded() == "gnome-control-center\nprivacy\n");
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "the user's own desktop has the first word, and a program that fails none")
+{
+    const EnvironmentVariable desktop("XDG_CURRENT_DESKTOP", "ubuntu:KDE");
+    const std::string pane = "/System/Library/PreferencePanes/TimeMachine.prefPane";
+    addRecorder("gnome-control-center");
+    addRecorder("systemsettings");
+    CHECK(platform::openFile(pane));
+    CHECK(recorded() == "systemsettings\nkcm_powerdevilprofilesconfig\n");
+    addProgram("systemsettings", "exit 1\n");
+    CHECK(platform::openFile(pane));
+    CHECK(recorded() == "gnome-control-center\npower\n");
+    addProgram("gnome-control-center", "kill -9 $$\n");
+    CHECK_FALSE(platform::openFile(pane));
+    CHECK_FALSE(platform::openBackgroundItemSettings());
+}
+
+TEST_CASE_FIXTURE(DesktopFixture, "a panel that stays open counts as opened, and is not waited for any longer")
+{
+    addProgram("gnome-control-center", "exec /bin/sleep 8\n");
+    const auto start = std::chrono::steady_clock::now();
+    CHECK(platform::openFile("/System/Library/PreferencePanes/TimeMachine.prefPane"));
+    CHECK(std::chrono::steady_clock::now() - start < 6s);
+}
+
 TEST_CASE_FIXTURE(DesktopFixture, "a program is launched by its path, without arguments and in a session of its own")
 {
     addRecorder("tool");

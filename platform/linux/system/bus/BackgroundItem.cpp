@@ -1,11 +1,10 @@
 #include "platform/BackgroundItem.h"
 
 #include "platform/linux/system/bus/BusHandles.h"
-#include "platform/linux/system/processes/Launch.h"
+#include "platform/linux/system/processes/SettingsPanels.h"
 
 #include <cstdint>
 #include <string_view>
-#include <vector>
 
 namespace platform {
 
@@ -84,20 +83,15 @@ std::optional<BackgroundItemStatus> backgroundItemStatus(const std::string& laun
 bool openBackgroundItemSettings()
 {
     // Programs in which services are switched on, then the desktops' settings.
-    const std::vector<std::vector<std::string>> candidates = {
-        {"systemadm"},
-        {"systemsettings"},
-        {"gnome-control-center", "applications"},
-        {"xfce4-settings-manager"},
-        {"mate-control-center"},
-        {"cinnamon-settings"},
-        {"lxqt-config"},
-    };
-    for (const auto& command : candidates) {
-        if (launch(command))
-            return true;
-    }
-    return false;
+    return openSettingsPanel({
+        {"", {"systemadm"}},
+        {"KDE", {"systemsettings"}},
+        {"GNOME", {"gnome-control-center", "applications"}},
+        {"XFCE", {"xfce4-settings-manager"}},
+        {"MATE", {"mate-control-center"}},
+        {"Cinnamon", {"cinnamon-settings"}},
+        {"LXQt", {"lxqt-config"}},
+    });
 }
 
 } // namespace platform

@@ -2,6 +2,9 @@
 
 #include "platform/FileDescriptor.h"
 #include "platform/linux/system/processes/Launch.h"
+#include "platform/linux/system/processes/SettingsPanels.h"
+
+#include <utility>
 
 extern "C" { // which this header forgets in older versions of the C library
 #include <sys/pidfd.h>
@@ -37,6 +40,8 @@ bool openURL(const std::string& url)
 
 bool openFile(const std::string& path)
 {
+    if (auto panels = panelsForPane(path); !panels.empty())
+        return openSettingsPanel(std::move(panels));
     return openURL(path.starts_with('-') ? "./" + path : path);
 }
 
