@@ -5,7 +5,17 @@
 namespace platform {
 
 // Colours that the platform chooses, to suit the theme at hand.
-enum class NamedColor { Text, SystemBlue, SystemGreen, SystemOrange, SystemRed, SelectedTextBackground };
+enum class NamedColor {
+    Text,
+    SystemBlue,
+    SystemGreen,
+    SystemOrange,
+    SystemRed,
+    SelectedTextBackground,
+    Label,
+    Link,
+    PressedLink // the link's with the effect that the platform gives to what is pressed
+};
 
 // Components from 0 to 1, in sRGB.
 struct FixedColor {

@@ -6,6 +6,7 @@
 #include "platform/Preferences.h"
 #include "platform/Queue.h"
 #include "platform/SystemInformation.h"
+#include "platform/ui/Waiting.h"
 #include "platform/Workspace.h"
 #include "protocol/ErrorCodes.h"
 #include "shell/BREditorController.h"
@@ -102,8 +103,11 @@ void BREditorController::finishDisplayAlertWithResponse(int response, bool inclu
 {
     if (includesSystemSettingsButton) {
         if (response == Alert::FirstButtonReturn) {
-            if (!platform::openBackgroundItemSettings())
-                displayMissingSettingsPaneAlert();
+            if (!waitForAnswer(localizedString("Opening the settings…"), platform::openBackgroundItemSettings)) {
+                displayMissingSettingsPaneAlert(localizedString(
+                    "To switch on the background scheduler, run this command in a terminal as an administrator:\n\n"
+                    "systemctl enable --now com.zerkolin.brevane.scheduler"));
+            }
         } else if (response == Alert::SecondButtonReturn) {
             openWebSite();
         }
@@ -141,8 +145,12 @@ void BREditorController::beginSheetOfferingTimeMachineSettings(Alert& alert)
         const auto self = weak.lock();
         if (!self)
             return;
-        if (response == Alert::FirstButtonReturn && !platform::openFile(platform::systemPath(timeMachinePanePath)))
-            self->displayMissingSettingsPaneAlert();
+        const bool opens = response == Alert::FirstButtonReturn;
+        if (opens && !waitForAnswer(localizedString("Opening the settings…"), [] {
+                return platform::openFile(platform::systemPath(timeMachinePanePath));
+            }))
+            self->displayMissingSettingsPaneAlert(
+                localizedString("Open the settings of your desktop yourself, and look for backups or power there."));
         else
             self->didDismissApplyAlert();
     });
@@ -174,12 +182,12 @@ void BREditorController::displayNoBackupProgramAlert()
     });
 }
 
-void BREditorController::displayMissingSettingsPaneAlert()
+void BREditorController::displayMissingSettingsPaneAlert(const std::string& advice)
 {
     Alert alert;
     alert.setStyle(AlertStyle::Informational);
     alert.setMessageText(localizedString("The settings could not be opened."));
-    alert.setInformativeText(localizedString("This desktop has no settings pane of that kind."));
+    alert.setInformativeText(advice);
     // Before the main window shows there is nothing that a sheet could be attached to.
     if (_outlets.window->isVisible())
         alert.beginSheet(_outlets.window, nullptr);

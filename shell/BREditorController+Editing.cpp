@@ -9,6 +9,7 @@
 #include "schedule/BRVWhenInactiveViewController.h"
 #include "schedule/model/BatteryNote.h"
 #include "shell/BREditorController.h"
+#include "shell/ReplyWhileWaiting.h"
 
 using namespace platform::ui;
 using platform::localizedString;
@@ -31,7 +32,13 @@ std::shared_ptr<BRVViewController> createViewController(int mode)
 
 bool BREditorController::reloadSettings()
 {
-    auto reply = BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageGetSettings);
+    auto answer = replyWhileWaiting(BRVMessageGetSettings);
+    _endsUnasked = !answer;
+    if (!answer) {
+        _currentSettings.reset();
+        return false;
+    }
+    BRVHelperMessager::Reply reply = std::move(*answer);
     if (reply && !reply->dictionary()) {
         reply = std::unexpected(ZRKError::errorWithDomain(ZRKMessagerErrorDomain, ZRKMessagerErrorDeserializeReply,
                                                           {{"message", std::int64_t{BRVMessageGetSettings}}}));
@@ -121,13 +128,29 @@ void BREditorController::updateDependentControls()
 
 void BREditorController::updateSettings()
 {
-    if (!_currentSettings)
-        return;
+    if (_currentSettings)
+        showSettings(*_currentSettings);
+}
+
+void BREditorController::replaceEdits(const ScheduleSettings& settings)
+{
+    const auto edits = settingsOfControls();
+    if (settings != edits) {
+        _outlets.window->setUndo([weak = weak_from_this(), edits] {
+            if (const auto self = weak.lock())
+                self->replaceEdits(edits);
+        });
+    }
+    showSettings(settings);
+}
+
+void BREditorController::showSettings(const ScheduleSettings& settings)
+{
     for (const auto& editor : _viewControllers) {
         if (editor)
-            editor->setSettings(_currentSettings->dictionaryForKey(editor->name()));
+            editor->setSettings(settings.dictionaryForKey(editor->name()));
     }
-    showState(EditorState::showing(Schedule::fromRecord(*_currentSettings), stateOfControls()));
+    showState(EditorState::showing(Schedule::fromRecord(settings), stateOfControls()));
     _currentViewController = viewController();
     updateStackView();
     schedulesDidChange();

@@ -6,6 +6,7 @@
 #include "platform/SystemInformation.h"
 #include "platform/UserDefaults.h"
 #include "shell/BREditorController.h"
+#include "shell/ReplyWhileWaiting.h"
 #include "shell/UserDefaultKeys.h"
 
 using namespace platform::ui;
@@ -14,7 +15,7 @@ using platform::localizedString;
 
 namespace {
 
-bool userWantsAutoUpdates()
+int answerAboutAutoUpdates()
 {
     Alert alert;
     alert.setMessageText(localizedString("Do you want to enable automatic updates?"));
@@ -23,7 +24,7 @@ bool userWantsAutoUpdates()
         "from the preferences."));
     alert.addButton(localizedString("Enable"));
     alert.addButton(localizedString("Maybe Later"));
-    return alert.runModal() == Alert::FirstButtonReturn;
+    return alert.runModal();
 }
 
 bool userWantsToUninstall()
@@ -40,20 +41,28 @@ bool userWantsToUninstall()
 
 bool BREditorController::applicationShouldTerminate()
 {
-    if (_backupProgramController)
-        _backupProgramController->keepEdits();
-    if (platform::userDefaultBool(BRVDidAskAboutAutoUpdates))
+    if (_endsUnasked || platform::userDefaultBool(BRVDidAskAboutAutoUpdates))
         return true;
-    const auto& messager = BRVHelperMessager::sharedMessager();
-    const auto reply = messager->sendSynchronousMessage(BRVMessageGetAutoUpdates);
-    if (!reply)
+    const auto reply = replyWhileWaiting(BRVMessageGetAutoUpdates);
+    if (!reply || !*reply)
         return true; // the question comes at a later end
     platform::setUserDefault(BRVDidAskAboutAutoUpdates, true);
-    const auto* const settings = reply->dictionary();
+    const auto* const settings = (*reply)->dictionary();
     const bool enabled = settings && settings->boolForKey(PayloadKey::Enabled);
-    if (!enabled && userWantsAutoUpdates())
-        (void)messager->sendSynchronousMessage(BRVMessageSetAutoUpdates, Dictionary{{PayloadKey::Enabled, true}});
+    const int answer = enabled ? Alert::Stop : answerAboutAutoUpdates();
+    if (answer == Alert::Abort)
+        platform::setUserDefault(BRVDidAskAboutAutoUpdates, false); // nobody could answer
+    if (answer == Alert::FirstButtonReturn) {
+        (void)BRVHelperMessager::sharedMessager()->sendSynchronousMessage(BRVMessageSetAutoUpdates,
+                                                                          Dictionary{{PayloadKey::Enabled, true}});
+    }
     return true;
+}
+
+void BREditorController::applicationWillTerminate()
+{
+    if (_backupProgramController && !_isUninstalled)
+        _backupProgramController->keepEdits();
 }
 
 void BREditorController::uninstall()
@@ -64,11 +73,23 @@ void BREditorController::uninstall()
     _activityController.reset(); // or its window would remember its place once more
     (void)platform::removeFolder(platform::homeDirectory() + "/Library/Logs/Brevane");
     platform::removeUserDefaults();
+    _isUninstalled = true;
     BRVHelperMessager::sharedMessager()->sendMessage(BRVMessageUninstall, {}, platform::Queue::main(),
                                                      [weak = weak_from_this()](const BRVHelperMessager::Reply& reply) {
                                                          const auto self = weak.lock();
-                                                         if (self && !reply
-                                                             && !userCanceledAuthentication(reply.error()))
+                                                         if (!self)
+                                                             return;
+                                                         if (reply)
+                                                             self->displayDidUninstallAlert();
+                                                         else if (!userCanceledAuthentication(reply.error()))
                                                              self->didFailToUninstallWithError(reply.error());
                                                      });
+}
+
+void BREditorController::displayDidUninstallAlert()
+{
+    _endsUnasked = true;
+    Alert alert;
+    alert.setMessageText(localizedString("Brevane was uninstalled."));
+    alert.beginSheet(_outlets.window, [](int) { terminateApplication(); });
 }

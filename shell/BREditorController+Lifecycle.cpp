@@ -1,4 +1,5 @@
 #include "diagnostics/log/ZRKLog.h"
+#include "platform/Localization.h"
 #include "platform/PowerSources.h"
 #include "platform/SystemInformation.h"
 #include "platform/ui/WeakAction.h"
@@ -8,6 +9,7 @@
 #include "shell/BREditorController.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/UserDefaultKeys.h"
+#include "update/BRUpdateController.h"
 #include "version/ZRKSystemVersionManager.h"
 
 using namespace platform::ui;
@@ -51,6 +53,10 @@ void BREditorController::connectActions()
 void BREditorController::awakeFromNib()
 {
     _outlets.window->setAutorecalculatesKeyViewLoop(true);
+    const auto window = _outlets.window;
+    _updateBegins.emplace(BRVWillInstallUpdate,
+                          [window] { window->setTitle(platform::localizedString("Brevane is being updated")); });
+    _updateFails.emplace(BRVDidFailToInstallUpdate, [window, title = window->title()] { window->setTitle(title); });
     BRVDatePicker::correctLayout(*_outlets.suspendFromPicker);
     BRVDatePicker::correctLayout(*_outlets.suspendToPicker);
     _capabilities = EditorCapabilities::of(platform::supportsBatteryPower().value_or(false), [](unsigned release) {

@@ -1,6 +1,8 @@
+#include "platform/Localization.h"
 #include "platform/SystemInformation.h"
 #include "platform/Workspace.h"
 #include "shell/BREditorController.h"
+#include "shell/ZRKButtonLinkCell.h"
 #include "update/BRUpdateController.h"
 #include "update/ProductLinks.h"
 
@@ -57,7 +59,17 @@ bool BREditorController::validateMenuItem(const MenuItem& item) const
 
 void BREditorController::showAbout()
 {
-    orderFrontAboutPanel(platform::bundleVersion());
+    const auto link = [weak = weak_from_this()](const char* title, void (BREditorController::*action)()) {
+        auto button = Button::create(platform::localizedString(title), std::make_shared<ZRKButtonLinkCell>());
+        button->setAction([weak, action] {
+            if (const auto self = weak.lock())
+                ((*self).*action)();
+        });
+        return button;
+    };
+    orderFrontAboutPanel(platform::bundleVersion(),
+                         {link("Go to Web Site", &BREditorController::openWebSite),
+                          link("Ask for Support", &BREditorController::contactByMail)});
 }
 
 void BREditorController::showPreferences()
@@ -109,7 +121,8 @@ void BREditorController::checkUpdates()
 
 void BREditorController::showCurrentSettings()
 {
-    updateSettings();
+    if (_currentSettings)
+        replaceEdits(ScheduleSettings(*_currentSettings));
 }
 
 void BREditorController::showMainWindow()

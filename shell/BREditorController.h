@@ -6,6 +6,7 @@
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
 #include "layout/ZRKStackView.h"
 #include "platform/Error.h"
+#include "platform/NotificationCenter.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/Application.h"
 #include "protocol/ScheduleSettings.h"
@@ -33,6 +34,7 @@ public:
     void applicationDidFinishLaunching() override;
     bool applicationShouldTerminate() override;
     bool applicationShouldTerminateAfterLastWindowClosed() override;
+    void applicationWillTerminate() override;
     void applicationDidReopen() override;
     void applicationShouldShow(const std::string& window) override;
 
@@ -42,7 +44,7 @@ public:
     void showBackupProgram();
     void checkUpdates();
     void uninstall();           // after asking
-    void showCurrentSettings(); // throws away edits that were not applied
+    void showCurrentSettings(); // in place of edits that were not applied; Undo brings them back
     void showMainWindow();
     void showConsole();
     void showLocalSnapshots();
@@ -53,7 +55,8 @@ public:
     // Whether the item can be chosen now.
     bool validateMenuItem(const platform::ui::MenuItem& item) const;
 
-    // Fetches the schedule. On failure says so, and there are no current settings.
+    // Fetches the schedule. On failure says so, and there are no current settings; the same without a word when the
+    // user gives up waiting for it.
     bool reloadSettings();
     // Shows the current settings, if there are any.
     void updateSettings();
@@ -97,6 +100,9 @@ private:
     std::shared_ptr<platform::ui::View> viewForRow(EditorRow row) const;
     ModeSettings settingsOfEditors() const;
     ScheduleSettings settingsOfControls() const;
+    void showSettings(const ScheduleSettings& settings);
+    // The same, and lets Undo show what is there now.
+    void replaceEdits(const ScheduleSettings& settings);
     // The controls, or the schedule in force, say something else than before.
     void schedulesDidChange();
     void displayApplyAlert(ApplyAlert alert);
@@ -106,7 +112,9 @@ private:
 
     // Adds the two buttons to the alert and attaches it to the main window.
     void beginSheetOfferingTimeMachineSettings(platform::ui::Alert& alert);
-    void displayMissingSettingsPaneAlert();
+    void displayMissingSettingsPaneAlert(const std::string& advice);
+
+    void displayDidUninstallAlert();
 
     std::unique_ptr<platform::ui::Interface> _interface;
     MainWindowOutlets _outlets;
@@ -119,7 +127,13 @@ private:
     EditorCapabilities _capabilities; // since the interface was loaded
     bool _showAdvancedSettings = false;
     bool _checkingUpdates = false;
+    bool _endsUnasked = false;        // since nobody could answer, or what would be kept is gone
+    bool _isUninstalled = false;      // what is the user's, to begin with
     bool _needsBackupProgram = false; // by what was just applied
+
+    // The main window's title says so while an update is being installed.
+    std::optional<platform::NotificationObserver> _updateBegins;
+    std::optional<platform::NotificationObserver> _updateFails;
 
     // The other windows, each made when it is first asked for.
     std::shared_ptr<BRVPreferencesController> _preferencesController;

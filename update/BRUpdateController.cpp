@@ -135,10 +135,12 @@ void BRUpdateController::updateWithCompletionHandler(Completion completion)
             return;
         if (tool)
             tool->sendSignal(SIGTERM);
+        platform::postNotification(BRVDidFailToInstallUpdate);
         if (!userCanceledAuthentication(reply.error()))
             displayUpdateAlertWithError(reply.error());
         completion();
     };
+    platform::postNotification(BRVWillInstallUpdate);
     BRVHelperMessager::sharedMessager()->sendMessage(BRVMessageInstallUpdate, {}, platform::Queue::main(), handle);
 }
 

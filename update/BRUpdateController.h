@@ -4,6 +4,10 @@
 
 #include <functional>
 
+// Posted when an installation is asked for, before the user allows it, and when it comes to nothing.
+inline constexpr const char* BRVWillInstallUpdate = "BRVWillInstallUpdate";
+inline constexpr const char* BRVDidFailToInstallUpdate = "BRVDidFailToInstallUpdate";
+
 // Asks the scheduler helper for a newer version, tells the outcome and has it installed. Main thread only; the alerts
 // are modal.
 class BRUpdateController {

@@ -8,6 +8,7 @@
 #include "platform/Snapshots.h"
 #include "platform/SystemInformation.h"
 #include "platform/ui/Alert.h"
+#include "platform/ui/Waiting.h"
 #include "platform/Workspace.h"
 #include "protocol/SnapshotList.h"
 #include "version/ZRKSystemVersionManager.h"
@@ -67,7 +68,7 @@ void displayMissingPaneAlert(const std::shared_ptr<Window>& window)
     Alert alert;
     alert.setStyle(AlertStyle::Informational);
     alert.setMessageText(localizedString("The settings could not be opened."));
-    alert.setInformativeText(localizedString("This desktop has no settings pane of that kind."));
+    alert.setInformativeText(localizedString("Ask an administrator of this computer to list the snapshots."));
     alert.beginSheet(window, nullptr);
 }
 
@@ -209,7 +210,8 @@ void BRVLocalSnapshotsController::showFullDiskAcccessInfo()
         const auto self = weak.lock();
         if (!self || response != Alert::FirstButtonReturn)
             return;
-        if (!platform::openFile(platform::systemPath(securityPanePath)))
+        if (!waitForAnswer(localizedString("Opening the settings…"),
+                           [] { return platform::openFile(platform::systemPath(securityPanePath)); }))
             displayMissingPaneAlert(self->_interface->window());
     });
 }

@@ -28,7 +28,6 @@ namespace {
 
 constexpr std::chrono::minutes installLimit{70}; // more than a download may take
 constexpr std::chrono::seconds helperLimit{20};
-constexpr std::chrono::minutes quitLimit{2};
 constexpr std::chrono::minutes trialLimit{2}; // more than a new version has until it must serve
 constexpr std::chrono::milliseconds askAgain{50};
 constexpr std::chrono::seconds lookAgain{1};
@@ -110,8 +109,7 @@ PostUpdate::Outcome PostUpdate::run()
     ZRKLogMessage(LogLevelInfo, "The new version is in place.");
     if (!waitForHelper())
         ZRKLogMessage(LogLevelError, "The new scheduler helper does not answer.");
-    if (!endOldApplication())
-        return Outcome::StillRunning;
+    endOldApplication();
     auto application =
         platform::systemPath(std::string("/") + InstallationManifest::productFolder + "/bin/").append(applicationName);
     return platform::launch({application}) ? Outcome::Started : Outcome::NotStarted;
@@ -151,17 +149,13 @@ bool PostUpdate::waitForHelper() const
     return false;
 }
 
-bool PostUpdate::endOldApplication() const
+// It may ask a person something first, who may take any time.
+void PostUpdate::endOldApplication() const
 {
     if (!_oldApplication || ::pidfd_send_signal(_oldApplication.get(), SIGTERM, nullptr, 0) != 0)
-        return true;
-    const auto end = Clock::now() + quitLimit;
+        return;
     pollfd waiting{_oldApplication.get(), POLLIN, 0};
-    int result = 0;
-    do {
-        result = ::poll(&waiting, 1, millisecondsUntil(end));
-    } while (result < 0 && errno == EINTR);
-    return result > 0;
+    while (::poll(&waiting, 1, -1) < 0 && errno == EINTR) { }
 }
 
 } // namespace helper

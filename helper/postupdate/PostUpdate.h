@@ -16,7 +16,6 @@ public:
     enum class Outcome {
         Started,      // the new application
         NoNewVersion, // the application that asked for it went away first, or it took too long
-        StillRunning, // the old application did not quit
         NotStarted,
     };
 
@@ -33,7 +32,7 @@ private:
     bool isOnTrial() const;
     bool waitForNewVersion();
     bool waitForHelper() const;
-    bool endOldApplication() const;
+    void endOldApplication() const;
     // Waits until the installation changes, the old application ends or the time is over. False when it has ended.
     bool waitForChange(Clock::time_point end);
 

@@ -3,8 +3,11 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace platform::ui {
+
+class Button;
 
 class ApplicationDelegate {
 public:
@@ -13,6 +16,8 @@ public:
     virtual void applicationDidFinishLaunching() = 0;
     virtual bool applicationShouldTerminate() = 0;
     virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
+    // Once before the main loop ends, also when the system ends the application and nobody is asked.
+    virtual void applicationWillTerminate() { }
     // The user started the application once more; that start came to nothing but this.
     virtual void applicationDidReopen() = 0;
     // The user, or another program for him, wants to see this window; a name that says nothing is to be ignored. After
@@ -31,7 +36,7 @@ void terminateApplication();
 
 void setAutomaticWindowTabbing(bool allowed);
 
-// The panel that tells the application's name and this version; shows the same one again.
-void orderFrontAboutPanel(const std::string& version);
+// The panel that tells the application's name and this version, above these links; shows the same one again.
+void orderFrontAboutPanel(const std::string& version, std::vector<std::shared_ptr<Button>> links);
 
 } // namespace platform::ui

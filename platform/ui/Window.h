@@ -2,6 +2,8 @@
 
 #include "platform/ui/View.h"
 
+#include <functional>
+
 namespace platform::ui {
 
 class Window {
@@ -11,6 +13,9 @@ public:
     std::string identifier() const;
     std::shared_ptr<View> contentView() const;
 
+    std::string title() const;
+    void setTitle(const std::string& title);
+
     bool isVisible() const;
     void setAutorecalculatesKeyViewLoop(bool recalculates);
     void layoutIfNeeded();
@@ -18,6 +23,9 @@ public:
     // Takes the place and size that a window of this name had when it was last seen, if there was one, and keeps its
     // own for the next.
     void setFrameAutosaveName(const std::string& name);
+    // What the menu's Undo does in this window, once, when no text in it has something to undo. Replaces the one
+    // before.
+    void setUndo(std::function<void()> undo);
     // Brings it to the front and gives it the keyboard.
     void makeKeyAndOrderFront();
     void close();

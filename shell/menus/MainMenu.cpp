@@ -57,7 +57,7 @@ Groups applicationGroups()
 Groups fileGroups()
 {
     return {
-        {{{.title = "&Show Current Settings", .identifier = "showCurrentSettingsMenuItem", .key = "r"}}},
+        {{{.title = "&Show Current Settings", .identifier = "showCurrentSettingsMenuItem"}}},
         {onlyFor(ApplicationMenu, closeItem)},
         {{{.title = "&Quit", .identifier = "quitMenuItem", .key = "q"}, WindowMenus}},
     };

@@ -112,7 +112,7 @@ TEST_CASE("the application menu opens the window, and the application's end keep
     WindowUser window("backupProgramWindow");
     REQUIRE(window.seesWindow());
     window.replaceText("destinationField", "/srv/c");
-    CHECK(editor.controller->applicationShouldTerminate());
+    editor.controller->applicationWillTerminate();
     const auto kept = platform::userDefault("BRVBackupProgramEdits");
     REQUIRE(kept);
     CHECK(*kept->dictionary()->dictionaryForKey("Fields") == Dictionary{{"Repository", "/srv/c"}});

@@ -4,9 +4,11 @@
 """
 import os
 import plistlib
+import signal
 import subprocess
 import sys
 import threading
+import time
 
 from stories import DEFAULTS, Story, expect, run, wait_for  # and where the sandbox is
 
@@ -238,6 +240,55 @@ class Lifecycle(Story):
         self.desktop.find("frame", "Brevane")
         self.quit_application()
 
+    def a_second_start_comes_from_another_virtual_desktop_and_ends_the_launchers_busy_cursor(self):
+        self.start_all()
+        self.wait_active("Brevane")
+        environment = self.desktop.environment
+        for command in (["set_num_desktops", "2"], ["set_desktop", "1"]):
+            subprocess.run(["xdotool", *command], env=environment, check=True)
+        wait_for("another desktop", lambda: not self.is_active("Brevane"))
+        with subprocess.Popen(["xev", "-root", "-event", "property"], env=environment, stdout=subprocess.PIPE,
+                              text=True) as watch:
+            watch.stdout.readline()
+            identifier = "launcher-1-play_TIME4294967000"
+            second = self.sandbox.start_application(dict(environment, DESKTOP_STARTUP_ID=identifier))
+            wait_for("the second start to end", lambda: second.poll() is not None)
+            self.wait_active("Brevane")
+            watch.terminate()
+            told = watch.stdout.read()
+        expect("_NET_STARTUP_INFO_BEGIN" in told, "the launcher was not told")
+        self.quit_application()
+
+    def a_helper_that_hangs_is_named_and_holds_nobody_up(self):
+        self.sandbox.start_helper()
+        self.sandbox.helper.send_signal(signal.SIGSTOP)
+        self.start_application()
+        waiting = self.desktop.dialog("Waiting for the background scheduler.*")
+        waiting.button("Cancel").click()
+        self.wait_for_end()
+
+        self.sandbox.helper.send_signal(signal.SIGCONT)
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        self.sandbox.helper.send_signal(signal.SIGSTOP)
+        self.desktop.key("ctrl+comma")  # asks the helper before anything shows
+        time.sleep(1)
+        self.application.send_signal(signal.SIGTERM)
+        self.application.wait(1)
+        expect(self.application.returncode == -signal.SIGTERM, f"it ended with {self.application.returncode}")
+        self.sandbox.helper.send_signal(signal.SIGCONT)
+
+    def a_signal_ends_the_application_while_it_asks_and_the_question_comes_again(self):
+        self.forget_question()
+        self.start_all()
+        self.ask_to_quit()
+        self.desktop.dialog(QUESTION)
+        self.application.send_signal(signal.SIGTERM)
+        self.application.wait(1)
+        expect(self.application.returncode == 0, f"it ended with {self.application.returncode}")
+        expect(not self.installs_updates(), "automatic updates are on")
+        expect(not self.defaults().get("DidAskAboutAutoUpdates"), "the question counts as answered")
+
     def help_opens_in_the_users_language(self):
         programs, opened = self.sandbox.path("programs"), self.sandbox.path("opened")
         os.makedirs(programs)
@@ -366,18 +417,8 @@ class Lifecycle(Story):
         wait_for("the product's folder to go", lambda: not os.path.exists(self.sandbox.path("Library/Brevane")))
         expect(not os.path.exists(logs), "the log is still there")
         expect(not self.defaults(), "the defaults are still there")
-        self.expect_no_alert()
-
-        # The application goes on until it is quit, and brings nothing back.
-        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console"),
-                          ("ctrl+3", "Activity")):
-            self.desktop.key(key)
-            self.desktop.find("frame", name)
-            self.wait_active(name)
-            self.desktop.key("ctrl+w")
-            self.desktop.wait_gone("frame", name)
-            self.wait_active("Brevane")
-        self.quit_application()
+        self.answer_alert("Brevane was uninstalled.", "", "OK", ["OK"])
+        self.wait_for_end()
         expect(not self.defaults(), "the defaults are there again")
         left = self.product_files()
         expect(not left, f"{left} are still there, or again")

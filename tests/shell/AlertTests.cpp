@@ -399,7 +399,7 @@ TEST_CASE("a desktop without the settings pane says so in a sheet")
     editor.user.answer("Open System Preferences");
     const auto alert = editor.user.alert();
     CHECK(alert.messageText == "The settings could not be opened.");
-    CHECK(alert.informativeText == "This desktop has no settings pane of that kind.");
+    CHECK(alert.informativeText == "Open the settings of your desktop yourself, and look for backups or power there.");
     CHECK(alert.buttons == Texts{"OK"});
     CHECK(alert.isSheet);
     CHECK(alert.style == AlertStyle::Informational);
@@ -412,7 +412,9 @@ TEST_CASE("a desktop where background items cannot be approved says so")
     EditorTest editor(completeRecord());
     scripted::background::setSettingsOpen(false);
     editor.controller->finishDisplayAlertWithResponse(1000, false, true);
-    CHECK(editor.user.alert().informativeText == "This desktop has no settings pane of that kind.");
+    CHECK(editor.user.alert().informativeText
+          == "To switch on the background scheduler, run this command in a terminal as an administrator:\n\n"
+             "systemctl enable --now com.zerkolin.brevane.scheduler");
     CHECK(scripted::background::settingsOpened() == 1);
 }
 

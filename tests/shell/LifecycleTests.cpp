@@ -1,4 +1,6 @@
 #include "diagnostics/log/ZRKLog.h"
+#include "platform/Queue.h"
+#include "platform/UserDefaults.h"
 #include "tests/platform/ScriptedServiceConnection.h"
 #include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ScriptedSystemLog.h"
@@ -9,8 +11,10 @@
 #include "tests/support/TemporaryDirectory.h"
 
 #include <algorithm>
+#include <chrono>
 #include <doctest/doctest.h>
 #include <string>
+#include <thread>
 #include <vector>
 
 using Texts = std::vector<std::string>;
@@ -30,6 +34,18 @@ user::ShownAlert alertOfFailedLaunch(int button)
     CHECK(alerts[0].messageText == "Could not get settings.");
     CHECK_FALSE(alerts[0].isSheet);
     return alerts[0];
+}
+
+// Presses Cancel in the window that says what is waited for, once it is there; notes what it says.
+void cancelWaiting(Texts& said)
+{
+    platform::Queue::global()->async([&said] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3500));
+        platform::Queue::main()->async([&said] {
+            said = user::textsIn("waitingWindow");
+            user::pressButton("waitingWindow", "Cancel");
+        });
+    });
 }
 
 } // namespace
@@ -99,6 +115,36 @@ TEST_CASE("a launch whose request the scheduler helper refuses tells the error a
     CHECK(alert.informativeText
           == "Could not send message (1), the service disappeared (crash?) (com.zerkolin.brevane.scheduler).\n\n"
              "You should try installing the latest version available from the web site.");
+}
+
+TEST_CASE("a scheduler helper that hangs at launch is named, and giving up ends the application without asking it more")
+{
+    setUp({});
+    const PlayedScheduler scheduler(completeRecord());
+    scripted::service::hold();
+    Texts said;
+    cancelWaiting(said);
+    const auto controller = BREditorController::create();
+    user::launch(controller);
+    CHECK(user::didTerminate());
+    CHECK(said == Texts{"Waiting for the background scheduler…"});
+    CHECK_FALSE(MainWindowUser().seesWindow());
+    CHECK(scripted::service::requests().size() == 1);
+    CHECK(scripted::service::requests()[0].mode == scripted::service::Mode::Synchronous);
+    scripted::service::release();
+}
+
+TEST_CASE("a scheduler helper that hangs when the user quits is named, and giving up ends the application")
+{
+    EditorTest editor(completeRecord());
+    scripted::service::hold();
+    Texts said;
+    cancelWaiting(said);
+    editor.user.clickMenuItem("quitMenuItem");
+    CHECK(user::didTerminate());
+    CHECK(said == Texts{"Waiting for the background scheduler…"});
+    CHECK_FALSE(platform::userDefaultBool("DidAskAboutAutoUpdates"));
+    scripted::service::release();
 }
 
 TEST_CASE("a schedule that is no dictionary counts as one that cannot be read")

@@ -45,7 +45,7 @@ TEST_CASE("every menu item that acts has its key")
                              {"preferencesMenuItem", ","},
                              {"checkUpdatesMenuItem", ""},
                              {"uninstallMenuItem", ""},
-                             {"showCurrentSettingsMenuItem", "r"},
+                             {"showCurrentSettingsMenuItem", ""},
                              {"quitMenuItem", "q"},
                              {"undoMenuItem", "z"},
                              {"redoMenuItem", "Z"},
@@ -126,8 +126,8 @@ TEST_CASE("the menus' keys work in every window")
     CHECK(user::activeWindow() == "mainWindow");
     test.user.click("suspendCheckBox");
     CHECK_FALSE(test.user.isOn("suspendCheckBox"));
-    preferences.pressKeys("Ctrl+R");
-    CHECK(test.user.isOn("suspendCheckBox"));
+    preferences.pressKeys("Ctrl+R"); // the console's, and nobody's here
+    CHECK_FALSE(test.user.isOn("suspendCheckBox"));
     preferences.pressKeys("Ctrl+W");
     CHECK_FALSE(preferences.seesWindow());
     CHECK(test.user.seesWindow());
@@ -169,6 +169,34 @@ TEST_CASE("showing the current settings throws away edits")
     CHECK(test.scheduler.fetches() == 1);
 }
 
+TEST_CASE("edits that showing the current settings threw away come back with Undo, and go again")
+{
+    MenuTest test;
+    CHECK_THROWS_AS(test.choose("undoMenuItem"), std::logic_error);
+    test.user.click("suspendCheckBox");
+    test.user.replaceText("intervalField", "7");
+    test.user.click("advancedSettingsButton");
+    test.user.click("dontRunWhenPassiveCheckBox");
+    test.choose("showCurrentSettingsMenuItem");
+    CHECK(test.user.isOn("suspendCheckBox"));
+    for (int turn = 0; turn < 2; ++turn) {
+        test.choose("undoMenuItem");
+        CHECK_FALSE(test.user.isOn("suspendCheckBox"));
+        CHECK(test.user.text("intervalField") == "7");
+        CHECK(test.user.isOn("dontRunWhenPassiveCheckBox"));
+        test.choose("undoMenuItem");
+        CHECK(test.user.isOn("suspendCheckBox"));
+        CHECK(test.user.text("intervalField") == "90");
+    }
+}
+
+TEST_CASE("showing the current settings when nothing is edited leaves nothing to undo")
+{
+    MenuTest test;
+    test.choose("showCurrentSettingsMenuItem");
+    CHECK_THROWS_AS(test.choose("undoMenuItem"), std::logic_error);
+}
+
 TEST_CASE("About tells the version, in one panel that closes by itself alone")
 {
     MenuTest test;
@@ -180,6 +208,45 @@ TEST_CASE("About tells the version, in one panel that closes by itself alone")
     user::closeWindow("aboutPanel");
     CHECK_FALSE(user::didTerminate());
     CHECK(user::windows() == std::vector<std::string>{"mainWindow"});
+}
+
+TEST_CASE("the links of About open the web site and the support mail, and leave the panel open")
+{
+    MenuTest test;
+    test.choose("aboutMenuItem");
+    user::pressButton("aboutPanel", "Go to Web Site");
+    CHECK(scripted::workspace::openedURLs() == std::vector<std::string>{"https://brevane.zerkolin.example/brevane/"});
+    user::pressButton("aboutPanel", "Ask for Support");
+    CHECK(scripted::workspace::openedURLs().size() == 2);
+    CHECK(scripted::workspace::openedURLs().back().starts_with("mailto:"));
+    user::pressButton("aboutPanel", "OK");
+    CHECK(user::windows() == std::vector<std::string>{"mainWindow"});
+}
+
+TEST_CASE("the main window says that Brevane is being updated, and no longer once that has failed")
+{
+    MenuTest test;
+    test.scheduler.answerMessage(26, replyWith(Dictionary{{"HumanVersion", "9"}}));
+    CHECK(user::titleOf("mainWindow") == "Brevane");
+    std::string title;
+    test.scheduler.refuseMessage(27, {ZRKUpdaterErrorDomain, ZRKUpdaterErrorInstall, {}, nullptr});
+    user::answerEveryAlert([&title](const user::ShownAlert& alert) {
+        if (alert.messageText != "New version available.")
+            title = user::titleOf("mainWindow");
+        return 0;
+    });
+    std::string titleMeanwhile;
+    scripted::workspace::setSignalHandler(
+        [&titleMeanwhile](int) { titleMeanwhile = user::titleOf("mainWindow"); }); // to the tool, before it is told
+    test.choose("checkUpdatesMenuItem");
+    CHECK(test.waitUntilEnabled("checkUpdatesMenuItem"));
+    CHECK(titleMeanwhile == "Brevane is being updated");
+    CHECK(title == "Brevane");
+    test.scheduler.answerMessage(27, platform::ServiceDictionary{});
+    test.choose("checkUpdatesMenuItem");
+    CHECK(user::runEventsUntil([] { return user::titleOf("mainWindow") == "Brevane is being updated"; }, 10'000));
+    user::answerEveryAlert(nullptr);
+    user::takeAnsweredAlerts();
 }
 
 TEST_CASE("while a check for updates is on its way there cannot be another, and everything else can be chosen")

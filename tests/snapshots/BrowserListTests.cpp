@@ -265,6 +265,7 @@ TEST_CASE("a desktop without such settings says so")
     user::answer(0);
     REQUIRE(user::currentAlert());
     CHECK(user::currentAlert()->messageText == "The settings could not be opened.");
+    CHECK(user::currentAlert()->informativeText == "Ask an administrator of this computer to list the snapshots.");
     user::answer(0);
 }
 

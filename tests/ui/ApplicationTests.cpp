@@ -5,6 +5,7 @@
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
 
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <doctest/doctest.h>
@@ -48,6 +49,7 @@ public:
         return mayTerminate();
     }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
+    void applicationWillTerminate() override { report("ending "); }
     void applicationDidReopen() override
     {
         report("reopened ");
@@ -129,7 +131,7 @@ TEST_CASE("terminating before the loop runs asks the delegate and ends with stat
               terminateApplication();
               report("returned ");
           })
-          == "awake launched returned asked status 0");
+          == "awake launched returned asked ending status 0");
 }
 
 TEST_CASE("asking twice to terminate asks the delegate once")
@@ -138,7 +140,7 @@ TEST_CASE("asking twice to terminate asks the delegate once")
               terminateApplication();
               terminateApplication();
           })
-          == "awake launched asked status 0");
+          == "awake launched asked ending status 0");
 }
 
 TEST_CASE("a delegate can refuse to terminate and is asked again the next time")
@@ -151,16 +153,54 @@ TEST_CASE("a delegate can refuse to terminate and is asked again the next time")
               };
               terminateApplication();
           })
-          == "awake launched asked asked status 0");
+          == "awake launched asked asked ending status 0");
 }
 
-TEST_CASE("the signals that ask a process to end terminate it as quitting does")
+TEST_CASE("the signals that ask a process to end terminate it without a question")
 {
     for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
         CAPTURE(number);
         CHECK(run([number](Delegate&) { platform::Queue::main()->async([number] { raise(number); }); })
-              == "awake launched asked status 0");
+              == "awake launched ending status 0");
     }
+}
+
+TEST_CASE("the end of the session terminates without a question and with its windows open")
+{
+    CHECK(run([](Delegate& delegate) {
+              delegate.interface = Interface::load("MainWindow");
+              delegate.interface->window()->makeKeyAndOrderFront();
+              QCoreApplication::postEvent(qApp, new QEvent(QEvent::Quit));
+          })
+          == "awake launched ending status 0");
+}
+
+TEST_CASE("a signal ends the application within a second while a request holds up its main loop")
+{
+    for (const int number : {SIGTERM, SIGINT}) {
+        CAPTURE(number);
+        const auto start = std::chrono::steady_clock::now();
+        CHECK(run([number](Delegate&) {
+                  raise(number);
+                  for (;;)
+                      pause();
+              })
+              == "killed by signal " + std::to_string(number));
+        const auto taken = std::chrono::steady_clock::now() - start;
+        CHECK(taken < std::chrono::milliseconds(1500)); // its start and its end
+    }
+}
+
+TEST_CASE("a signal during the question at the end aborts it, and ends the application once")
+{
+    CHECK(run([](Delegate& delegate) {
+              delegate.whenAsked = [] {
+                  platform::Queue::main()->async([] { raise(SIGTERM); });
+                  report("answer " + std::to_string(Alert().runModal()) + " ");
+              };
+              terminateApplication();
+          })
+          == "awake launched asked ending answer -1001 status 0");
 }
 
 TEST_CASE("a signal that the process was started to ignore stays ignored")
@@ -172,7 +212,7 @@ TEST_CASE("a signal that the process was started to ignore stays ignored")
                   raise(SIGTERM);
               });
           })
-          == "awake launched still here asked status 0");
+          == "awake launched still here ending status 0");
     signal(SIGHUP, SIG_IGN);
     CHECK(run([](Delegate&) {
               platform::Queue::main()->async([] {
@@ -183,7 +223,7 @@ TEST_CASE("a signal that the process was started to ignore stays ignored")
                   });
               });
           })
-          == "awake launched ignored asked status 0");
+          == "awake launched ignored asked ending status 0");
     signal(SIGHUP, SIG_DFL);
 }
 
@@ -193,7 +233,7 @@ TEST_CASE("the main queue is served, also from other threads and while an alert 
               std::thread([] { platform::Queue::main()->async([] { report("task "); }); }).join();
               platform::Queue::main()->async(terminateApplication);
           })
-          == "awake launched task asked status 0");
+          == "awake launched task asked ending status 0");
     CHECK(run([](Delegate&) {
               platform::Queue::main()->async([] {
                   report("task ");
@@ -204,7 +244,7 @@ TEST_CASE("the main queue is served, also from other threads and while an alert 
               alert.addButton("Second");
               report("answer " + std::to_string(alert.runModal()) + " ");
           })
-          == "awake launched task asked answer -1001 status 0");
+          == "awake launched task ending answer -1001 status 0");
 }
 
 TEST_CASE("closing the last window terminates the application, and an alert that closes then does not ask again")
@@ -218,7 +258,7 @@ TEST_CASE("closing the last window terminates the application, and an alert that
               delegate.interface->window()->makeKeyAndOrderFront();
               platform::Queue::main()->async([&delegate] { delegate.interface->window()->close(); });
           })
-          == "awake launched asked answer -1000 status 0");
+          == "awake launched asked answer -1000 ending status 0");
 }
 
 TEST_CASE("a second start tells the first one, and ends with status 0 without a delegate")
@@ -235,13 +275,13 @@ TEST_CASE("a second start tells the first one, and ends with status 0 without a 
 TEST_CASE("a second start while the first one is busy ends all the same, and is heard later")
 {
     CHECK(run([](Delegate&) { report("second " + startAgain() + " "); })
-          == "awake launched second 0 reopened asked status 0");
+          == "awake launched second 0 reopened asked ending status 0");
 }
 
 TEST_CASE("a window that the arguments name is shown after the launch, and an argument without a name shows nothing")
 {
-    CHECK(run([](Delegate&) { }, {"--show", "activity"}) == "awake launched show activity asked status 0");
-    CHECK(run([](Delegate&) { terminateApplication(); }, {"--show"}) == "awake launched asked status 0");
+    CHECK(run([](Delegate&) { }, {"--show", "activity"}) == "awake launched show activity asked ending status 0");
+    CHECK(run([](Delegate&) { terminateApplication(); }, {"--show"}) == "awake launched asked ending status 0");
 }
 
 TEST_CASE("a second start that names a window has the first one show it")
@@ -250,7 +290,7 @@ TEST_CASE("a second start that names a window has the first one show it")
               delegate.showsLater = true;
               report("second " + startAgain(nullptr, "activity") + " ");
           })
-          == "awake launched second 0 reopened show activity asked status 0");
+          == "awake launched second 0 reopened show activity asked ending status 0");
 }
 
 TEST_CASE("another user's or display's application is no second start")
@@ -259,7 +299,26 @@ TEST_CASE("another user's or display's application is no second start")
               report("other " + startAgain("/dev/null/elsewhere") + " ");
               terminateApplication();
           })
-          == "awake launched other 42 asked status 0");
+          == "awake launched other 42 asked ending status 0");
+}
+
+TEST_CASE("a display with and without the number of its screen is one, and another display another")
+{
+    const EnvironmentVariable platform("QT_QPA_PLATFORM", "offscreen");
+    const EnvironmentVariable display("DISPLAY", ":7");
+    const auto startedOn = [](const char* other) {
+        return run([other](Delegate&) {
+            setenv("DISPLAY", other, 1);
+            const auto status = startAgain();
+            report(status + " ");
+            if (status != "0")
+                terminateApplication();
+        });
+    };
+    CHECK(startedOn(":7.0") == "awake launched 0 reopened asked ending status 0");
+    CHECK(startedOn(":7") == "awake launched 0 reopened asked ending status 0");
+    CHECK(startedOn(":8") == "awake launched 42 asked ending status 0");
+    CHECK(startedOn(":70") == "awake launched 42 asked ending status 0");
 }
 
 TEST_CASE("an application that was killed leaves nothing behind that a next start would take for it")

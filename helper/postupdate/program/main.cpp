@@ -22,8 +22,6 @@ const char* textOf(PostUpdate::Outcome outcome)
         return "The new version is started.";
     case PostUpdate::Outcome::NoNewVersion:
         return "There is no new version.";
-    case PostUpdate::Outcome::StillRunning:
-        return "The old version is still running.";
     case PostUpdate::Outcome::NotStarted:
         return "The new version could not be started.";
     }

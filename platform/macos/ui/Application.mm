@@ -1,6 +1,6 @@
 #include "platform/ui/Application.h"
 
-#include "platform/macos/system/Foundation.h"
+#include "platform/macos/ui/AboutPanel.h"
 
 #import <AppKit/AppKit.h>
 
@@ -50,6 +50,8 @@ using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
 // What is still being saved is finished first. The process then ends without leaving the main function.
 - (void)applicationWillTerminate:(NSNotification*)__unused notification
 {
+    if (_delegate)
+        _delegate->applicationWillTerminate();
     _delegate.reset();
 }
 
@@ -91,13 +93,9 @@ void setAutomaticWindowTabbing(bool allowed)
         NSWindow.allowsAutomaticWindowTabbing = allowed;
 }
 
-void orderFrontAboutPanel(const std::string& version)
+void orderFrontAboutPanel(const std::string& version, std::vector<std::shared_ptr<Button>> links)
 {
-    // The keys by their names, which are newer than the keys.
-    [NSApp orderFrontStandardAboutPanelWithOptions:@{
-        @"ApplicationVersion" : foundation::string(version),
-        @"Version" : @""
-    }];
+    orderFrontPanelAboutVersion(version, std::move(links));
 }
 
 } // namespace platform::ui

@@ -7,9 +7,31 @@ namespace platform::ui {
 
 namespace {
 
+NSColor* linkColor(NamedColor name)
+{
+    if (@available(macOS 10.14, *)) {
+        if (name == NamedColor::PressedLink)
+            return [NSColor.linkColor colorWithSystemEffect:NSColorSystemEffectPressed];
+    }
+    if (@available(macOS 10.10, *))
+        return NSColor.linkColor;
+    return NSColor.blueColor;
+}
+
+NSColor* labelColor()
+{
+    if (@available(macOS 10.10, *))
+        return NSColor.labelColor;
+    return NSColor.textColor;
+}
+
 // The adaptive colours came with 10.10; what is older has the standard ones.
 NSColor* namedColor(NamedColor name)
 {
+    if (name == NamedColor::Link || name == NamedColor::PressedLink)
+        return linkColor(name);
+    if (name == NamedColor::Label)
+        return labelColor();
     if (name == NamedColor::Text)
         return NSColor.textColor;
     if (name == NamedColor::SelectedTextBackground)

@@ -3,6 +3,37 @@
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/ui/WindowNative.h"
 
+#include <utility>
+
+@interface BRVUndo : NSObject
+- (instancetype)initWithTask:(std::function<void()>)task;
+- (void)undo:(id)sender;
+@end
+
+@implementation BRVUndo {
+    std::function<void()> _task;
+}
+
+- (instancetype)initWithTask:(std::function<void()>)task
+{
+    self = [super init];
+    if (self)
+        _task = std::move(task);
+    return self;
+}
+
+- (void)undo:(id)__unused sender
+{
+    const auto task = std::exchange(_task, nullptr);
+    // Later, so that the next one is registered as one to undo.
+    dispatch_async(dispatch_get_main_queue(), ^{
+        if (task)
+            task();
+    });
+}
+
+@end
+
 namespace platform::ui {
 
 Window::Window(std::unique_ptr<Native> native) : _native(std::move(native)) { }
@@ -17,6 +48,16 @@ std::string Window::identifier() const
 std::shared_ptr<View> Window::contentView() const
 {
     return _native->contentView;
+}
+
+std::string Window::title() const
+{
+    return foundation::string(_native->window.title);
+}
+
+void Window::setTitle(const std::string& title)
+{
+    _native->window.title = foundation::string(title);
 }
 
 bool Window::isVisible() const
@@ -42,6 +83,16 @@ void Window::center()
 void Window::setFrameAutosaveName(const std::string& name)
 {
     [_native->window setFrameAutosaveName:foundation::string(name)];
+}
+
+void Window::setUndo(std::function<void()> undo)
+{
+    NSUndoManager* const manager = _native->window.undoManager;
+    if (_native->undo)
+        [manager removeAllActionsWithTarget:_native->undo];
+    _native->undo = undo ? [[BRVUndo alloc] initWithTask:std::move(undo)] : nil;
+    if (_native->undo)
+        [manager registerUndoWithTarget:_native->undo selector:@selector(undo:) object:nil];
 }
 
 void Window::makeKeyAndOrderFront()

@@ -9,6 +9,7 @@ namespace platform::ui {
 struct Window::Native {
     NSWindow* window;
     std::shared_ptr<View> contentView;
+    id undo = nil; // what the window's undo manager calls, which does not keep it
 };
 
 } // namespace platform::ui

@@ -1,5 +1,6 @@
 #include "platform/linux/system/queues/MainQueue.h"
 #include "platform/linux/ui/application/ApplicationInstance.h"
+#include "platform/linux/ui/controls/Title.h"
 #include "platform/linux/ui/dialogs/AlertBox.h"
 #include "platform/linux/ui/menus/MenuItemNative.h"
 #include "tests/platform/ui/AlertWatcher.h"
@@ -7,6 +8,7 @@
 #include <algorithm>
 #include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QSocketNotifier>
 #include <QTest>
 #include <stdexcept>
@@ -175,6 +177,23 @@ std::vector<std::string> textsIn(std::string_view window)
             texts.push_back(label->text().toStdString());
     }
     return texts;
+}
+
+std::string titleOf(std::string_view window)
+{
+    return windowOnScreen(window).windowTitle().toStdString();
+}
+
+void pressButton(std::string_view window, std::string_view title)
+{
+    for (auto* const button : windowOnScreen(window).findChildren<QPushButton*>()) {
+        if (platform::ui::plainTitle(button->text()) == title) {
+            QTest::mouseClick(button, Qt::LeftButton);
+            runEvents();
+            return;
+        }
+    }
+    throw std::logic_error("There is no button " + std::string(title));
 }
 
 void pressKeys(std::string_view window, std::string_view keys)

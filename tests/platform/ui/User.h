@@ -97,6 +97,9 @@ std::string activeWindow();
 bool isMinimised(std::string_view window);
 // What its labels say, from top to bottom.
 std::vector<std::string> textsIn(std::string_view window);
+std::string titleOf(std::string_view window);
+// Clicks the button of this title in it.
+void pressButton(std::string_view window, std::string_view title);
 // Keys with modifiers, such as "Ctrl+,", in a window that is on screen.
 void pressKeys(std::string_view window, std::string_view keys);
 // With its frame's close button.

@@ -2,11 +2,13 @@
 
 #include "platform/Format.h"
 #include "platform/linux/system/texts/StringTable.h"
+#include "platform/linux/ui/controls/ViewNative.h"
 #include "platform/Localization.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QPushButton>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -42,7 +44,7 @@ QPixmap applicationPicture()
 
 } // namespace
 
-void AboutPanel::orderFront(const std::string& version)
+void AboutPanel::orderFront(const std::string& version, std::vector<std::shared_ptr<Button>> links)
 {
     AboutPanel* panel = nullptr;
     for (auto* const widget : QApplication::topLevelWidgets()) {
@@ -50,13 +52,15 @@ void AboutPanel::orderFront(const std::string& version)
             panel = open;
     }
     if (!panel)
-        panel = new AboutPanel(version);
+        panel = new AboutPanel(version, std::move(links));
     panel->show();
     panel->raise();
     panel->activateWindow();
 }
 
-AboutPanel::AboutPanel(const std::string& version) : QDialog(QApplication::activeWindow())
+AboutPanel::AboutPanel(const std::string& version, std::vector<std::shared_ptr<Button>> links)
+    : QDialog(QApplication::activeWindow()),
+      _links(std::move(links))
 {
     setObjectName(QStringLiteral("aboutPanel"));
     setAttribute(Qt::WA_DeleteOnClose);
@@ -85,8 +89,12 @@ AboutPanel::AboutPanel(const std::string& version) : QDialog(QApplication::activ
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(36, 24, 36, 18);
     column->setSpacing(10);
-    for (auto* const widget : std::initializer_list<QWidget*>{icon, title, number, buttons})
+    for (auto* const widget : std::initializer_list<QWidget*>{icon, title, number})
         column->addWidget(widget);
+    for (const auto& link : _links)
+        column->addWidget(link->native().widget, 0, Qt::AlignHCenter);
+    column->addWidget(buttons);
+    buttons->buttons().constFirst()->setFocus();
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 }
 

@@ -1,10 +1,26 @@
 #include "platform/linux/ui/application/ApplicationInstance.h"
 
+#include "platform/linux/ui/application/StartupNotification.h"
 #include "platform/linux/ui/application/ToolkitTranslation.h"
 
-#include <QWidget>
+#include <QMainWindow>
+#include <utility>
 
 namespace platform::ui {
+
+namespace {
+
+const QWidget* windowWithMenus()
+{
+    for (const auto* const widget : QApplication::topLevelWidgets()) {
+        const auto* const window = qobject_cast<const QMainWindow*>(widget);
+        if (window && window->isVisible() && window->menuWidget())
+            return window;
+    }
+    return nullptr;
+}
+
+} // namespace
 
 ApplicationInstance::ApplicationInstance(int& argc, char** argv) : QApplication(argc, argv)
 {
@@ -31,10 +47,30 @@ void ApplicationInstance::terminate()
     const auto delegate = _delegate.lock();
     _terminating = !delegate || delegate->applicationShouldTerminate();
     if (_terminating)
-        Q_EMIT terminated();
+        terminateAtOnce();
 }
 
-void ApplicationInstance::reopen()
+void ApplicationInstance::terminateAtOnce()
+{
+    if (std::exchange(_ended, true))
+        return;
+    _terminating = true;
+    if (const auto delegate = _delegate.lock())
+        delegate->applicationWillTerminate();
+    Q_EMIT terminated();
+}
+
+bool ApplicationInstance::event(QEvent* event)
+{
+    // The session manager says so. The toolkit would close the windows first, which asks.
+    if (event->type() == QEvent::Quit) {
+        terminateAtOnce();
+        return true;
+    }
+    return QApplication::event(event);
+}
+
+void ApplicationInstance::reopen(const QByteArray& startup)
 {
     if (const auto delegate = _delegate.lock())
         delegate->applicationDidReopen();
@@ -42,6 +78,9 @@ void ApplicationInstance::reopen()
     if (auto* const modal = activeModalWidget()) {
         modal->raise();
         modal->activateWindow();
+        bringForward(*modal, startup);
+    } else if (const auto* const window = windowWithMenus()) {
+        bringForward(*window, startup);
     }
 }
 

@@ -17,11 +17,17 @@ public:
     {
         _delegate = std::move(delegate);
         _terminating = false; // it was not asked yet
+        _ended = false;
     }
     // From the main loop, once, however often it is asked for.
     void terminateSoon();
-    void reopen();
+    // Without asking: the session or the system wants the process to end.
+    void terminateAtOnce();
+    // For a further start with this identifier.
+    void reopen(const QByteArray& startup);
     void show(const QByteArray& window); // nothing for an empty name
+
+    bool event(QEvent* event) override;
 
 Q_SIGNALS:
     void terminated();
@@ -32,6 +38,7 @@ private:
 
     std::weak_ptr<ApplicationDelegate> _delegate;
     bool _terminating = false;
+    bool _ended = false;
 };
 
 } // namespace platform::ui

@@ -19,6 +19,7 @@ constexpr int attempts = 3;       // the first one may be just about to end
 constexpr int waitingStarts = 8;
 constexpr std::size_t longestToken = 512;
 constexpr std::size_t longestWindow = 64;
+constexpr std::size_t longestStartup = 512;
 constexpr const char* activationToken = "XDG_ACTIVATION_TOKEN";
 
 struct Address {
@@ -28,12 +29,20 @@ struct Address {
     const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&value); }
 };
 
+// Without the number of the screen: ":0" and ":0.0" are one display.
+QByteArray x11Display()
+{
+    const auto display = qgetenv("DISPLAY");
+    const auto screen = display.indexOf('.', display.lastIndexOf(':'));
+    return display.contains(':') && screen >= 0 ? display.left(screen) : display;
+}
+
 // A name that needs no file: it is free as soon as its owner is gone, however that ended.
 Address instanceAddress()
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
     for (const auto& part :
-         {QByteArray::number(::getuid()), QDir::homePath().toUtf8(), qgetenv("DISPLAY"), qgetenv("WAYLAND_DISPLAY")}) {
+         {QByteArray::number(::getuid()), QDir::homePath().toUtf8(), x11Display(), qgetenv("WAYLAND_DISPLAY")}) {
         hash.addData(part);
         hash.addData(QByteArray(1, '\0'));
     }
@@ -62,12 +71,12 @@ bool isOwnProcess(int connection)
 
 } // namespace
 
-FirstInstance::FirstInstance(const QByteArray& window)
+FirstInstance::FirstInstance(const QByteArray& window, const QByteArray& startup)
 {
     for (int attempt = 0; attempt < attempts; ++attempt) {
         if (listen())
             return;
-        if (tellFirst(window)) {
+        if (tellFirst(window, startup)) {
             _isFirst = false;
             return;
         }
@@ -91,13 +100,14 @@ bool FirstInstance::listen()
     return true;
 }
 
-bool FirstInstance::tellFirst(const QByteArray& window) const
+bool FirstInstance::tellFirst(const QByteArray& window, const QByteArray& startup) const
 {
     const auto address = instanceAddress();
     const auto socket = newSocket();
     if (!socket || ::connect(socket.get(), address.get(), address.length) != 0 || !isOwnProcess(socket.get()))
         return false;
-    const auto packet = qgetenv(activationToken).left(longestToken) + '\n' + window.left(longestWindow) + '\n';
+    const auto packet = qgetenv(activationToken).left(longestToken) + '\n' + window.left(longestWindow) + '\n'
+        + startup.left(longestStartup) + '\n';
     if (::send(socket.get(), packet.constData(), static_cast<std::size_t>(packet.size()), MSG_NOSIGNAL) < 0)
         return false;
     pollfd answer{socket.get(), POLLIN, 0};
@@ -121,7 +131,7 @@ void FirstInstance::accept()
 void FirstInstance::hear(int connection)
 {
     const FileDescriptor owned(connection);
-    std::array<char, longestToken + longestWindow + 2> packet{};
+    std::array<char, longestToken + longestWindow + longestStartup + 3> packet{};
     const auto length = ::recv(connection, packet.data(), packet.size(), 0);
     if (length <= 0 || !isOwnProcess(connection))
         return;
@@ -130,7 +140,7 @@ void FirstInstance::hear(int connection)
     const auto token = lines.value(0).trimmed();
     if (!token.isEmpty())
         qputenv(activationToken, token); // read by the toolkit when a window asks for the keyboard
-    Q_EMIT startedAgain(lines.value(1));
+    Q_EMIT startedAgain(lines.value(1), lines.value(2));
 }
 
 } // namespace platform::ui

@@ -2,6 +2,7 @@
 
 #include "platform/linux/ui/menus/MenuItemBinding.h"
 #include "platform/linux/ui/styledtext/StyledTextArea.h"
+#include "platform/linux/ui/windows/InterfaceWindow.h"
 
 #include <QAbstractSpinBox>
 #include <QAction>
@@ -83,7 +84,7 @@ bool mayRun(MenuCommand command, const StyledTextArea& text)
 
 } // namespace
 
-EditCommands::EditCommands(QMainWindow& window) : QObject(&window)
+EditCommands::EditCommands(QMainWindow& window) : QObject(&window), _window(window)
 {
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
         if (!qobject_cast<QMenuBar*>(now))
@@ -93,10 +94,7 @@ EditCommands::EditCommands(QMainWindow& window) : QObject(&window)
 
 void EditCommands::connectAction(QAction& action, MenuCommand command)
 {
-    connect(&action, &QAction::triggered, this, [this, command] {
-        if (isPossible(command))
-            QMetaObject::invokeMethod(field(), slotOf(command));
-    });
+    connect(&action, &QAction::triggered, this, [this, command] { run(command); });
     enableWhileMenuIsOpen(action, *this, [this, command] { return isPossible(command); });
 }
 
@@ -107,7 +105,23 @@ QWidget* EditCommands::field() const
     return _focused;
 }
 
+void EditCommands::run(MenuCommand command) const
+{
+    auto* const window = qobject_cast<InterfaceWindow*>(&_window);
+    if (isPossibleInText(command))
+        QMetaObject::invokeMethod(field(), slotOf(command));
+    else if (window && isPossible(command))
+        window->undo();
+}
+
 bool EditCommands::isPossible(MenuCommand command) const
+{
+    const auto* const window = qobject_cast<InterfaceWindow*>(&_window);
+    const bool canUndo = command == MenuCommand::Undo && window && window->canUndo() && window->isActiveWindow();
+    return canUndo || isPossibleInText(command);
+}
+
+bool EditCommands::isPossibleInText(MenuCommand command) const
 {
     auto* const focused = field();
     if (const auto* const line = qobject_cast<QLineEdit*>(focused))

@@ -24,7 +24,10 @@ public:
 private:
     QWidget* field() const;
     bool isPossible(MenuCommand command) const;
+    bool isPossibleInText(MenuCommand command) const;
+    void run(MenuCommand command) const;
 
+    QMainWindow& _window;
     QPointer<QWidget> _focused; // unlike the application's, kept while the menu bar has the keyboard
 };
 

@@ -25,7 +25,12 @@ NamedValues valuesOf(NamedColor color)
         return {{0.82, 0, 0.08}, {1, 0.5, 0.47}};
     case NamedColor::SelectedTextBackground:
         return {{0.7, 0.84, 1}, {0.25, 0.39, 0.55}};
+    case NamedColor::Link:
+        return {{0, 0.34, 0.84}, {0.42, 0.69, 1}};
+    case NamedColor::PressedLink:
+        return {{0, 0.2, 0.5}, {0.7, 0.85, 1}};
     case NamedColor::Text:
+    case NamedColor::Label:
         break;
     }
     return {{0, 0, 0}, {1, 1, 1}};

@@ -57,6 +57,7 @@ TextTheme::TextTheme(const QPalette& palette, const QFont& ownFont, const Select
       _fixedPitchFont(QFontDatabase::systemFont(QFontDatabase::FixedFont)),
       _text(palette.color(QPalette::Text)),
       _base(palette.color(QPalette::Base)),
+      _link(legibleOn(_base, palette.color(QPalette::Link))),
       _selectedBackground(mixture(_base, palette.color(QPalette::Highlight), isDark(_base) ? 0.4 : 0.2))
 {
     const QFontMetricsF own(_ownFont);
@@ -75,8 +76,12 @@ TextTheme::TextTheme(const QPalette& palette, const QFont& ownFont, const Select
 
 QColor TextTheme::color(const Color& color) const
 {
-    if (color == Color(NamedColor::Text))
+    if (color == Color(NamedColor::Text) || color == Color(NamedColor::Label))
         return _text;
+    if (color == Color(NamedColor::Link))
+        return _link;
+    if (color == Color(NamedColor::PressedLink))
+        return mixture(_link, _text, 0.5);
     if (color == Color(NamedColor::SelectedTextBackground))
         return _selectedBackground;
     const auto fixed = resolvedColor(color, isDark(_base) ? Appearance::Dark : Appearance::Light);

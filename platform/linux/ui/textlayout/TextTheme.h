@@ -33,6 +33,7 @@ private:
     QFont _fixedPitchFont;
     QColor _text;
     QColor _base;
+    QColor _link;
     QColor _selectedBackground;
     QTextCharFormat _selectedFormat;
     QTextCharFormat _matchFormat;

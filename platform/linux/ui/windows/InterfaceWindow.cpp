@@ -1,12 +1,15 @@
 #include "platform/linux/ui/windows/InterfaceWindow.h"
 
+#include "platform/linux/ui/windows/WindowFit.h"
 #include "platform/UserDefaults.h"
 
 #include <algorithm>
 #include <QApplication>
 #include <QCloseEvent>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QPushButton>
+#include <QScrollArea>
 
 namespace platform::ui {
 
@@ -86,6 +89,56 @@ void InterfaceWindow::setFrameAutosaveName(const std::string& name)
     if (bytes)
         restoreGeometry(
             QByteArray(reinterpret_cast<const char*>(bytes->data()), static_cast<qsizetype>(bytes->size())));
+}
+
+bool InterfaceWindow::event(QEvent* event)
+{
+    const bool isTaken = QMainWindow::event(event);
+    if (event->type() == QEvent::LayoutRequest && isVisible())
+        fitToScreen(); // its content may need more than before
+    return isTaken;
+}
+
+QSize InterfaceWindow::leastSize() const
+{
+    auto least = minimumSizeHint();
+    const auto* const content = centralWidget();
+    const auto* const rows = content ? content->layout() : nullptr;
+    if (rows && rows->hasHeightForWidth()) {
+        const int chrome = sizeHint().height() - content->sizeHint().height();
+        least.setHeight(std::max(least.height(), chrome + rows->minimumHeightForWidth(content->width())));
+    }
+    return least;
+}
+
+void InterfaceWindow::fitToScreen()
+{
+    const auto room = WindowFit::room(*this);
+    const auto least = leastSize();
+    if (least.width() > room.width() || least.height() > room.height())
+        scrollContent();
+    resize(size().boundedTo(room));
+}
+
+void InterfaceWindow::scrollContent()
+{
+    if (!centralWidget() || qobject_cast<QScrollArea*>(centralWidget()))
+        return;
+    auto* const area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setWidget(takeCentralWidget());
+    setCentralWidget(area);
+    area->widget()->show();
+    layout()->activate(); // the window may be smaller now
+}
+
+void InterfaceWindow::undo()
+{
+    // It may set the next one.
+    if (const auto undo = std::exchange(_undo, nullptr))
+        undo();
 }
 
 void InterfaceWindow::hideEvent(QHideEvent* event)

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <QMainWindow>
 #include <string>
+#include <utility>
 
 class QPushButton;
 
@@ -18,8 +20,14 @@ public:
     void setOrdersTabsByPosition(bool orders) { _ordersTabsByPosition = orders; }
     // See Window.
     void setFrameAutosaveName(const std::string& name);
+    // Makes it no larger than its screen has room for, and its content one to scroll where that needs more.
+    void fitToScreen();
+    void setUndo(std::function<void()> undo) { _undo = std::move(undo); }
+    bool canUndo() const { return static_cast<bool>(_undo); }
+    void undo();
 
 protected:
+    bool event(QEvent* event) override;
     // Without the window that has the menus nothing could be reached, so the others close before it.
     void closeEvent(QCloseEvent* event) override;
     bool focusNextPrevChild(bool next) override;
@@ -30,8 +38,11 @@ protected:
 private:
     QWidgetList controlsByPosition() const;
     void orderTabs() const;
+    QSize leastSize() const;
+    void scrollContent();
     QPushButton* buttonForReturn() const;
 
+    std::function<void()> _undo;
     bool _ordersTabsByPosition = false;
     std::string _frameKey; // of the user defaults; empty for a window that is not remembered
 };

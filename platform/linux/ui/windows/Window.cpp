@@ -4,6 +4,7 @@
 #include "platform/linux/ui/windows/WindowNative.h"
 
 #include <QScreen>
+#include <utility>
 
 namespace platform::ui {
 
@@ -19,6 +20,16 @@ std::string Window::identifier() const
 std::shared_ptr<View> Window::contentView() const
 {
     return _native->contentView;
+}
+
+std::string Window::title() const
+{
+    return _native->window->windowTitle().toStdString();
+}
+
+void Window::setTitle(const std::string& title)
+{
+    _native->window->setWindowTitle(QString::fromStdString(title));
 }
 
 bool Window::isVisible() const
@@ -37,6 +48,7 @@ void Window::layoutIfNeeded()
     _native->contentView->layoutIfNeeded();
     if (!window.testAttribute(Qt::WA_Resized))
         window.adjustSize();
+    window.fitToScreen();
     WindowFit::apply(&window);
 }
 
@@ -53,10 +65,17 @@ void Window::setFrameAutosaveName(const std::string& name)
     _native->window->setFrameAutosaveName(name);
 }
 
+void Window::setUndo(std::function<void()> undo)
+{
+    _native->window->setUndo(std::move(undo));
+}
+
 void Window::makeKeyAndOrderFront()
 {
     auto& window = *_native->window;
     window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    if (!window.isVisible())
+        window.fitToScreen(); // also where it was before
     window.show();
     window.raise();
     window.activateWindow();

@@ -7,6 +7,9 @@
 #include <QEvent>
 #include <QLayout>
 #include <QMainWindow>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStyle>
 #include <utility>
 
 namespace platform::ui {
@@ -26,10 +29,18 @@ bool isDetachedView(const QWidget* window)
     return !window->isVisible() && viewForWidget(window);
 }
 
-QWidget* contentOf(QWidget* window)
+QWidget* centreOf(QWidget* window)
 {
     const auto* mainWindow = qobject_cast<QMainWindow*>(window);
     return mainWindow && mainWindow->centralWidget() ? mainWindow->centralWidget() : window;
+}
+
+// What is in the middle, scrolled or not.
+QWidget* contentOf(QWidget* window)
+{
+    QWidget* centre = centreOf(window);
+    const auto* area = qobject_cast<QScrollArea*>(centre);
+    return area && area->widget() ? area->widget() : centre;
 }
 
 int preferredHeight(const QWidget* widget, int width)
@@ -114,16 +125,30 @@ void WindowFit::endExchange()
     _window->setUpdatesEnabled(true);
 }
 
+QSize WindowFit::room(const QWidget& window)
+{
+    QSize frame = window.frameGeometry().size() - window.size();
+    if (frame.height() <= 0) { // not known before it is on the screen
+        const auto metric = [&window](QStyle::PixelMetric of) {
+            return window.style()->pixelMetric(of, nullptr, &window);
+        };
+        const int border = metric(QStyle::PM_MdiSubWindowFrameWidth);
+        frame = {2 * border, metric(QStyle::PM_TitleBarHeight) + border};
+    }
+    return window.screen()->availableGeometry().size() - frame;
+}
+
 void WindowFit::resizeWindow()
 {
     QWidget* content = contentOf(_window);
-    const QSize chrome = _window->sizeHint() - content->sizeHint();
-    const int width = std::max(_window->width(), _window->minimumSizeHint().width());
+    const QSize room = WindowFit::room(*_window);
+    const QSize chrome = _window->sizeHint() - centreOf(_window)->sizeHint();
+    const int width = std::min(std::max(_window->width(), _window->minimumSizeHint().width()), room.width());
     const int contentWidth = width - chrome.width();
     const int most = content->layout() ? content->layout()->totalMaximumSize().height() : QWIDGETSIZE_MAX;
     const int least = std::min(leastHeight(content, contentWidth), most);
     const int wanted = _exchanged ? preferredHeight(content, contentWidth) : _window->height() - chrome.height();
-    const int height = std::clamp(wanted, least, most) + chrome.height();
+    const int height = std::min(std::clamp(wanted, least, most) + chrome.height(), room.height());
 
     // A window that shrinks needs its new least size first, one that grows gets it after.
     if (height < _window->height())

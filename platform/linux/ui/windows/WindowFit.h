@@ -15,6 +15,8 @@ public:
     static void contentWillChange(const QWidget* container);
     // To be called after a change to the subviews or constraints of a container.
     static void contentChanged(QWidget* container);
+    // What the window may take on its screen, its frame left out.
+    static QSize room(const QWidget& window);
     // Does now what is due at the next layout.
     static void apply(QWidget* window);
 
