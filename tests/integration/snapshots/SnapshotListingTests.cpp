@@ -1,15 +1,22 @@
 #include "helper/snapshots/SnapshotListing.h"
+#include "platform/linux/system/bus/BusPeers.h"
+#include "platform/linux/system/bus/ServiceMessage.h"
+#include "platform/PropertyListCoding.h"
+#include "protocol/SnapshotList.h"
 #include "tests/integration/snapshots/support/BtrfsVolume.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <ctime>
 #include <doctest/doctest.h>
 #include <string>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using platform::Dictionary;
+using platform::PropertyList;
 
 namespace {
 
@@ -99,6 +106,29 @@ TEST_CASE("only the mount point of a btrfs volume is listed, by the name that th
         CHECK(failureToList(path) == ENOENT);
     }
     CHECK(namesIn(listed(volume.path())).empty());
+}
+
+TEST_CASE("the longest reply is one that the bus carries, that cuts nobody off, and that the application reads")
+{
+    constexpr auto limits = helper::SnapshotListingLimits;
+    platform::Array snapshots;
+    for (std::size_t made = 0; made < limits.subvolumes; ++made) {
+        auto name = std::to_string(made);
+        name.resize(limits.nameBytes / limits.subvolumes, 'n');
+        snapshots.emplace_back(Dictionary{{SnapshotListKey::Name, name},
+                                          {SnapshotListKey::Date, platform::Date{800'000'000.0 + double(made)}},
+                                          {SnapshotListKey::Size, UINT64_MAX - made}});
+    }
+    const PropertyList reply =
+        Dictionary{{SnapshotListKey::Snapshots, std::move(snapshots)}, {SnapshotListKey::Complete, false}};
+    const auto bytes = platform::binaryPropertyList(reply);
+    REQUIRE(bytes);
+    MESSAGE(bytes->size() << " bytes");
+    CHECK(bytes->size() < platform::MaximumServiceMessageSize);
+    CHECK(bytes->size() < platform::BusPeers::CutOffSize);
+    const auto read = platform::propertyListWithData(*bytes);
+    REQUIRE(read);
+    CHECK(*read == reply);
 }
 
 TEST_CASE("what exceeds the limits is left out, and the reply says so")
