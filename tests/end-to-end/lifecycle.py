@@ -247,14 +247,15 @@ class Lifecycle(Story):
         for command in (["set_num_desktops", "2"], ["set_desktop", "1"]):
             subprocess.run(["xdotool", *command], env=environment, check=True)
         wait_for("another desktop", lambda: not self.is_active("Brevane"))
-        with subprocess.Popen(["xev", "-root", "-event", "property"], env=environment, stdout=subprocess.PIPE,
-                              text=True) as watch:
-            watch.stdout.readline()
-            identifier = "launcher-1-play_TIME4294967000"
-            second = self.sandbox.start_application(dict(environment, DESKTOP_STARTUP_ID=identifier))
-            wait_for("the second start to end", lambda: second.poll() is not None)
-            self.wait_active("Brevane")
-            watch.terminate()
+        with subprocess.Popen(["stdbuf", "-oL", "xev", "-root", "-event", "property"], env=environment,
+                              stdout=subprocess.PIPE, text=True) as watch:
+            try:
+                time.sleep(1)  # it says nothing when it begins
+                second = self.sandbox.start_application(dict(environment, DESKTOP_STARTUP_ID="launcher-1-play"))
+                wait_for("the second start to end", lambda: second.poll() is not None)
+                self.wait_active("Brevane")
+            finally:
+                watch.terminate()
             told = watch.stdout.read()
         expect("_NET_STARTUP_INFO_BEGIN" in told, "the launcher was not told")
         self.quit_application()
@@ -263,7 +264,7 @@ class Lifecycle(Story):
         self.sandbox.start_helper()
         self.sandbox.helper.send_signal(signal.SIGSTOP)
         self.start_application()
-        waiting = self.desktop.dialog("Waiting for the background scheduler.*")
+        waiting = self.desktop.dialog("Waiting for the background scheduler…")
         waiting.button("Cancel").click()
         self.wait_for_end()
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <QGuiApplication>
 #include <QWidget>
 #include <xcb/xcb.h>
@@ -38,6 +39,18 @@ xcb_atom_t atom(xcb_connection_t* connection, const char* name)
 void sendToRoot(xcb_connection_t* connection, const xcb_client_message_event_t& event, std::uint32_t mask)
 {
     xcb_send_event(connection, false, screenOf(connection).root, mask, reinterpret_cast<const char*>(&event));
+}
+
+// The number of the virtual desktop that is in sight; nullopt where there is but one.
+std::optional<std::uint32_t> currentDesktop(xcb_connection_t* connection)
+{
+    const auto cookie = xcb_get_property(connection, false, screenOf(connection).root,
+                                         atom(connection, "_NET_CURRENT_DESKTOP"), XCB_ATOM_CARDINAL, 0, 1);
+    const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
+        xcb_get_property_reply(connection, cookie, nullptr), &std::free);
+    if (!reply || reply->format != 32 || xcb_get_property_value_length(reply.get()) < 4)
+        return std::nullopt;
+    return *static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get()));
 }
 
 QByteArray quoted(QByteArray value)
@@ -96,10 +109,18 @@ void bringForward(const QWidget& window, const QByteArray& identifier)
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = static_cast<xcb_window_t>(window.winId());
+    constexpr std::uint32_t toManager = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT;
+    // Some managers would only mark a window elsewhere as wanting attention.
+    if (const auto desktop = currentDesktop(connection)) {
+        event.type = atom(connection, "_NET_WM_DESKTOP");
+        event.data.data32[0] = *desktop;
+        event.data.data32[1] = fromUser;
+        sendToRoot(connection, event, toManager);
+    }
     event.type = atom(connection, "_NET_ACTIVE_WINDOW");
     event.data.data32[0] = fromUser;
     event.data.data32[1] = momentIn(identifier);
-    sendToRoot(connection, event, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
+    sendToRoot(connection, event, toManager);
     xcb_flush(connection);
 }
 
