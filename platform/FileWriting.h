@@ -8,8 +8,8 @@
 
 namespace platform {
 
-// Writes a file of the user's whole or not at all: on failure the earlier one is untouched. The error's underlying
-// error is the POSIX one.
+// Writes a file of the user's whole or not at all: on failure the earlier one is untouched. A symbolic link
+// stays one, and what it leads to is written. The error's underlying error is the POSIX one.
 Result<void> writeFileAtomically(const std::string& path, std::string_view bytes);
 
 // The names by which the user finds the file again. False where the file system keeps none.

@@ -30,6 +30,7 @@ int answerAboutAutoUpdates()
 bool userWantsToUninstall()
 {
     Alert alert;
+    alert.setStyle(AlertStyle::Warning);
     alert.setMessageText(localizedString("Are you sure you want to uninstall Brevane?"));
     alert.setInformativeText(localizedString("You can't undo this action."));
     alert.addButton(localizedString("Uninstall"));

@@ -85,6 +85,7 @@ std::shared_ptr<CheckBox> autoUpdatesCheckBox()
 void displayFailure(const std::string& message, const platform::Error& error)
 {
     Alert alert;
+    alert.setStyle(AlertStyle::Warning);
     alert.setMessageText(message);
     alert.setInformativeText(ZRKError::localizedDescriptionForError(error));
     alert.runModal();

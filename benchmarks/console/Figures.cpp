@@ -1,6 +1,5 @@
 #include "benchmarks/console/Figures.h"
 
-#include "platform/DateFormat.h"
 #include "platform/Process.h"
 
 #include <algorithm>
@@ -10,7 +9,9 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <simdjson.h>
+#include <unicode/smpdtfmt.h>
 #include <vector>
 
 namespace {
@@ -85,14 +86,21 @@ double dateMilliseconds(const std::string& jsonPath)
         dates.push_back(std::move(date));
     }
     json.clear();
-    auto parser = platform::DateFormat::withPattern("yyyy.MM.dd HH:mm:ss.SSSSSSZZZ");
-    auto printer = platform::DateFormat::withStyles(platform::DateStyle::Short, platform::DateStyle::Medium);
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::SimpleDateFormat parser("yyyy.MM.dd HH:mm:ss.SSSSSSZZZ", icu::Locale::getUS(), status);
+    const std::unique_ptr<icu::DateFormat> printer(icu::DateFormat::createDateTimeInstance(
+        icu::DateFormat::kShort, icu::DateFormat::kMedium, icu::Locale::getUS()));
     std::size_t length = 0;
     const auto start = Clock::now();
-    for (const auto& date : dates)
-        length += printer.stringFromDate(parser.dateFromString(date).value()).size();
+    for (const auto& date : dates) {
+        icu::UnicodeString text;
+        printer->format(parser.parse(icu::UnicodeString::fromUTF8(date), status), text);
+        std::string bytes;
+        text.toUTF8String(bytes);
+        length += bytes.size();
+    }
     const auto time = millisecondsSince(start);
-    if (length == 0)
+    if (length == 0 || U_FAILURE(status))
         std::abort();
     return time;
 }

@@ -1,6 +1,6 @@
 // Listing 5,000 snapshots of one btrfs volume, as the window does it, as `btrfs subvolume list -s` does it and with
-// libbtrfsutil's iterator, by turns; and the time from the listed records to the painted table. Prints "SKIPPED:
-// reason" where no btrfs can be mounted.
+// libbtrfsutil's iterator, by turns; the time from the listed records to the painted table; and opening the window
+// among 3,000 mounts, beside reading their table once. Prints "SKIPPED: reason" where no btrfs can be mounted.
 
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
 #include "platform/linux/system/btrfs/SnapshotCreation.h"
@@ -8,6 +8,7 @@
 #include "platform/linux/ui/tables/DataTable.h"
 #include "platform/linux/ui/windows/WindowNative.h"
 #include "tests/integration/snapshots/support/BtrfsVolume.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <algorithm>
 #include <btrfsutil.h>
@@ -15,14 +16,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
+#include <libmount/libmount.h>
 #include <spawn.h>
 #include <string>
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <vector>
 
 namespace {
 
 constexpr int SnapshotCount = 5000;
+constexpr int MountCount = 3000;
+constexpr int ManyRows = 50000;
 constexpr int Rounds = 15;
 
 [[noreturn]] void fail(const char* what)
@@ -80,6 +86,35 @@ int listWithIterator(const std::string& path)
     return count;
 }
 
+void mountOne(const std::string& path)
+{
+    mkdir(path.c_str(), 0755);
+    if (mount("tmpfs", path.c_str(), "tmpfs", 0, "size=4k") != 0)
+        fail("a folder could not be mounted");
+}
+
+void mountMany(const TemporaryDirectory& folder)
+{
+    for (int i = 0; i < MountCount; ++i)
+        mountOne(folder.path() + "/" + std::to_string(i));
+}
+
+void unmountMany(const TemporaryDirectory& folder)
+{
+    for (int i = 0; i < MountCount; ++i) {
+        while (umount(folder.file(std::to_string(i)).c_str()) == 0) { }
+    }
+}
+
+// As the library has it, with nothing made of it.
+void readMountTable()
+{
+    libmnt_table* const table = mnt_new_table();
+    if (mnt_table_parse_mtab(table, nullptr) != 0 || mnt_table_get_nents(table) < MountCount)
+        fail("the mount table could not be read");
+    mnt_unref_table(table);
+}
+
 // A table of the controller's own, so that only it is measured.
 class ShownTable {
 public:
@@ -95,12 +130,16 @@ public:
 
     int rowCount() const { return _table->rows().rowCount(); }
 
-    // Asks the data source anew and paints.
-    void show()
+    // Asks the data source anew for so many rows, of which it may have fewer, and paints.
+    void show(int rows)
     {
-        _table->reload(rowCount());
+        auto& model = _table->rows();
+        const auto text = model.textOfCell;
+        model.textOfCell = [text](const QString& column, int row) { return text(column, row % SnapshotCount); };
+        _table->reload(rows);
         _table->window()->repaint();
         QApplication::processEvents();
+        model.textOfCell = text;
     }
 
 private:
@@ -146,8 +185,30 @@ int main(int argc, char** argv)
         fail("the window shows another volume"); // this machine's own are in the way
     std::vector<double> shown;
     for (int round = 0; round < Rounds; ++round)
-        shown.push_back(milliseconds([&] { table.show(); }));
+        shown.push_back(milliseconds([&] { table.show(SnapshotCount); }));
+    std::vector<double> manyShown;
+    for (int round = 0; round < Rounds; ++round)
+        manyShown.push_back(milliseconds([&] { table.show(ManyRows); }));
+    table.show(SnapshotCount);
 
+    const TemporaryDirectory folder;
+    mountMany(folder);
+    std::vector<double> opened;
+    std::vector<double> read;
+    for (int round = 0; round < Rounds; ++round) {
+        read.push_back(milliseconds(readMountTable));
+        const auto window = BRVLocalSnapshotsController::create();
+        // Opening it with nothing new in the table is what it always takes.
+        mountOne(folder.path() + "/0");
+        opened.push_back(milliseconds([&] {
+            window->showWindow();
+            QApplication::processEvents();
+        }));
+    }
+    unmountMany(folder);
+
+    std::printf("snapshots.table50k %.2f ms\n", median(manyShown));
+    std::printf("snapshots.open3000 %.2f ms\nsnapshots.mounts3000 %.2f ms\n", median(opened), median(read));
     std::printf("snapshots.ours %.2f ms\nsnapshots.tool %.2f ms\nsnapshots.iterator %.2f ms\nsnapshots.table %.2f ms\n",
                 median(ours), median(theirs), median(iterated), median(shown));
     return 0;

@@ -12,6 +12,7 @@
 #include <array>
 #include <cstdlib>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -34,6 +35,28 @@ void readOutput(Process& tool, JSONRecords& records)
     tool.closeOutput();
     tool.waitUntilExit();
 }
+
+// A text that grows is there twice each time that it moves. Memory that nobody has touched costs nothing, so a long one
+// gets plenty, once.
+class RoomForLongText {
+public:
+    void makeFor(StyledText& text)
+    {
+        if (_isMade || text.size() < longText)
+            return;
+        _isMade = true;
+        try {
+            text.reserve(plenty);
+        } catch (const std::bad_alloc&) {
+            // Then it grows as others do.
+        }
+    }
+
+private:
+    static constexpr std::size_t longText = std::size_t(4) << 20;
+    static constexpr std::size_t plenty = std::size_t(256) << 20;
+    bool _isMade = false;
+};
 
 // A tool that may not read the log prints nothing.
 std::string unreadableLog(const JSONRecords& records, const std::string& reason)
@@ -70,12 +93,16 @@ StyledText BRVConsoleController::fetchLog(LogFetch& fetch)
     const std::shared_ptr<Process> tool = std::move(*started);
     fetch.setTool(tool);
     StyledText text;
+    RoomForLongText room;
     LogLineWriter writer({.plain = fixedPitch(NamedColor::Text),
                           .blue = fixedPitch(blueColor()),
                           .green = fixedPitch(greenColor()),
                           .orange = fixedPitch(orangeColor()),
                           .red = fixedPitch(redColor())});
-    JSONRecords records(LogLineWriter::Keys, [&](std::span<const JSONField> fields) { writer.append(text, fields); });
+    JSONRecords records(LogLineWriter::Keys, [&](std::span<const JSONField> fields) {
+        writer.append(text, fields);
+        room.makeFor(text);
+    });
     readOutput(*tool, records);
     const auto read = records.finish();
     if (read && !fetch.isStopped())

@@ -64,7 +64,7 @@ void BRVLocalSnapshotsController::askHelper(bool mayAuthenticate)
     _asksAgain = _isAsking;
     if (!disk)
         return;
-    if (mayAuthenticate || _shownURL != disk->URL()) {
+    if (mayAuthenticate || _listedDisk != disk) {
         showSnapshots(std::nullopt, mayAuthenticate);
         _tableView->setPlaceholder(localizedString("Listing the snapshots…"));
     }

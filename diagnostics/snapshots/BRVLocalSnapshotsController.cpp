@@ -164,6 +164,7 @@ void BRVLocalSnapshotsController::reloadDisks()
         if (name && icon)
             _addDisk(std::make_shared<KPVDisk>(mounted.path, *name, Image::imageNamed(*icon)));
     }
+    showTitles();
     reloadSnapshots();
 }
 
@@ -181,14 +182,13 @@ void BRVLocalSnapshotsController::reloadSnapshots()
 
 void BRVLocalSnapshotsController::showSnapshots(std::optional<SnapshotList> snapshots, bool isRefused)
 {
-    const auto disk = selectedDisk();
-    _shownURL = disk ? disk->URL() : "";
+    const auto chosen = chosenSnapshot();
     _snapshots = std::move(snapshots);
     if (isRefused && platform::missingSnapshotAccess() == platform::SnapshotAccess::Administrator)
         explainMissingAccess();
     setFullDiskAccessHidden(!isRefused);
-    _tableView->setPlaceholder(placeholderForList(disk != nullptr, _snapshots.has_value(), isRefused));
-    _tableView->reloadData();
+    _tableView->setPlaceholder(placeholderForList(selectedDisk() != nullptr, _snapshots.has_value(), isRefused));
+    showRows(chosen);
 }
 
 void BRVLocalSnapshotsController::setFullDiskAccessHidden(bool hidden)
@@ -226,6 +226,7 @@ std::shared_ptr<KPVDisk> BRVLocalSnapshotsController::selectedDisk() const
 void BRVLocalSnapshotsController::addDisk(const std::shared_ptr<KPVDisk>& disk)
 {
     changeDisksPopupUsingBlock([&] { _addDisk(disk); });
+    showTitles();
 }
 
 void BRVLocalSnapshotsController::_addDisk(const std::shared_ptr<KPVDisk>& disk)
@@ -243,6 +244,7 @@ void BRVLocalSnapshotsController::removeDiskAtIndex(std::size_t index)
         _disks.erase(_disks.begin() + static_cast<std::ptrdiff_t>(index));
         _disksPopup->removeItemAtIndex(static_cast<int>(index));
     });
+    showTitles();
 }
 
 void BRVLocalSnapshotsController::renameDiskAtIndex(std::size_t index, const std::string& name)
@@ -287,6 +289,7 @@ void BRVLocalSnapshotsController::volumeDidRename(const VolumeNotification& noti
     _disks[*index]->setURL(notification.volumeURL);
     _disks[*index]->setName(notification.localizedName);
     renameDiskAtIndex(*index, notification.localizedName);
+    showTitles();
 }
 
 void BRVLocalSnapshotsController::newSnapshot()

@@ -74,6 +74,12 @@ private:
     void finishAsking(const std::string& url, bool mayAuthenticate,
                       const platform::Result<platform::Dictionary>& reply);
     void presentFailureToList(const platform::Error& error);
+    // Of the list as it is; nullopt when none is selected.
+    std::optional<platform::Dictionary> chosenSnapshot() const;
+    // Shows the list with this snapshot selected, if it is still there. Another volume's list begins at the top.
+    void showRows(const std::optional<platform::Dictionary>& chosen);
+    // Volumes of one name are told apart by their paths.
+    void showTitles();
     std::optional<std::size_t> indexOfDiskAtURL(const std::string& url) const;
 
     std::unique_ptr<platform::ui::Interface> _interface;
@@ -83,10 +89,10 @@ private:
     std::shared_ptr<platform::ui::Button> _fullDiskAccessButton;
     std::vector<std::shared_ptr<KPVDisk>> _disks;
     std::optional<SnapshotList> _snapshots; // of the selected volume
-    std::string _shownURL;                  // of which volume they are
     bool _usesHelper = false;               // the user has asked for it, and it has not refused since
     bool _isAsking = false;                 // the helper
     bool _asksAgain = false;
+    std::shared_ptr<KPVDisk> _listedDisk; // the volume whose rows are shown
     std::shared_ptr<platform::DiskSession> _dasession;
     std::optional<platform::VolumeObserver> _volumeObserver;
     std::optional<platform::DistributedNotificationObserver> _snapshotObserver;

@@ -9,7 +9,8 @@ namespace platform::ui {
 class View;
 class Window;
 
-// Warning is the style of every ordinary notice, good news included; only Critical looks alarming.
+// Warning is the style of every ordinary notice, good news included. Where somebody asks for it, it looks like a
+// warning.
 enum class AlertStyle { Warning = 0, Informational = 1, Critical = 2 };
 
 // A message with buttons. The answer is 1000 for the first button, 1001 for the second and so on. Without added buttons

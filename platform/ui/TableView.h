@@ -40,6 +40,8 @@ public:
     int selectedRow() const;
     // A row out of range selects none.
     void selectRow(int row);
+    // Scrolls no farther than it takes. A row out of range is passed over.
+    void scrollRowToVisible(std::size_t row);
 
     // A new cell view of the kind that the interface file has for the column.
     TableCellView makeView(const std::string& identifier) const;

@@ -76,6 +76,7 @@ TEST_CASE("the panel is a sheet of the console and proposes the name of the log"
     CHECK(panel.parentWidget()->objectName() == "consoleWindow");
     CHECK(Exporting::field(panel, "fileNameEdit").text() == "Brevane Log.rtf");
     CHECK(panel.nameFilters().size() == 2);
+    CHECK(panel.labelText(QFileDialog::LookIn) == "Save in:");
     panel.reject();
     user::runEvents();
 }

@@ -10,6 +10,7 @@
 #include "tests/support/FileContent.h"
 #include "tests/support/TemporaryDirectory.h"
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -166,6 +167,24 @@ TEST_CASE("two gigabytes of nonsense take no memory and not long")
     CHECK(elapsed.count() < 60);
 }
 
+TEST_CASE("reading a long log takes little more memory than its text")
+{
+    const Root root;
+    constexpr double records = 60000;
+    const std::string message(600, 'm');
+    root.setTool(
+        "exec awk 'BEGIN { printf \"[\"; for (i = 0; i < 60000; i++) printf \"%s{\\\"timestamp\\\":\\\"2026-11-20 "
+        "09:56:22.123456+0000\\\",\\\"eventMessage\\\":\\\""
+        + message + "\\\"}\", i ? \",\" : \"\"; print \"]\" }'");
+    std::ofstream("/proc/self/clear_refs") << "5\n"; // the peak from now on
+    const auto before = peakMemory();
+    const auto text = fetchedLog();
+    CHECK(text.lineCount() == 60000);
+    const auto textKilobytes = static_cast<double>(text.size()) / 1024;
+    CHECK(textKilobytes > records * 600 / 1024);
+    CHECK(static_cast<double>(peakMemory() - before) < 1.5 * textKilobytes);
+}
+
 TEST_CASE("with a tool that hangs the window closes and the application ends, and the tool with it")
 {
     const Root root;
@@ -250,6 +269,34 @@ TEST_CASE("a file is replaced as a whole with its permissions, and tags are set 
     char list[64] = {};
     ::getxattr(path.c_str(), "user.xdg.tags", list, sizeof list - 1);
     CHECK(std::string(list) == "backup,Mac");
+}
+
+TEST_CASE("a file behind symbolic links is written where they lead, and they stay")
+{
+    const TemporaryDirectory folder;
+    folder.write("real/log.txt", "one");
+    ::chmod(folder.file("real/log.txt").c_str(), 0600);
+    REQUIRE(::symlink("real/log.txt", folder.file("relative").c_str()) == 0);
+    REQUIRE(::symlink(folder.file("relative").c_str(), folder.file("absolute").c_str()) == 0);
+    REQUIRE(::symlink("real/new.txt", folder.file("dangling").c_str()) == 0);
+    REQUIRE(::symlink("round", folder.file("round").c_str()) == 0);
+    const auto isLink = [&folder](const char* name) {
+        struct stat status{};
+        return ::lstat(folder.file(name).c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+    };
+    CHECK(writeFileAtomically(folder.file("absolute"), "two"));
+    CHECK(contentOfFile(folder.file("real/log.txt")) == "two");
+    CHECK(isLink("absolute"));
+    CHECK(isLink("relative"));
+    struct stat status{};
+    CHECK((::stat(folder.file("real/log.txt").c_str(), &status) == 0 && (status.st_mode & 0777) == 0600));
+    CHECK(writeFileAtomically(folder.file("dangling"), "three"));
+    CHECK(contentOfFile(folder.file("real/new.txt")) == "three");
+    CHECK(isLink("dangling"));
+    const auto written = writeFileAtomically(folder.file("round"), "four");
+    REQUIRE_FALSE(written);
+    CHECK(written.error().underlying->code == ELOOP);
+    CHECK(isLink("round"));
 }
 
 TEST_CASE("a file that cannot be written is told with its name and the reason, and leaves nothing behind")

@@ -11,6 +11,7 @@
 #include <chrono>
 #include <doctest/doctest.h>
 #include <QApplication>
+#include <QScrollBar>
 
 using namespace platform::ui;
 using namespace scripted;
@@ -354,6 +355,61 @@ TEST_CASE("the keyboard walks the list from its first to its last row and keeps 
     notifications::arrive("com.zerkolin.brevane.snapshot");
     CHECK_FALSE(widget.currentIndex().isValid());
     user::press(table, user::Key::End);
+}
+
+TEST_CASE("the selection follows the snapshot wherever it stands, and goes with it")
+{
+    BrowserTest test;
+    addVolume();
+    snapshots::set("/volume", snapshotsNamed({"a", "b", "c"}));
+    test.open();
+    auto& table = test.control<TableView>("snapshotsTable");
+    const auto reloadWith = [&](const std::vector<std::string>& names) {
+        std::vector<RecordBuilder> records;
+        for (const auto& name : names) // of each name the same date every time
+            records.push_back({.name = name, .objectIdentifier = 256, .creationTime = 1'795'244'595 + name[0] * 60});
+        snapshots::set("/volume", {.answers = {answerOf(records)}, .sizes = {}, .refusal = 0});
+        notifications::arrive("com.zerkolin.brevane.snapshot");
+    };
+    reloadWith({"a", "b", "c"});
+    table.selectRow(1);
+    reloadWith({"b", "c", "d"});
+    CHECK(table.selectedRow() == 0);
+    reloadWith({"a", "b"});
+    CHECK(table.selectedRow() == 1);
+    reloadWith({"a", "c", "d"});
+    CHECK(table.selectedRow() == -1);
+    reloadWith({"a", "b", "c"});
+    CHECK(table.selectedRow() == -1); // nobody has selected it again
+}
+
+TEST_CASE("another volume's list begins at its top with nothing selected, the same one's stays where it was")
+{
+    BrowserTest test;
+    addVolume();
+    volumes::Volume other{.path = "/other"};
+    volumes::add(other);
+    std::vector<std::string> many;
+    for (int i = 0; i < 500; ++i)
+        many.push_back("snapshot " + std::to_string(i));
+    snapshots::set("/volume", snapshotsNamed(many));
+    snapshots::set("/other", snapshotsNamed(many));
+    test.open();
+    auto& table = test.control<TableView>("snapshotsTable");
+    auto& bar = *table.native().as<DataTable>()->verticalScrollBar();
+    bar.setValue(300);
+    notifications::arrive("com.zerkolin.brevane.snapshot");
+    CHECK(bar.value() == 300);
+    table.selectRow(305);
+    notifications::arrive("com.zerkolin.brevane.snapshot");
+    CHECK(table.selectedRow() == 305);
+    CHECK(bar.value() == 300);
+    test.choose(1);
+    CHECK(bar.value() == 0);
+    CHECK(table.selectedRow() == -1); // though snapshots of the same names and dates are there
+    test.choose(0);
+    CHECK(bar.value() == 0);
+    CHECK(table.selectedRow() == -1);
 }
 
 TEST_CASE("of five thousand snapshots only those in sight are asked for their texts")

@@ -269,17 +269,30 @@ TEST_CASE("renaming what is not in the list changes nothing")
     CHECK(test.volumes() == Names{"One"});
 }
 
-TEST_CASE("two volumes of one name are two items")
+TEST_CASE("two volumes of one name are two items, which their paths tell apart while there are two")
 {
     BrowserTest test;
     volumes::add(volume("/one", "Same"));
     volumes::add(volume("/two", "Same"));
+    volumes::add(volume("/other", "Other"));
     snapshots::set("/two", snapshotsNamed({"b"}));
     test.open();
+    CHECK(test.volumes() == Names{"Same (/one)", "Same (/two)", "Other"});
     test.choose(1);
     CHECK(test.names() == Names{"b"});
+    volumes::rename("/two", "/moved", "Same");
+    CHECK(test.volumes() == Names{"Same (/one)", "Same (/moved)", "Other"});
+    volumes::rename("/other", "/other", "Same");
+    CHECK(test.volumes() == Names{"Same (/one)", "Same (/moved)", "Same (/other)"});
+    volumes::rename("/other", "/other", "Third");
     volumes::unmount("/one");
+    CHECK(test.volumes() == Names{"Same", "Third"});
+    volumes::mount(volume("/four", "Third"));
+    CHECK(test.volumes() == Names{"Same", "Third (/other)", "Third (/four)"});
+    volumes::unmount("/other");
+    volumes::unmount("/four");
     CHECK(test.volumes() == Names{"Same"});
+    volumes::rename("/moved", "/two", "Same");
     CHECK(test.controller->selectedDisk()->URL() == "/two");
 }
 

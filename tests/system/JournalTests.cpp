@@ -86,3 +86,19 @@ TEST_CASE("the journal keeps each message with its type, priority, subsystem and
     CHECK(holds(report, "PRIORITY", "3"));
     CHECK(report.find("SUBSYSTEM") == std::string::npos);
 }
+
+TEST_CASE("a report about the log is in the journal once, also where standard error goes there too")
+{
+    if (!canHaveJournal()) {
+        MESSAGE("SKIPPED: a private journal needs root and systemd-journald");
+        return;
+    }
+    // A file in the place of the stream that systemd connects and names.
+    ChildProcess run({"unshare", "--mount", "--propagation", "private", JOURNAL_SCRIPT, JOURNAL_PROBE, "sh", "-c",
+                      "touch /run/stream /run/file\n"
+                      "export JOURNAL_STREAM=\"$(stat -c %d:%i /run/stream)\"\n"
+                      "\"$0\" 2> /run/stream; \"$0\" 2> /run/file\n"
+                      "wc -c < /run/stream; cat /run/file",
+                      JOURNAL_PROBE});
+    CHECK(run.readAll() == "0\na report\n");
+}

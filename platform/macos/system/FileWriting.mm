@@ -9,7 +9,8 @@ Result<void> writeFileAtomically(const std::string& path, std::string_view bytes
     @autoreleasepool {
         NSError* failure = nil;
         NSData* const data = [NSData dataWithBytes:bytes.data() length:bytes.size()];
-        if (![data writeToFile:foundation::string(path) options:NSDataWritingAtomic error:&failure])
+        NSString* const target = foundation::string(path).stringByResolvingSymlinksInPath;
+        if (![data writeToFile:target options:NSDataWritingAtomic error:&failure])
             return std::unexpected(foundation::error(failure));
         return {};
     }

@@ -139,6 +139,12 @@ void TableView::selectRow(int row)
         [table deselectAll:nil];
 }
 
+void TableView::scrollRowToVisible(std::size_t row)
+{
+    if (row < numberOfRows())
+        [tableNative(*this).table() scrollRowToVisible:static_cast<NSInteger>(row)];
+}
+
 TableCellView TableView::makeView(const std::string& identifier) const
 {
     return {identifier, {}};

@@ -1,4 +1,5 @@
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
+#include "platform/linux/system/volumes/MountTable.h"
 #include "platform/linux/ui/controls/ViewNative.h"
 #include "platform/linux/ui/tables/DataTable.h"
 #include "tests/integration/snapshots/support/BtrfsVolume.h"
@@ -84,6 +85,31 @@ private:
 
     std::shared_ptr<BRVLocalSnapshotsController> _controller = BRVLocalSnapshotsController::create();
 };
+
+// Stays when what is mounted from it is unmounted.
+class LoopDevice {
+public:
+    explicit LoopDevice(const BtrfsVolume& unmounted)
+        : _device(linesOf({"losetup", "--find", "--show", folderOf(unmounted) + "/image"}).at(0))
+    {
+    }
+    ~LoopDevice() { run({"losetup", "--detach", _device}); }
+    LoopDevice(const LoopDevice&) = delete;
+    LoopDevice& operator=(const LoopDevice&) = delete;
+
+    const std::string& device() const { return _device; }
+    static std::string folderOf(const BtrfsVolume& volume) { return volume.path().substr(0, volume.path().rfind('/')); }
+
+private:
+    std::string _device;
+};
+
+std::string folderBeside(const BtrfsVolume& volume, const std::string& name)
+{
+    const auto path = LoopDevice::folderOf(volume) + "/" + name;
+    std::filesystem::create_directories(path);
+    return path;
+}
 
 bool soon(const std::function<bool()>& holds)
 {
@@ -182,6 +208,76 @@ TEST_CASE("a volume that moves to another folder stays the same volume")
     CHECK(browser.controller().selectedDisk() == disk);
     run({"mount", "--move", other.path(), volume.path()});
     CHECK(soon([&] { return disk->URL() == volume.path(); }));
+}
+
+TEST_CASE(
+    "a volume that is mounted hidden joins the list when it is mounted in sight too, and leaves it with that mount")
+{
+    NEEDS_BTRFS();
+    BtrfsVolume volume("Seen Later");
+    volume.unmount();
+    const LoopDevice loop(volume);
+    const auto& device = loop.device();
+    const auto hidden = folderBeside(volume, ".hidden");
+    const auto seen = folderBeside(volume, "seen");
+    const OpenBrowser browser;
+    run({"mount", device, hidden});
+    CHECK_FALSE(user::runEventsUntil([&] { return browser.hasVolume("Seen Later"); }, 300));
+    run({"mount", device, seen});
+    CHECK(soon([&] { return browser.hasVolume("Seen Later"); }));
+    CHECK(browser.controller().selectedDisk());
+    run({"umount", seen});
+    CHECK(soon([&] { return !browser.hasVolume("Seen Later"); }));
+    run({"umount", hidden});
+}
+
+TEST_CASE("the option that hides a volume is heeded, though it is written after the mount")
+{
+    NEEDS_BTRFS();
+    BtrfsVolume volume("Optional");
+    volume.unmount();
+    const LoopDevice loop(volume);
+    const auto seen = folderBeside(volume, "by-option");
+    const OpenBrowser browser;
+    run({"mount", loop.device(), seen});
+    CHECK(soon([&] { return browser.hasVolume("Optional"); }));
+    run({"umount", seen});
+    CHECK(soon([&] { return !browser.hasVolume("Optional"); }));
+    // First as the kernel shows it, before mount(8) has written its file.
+    run({"mount", "-i", "-n", loop.device(), seen});
+    CHECK(soon([&] { return browser.hasVolume("Optional"); }));
+    run({"umount", seen});
+    for (int turn = 0; turn < 5; ++turn) {
+        run({"mount", "-o", "x-gvfs-hide", loop.device(), seen});
+        user::runEventsUntil([] { return false; }, 200);
+        CHECK_FALSE(browser.hasVolume("Optional"));
+        run({"umount", seen});
+    }
+}
+
+TEST_CASE("the mount table is read once for all volumes, and again when something is mounted")
+{
+    NEEDS_BTRFS();
+    const BtrfsVolume first("Once");
+    const BtrfsVolume second("Twice");
+    const auto folder = folderBeside(first, "more");
+    const auto before = platform::MountTable::timesRead();
+    {
+        const OpenBrowser browser;
+        CHECK(browser.hasVolume("Once"));
+        CHECK(browser.hasVolume("Twice"));
+        CHECK(platform::MountTable::timesRead() - before <= 2);
+        const auto settled = platform::MountTable::timesRead();
+        CHECK(platform::localizedVolumeName(first.path()) == "Once");
+        CHECK(platform::MountTable::timesRead() == settled);
+    }
+    const auto settled = platform::MountTable::timesRead();
+    CHECK_FALSE(platform::localizedVolumeName(folder));
+    run({"mount", "-t", "tmpfs", "tmpfs", folder});
+    CHECK(platform::localizedVolumeName(folder) == "more");
+    run({"umount", folder});
+    CHECK_FALSE(platform::localizedVolumeName(folder));
+    CHECK(platform::MountTable::timesRead() == settled + 2);
 }
 
 TEST_CASE("when the whole is unmounted a subvolume that is mounted too takes its place")

@@ -5,8 +5,11 @@
 #include "platform/Localization.h"
 
 #include <cerrno>
+#include <climits>
+#include <expected>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <unistd.h>
 
 namespace platform {
 
@@ -42,13 +45,32 @@ Error writeError(const std::string& path, int failure)
             std::make_shared<Error>(Error{POSIXErrorDomain, failure, {}, nullptr})};
 }
 
+// Where the symbolic link leads, through others too; the path itself where it is none. The failure is an errno value.
+std::expected<std::string, int> targetOf(std::string path)
+{
+    constexpr int mostLinks = 40; // as the kernel has it
+    for (int links = 0; links < mostLinks; ++links) {
+        char target[PATH_MAX];
+        const auto length = ::readlink(path.c_str(), target, sizeof target);
+        if (length < 0)
+            return path; // no link; what else is wrong shows when it is written
+        const std::string_view next(target, static_cast<std::size_t>(length));
+        path = next.starts_with('/') ? std::string(next) : path.substr(0, path.rfind('/') + 1).append(next);
+    }
+    return std::unexpected(ELOOP);
+}
+
 } // namespace
 
 Result<void> writeFileAtomically(const std::string& path, std::string_view bytes)
 {
+    const auto target = targetOf(path);
+    if (!target)
+        return std::unexpected(writeError(path, target.error()));
     struct stat earlier{};
-    const auto mode = ::stat(path.c_str(), &earlier) == 0 ? earlier.st_mode & 07777 : newFileMode;
-    const auto written = replaceFile(path, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, mode);
+    const auto mode = ::stat(target->c_str(), &earlier) == 0 ? earlier.st_mode & 07777 : newFileMode;
+    const auto written =
+        replaceFile(*target, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, mode);
     if (!written)
         return std::unexpected(writeError(path, written.error()));
     return {};

@@ -12,9 +12,11 @@
 #define SD_JOURNAL_SUPPRESS_LOCATION
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <initializer_list>
+#include <sys/stat.h>
 #include <systemd/sd-journal.h>
 #include <unistd.h>
 #include <utility>
@@ -191,6 +193,17 @@ private:
     std::string _facility;
 };
 
+// Whether what is written to standard error ends up in the journal. systemd names the file that it has connected.
+bool isErrorOutputJournal()
+{
+    const char* const stream = std::getenv("JOURNAL_STREAM");
+    unsigned long long device = 0;
+    unsigned long long inode = 0;
+    struct stat status{};
+    return stream && std::sscanf(stream, "%llu:%llu", &device, &inode) == 2 && ::fstat(STDERR_FILENO, &status) == 0
+        && status.st_dev == device && status.st_ino == inode;
+}
+
 } // namespace
 
 std::unique_ptr<SystemLog> SystemLog::create(const std::string& subsystem, const std::string& category)
@@ -202,7 +215,8 @@ std::unique_ptr<SystemLog> SystemLog::create(const std::string& subsystem, const
 
 void reportToDefaultLog(std::string_view text)
 {
-    if (usesSandboxStore())
+    const bool usesJournal = !usesSandboxStore();
+    if (!usesJournal)
         StoreFile(UnifiedStore).append(unifiedRecord(errorType, {}, {}, text));
     else {
         auto [name, priority] = messageType(errorType);
@@ -211,6 +225,8 @@ void reportToDefaultLog(std::string_view text)
                        {"MESSAGE_TYPE", name},
                        {"SYSLOG_IDENTIFIER", program_invocation_short_name}});
     }
+    if (usesJournal && isErrorOutputJournal())
+        return;
     auto line = std::string(text) + "\n";
     if (::write(STDERR_FILENO, line.data(), line.size()) < 0)
         return;

@@ -1,13 +1,17 @@
 #include "platform/linux/system/volumes/MountTable.h"
 
+#include "platform/FileDescriptor.h"
 #include "platform/linux/system/btrfs/BtrfsTree.h"
 #include "platform/linux/system/journal/JsonText.h"
 #include "platform/Localization.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <libmount/libmount.h>
-#include <map>
-#include <memory>
+#include <optional>
+#include <poll.h>
+#include <sys/stat.h>
+#include <utility>
 
 namespace platform {
 
@@ -55,16 +59,17 @@ void removeCovered(std::vector<Mount>& mounts)
     std::erase_if(mounts, [&](const Mount& mount) { return last[mount.path] != at++; });
 }
 
-// Every mount of a btrfs file system leads to all of its snapshots, so one is enough: that of the whole file system, or
-// else the first.
+// Every mount of a btrfs file system leads to all of its snapshots, so one is enough: one that is meant to be seen
+// before others, that of the whole file system before others, or else the first.
 void chooseRepresentatives(std::vector<Mount>& mounts)
 {
+    const auto rank = [](const Mount& mount) { return (mount.isHidden ? 0 : 2) + (mount.root == "/" ? 1 : 0); };
     std::map<std::uint64_t, Mount*> chosen;
     for (auto& mount : mounts) {
         if (!isBtrfs(mount))
             continue;
         auto*& best = chosen[mount.device];
-        mount.representsFileSystem = !best || (best->root != "/" && mount.root == "/");
+        mount.representsFileSystem = !best || rank(mount) > rank(*best);
         if (!mount.representsFileSystem)
             continue;
         if (best)
@@ -73,20 +78,99 @@ void chooseRepresentatives(std::vector<Mount>& mounts)
     }
 }
 
-} // namespace
-
-std::optional<std::vector<Mount>> readMountTable()
+std::shared_ptr<const MountTable> readTable()
 {
     const std::unique_ptr<libmnt_table, TableDeleter> table(mnt_new_table());
     const std::unique_ptr<libmnt_iter, IteratorDeleter> iterator(mnt_new_iter(MNT_ITER_FORWARD));
     if (!table || !iterator || mnt_table_parse_mtab(table.get(), nullptr) != 0)
-        return std::nullopt;
+        return nullptr;
     std::vector<Mount> mounts;
     for (libmnt_fs* entry = nullptr; mnt_table_next_fs(table.get(), iterator.get(), &entry) == 0;)
         mounts.push_back(mountOfEntry(entry));
     removeCovered(mounts);
     chooseRepresentatives(mounts);
-    return mounts;
+    return std::make_shared<const MountTable>(std::move(mounts));
+}
+
+// Whether the table has changed since the last question. The kernel has the mounts; what mount(8) was told beyond that,
+// "x-gvfs-hide" for one, stands in a file that is replaced a moment later.
+class TableChanges {
+public:
+    bool haveHappened()
+    {
+        const bool mountsChanged = haveMountsChanged();
+        const auto options = stateOfOptions();
+        return std::exchange(_options, options) != options || mountsChanged;
+    }
+
+private:
+    static constexpr const char* mountsFile = "/proc/self/mountinfo";
+    static constexpr const char* optionsFile = "/run/mount/utab";
+
+    struct FileState {
+        ino_t inode = 0;
+        off_t size = -1;
+        std::int64_t seconds = 0;
+        std::int64_t nanoseconds = 0;
+        bool operator==(const FileState&) const = default;
+    };
+
+    bool haveMountsChanged()
+    {
+        if (!_mounts) {
+            _mounts.reset(::open(mountsFile, O_RDONLY | O_CLOEXEC));
+            return true;
+        }
+        pollfd source{_mounts.get(), POLLPRI, 0};
+        return ::poll(&source, 1, 0) != 0;
+    }
+
+    static FileState stateOfOptions()
+    {
+        struct stat status{};
+        if (::stat(optionsFile, &status) != 0)
+            return {};
+        return {status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+    }
+
+    FileDescriptor _mounts;
+    std::optional<FileState> _options;
+};
+
+int& readings()
+{
+    static int count = 0;
+    return count;
+}
+
+} // namespace
+
+MountTable::MountTable(std::vector<Mount> mounts) : _mounts(std::move(mounts))
+{
+    for (std::size_t place = 0; place < _mounts.size(); ++place)
+        _places[_mounts[place].path] = place;
+}
+
+const Mount* MountTable::at(std::string_view path) const
+{
+    const auto found = _places.find(path);
+    return found == _places.end() ? nullptr : &_mounts[found->second];
+}
+
+std::shared_ptr<const MountTable> MountTable::current()
+{
+    static TableChanges changes;
+    static std::shared_ptr<const MountTable> table;
+    if (changes.haveHappened() || !table) {
+        table = readTable();
+        ++readings();
+    }
+    return table;
+}
+
+int MountTable::timesRead()
+{
+    return readings();
 }
 
 std::string nameOfMount(const Mount& mount)

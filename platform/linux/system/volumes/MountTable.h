@@ -1,8 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <optional>
+#include <map>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace platform {
@@ -19,8 +22,24 @@ struct Mount {
     bool representsFileSystem = true; // the one to show of all mounts of a btrfs file system
 };
 
-// The file systems that can be reached, in the order in which they were mounted. nullopt when the system does not tell.
-std::optional<std::vector<Mount>> readMountTable();
+// The file systems that can be reached, in the order in which they were mounted.
+class MountTable {
+public:
+    // As the system has it now. It is read only when it has changed since the last time. Null when the system does not
+    // tell. Main thread only.
+    static std::shared_ptr<const MountTable> current();
+    static int timesRead(); // in this process
+
+    explicit MountTable(std::vector<Mount> mounts);
+
+    const std::vector<Mount>& mounts() const { return _mounts; }
+    // Null when nothing is mounted there.
+    const Mount* at(std::string_view path) const;
+
+private:
+    std::vector<Mount> _mounts;
+    std::map<std::string_view, std::size_t> _places; // by path
+};
 
 inline bool isBtrfs(const Mount& mount)
 {

@@ -53,6 +53,9 @@ private:
     static MountMonitor openMountMonitor()
     {
         MountMonitor monitor(mnt_new_monitor());
+        // The options that the kernel does not know come a moment after the mount.
+        if (monitor)
+            mnt_monitor_enable_userspace(monitor.get(), 1, nullptr);
         return monitor && mnt_monitor_enable_kernel(monitor.get(), 1) == 0 && mnt_monitor_get_fd(monitor.get()) >= 0
             ? std::move(monitor)
             : nullptr;
@@ -85,8 +88,8 @@ void VolumeWatcher::start()
     if (_started)
         return;
     auto monitors = std::make_unique<Monitors>(); // before the first look, so that nothing goes unseen
-    if (const auto mounts = readMountTable())
-        _known = volumesOfMounts(*mounts);
+    if (const auto table = MountTable::current())
+        _known = volumesOfMounts(table->mounts());
     try {
         const BlockedSignals blocked;
         std::thread([this, opened = std::move(monitors)] { watch(*opened); }).detach();
@@ -108,7 +111,7 @@ VolumeWatcher::Volumes VolumeWatcher::volumesOfMounts(const std::vector<Mount>& 
     for (const auto& mount : mounts) {
         // Other file systems keep no snapshots here, and nobody needs to know of them.
         if (isBtrfs(mount) && mount.representsFileSystem)
-            volumes[{mount.device, mount.source}] = {mount.identifier, mount.path, nameOfMount(mount)};
+            volumes[{mount.device, mount.source}] = {mount.identifier, mount.path, nameOfMount(mount), mount.isHidden};
     }
     return volumes;
 }
@@ -125,10 +128,10 @@ void VolumeWatcher::watch(Monitors& monitors)
 void VolumeWatcher::refresh()
 {
     _refreshing = false;
-    const auto mounts = readMountTable();
-    if (!mounts)
+    const auto table = MountTable::current();
+    if (!table)
         return;
-    const auto before = std::exchange(_known, volumesOfMounts(*mounts));
+    const auto before = std::exchange(_known, volumesOfMounts(table->mounts()));
     const auto now = _known; // observers may read the table
     for (const auto& [key, volume] : before) {
         const auto found = now.find(key);
@@ -143,8 +146,10 @@ void VolumeWatcher::refresh()
 void VolumeWatcher::tellChange(const Volume* before, const Volume* now) const
 {
     using enum VolumeNotification::Event;
-    // Mounted anew in the same place, it may be another disk.
-    const bool isNew = before && now && before->path == now->path && before->mount != now->mount;
+    // Mounted anew in the same place, it may be another disk. Those who leave out hidden volumes do not know one that
+    // has come to be seen.
+    const bool isNew = before && now
+        && ((before->path == now->path && before->mount != now->mount) || before->isHidden != now->isHidden);
     if (before && (!now || isNew))
         observers.tell({DidUnmount, before->path, {}, {}});
     if (now && (!before || isNew))

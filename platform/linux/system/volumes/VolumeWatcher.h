@@ -29,6 +29,7 @@ private:
         int mount = 0;
         std::string path;
         std::string name;
+        bool isHidden = false;
     };
     // A file system is one volume however often it is mounted: by its device and source.
     using Key = std::pair<std::uint64_t, std::string>;

@@ -4,7 +4,8 @@
 #include "platform/linux/system/volumes/UdevHandles.h"
 #include "platform/linux/system/volumes/VolumeWatcher.h"
 
-#include <algorithm>
+#include <memory>
+#include <ranges>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -12,13 +13,12 @@ namespace platform {
 
 namespace {
 
-std::optional<Mount> mountAt(const std::string& url)
+// What is mounted there; null for nothing. It keeps the table that it stands in.
+std::shared_ptr<const Mount> mountAt(const std::string& url)
 {
-    auto mounts = readMountTable();
-    if (!mounts)
-        return std::nullopt;
-    const auto found = std::ranges::find(*mounts, url, &Mount::path);
-    return found == mounts->end() ? std::nullopt : std::optional(std::move(*found));
+    const auto table = MountTable::current();
+    const auto* const mount = table ? table->at(url) : nullptr;
+    return mount ? std::shared_ptr<const Mount>(table, mount) : nullptr;
 }
 
 UdevDevice deviceOfMount(udev& context, const Mount& mount)
@@ -77,20 +77,18 @@ public:
 
 int numberOfMountedFileSystems()
 {
-    const auto mounts = readMountTable();
-    return mounts ? static_cast<int>(mounts->size()) : -1;
+    const auto table = MountTable::current();
+    return table ? static_cast<int>(table->mounts().size()) : -1;
 }
 
 std::vector<MountedFileSystem> mountedFileSystems(int room)
 {
-    auto mounts = readMountTable();
-    if (!mounts)
+    const auto table = MountTable::current();
+    if (!table)
         return {};
-    if (mounts->size() > static_cast<std::size_t>(room))
-        mounts->resize(static_cast<std::size_t>(room));
-    VolumeWatcher::shared().didRead(*mounts);
+    VolumeWatcher::shared().didRead(table->mounts());
     std::vector<MountedFileSystem> found;
-    for (const auto& mount : *mounts)
+    for (const auto& mount : table->mounts() | std::views::take(room))
         found.push_back({mount.path, mount.isNetworked ? 0 : MountedFileSystem::Local});
     return found;
 }

@@ -28,20 +28,15 @@ int comfortableTextWidth(const QWidget& box)
 
 AlertBox::AlertBox(const Content& content, QWidget* parent)
     : QMessageBox(parent),
-      _style(content.style),
+      _style(content.style.value_or(AlertStyle::Warning)),
       _accessoryView(content.accessoryView)
 {
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(QGuiApplication::applicationDisplayName());
-    switch (content.style) {
-    case AlertStyle::Warning: // the style of every notice, good news included
-    case AlertStyle::Informational:
+    if (!content.style || *content.style == AlertStyle::Informational)
         setIcon(Information);
-        break;
-    case AlertStyle::Critical:
-        setIcon(Critical);
-        break;
-    }
+    else
+        setIcon(*content.style == AlertStyle::Critical ? Critical : Warning);
     setTexts(content);
     if (content.buttons.empty())
         addButtons({localizedString("OK")});

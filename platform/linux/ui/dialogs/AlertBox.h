@@ -3,6 +3,7 @@
 #include "platform/ui/Alert.h"
 
 #include <memory>
+#include <optional>
 #include <QMessageBox>
 #include <string>
 #include <vector>
@@ -16,7 +17,7 @@ class AlertBox : public QMessageBox {
 
 public:
     struct Content {
-        AlertStyle style = AlertStyle::Warning;
+        std::optional<AlertStyle> style = {};
         std::string messageText;
         std::string informativeText;
         std::vector<std::string> buttons;
@@ -26,7 +27,7 @@ public:
     AlertBox(const Content& content, QWidget* parent);
     ~AlertBox() override;
 
-    AlertStyle alertStyle() const { return _style; } // two of them look alike
+    AlertStyle alertStyle() const { return _style; }
     const QList<QPushButton*>& buttonsInOrder() const { return _inOrder; }
     // Of the button that was pressed; Alert::Stop when it was closed, Alert::Abort while it was not.
     int answer() const;

@@ -29,6 +29,7 @@ SavePanelDialog::SavePanelDialog(const QStringList& types, const QString& name, 
 {
     setOption(DontUseNativeDialog);
     setAcceptMode(AcceptSave);
+    setLabelText(LookIn, QString::fromStdString(localizedString("Save in:")));
     setFileMode(AnyFile);
     setAttribute(Qt::WA_QuitOnClose, false);
     QStringList filters;

@@ -72,9 +72,16 @@ int TableView::selectedRow() const
 void TableView::selectRow(int row)
 {
     auto& table = widgetOf<DataTable>(*this);
-    table.clearSelection();
+    table.selectionModel()->clear(); // with the row that has the keyboard
     if (row >= 0 && row < table.rows().rowCount())
         table.setCurrentIndex(table.rows().index(row, 0));
+}
+
+void TableView::scrollRowToVisible(std::size_t row)
+{
+    auto& table = widgetOf<DataTable>(*this);
+    if (row < numberOfRows())
+        table.scrollTo(table.rows().index(static_cast<int>(row), 0));
 }
 
 TableCellView TableView::makeView(const std::string& identifier) const
