@@ -56,13 +56,26 @@ def mirror():
     return "http://deb.debian.org/debian"
 
 
+def wanted_packages(package):
+    return ",".join(PROGRAMS + dependencies_of(package))
+
+
+def is_outdated(root, package):
+    """Whether it was made here, for a package that needed others."""
+    try:
+        with open(root + ".packages", encoding="ascii") as file:
+            return file.read() != wanted_packages(package)
+    except FileNotFoundError:
+        return False
+
+
 def make_root(root, package):
     if not shutil.which("mmdebstrap"):
         raise Impossible("mmdebstrap is not installed")
     new = root + ".new"
     shutil.rmtree(new, ignore_errors=True)
     os.makedirs(os.path.dirname(os.path.abspath(root)), exist_ok=True)
-    wanted = ",".join(PROGRAMS + dependencies_of(package))
+    wanted = wanted_packages(package)
     print(f"Fetching Debian into {root}.", flush=True)
     made = subprocess.run(["mmdebstrap", "--quiet", "--variant=apt", "--include=" + wanted, SUITE, new, mirror()],
                           stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
@@ -70,7 +83,9 @@ def make_root(root, package):
         shutil.rmtree(new, ignore_errors=True)
         said = [line for line in (made.stdout + made.stderr).splitlines() if line.strip()]
         raise Impossible("Debian could not be fetched: " + (said[-1] if said else "mmdebstrap said nothing"))
+    shutil.rmtree(root, ignore_errors=True)
     os.rename(new, root)
+    write(root + ".packages", wanted)
 
 
 def see_whether_possible(root, package):
@@ -78,7 +93,7 @@ def see_whether_possible(root, package):
         raise Impossible("a system is booted as root")
     if not shutil.which("systemd-nspawn"):
         raise Impossible("systemd-container is not installed")
-    if not os.path.isfile(os.path.join(root, "usr/lib/systemd/systemd")):
+    if not os.path.isfile(os.path.join(root, "usr/lib/systemd/systemd")) or is_outdated(root, package):
         make_root(root, package)
 
 
