@@ -15,7 +15,8 @@ import tempfile
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SUITE = "bookworm"
-LIMIT = 900  # seconds
+LIMIT = 480  # seconds
+FETCH_LIMIT = 300  # seconds, so that a slow mirror leaves time for the stories
 RESTART = 133  # what systemd-nspawn ends with when the system inside wants to be started again
 PLACE = "srv/story"  # below the root
 PROGRAMS = ["systemd", "systemd-sysv", "dbus", "polkitd", "udev", "libpam-systemd", "btrfs-progs", "borgbackup", "python3", "python3-dbus"]
@@ -77,10 +78,12 @@ def make_root(root, package):
     os.makedirs(os.path.dirname(os.path.abspath(root)), exist_ok=True)
     wanted = wanted_packages(package)
     print(f"Fetching Debian into {root}.", flush=True)
-    made = subprocess.run(["mmdebstrap", "--quiet", "--variant=apt", "--include=" + wanted, SUITE, new, mirror()],
-                          stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
+    fetch = ["timeout", str(FETCH_LIMIT), "mmdebstrap", "--quiet", "--variant=apt", "--include=" + wanted, SUITE, new, mirror()]
+    made = subprocess.run(fetch, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
     if made.returncode != 0:
         shutil.rmtree(new, ignore_errors=True)
+        if made.returncode == 124:  # what timeout ends with
+            raise Impossible(f"Debian could not be fetched within {FETCH_LIMIT} s")
         said = [line for line in (made.stdout + made.stderr).splitlines() if line.strip()]
         raise Impossible("Debian could not be fetched: " + (said[-1] if said else "mmdebstrap said nothing"))
     shutil.rmtree(root, ignore_errors=True)
