@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstring>
 #include <doctest/doctest.h>
+#include <functional>
 #include <future>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -130,17 +131,11 @@ private:
     sd_bus* _bus = nullptr;
 };
 
-// All of them read until there are as many answers, or nothing has come for a minute.
-void readUntilAnswered(const std::vector<RawClient*>& clients, int count)
+// All of them read until that is so, or nothing has come for a minute.
+void readUntil(const std::vector<RawClient*>& clients, const std::function<bool()>& isSo)
 {
-    const auto isAnswered = [&] {
-        int sum = 0;
-        for (const RawClient* client : clients)
-            sum += client->replyCount + client->refusalCount;
-        return sum >= count;
-    };
-    for (auto last = std::chrono::steady_clock::now();
-         !isAnswered() && std::chrono::steady_clock::now() < last + std::chrono::minutes(1);) {
+    constexpr std::chrono::minutes patience(1);
+    for (auto last = std::chrono::steady_clock::now(); !isSo() && std::chrono::steady_clock::now() < last + patience;) {
         bool hasRead = false;
         for (RawClient* client : clients) {
             while (client->read())
@@ -151,6 +146,17 @@ void readUntilAnswered(const std::vector<RawClient*>& clients, int count)
         else
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
+}
+
+// The same until so many calls of theirs are answered.
+void readUntilAnswered(const std::vector<RawClient*>& clients, int count)
+{
+    readUntil(clients, [&] {
+        int sum = 0;
+        for (const RawClient* client : clients)
+            sum += client->replyCount + client->refusalCount;
+        return sum >= count;
+    });
 }
 
 // Answers a request with a megabyte, and one that has a number with a byte.
@@ -669,10 +675,9 @@ TEST_CASE("the replies of one user do not wait until another one has got all of 
         sd_bus_message_unref(answer);
     });
     other.join();
-    for (RawClient* client : {&flood, &second}) {
+    for (RawClient* client : {&flood, &second})
         REQUIRE(sd_bus_add_filter(client->bus(), nullptr, note, &numbers) >= 0);
-        while (sd_bus_process(client->bus(), nullptr) > 0 || sd_bus_wait(client->bus(), 300'000) > 0) { }
-    }
+    readUntil({&flood, &second}, [&] { return numbers.size() >= Many; });
     CHECK(numbers.size() == Many);
     const auto before = std::ranges::count_if(numbers, [&](std::uint64_t number) { return number < own; });
     CHECK(before < static_cast<std::ptrdiff_t>(Many / 2)); // it was the last to be given
