@@ -279,6 +279,16 @@ class Lifecycle(Story):
         expect(self.application.returncode == -signal.SIGTERM, f"it ended with {self.application.returncode}")
         self.sandbox.helper.send_signal(signal.SIGCONT)
 
+    def the_end_of_the_display_ends_the_application_also_while_the_helper_hangs(self):
+        self.start_all()
+        self.sandbox.helper.send_signal(signal.SIGSTOP)
+        self.desktop.key("ctrl+comma")
+        time.sleep(1)
+        expect(self.application.poll() is None, "the application ended by itself")
+        self.desktop.children[0].terminate()  # the display
+        self.application.wait(2)
+        self.sandbox.helper.send_signal(signal.SIGCONT)
+
     def a_signal_ends_the_application_while_it_asks_and_the_question_comes_again(self):
         self.forget_question()
         self.start_all()
