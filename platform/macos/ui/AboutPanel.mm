@@ -61,7 +61,8 @@ void orderFrontPanelAboutVersion(const std::string& version, std::vector<std::sh
     static std::vector<std::shared_ptr<Button>> shown; // the panel's
     if (!panel.visible) {
         shown = std::move(links);
-        NSString* const name = NSRunningApplication.currentApplication.localizedName ?: @"Brevane";
+        NSString* const known = NSRunningApplication.currentApplication.localizedName;
+        NSString* const name = known ? known : @"Brevane";
         NSTextField* const title = newLabel(name);
         title.font = [NSFont boldSystemFontOfSize:NSFont.systemFontSize * 1.4];
         NSMutableArray<NSView*>* const rows =

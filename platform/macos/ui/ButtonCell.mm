@@ -5,7 +5,7 @@
 
 using platform::StyledText;
 using platform::TextAttributes;
-using platform::ui::Rect;
+using TitleRect = platform::ui::Rect; // the system has a Rect of its own
 
 @interface BRVButtonCell ()
 - (NSRect)drawOwnTitle:(NSAttributedString*)title withFrame:(NSRect)frame inView:(NSView*)view;
@@ -22,7 +22,7 @@ public:
 
     bool isHighlighted() const override { return _cell.highlighted; }
 
-    Rect drawTitle(const StyledText& title, const Rect& frame) override
+    TitleRect drawTitle(const StyledText& title, const TitleRect& frame) override
     {
         NSMutableAttributedString* const drawn = [_title mutableCopy];
         title.visitRuns(0, title.size(), [&](std::size_t begin, std::size_t end, const TextAttributes& attributes) {
@@ -65,9 +65,9 @@ private:
 - (NSRect)drawTitle:(NSAttributedString*)title withFrame:(NSRect)frame inView:(NSView*)view
 {
     StyledText text;
-    text.appendString(foundation::string(title.string), {});
+    text.appendString(platform::foundation::string(title.string), {});
     CellCanvas canvas(self, title, view);
-    const Rect drawn =
+    const TitleRect drawn =
         _titleCell->drawTitle(text, {frame.origin.x, frame.origin.y, frame.size.width, frame.size.height}, canvas);
     return NSMakeRect(drawn.x, drawn.y, drawn.width, drawn.height);
 }
