@@ -9,6 +9,7 @@
 #include <doctest/doctest.h>
 #include <QApplication>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QTest>
 
 using namespace platform;
@@ -188,6 +189,10 @@ TEST_CASE("a file that cannot be written is told in a sheet of the console")
     CHECK(alert.isSheet);
     CHECK(alert.messageText == "No.");
     CHECK(alert.informativeText == "Permission denied");
+    for (const auto* const widget : QApplication::topLevelWidgets()) {
+        const auto* const box = qobject_cast<const QMessageBox*>(widget);
+        CHECK((!box || !box->isVisible() || box->icon() == QMessageBox::Warning));
+    }
     CHECK(alert.buttons == std::vector<std::string>{"OK"});
     user::answer(0);
     CHECK(scripted::files::written().empty());

@@ -8,6 +8,7 @@
 #include "tests/platform/ui/User.h"
 
 #include <doctest/doctest.h>
+#include <optional>
 #include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
@@ -76,6 +77,20 @@ TEST_CASE("an alert without added buttons has OK")
     user::answerNextAlert(0);
     CHECK(alertWithButtons({}).runModal() == Alert::FirstButtonReturn);
     CHECK(user::takeAnsweredAlerts().at(0).buttons == std::vector<std::string>{"OK"});
+}
+
+TEST_CASE("an alert looks like a warning where it asks for that, and like a notice where nobody asks")
+{
+    const auto iconOf = [](std::optional<AlertStyle> style) {
+        return AlertBox({.style = style, .messageText = "m", .informativeText = "", .buttons = {}}, nullptr).icon();
+    };
+    CHECK(iconOf({}) == QMessageBox::Information);
+    CHECK(iconOf(AlertStyle::Informational) == QMessageBox::Information);
+    CHECK(iconOf(AlertStyle::Warning) == QMessageBox::Warning);
+    CHECK(iconOf(AlertStyle::Critical) == QMessageBox::Critical);
+    // To others it is a warning, as everywhere.
+    CHECK(AlertBox({.style = {}, .messageText = "m", .informativeText = "", .buttons = {}}, nullptr).alertStyle()
+          == AlertStyle::Warning);
 }
 
 TEST_CASE("ampersands in a button's title are shown")
