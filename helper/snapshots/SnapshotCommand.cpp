@@ -20,8 +20,19 @@ int statusOfFailure(int code)
     return code == ENOTTY || code == ENOENT || code == ENOTDIR ? EX_DATAERR : EX_CANTCREAT;
 }
 
+// Only what was made by the other command.
+bool isInSnapshotFolder(std::string_view path)
+{
+    const auto name = path.rfind('/');
+    return name != std::string_view::npos && path.substr(0, name).ends_with("/.brevane-snapshots");
+}
+
 int removeSnapshot(const char* path)
 {
+    if (!isInSnapshotFolder(path)) {
+        std::fprintf(stderr, "'%s' is no snapshot of Brevane's.\n", path);
+        return EX_DATAERR;
+    }
     if (const auto removed = platform::removeBtrfsSnapshot(path); !removed) {
         std::fprintf(stderr, "Could not remove the snapshot '%s': %s.\n", path,
                      textOfSnapshotFailure(removed.error()).c_str());

@@ -435,6 +435,7 @@ TEST_CASE("the helper says how it is used, every option of it")
     CHECK(usage.starts_with("usage: "));
     for (const char* option : {"--root PATH", "--updates FILE", "--rules FOLDER", "--snapshot VOLUME"})
         CHECK_MESSAGE(usage.contains(std::string("\n  ") + option + " "), option);
+    CHECK(usage.contains("\n  --remove-snapshot PATH\n"));
     CHECK(help.wait() == 0);
 }
 

@@ -324,6 +324,27 @@ TEST_CASE("snapshots that the helper makes in one second have names of their own
     CHECK(snapshotsListedByTool(volume.path()).size() == 5);
 }
 
+TEST_CASE("the helper removes a snapshot of its own, and no other volume")
+{
+    NEEDS_BTRFS();
+    const BtrfsVolume volume("Removed");
+    const auto path = linesOf({BREVANE_SCHEDULER_HELPER, "--snapshot", volume.path()}).at(0);
+    const auto status = [](const std::string& named) {
+        ChildProcess child({BREVANE_SCHEDULER_HELPER, "--remove-snapshot", named});
+        child.readAll();
+        return child.wait();
+    };
+    const auto other = volume.file("other");
+    run({"btrfs", "subvolume", "snapshot", "-r", volume.path(), other});
+    CHECK(status(other) == EX_DATAERR);
+    CHECK(status(volume.path()) == EX_DATAERR);
+    CHECK(status(volume.file(".brevane-snapshots/none")) == EX_DATAERR);
+    CHECK(snapshotsListedByTool(volume.path()).size() == 2);
+    CHECK(status(path) == EX_OK);
+    CHECK(snapshotsListedByTool(volume.path()).size() == 1);
+    CHECK(std::filesystem::exists(other));
+}
+
 TEST_CASE("the helper makes no snapshot of a folder, through a link, or for an ordinary user")
 {
     NEEDS_BTRFS();
