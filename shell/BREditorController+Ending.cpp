@@ -78,19 +78,8 @@ void BREditorController::uninstall()
     BRVHelperMessager::sharedMessager()->sendMessage(BRVMessageUninstall, {}, platform::Queue::main(),
                                                      [weak = weak_from_this()](const BRVHelperMessager::Reply& reply) {
                                                          const auto self = weak.lock();
-                                                         if (!self)
-                                                             return;
-                                                         if (reply)
-                                                             self->displayDidUninstallAlert();
-                                                         else if (!userCanceledAuthentication(reply.error()))
+                                                         if (self && !reply
+                                                             && !userCanceledAuthentication(reply.error()))
                                                              self->didFailToUninstallWithError(reply.error());
                                                      });
-}
-
-void BREditorController::displayDidUninstallAlert()
-{
-    _endsUnasked = true;
-    Alert alert;
-    alert.setMessageText(localizedString("Brevane was uninstalled."));
-    alert.beginSheet(_outlets.window, [](int) { terminateApplication(); });
 }

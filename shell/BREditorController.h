@@ -114,8 +114,6 @@ private:
     void beginSheetOfferingTimeMachineSettings(platform::ui::Alert& alert);
     void displayMissingSettingsPaneAlert(const std::string& advice);
 
-    void displayDidUninstallAlert();
-
     std::unique_ptr<platform::ui::Interface> _interface;
     MainWindowOutlets _outlets;
     std::shared_ptr<ZRKStackView> _stackView;
@@ -127,7 +125,7 @@ private:
     EditorCapabilities _capabilities; // since the interface was loaded
     bool _showAdvancedSettings = false;
     bool _checkingUpdates = false;
-    bool _endsUnasked = false;        // since nobody could answer, or what would be kept is gone
+    bool _endsUnasked = false;        // since nobody could answer
     bool _isUninstalled = false;      // what is the user's, to begin with
     bool _needsBackupProgram = false; // by what was just applied
 

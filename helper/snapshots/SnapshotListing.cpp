@@ -25,9 +25,9 @@ std::unexpected<platform::Error> failure(int code)
 // likes.
 bool isMountedBtrfs(const std::string& path)
 {
-    const auto mounts = platform::readMountTable();
-    return mounts
-        && std::ranges::any_of(*mounts, [&](const auto& mount) { return mount.path == path && isBtrfs(mount); });
+    const auto table = platform::MountTable::read();
+    const auto* const mount = table ? table->at(path) : nullptr;
+    return mount && isBtrfs(*mount);
 }
 
 } // namespace

@@ -275,7 +275,7 @@ class Lifecycle(Story):
         self.desktop.key("ctrl+comma")  # asks the helper before anything shows
         time.sleep(1)
         self.application.send_signal(signal.SIGTERM)
-        self.application.wait(1)
+        self.application.wait(3)  # it takes one at most, where nothing else runs
         expect(self.application.returncode == -signal.SIGTERM, f"it ended with {self.application.returncode}")
         self.sandbox.helper.send_signal(signal.SIGCONT)
 
@@ -295,7 +295,7 @@ class Lifecycle(Story):
         self.ask_to_quit()
         self.desktop.dialog(QUESTION)
         self.application.send_signal(signal.SIGTERM)
-        self.application.wait(1)
+        self.application.wait(3)  # it takes one at most, where nothing else runs
         expect(self.application.returncode == 0, f"it ended with {self.application.returncode}")
         expect(not self.installs_updates(), "automatic updates are on")
         expect(not self.defaults().get("DidAskAboutAutoUpdates"), "the question counts as answered")
@@ -428,8 +428,18 @@ class Lifecycle(Story):
         wait_for("the product's folder to go", lambda: not os.path.exists(self.sandbox.path("Library/Brevane")))
         expect(not os.path.exists(logs), "the log is still there")
         expect(not self.defaults(), "the defaults are still there")
-        self.answer_alert("Brevane was uninstalled.", "", "OK", ["OK"])
-        self.wait_for_end()
+        self.expect_no_alert()
+
+        # The application goes on until it is quit, and brings nothing back.
+        for key, name in (("ctrl+comma", "Preferences"), ("ctrl+1", "Local Snapshots"), ("ctrl+2", "Console"),
+                          ("ctrl+3", "Activity")):
+            self.desktop.key(key)
+            self.desktop.find("frame", name)
+            self.wait_active(name)
+            self.desktop.key("ctrl+w")
+            self.desktop.wait_gone("frame", name)
+            self.wait_active("Brevane")
+        self.quit_application()
         expect(not self.defaults(), "the defaults are there again")
         left = self.product_files()
         expect(not left, f"{left} are still there, or again")

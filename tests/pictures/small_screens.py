@@ -12,8 +12,8 @@ import tempfile
 
 # Width, height and scale; the sizes are in the screen's own pixels.
 SCREENS = ((800, 600, 1), (1280, 1024, 2))
-# What a window's frame takes, at least: its title bar.
-FRAME = 24
+# What the frame takes that the toolkit gives to a window without a display.
+FRAME = 2
 
 
 def size_of(path):

@@ -78,20 +78,6 @@ void chooseRepresentatives(std::vector<Mount>& mounts)
     }
 }
 
-std::shared_ptr<const MountTable> readTable()
-{
-    const std::unique_ptr<libmnt_table, TableDeleter> table(mnt_new_table());
-    const std::unique_ptr<libmnt_iter, IteratorDeleter> iterator(mnt_new_iter(MNT_ITER_FORWARD));
-    if (!table || !iterator || mnt_table_parse_mtab(table.get(), nullptr) != 0)
-        return nullptr;
-    std::vector<Mount> mounts;
-    for (libmnt_fs* entry = nullptr; mnt_table_next_fs(table.get(), iterator.get(), &entry) == 0;)
-        mounts.push_back(mountOfEntry(entry));
-    removeCovered(mounts);
-    chooseRepresentatives(mounts);
-    return std::make_shared<const MountTable>(std::move(mounts));
-}
-
 // Whether the table has changed since the last question. The kernel has the mounts; what mount(8) was told beyond that,
 // "x-gvfs-hide" for one, stands in a file that is replaced a moment later.
 class TableChanges {
@@ -157,12 +143,26 @@ const Mount* MountTable::at(std::string_view path) const
     return found == _places.end() ? nullptr : &_mounts[found->second];
 }
 
+std::shared_ptr<const MountTable> MountTable::read()
+{
+    const std::unique_ptr<libmnt_table, TableDeleter> table(mnt_new_table());
+    const std::unique_ptr<libmnt_iter, IteratorDeleter> iterator(mnt_new_iter(MNT_ITER_FORWARD));
+    if (!table || !iterator || mnt_table_parse_mtab(table.get(), nullptr) != 0)
+        return nullptr;
+    std::vector<Mount> mounts;
+    for (libmnt_fs* entry = nullptr; mnt_table_next_fs(table.get(), iterator.get(), &entry) == 0;)
+        mounts.push_back(mountOfEntry(entry));
+    removeCovered(mounts);
+    chooseRepresentatives(mounts);
+    return std::make_shared<const MountTable>(std::move(mounts));
+}
+
 std::shared_ptr<const MountTable> MountTable::current()
 {
     static TableChanges changes;
     static std::shared_ptr<const MountTable> table;
     if (changes.haveHappened() || !table) {
-        table = readTable();
+        table = read();
         ++readings();
     }
     return table;

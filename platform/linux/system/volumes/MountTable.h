@@ -25,8 +25,9 @@ struct Mount {
 // The file systems that can be reached, in the order in which they were mounted.
 class MountTable {
 public:
-    // As the system has it now. It is read only when it has changed since the last time. Null when the system does not
-    // tell. Main thread only.
+    // As the system has it now. Null when the system does not tell.
+    static std::shared_ptr<const MountTable> read();
+    // The same, read only when it has changed since the last time. Main thread only.
     static std::shared_ptr<const MountTable> current();
     static int timesRead(); // in this process
 
