@@ -4,7 +4,9 @@ import datetime
 import json
 import os
 import plistlib
+import signal
 import subprocess
+import time
 
 import dbus
 
@@ -115,6 +117,25 @@ def the_version_before_can_be_installed_again():
     assert ask(1) == INTERVAL
 
 
+def a_helper_that_hangs_is_started_again():
+    folder = f"/run/systemd/system/{HELPER}.d"
+    os.makedirs(folder)
+    with open(folder + "/soon.conf", "w", encoding="ascii") as file:
+        file.write("[Service]\nWatchdogSec=3\n")
+    run("systemctl", "daemon-reload", fails=False)
+    run("systemctl", "restart", HELPER, fails=False)
+    wait_for(lambda: state() != "nothing", "the helper")
+    time.sleep(4)
+    before = helper_process()
+    assert run("systemctl", "show", "--property=NRestarts", "--value", HELPER) == "0"
+    os.kill(int(before), signal.SIGSTOP)
+    wait_for(lambda: helper_process() not in ("0", before), "the next helper")
+    os.remove(folder + "/soon.conf")
+    run("systemctl", "daemon-reload", fails=False)
+    run("systemctl", "restart", HELPER, fails=False)
+    assert serves_anna()
+
+
 def without_the_package_nothing_runs_and_settings_stay():
     ask(6, {"Allow": True})
     assert os.path.exists("/etc/polkit-1/rules.d/49-com.zerkolin.brevane.rules")
@@ -150,6 +171,7 @@ SCENES = (
     that_backup_has_failed_and_the_next_one_is_made_with_nobody_logged_in,
     a_new_version_comes_while_a_backup_runs_and_a_program_is_connected,
     the_version_before_can_be_installed_again,
+    a_helper_that_hangs_is_started_again,
     without_the_package_nothing_runs_and_settings_stay,
     they_are_in_force_again_when_it_is_back,
     purged_it_leaves_backups_and_nothing_else,
