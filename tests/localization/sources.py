@@ -255,4 +255,5 @@ def the_help_has_a_page_for_each_window_in_every_language():
 
 
 if __name__ == "__main__":
+    os.chdir(ROOT)
     sys.exit(globals()[sys.argv[1]]())
