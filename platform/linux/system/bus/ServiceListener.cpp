@@ -193,6 +193,7 @@ private:
     bool processBus();
     void runTasks();
     void wait(std::uint64_t microseconds);
+    void waitUntilRead(std::chrono::steady_clock::duration limit);
 
     const Handlers _handlers;
     const std::vector<ServiceKey> _form;
@@ -570,14 +571,29 @@ void BusServiceListener::flush()
     for (auto now = end - FarewellLimit; now < end; now = std::chrono::steady_clock::now()) {
         std::uint64_t unsent = 0;
         _replies->send();
-        if (isLost() || sd_bus_get_n_queued_write(_bus.get(), &unsent) < 0 || (unsent == 0 && _replies->isEmpty()))
+        if (isLost() || sd_bus_get_n_queued_write(_bus.get(), &unsent) < 0)
             return;
+        if (unsent == 0 && _replies->isEmpty())
+            return waitUntilRead(end - now);
         pollfd descriptor = {sd_bus_get_fd(_bus.get()), POLLOUT, 0};
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - now).count();
         // Being writable, it writes and takes nothing in.
         if (poll(&descriptor, 1, static_cast<int>(left)) > 0)
             sd_bus_process(_bus.get(), nullptr);
     }
+}
+
+// The bus drops what it has not read yet of a connection that is closed with something unread on this side. It reads in
+// order, so its answer says that it has read everything.
+void BusServiceListener::waitUntilRead(std::chrono::steady_clock::duration limit)
+{
+    sd_bus_message* made = nullptr;
+    const int result = sd_bus_message_new_method_call(_bus.get(), &made, "org.freedesktop.DBus",
+                                                      "/org/freedesktop/DBus", "org.freedesktop.DBus.Peer", "Ping");
+    const BusMessage ping(made);
+    const auto left = std::chrono::ceil<std::chrono::microseconds>(limit).count();
+    if (result >= 0)
+        sd_bus_call(_bus.get(), made, static_cast<std::uint64_t>(left), nullptr, nullptr);
 }
 
 } // namespace
