@@ -357,6 +357,14 @@ void noFullDiskAccess(Onlooker& onlooker)
     onlooker.lookAtWindow("localSnapshotsWindow");
 }
 
+void listAsAdministrator(Onlooker& onlooker)
+{
+    EditorTest editor(completeRecord());
+    scripted::snapshots::setMissingAccess(platform::SnapshotAccess::Administrator);
+    openSnapshots(editor, {.answers = {}, .sizes = {}, .refusal = EPERM});
+    onlooker.lookAtWindow("localSnapshotsWindow");
+}
+
 void aboutFullDiskAccess(Onlooker& onlooker)
 {
     EditorTest editor(completeRecord());
@@ -607,6 +615,7 @@ const std::vector<State>& states()
         {"no-snapshots", noSnapshots},
         {"no-volume", noVolume},
         {"no-full-disk-access", noFullDiskAccess},
+        {"list-as-administrator", listAsAdministrator},
         {"about-full-disk-access", aboutFullDiskAccess},
         {"about", about},
         {"activity", activity},
