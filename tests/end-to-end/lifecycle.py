@@ -308,7 +308,8 @@ class Lifecycle(Story):
         os.chmod(file.name, 0o755)
         self.desktop.environment["PATH"] = programs + ":" + os.environ["PATH"]
         self.sandbox.start_helper()
-        for locale, language in (("C", "en"), ("de_CH.UTF-8", "de"), ("fr_FR.UTF-8", "en")):
+        for locale, language in (("C", "en"), ("de_CH.UTF-8", "de"), ("fr_FR.UTF-8", "fr"),
+                                 ("pl_PL.UTF-8", "en")):  # what has no help of its own
             self.desktop.environment["LC_ALL"] = locale
             self.start_application()
             self.desktop.find("frame", "Brevane")
