@@ -13,21 +13,12 @@ namespace {
 // An alert waits for the answer, so a manager that hangs must not keep it for long.
 constexpr std::uint64_t timeLimitMicroseconds = 2'000'000;
 
-struct CallError {
-    CallError() = default;
-    CallError(const CallError&) = delete;
-    CallError& operator=(const CallError&) = delete;
-    ~CallError() { sd_bus_error_free(&error); }
-
-    bool saysThatUnitIsUnknown() const
-    {
-        return sd_bus_error_has_name(&error, "org.freedesktop.systemd1.NoSuchUnit")
-            || sd_bus_error_has_name(&error, SD_BUS_ERROR_FILE_NOT_FOUND)
-            || sd_bus_error_has_name(&error, "System.Error.ENOENT");
-    }
-
-    sd_bus_error error{};
-};
+bool saysThatUnitIsUnknown(const sd_bus_error& error)
+{
+    return sd_bus_error_has_name(&error, "org.freedesktop.systemd1.NoSuchUnit")
+        || sd_bus_error_has_name(&error, SD_BUS_ERROR_FILE_NOT_FOUND)
+        || sd_bus_error_has_name(&error, "System.Error.ENOENT");
+}
 
 // ".../com.example.tool.plist" is the unit "com.example.tool.service".
 std::string unitName(const std::string& launchDaemonPath)
@@ -58,10 +49,10 @@ std::optional<BackgroundItemStatus> askManager(sd_bus* bus, const std::string& u
         return std::nullopt;
 
     received = nullptr;
-    CallError failure;
+    BusError failure;
     result = sd_bus_call(bus, call.get(), timeLimitMicroseconds, &failure.error, &received);
     BusMessage reply(received);
-    if (failure.saysThatUnitIsUnknown())
+    if (saysThatUnitIsUnknown(failure.error))
         return BackgroundItemStatus::NotFound;
     const char* state = nullptr;
     if (result < 0 || sd_bus_message_read(reply.get(), "s", &state) < 0)

@@ -21,4 +21,14 @@ using BusHandle = std::unique_ptr<sd_bus, BusDeleter>;
 using BusMessage = std::unique_ptr<sd_bus_message, BusMessageDeleter>;
 using BusSlot = std::unique_ptr<sd_bus_slot, BusSlotDeleter>;
 
+// What a call came to; without a name when it did not fail, or failed without a reply.
+struct BusError {
+    BusError() = default;
+    BusError(const BusError&) = delete;
+    BusError& operator=(const BusError&) = delete;
+    ~BusError() { sd_bus_error_free(&error); }
+
+    sd_bus_error error{};
+};
+
 } // namespace platform

@@ -45,22 +45,13 @@ std::unexpected<Failure> failure(int code)
     return std::unexpected(Failure{Kind::Other, std::string(std::strerror(-code)) + "."});
 }
 
-struct CallError {
-    CallError() = default;
-    CallError(const CallError&) = delete;
-    CallError& operator=(const CallError&) = delete;
-    ~CallError() { sd_bus_error_free(&error); }
-
-    std::unexpected<Failure> failure() const
-    {
-        const bool isMissing = sd_bus_error_has_name(&error, SD_BUS_ERROR_SERVICE_UNKNOWN)
-            || (error.name && std::string_view(error.name).starts_with("org.freedesktop.DBus.Error.Spawn."))
-            || (error.name && std::string_view(error.name).starts_with("org.freedesktop.systemd1."));
-        return std::unexpected(Failure{isMissing ? Kind::Missing : Kind::Other, error.message ? error.message : ""});
-    }
-
-    sd_bus_error error{};
-};
+std::unexpected<Failure> failure(const sd_bus_error& error)
+{
+    const std::string_view name = error.name ? error.name : "";
+    const bool isMissing = name == SD_BUS_ERROR_SERVICE_UNKNOWN || name.starts_with("org.freedesktop.DBus.Error.Spawn.")
+        || name.starts_with("org.freedesktop.systemd1.");
+    return std::unexpected(Failure{isMissing ? Kind::Missing : Kind::Other, error.message ? error.message : ""});
+}
 
 } // namespace
 
@@ -84,14 +75,14 @@ std::expected<void, Failure> PackageTransaction::open()
         return failure(result);
     _bus.reset(bus);
     sd_bus_set_method_call_timeout(bus, answerLimit);
-    CallError error;
+    BusError error;
     sd_bus_message* received = nullptr;
     const int result =
         sd_bus_call_method(bus, Service, ServicePath, Service, "CreateTransaction", &error.error, &received, "");
     const BusMessage reply(received);
     const char* path = nullptr;
     if (result < 0)
-        return error.failure();
+        return failure(error.error);
     if (const int read = sd_bus_message_read(received, "o", &path); read < 0)
         return failure(read);
     _path = path;
@@ -124,12 +115,12 @@ std::expected<void, Failure> PackageTransaction::begin(const char* method, const
     result = result < 0 ? result : compose(made);
     if (result < 0)
         return failure(result);
-    CallError error;
+    BusError error;
     sd_bus_message* reply = nullptr;
     result = sd_bus_call(_bus.get(), made, 0, &error.error, &reply);
     const BusMessage received(reply);
     if (result < 0)
-        return error.failure();
+        return failure(error.error);
     return {};
 }
 
