@@ -24,7 +24,8 @@ int statusOfFailure(int code)
 bool isInSnapshotFolder(std::string_view path)
 {
     const auto name = path.rfind('/');
-    return name != std::string_view::npos && path.substr(0, name).ends_with("/.brevane-snapshots");
+    return name != std::string_view::npos
+        && path.substr(0, name).ends_with(std::string("/") + platform::BtrfsSnapshotFolder);
 }
 
 int removeSnapshot(const char* path)

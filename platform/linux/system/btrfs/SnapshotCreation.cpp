@@ -14,14 +14,12 @@ namespace platform {
 
 namespace {
 
-constexpr const char* SnapshotFolder = ".brevane-snapshots";
-
 // Whoever may write to the volume must not lead us elsewhere with a link.
 FileDescriptor openSnapshotFolder(const FileDescriptor& volume)
 {
-    if (::mkdirat(volume.get(), SnapshotFolder, 0755) != 0 && errno != EEXIST)
+    if (::mkdirat(volume.get(), BtrfsSnapshotFolder, 0755) != 0 && errno != EEXIST)
         return {};
-    return FileDescriptor(::openat(volume.get(), SnapshotFolder, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    return FileDescriptor(::openat(volume.get(), BtrfsSnapshotFolder, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
 } // namespace
@@ -40,7 +38,7 @@ std::expected<std::string, int> createBtrfsSnapshot(const std::string& volume, c
                                                        BTRFS_UTIL_CREATE_SNAPSHOT_READ_ONLY, nullptr, nullptr);
     if (status != BTRFS_UTIL_OK)
         return std::unexpected(errno);
-    return (volume.ends_with('/') ? volume : volume + "/") + SnapshotFolder + "/" + name;
+    return (volume.ends_with('/') ? volume : volume + "/") + BtrfsSnapshotFolder + "/" + name;
 }
 
 std::optional<std::string> btrfsVolumeOf(const std::string& path)

@@ -6,9 +6,12 @@
 
 namespace platform {
 
-// Makes a read-only snapshot of the btrfs volume, below itself in the folder ".brevane-snapshots", which is made when
-// it is missing. The result is the snapshot's path. The failure is an errno value: ENOTTY for another file system,
-// EEXIST when there is a snapshot of this name.
+// Where they are, below the top of their volume.
+inline constexpr const char* BtrfsSnapshotFolder = ".brevane-snapshots";
+
+// Makes a read-only snapshot of the btrfs volume, below itself in that folder, which is made when it is missing. The
+// result is the snapshot's path. The failure is an errno value: ENOTTY for another file system, EEXIST when there is a
+// snapshot of this name.
 std::expected<std::string, int> createBtrfsSnapshot(const std::string& volume, const std::string& name);
 
 // The top of the btrfs volume or subvolume that the file or folder lies in; nullopt on another file system.
