@@ -82,6 +82,7 @@ void completeStartup(const QByteArray& identifier)
     const auto sender = xcb_generate_id(connection);
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, sender, screen.root, -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual, 0, nullptr);
+    const auto further = atom(connection, "_NET_STARTUP_INFO");
     const QByteArray message = "remove: ID=" + quoted(identifier);
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
@@ -94,7 +95,7 @@ void completeStartup(const QByteArray& identifier)
         const auto part = std::min(message.size() - at, qsizetype(sizeof event.data.data8));
         std::memcpy(event.data.data8, message.constData() + at, static_cast<std::size_t>(part));
         sendToRoot(connection, event, XCB_EVENT_MASK_PROPERTY_CHANGE);
-        event.type = atom(connection, "_NET_STARTUP_INFO");
+        event.type = further;
     }
     xcb_destroy_window(connection, sender);
     xcb_flush(connection);
