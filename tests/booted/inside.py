@@ -1,10 +1,9 @@
 """What the stories that run inside a booted system have in common. They run as root."""
 import os
-import plistlib
 import subprocess
 import time
 
-import wire
+from wire import ask
 
 # Borg asks whoever has not seen a repository before.
 os.environ.update(HOME="/root", BORG_UNKNOWN_UNENCRYPTED_REPO_ACCESS_IS_OK="yes")
@@ -20,19 +19,6 @@ def run(*command, fails=True):
     done = subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
     assert fails or done.returncode == 0, (command, done)
     return done.stdout.strip()
-
-
-def ask(number, payload=None):
-    client = wire.Client()
-    try:
-        entries = [("message", number), ("auth", client.token())]
-        if payload is not None:
-            entries.append(("payload", plistlib.dumps(payload, fmt=plistlib.FMT_BINARY)))
-        reply = client.ask(entries)
-        assert reply and "payload" in reply, (number, reply)
-        return plistlib.loads(reply["payload"])
-    finally:
-        client.close()
 
 
 def wait_for(condition, what, seconds=60):

@@ -8,22 +8,11 @@ import subprocess
 import time
 
 import machine
-import wire
+from wire import ask
 
 DEFAULT_COUNT = 300
 BORG = "/usr/bin/borg"
 KILLS_OF_A_MOMENT = 2
-
-
-def ask(number, payload=None):
-    client = wire.Client()
-    try:
-        entries = [("message", number), ("auth", client.token())]
-        if payload is not None:
-            entries.append(("payload", plistlib.dumps(payload, fmt=plistlib.FMT_BINARY)))
-        return plistlib.loads(client.ask(entries)["payload"])
-    finally:
-        client.close()
 
 
 class Story:

@@ -1,5 +1,6 @@
 """A D-Bus client that sends what it likes: whole messages as bytes, without waiting and without manners."""
 import os
+import plistlib
 import socket
 import struct
 
@@ -153,3 +154,17 @@ class Client:
 
     def close(self):
         self.socket.close()
+
+
+def ask(number, payload=None):
+    """What the helper answers to one message of a client that comes and goes for it."""
+    client = Client()
+    try:
+        entries = [("message", number), ("auth", client.token())]
+        if payload is not None:
+            entries.append(("payload", plistlib.dumps(payload, fmt=plistlib.FMT_BINARY)))
+        reply = client.ask(entries)
+        assert reply and "payload" in reply, (number, reply)
+        return plistlib.loads(reply["payload"])
+    finally:
+        client.close()
