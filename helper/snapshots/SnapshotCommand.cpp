@@ -24,8 +24,11 @@ int statusOfFailure(int code)
 bool isInSnapshotFolder(std::string_view path)
 {
     const auto name = path.rfind('/');
-    return name != std::string_view::npos
-        && path.substr(0, name).ends_with(std::string("/") + platform::BtrfsSnapshotFolder);
+    if (name == std::string_view::npos)
+        return false;
+    const auto folder = path.substr(0, name);
+    const auto parent = folder.rfind('/');
+    return parent != std::string_view::npos && folder.substr(parent + 1) == platform::BtrfsSnapshotFolder;
 }
 
 int removeSnapshot(const char* path)
