@@ -230,10 +230,16 @@ class Node:
         return [node.name for node in self.nodes() if node.name and node.showing]
 
     def click(self):
-        x, y, width, height = self.extents
-        # The box of a check box is at its start; its middle may lie beyond the text.
-        across = min(width // 2, 12) if self.role in ("check box", "radio button") else width // 2
-        self.desktop.xdotool("mousemove", "--sync", x + across, y + height // 2, "click", 1)
+        # A window that is about to grow moves its controls from under the pointer, so the place is asked for again.
+        place = None
+        end = time.monotonic() + DEADLINE
+        while place != self.extents and time.monotonic() < end:
+            place = self.extents
+            x, y, width, height = place
+            # The box of a check box is at its start; its middle may lie beyond the text.
+            across = min(width // 2, 12) if self.role in ("check box", "radio button") else width // 2
+            self.desktop.xdotool("mousemove", "--sync", x + across, y + height // 2)
+        self.desktop.xdotool("click", 1)
 
     def button(self, name):
         return self.desktop.find("push button", name, within=self)
