@@ -70,10 +70,8 @@ class Installed(machine.Machine):
             machine.write(path, b"mine " + name.encode())
 
     def start(self):
-        self.helper = subprocess.Popen(
-            [os.path.join(self.root, feed.PRODUCT, wire.SERVICE), "--root", self.root, "--updates",
-             self.file("configuration.plist"), "--rules", "/etc/polkit-1/rules.d"], stderr=subprocess.DEVNULL)
-        machine.wait_for(self.answers)
+        self.launch([os.path.join(self.root, feed.PRODUCT, wire.SERVICE), "--root", self.root, "--updates",
+                     self.file("configuration.plist"), "--rules", "/etc/polkit-1/rules.d"])
 
     def processes(self, word="--root"):
         found = []

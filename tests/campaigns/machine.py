@@ -68,9 +68,14 @@ class Machine:
         os.chmod("/etc/polkit-1/rules.d", 0o700)
 
     def start(self):
-        """Starts the helper, again if need be, and waits until it answers."""
-        self.helper = subprocess.Popen([HELPER, "--root", self.root, "--rules", "/etc/polkit-1/rules.d"],
-                                       stderr=subprocess.DEVNULL)
+        self.launch([HELPER, "--root", self.root, "--rules", "/etc/polkit-1/rules.d"])
+
+    def launch(self, command):
+        """Starts the service and waits until it answers. A busy bus may take a moment to see that the last one was killed."""
+        client = Client()
+        wait_for(lambda: not client.is_served())
+        client.close()
+        self.helper = subprocess.Popen(command, stderr=subprocess.DEVNULL)
         wait_for(self.answers)
 
     def answers(self):
@@ -83,8 +88,7 @@ class Machine:
     def replace(self, command):
         """Another service in the helper's place."""
         self.kill()
-        self.helper = subprocess.Popen(command, stderr=subprocess.DEVNULL)
-        wait_for(self.answers)
+        self.launch(command)
 
     def kill(self):
         self.helper.kill()

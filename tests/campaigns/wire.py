@@ -6,6 +6,7 @@ import struct
 
 SERVICE = "com.zerkolin.brevane.scheduler"
 SOCKET = "/run/dbus/system_bus_socket"
+BUS = {"destination": "org.freedesktop.DBus", "path": "/org/freedesktop/DBus", "interface": "org.freedesktop.DBus"}
 
 CALL, REPLY, ERROR = 1, 2, 3
 NO_REPLY = 1
@@ -94,8 +95,7 @@ class Client:
         if not self.socket.recv(4096).startswith(b"OK"):
             raise ConnectionError("the bus does not know this user")
         self.socket.sendall(b"BEGIN\r\n")
-        reply = self.wait(self.send(b"", destination="org.freedesktop.DBus", path="/org/freedesktop/DBus",
-                                    interface="org.freedesktop.DBus", member="Hello", kind=""))
+        reply = self.wait(self.send(b"", member="Hello", kind="", **BUS))
         size = struct.unpack_from("<I", reply[1])[0]
         self.name = reply[1][4:4 + size].decode()
 
@@ -151,6 +151,10 @@ class Client:
         """The entries of the reply; None when it is a D-Bus error."""
         kind, body = self.wait(self.request(entries))
         return entries_in(body) if kind == REPLY else None
+
+    def is_served(self):
+        """Whether somebody has the service's name."""
+        return self.wait(self.send(text(SERVICE), member="NameHasOwner", kind="s", **BUS))[1] == struct.pack("<I", 1)
 
     def close(self):
         self.socket.close()
