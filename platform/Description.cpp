@@ -7,6 +7,7 @@
 #include <iomanip>
 #include <locale>
 #include <sstream>
+#include <utility>
 
 namespace platform {
 
@@ -158,17 +159,17 @@ void appendArray(std::string& out, const Array& array, std::size_t level)
 
 void appendDictionary(std::string& out, const Dictionary& dictionary, std::size_t level)
 {
-    std::vector<const Dictionary::Entry*> entries;
+    std::vector<std::pair<std::string_view, const PropertyList*>> entries;
     entries.reserve(dictionary.size());
-    for (const Dictionary::Entry& entry : dictionary)
-        entries.push_back(&entry);
-    std::ranges::sort(entries, {}, [](const Dictionary::Entry* entry) { return std::string_view(entry->key); });
+    for (const auto& [key, value] : dictionary)
+        entries.emplace_back(key, &value);
+    std::ranges::sort(entries, {}, [](const auto& entry) { return entry.first; });
     out.append(4 * level, ' ').append("{");
-    for (const Dictionary::Entry* entry : entries) {
+    for (const auto& [key, value] : entries) {
         out.append("\n").append(4 * (level + 1), ' ');
-        appendListed(out, entry->key);
+        appendListed(out, key);
         out.append(" = ");
-        appendElement(out, entry->value, level + 1);
+        appendElement(out, *value, level + 1);
         out.append(";");
     }
     out.append("\n").append(4 * level, ' ').append("}");

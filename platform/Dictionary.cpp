@@ -2,105 +2,39 @@
 
 #include "platform/PropertyList.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace platform {
 
-namespace {
-
-// Up to here, comparing a few short keys is faster than hashing one.
-constexpr std::size_t largestUnindexedSize = 32;
-
-} // namespace
-
 Dictionary::Dictionary() = default;
+Dictionary::Dictionary(const Dictionary& other) = default;
 Dictionary::Dictionary(Dictionary&& other) noexcept = default;
+Dictionary& Dictionary::operator=(const Dictionary& other) = default;
 Dictionary& Dictionary::operator=(Dictionary&& other) noexcept = default;
 Dictionary::~Dictionary() = default;
 
-Dictionary::Dictionary(std::initializer_list<Entry> entries)
+Dictionary::Dictionary(std::initializer_list<Member> members)
 {
-    _entries.reserve(entries.size());
-    for (const Entry& entry : entries)
-        set(entry.key, entry.value);
+    _values.reserve(members.size());
+    for (const Member& member : members)
+        set(member.key, member.value);
 }
 
-Dictionary::Dictionary(std::vector<Entry> entries) : _entries(std::move(entries))
+Dictionary::Dictionary(DictionaryKeys keys, std::vector<PropertyList> values)
+    : _keys(std::move(keys)),
+      _values(std::move(values))
 {
-    reindex();
-    const auto begin = _entries.begin();
-    bool isRepeated = _index && _index->size() < _entries.size();
-    for (auto entry = begin; !_index && !isRepeated && entry != _entries.end(); ++entry)
-        isRepeated = std::any_of(begin, entry, [&](const Entry& earlier) { return earlier.key == entry->key; });
-    if (!isRepeated)
-        return;
-    const auto all = std::exchange(_entries, {});
-    _index.reset();
-    for (const Entry& entry : all)
-        set(entry.key, entry.value);
-}
-
-Dictionary Dictionary::ofDistinct(std::vector<Entry> entries)
-{
-    Dictionary dictionary;
-    dictionary._entries = std::move(entries);
-    dictionary.reindex();
-    return dictionary;
-}
-
-Dictionary::Dictionary(const Dictionary& other) : _entries(other._entries)
-{
-    reindex();
-}
-
-Dictionary& Dictionary::operator=(const Dictionary& other)
-{
-    if (this != &other)
-        *this = Dictionary(other);
-    return *this;
 }
 
 std::size_t Dictionary::size() const
 {
-    return _entries.size();
-}
-
-const Dictionary::Entry* Dictionary::begin() const
-{
-    return _entries.data();
-}
-
-const Dictionary::Entry* Dictionary::end() const
-{
-    return _entries.data() + _entries.size();
-}
-
-std::size_t Dictionary::indexOf(std::string_view key) const
-{
-    if (_index) {
-        const auto found = _index->find(key);
-        return found == _index->end() ? _entries.size() : found->second;
-    }
-    const auto found = std::ranges::find(_entries, key, &Entry::key);
-    return static_cast<std::size_t>(found - _entries.begin());
-}
-
-void Dictionary::reindex()
-{
-    _index.reset();
-    if (_entries.size() <= largestUnindexedSize)
-        return;
-    _index = std::make_unique<Index>();
-    _index->reserve(_entries.size());
-    for (std::size_t i = 0; i < _entries.size(); ++i)
-        _index->emplace(_entries[i].key, i);
+    return _values.size();
 }
 
 const PropertyList* Dictionary::find(std::string_view key) const
 {
-    const std::size_t index = indexOf(key);
-    return index < _entries.size() ? &_entries[index].value : nullptr;
+    const std::size_t place = _keys.find(key);
+    return place < _values.size() ? &_values[place] : nullptr;
 }
 
 PropertyList* Dictionary::find(std::string_view key)
@@ -114,20 +48,17 @@ void Dictionary::set(std::string_view key, PropertyList value)
         *present = std::move(value);
         return;
     }
-    _entries.push_back({std::string(key), std::move(value)});
-    if (_index)
-        _index->emplace(_entries.back().key, _entries.size() - 1);
-    else
-        reindex();
+    _values.push_back(std::move(value));
+    _keys.append(key);
 }
 
 void Dictionary::remove(std::string_view key)
 {
-    const std::size_t index = indexOf(key);
-    if (index == _entries.size())
+    const std::size_t place = _keys.find(key);
+    if (place == _values.size())
         return;
-    _entries.erase(_entries.begin() + static_cast<std::ptrdiff_t>(index));
-    reindex();
+    _values.erase(_values.begin() + static_cast<std::ptrdiff_t>(place));
+    _keys.remove(place);
 }
 
 bool Dictionary::boolForKey(std::string_view key) const
@@ -162,12 +93,16 @@ const Dictionary* Dictionary::dictionaryForKey(std::string_view key) const
 
 bool Dictionary::operator==(const Dictionary& other) const
 {
+    if (_keys.isSharedWith(other._keys))
+        return _values == other._values;
     if (size() != other.size())
         return false;
-    return std::ranges::all_of(_entries, [&](const Entry& entry) {
-        const PropertyList* value = other.find(entry.key);
-        return value && entry.value == *value;
-    });
+    for (std::size_t i = 0; i < size(); ++i) {
+        const PropertyList* value = other.find(_keys[i]);
+        if (!value || _values[i] != *value)
+            return false;
+    }
+    return true;
 }
 
 } // namespace platform

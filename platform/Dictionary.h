@@ -1,12 +1,12 @@
 #pragma once
 
+#include "platform/DictionaryKeys.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
-#include <memory>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace platform {
@@ -17,13 +17,13 @@ class PropertyList;
 // writers; equality ignores it. Look-up stays constant time however many keys there are.
 class Dictionary {
 public:
-    struct Entry; // { std::string key; PropertyList value; }, in PropertyList.h
+    struct Member; // { std::string key; PropertyList value; }, in PropertyList.h
+    struct Entry;  // { const std::string& key; const PropertyList& value; }, of a dictionary that outlives it
+    class Iterator;
 
     Dictionary();
-    Dictionary(std::initializer_list<Entry> entries);
-    explicit Dictionary(std::vector<Entry> entries); // of a key given twice, the last value at the first place
-    // Of entries whose keys are known to be distinct.
-    static Dictionary ofDistinct(std::vector<Entry> entries);
+    Dictionary(std::initializer_list<Member> members); // of a key given twice, the last value at the first place
+    Dictionary(DictionaryKeys keys, std::vector<PropertyList> values); // a value for each key
     Dictionary(const Dictionary& other);
     Dictionary(Dictionary&& other) noexcept;
     Dictionary& operator=(const Dictionary& other);
@@ -49,23 +49,14 @@ public:
     const std::vector<PropertyList>* arrayForKey(std::string_view key) const;
     const Dictionary* dictionaryForKey(std::string_view key) const;
 
-    const Entry* begin() const;
-    const Entry* end() const;
+    Iterator begin() const;
+    Iterator end() const;
 
     bool operator==(const Dictionary& other) const;
 
 private:
-    std::size_t indexOf(std::string_view key) const; // size() when absent
-    void reindex();
-
-    struct Hash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
-    };
-    using Index = std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>>;
-
-    std::vector<Entry> _entries;
-    std::unique_ptr<Index> _index; // made only when there are too many entries to look through
+    DictionaryKeys _keys;
+    std::vector<PropertyList> _values; // of the keys, in their order
 };
 
 } // namespace platform

@@ -84,9 +84,52 @@ private:
     std::variant<bool, std::int64_t, std::uint64_t, double, std::string, Date, Data, UID, Array, Dictionary> _value;
 };
 
-struct Dictionary::Entry {
+struct Dictionary::Member {
     std::string key;
     PropertyList value;
 };
+
+struct Dictionary::Entry {
+    const std::string& key;
+    const PropertyList& value;
+};
+
+// Of a dictionary that stays as it is meanwhile.
+class Dictionary::Iterator {
+public:
+    using difference_type = std::ptrdiff_t;
+    using value_type = Entry;
+
+    Iterator() = default;
+    Iterator(const Dictionary& dictionary, std::size_t place) : _dictionary(&dictionary), _place(place) { }
+
+    Entry operator*() const { return {_dictionary->_keys[_place], _dictionary->_values[_place]}; }
+    Iterator& operator++()
+    {
+        ++_place;
+        return *this;
+    }
+    Iterator operator++(int)
+    {
+        const Iterator before = *this;
+        ++_place;
+        return before;
+    }
+    bool operator==(const Iterator&) const = default;
+
+private:
+    const Dictionary* _dictionary = nullptr;
+    std::size_t _place = 0;
+};
+
+inline Dictionary::Iterator Dictionary::begin() const
+{
+    return {*this, 0};
+}
+
+inline Dictionary::Iterator Dictionary::end() const
+{
+    return {*this, _values.size()};
+}
 
 } // namespace platform

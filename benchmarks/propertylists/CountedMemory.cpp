@@ -1,29 +1,32 @@
 #include "benchmarks/propertylists/CountedMemory.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <malloc.h>
 #include <new>
 
 namespace {
 
-std::size_t held = 0;
-std::size_t base = 0;
-std::size_t most = 0;
+bool isCounting = false;
+std::ptrdiff_t held = 0;
+std::ptrdiff_t most = 0;
 
 } // namespace
 
 namespace CountedMemory {
 
-void restart()
+void start()
 {
-    base = held;
-    most = held;
+    held = 0;
+    most = 0;
+    isCounting = true;
 }
 
-std::size_t peak()
+std::size_t stop()
 {
-    return most - base;
+    isCounting = false;
+    return static_cast<std::size_t>(most);
 }
 
 } // namespace CountedMemory
@@ -33,14 +36,17 @@ void* operator new(std::size_t size)
     void* memory = std::malloc(size);
     if (!memory)
         throw std::bad_alloc();
-    held += malloc_usable_size(memory);
-    most = std::max(most, held);
+    if (isCounting) {
+        held += static_cast<std::ptrdiff_t>(malloc_usable_size(memory));
+        most = std::max(most, held);
+    }
     return memory;
 }
 
 void operator delete(void* memory) noexcept
 {
-    held -= malloc_usable_size(memory);
+    if (isCounting)
+        held -= static_cast<std::ptrdiff_t>(malloc_usable_size(memory));
     std::free(memory);
 }
 

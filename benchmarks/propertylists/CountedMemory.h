@@ -2,13 +2,13 @@
 
 #include <cstddef>
 
-// What operator new has handed out and not got back, in bytes as the allocator rounds them.
+// What operator new hands out and does not get back, in bytes as the allocator rounds them. Counts between start() and
+// stop() alone, since looking up the size of each block takes time that is measured elsewhere.
 namespace CountedMemory {
 
-// Counts anew from what is held now.
-void restart();
+void start();
 
-// The most that was held beyond that since.
-std::size_t peak();
+// The most that was held beyond what was held at the start.
+std::size_t stop();
 
 } // namespace CountedMemory

@@ -1,5 +1,5 @@
-// Reading binary property lists beside libplist, in turns and each with the freeing of what it made; and what reading
-// the saved inputs of the fuzzers takes, for each kilobyte begun.
+// Reading binary property lists beside libplist, in turns, each in a fresh process and with the freeing of what it
+// made; and what reading the saved inputs of the fuzzers takes, for each kilobyte begun.
 
 #include "benchmarks/propertylists/CountedMemory.h"
 #include "platform/ErrorArchive.h"
@@ -12,8 +12,11 @@
 #include <ctime>
 #include <functional>
 #include <limits>
+#include <malloc.h>
 #include <plist/plist.h>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 #include <vector>
 
 using platform::Array;
@@ -48,6 +51,28 @@ double median(std::vector<double> values)
 {
     std::ranges::sort(values);
     return values[values.size() / 2];
+}
+
+// A program reads a list into the heap that it has; what one reader leaves there, holes and pages, must not be the
+// other's gain or loss.
+double inProcessOfItsOwn(const std::function<double()>& measure)
+{
+    ::malloc_trim(0);
+    int ends[2] = {-1, -1};
+    if (::pipe(ends) != 0)
+        fail("no pipe");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const double result = measure();
+        ::_exit(::write(ends[1], &result, sizeof result) == sizeof result ? 0 : 1);
+    }
+    ::close(ends[1]);
+    double result = 0;
+    const bool isRead = ::read(ends[0], &result, sizeof result) == sizeof result;
+    ::close(ends[0]);
+    if (child < 0 || ::waitpid(child, nullptr, 0) != child || !isRead)
+        fail("a measurement ended early");
+    return result;
 }
 
 Data dictionaries()
@@ -87,8 +112,8 @@ void compare(const std::string& subject, const Data& bytes)
     std::vector<double> ours;
     std::vector<double> peer;
     for (int round = 0; round < rounds; ++round) {
-        ours.push_back(millisecondsOf([&] { readOurs(bytes); }));
-        peer.push_back(millisecondsOf([&] { readWithPeer(bytes); }));
+        ours.push_back(inProcessOfItsOwn([&] { return millisecondsOf([&] { readOurs(bytes); }); }));
+        peer.push_back(inProcessOfItsOwn([&] { return millisecondsOf([&] { readWithPeer(bytes); }); }));
     }
     std::printf("plist.%s.ours %.2f ms\nplist.%s.libplist %.2f ms\n", subject.c_str(), median(ours), subject.c_str(),
                 median(peer));
@@ -110,9 +135,9 @@ void measureCorpus(const std::string& name, const Read& read)
             double shortest = std::numeric_limits<double>::max();
             for (int round = 0; round < rounds; ++round)
                 shortest = std::min(shortest, millisecondsOf([&] { read(bytes); }));
-            CountedMemory::restart();
+            CountedMemory::start();
             read(bytes);
-            const auto held = static_cast<double>(CountedMemory::peak()) / (1 << 20);
+            const auto held = static_cast<double>(CountedMemory::stop()) / (1 << 20);
             ++inputs;
             if (shortest / kilobytes > milliseconds)
                 slowest = input;

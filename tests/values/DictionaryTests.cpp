@@ -55,6 +55,39 @@ TEST_CASE("a key given twice at the start has its last value")
     CHECK(dictionary.integerForKey("a") == 3);
 }
 
+TEST_CASE("what changes one of two dictionaries with the same keys leaves the other")
+{
+    for (const int count : {3, 40}) {
+        CAPTURE(count);
+        const Dictionary first = numbered(count);
+        Dictionary longer = first;
+        Dictionary shorter = first;
+        longer.set("new", true);
+        shorter.remove("key0");
+        CHECK(first.size() == static_cast<std::size_t>(count));
+        CHECK(holdsNumbers(first, 0, count));
+        CHECK(!first.contains("new"));
+        CHECK(longer.size() == first.size() + 1);
+        CHECK(longer.boolForKey("new"));
+        CHECK(shorter.size() == first.size() - 1);
+        CHECK(holdsNumbers(shorter, 1, count));
+        CHECK(!shorter.contains("key0"));
+        CHECK(first != longer);
+        CHECK(first != shorter);
+    }
+}
+
+TEST_CASE("equal keys make dictionaries equal only if their values are, whatever the order")
+{
+    const Dictionary first{{"a", 1}, {"b", 2}};
+    Dictionary copy = first;
+    CHECK(copy == first);
+    copy.set("b", 3);
+    CHECK(copy != first);
+    CHECK(Dictionary{{"b", 2}, {"a", 1}} == first);
+    CHECK(Dictionary{{"b", 1}, {"a", 2}} != first);
+}
+
 TEST_CASE("a removed key is gone and the others keep their order")
 {
     Dictionary dictionary{{"a", 1}, {"b", 2}, {"c", 3}};

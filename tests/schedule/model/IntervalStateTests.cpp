@@ -51,9 +51,9 @@ TEST_CASE("every count that can be entered is written as the rules say, as an in
             const bool isFolded = folds[unit] != 0 && count % folds[unit] == 0;
             const Dictionary written = entered(count, static_cast<IntervalUnit>(unit));
             REQUIRE(written.size() == 1);
-            REQUIRE(written.begin()->key == keys[isFolded ? unit + 1 : unit]);
-            REQUIRE(written.begin()->value.type() == platform::PropertyList::Type::Integer);
-            REQUIRE(written.begin()->value.integerValue() == (isFolded ? count / folds[unit] : count));
+            REQUIRE((*written.begin()).key == keys[isFolded ? unit + 1 : unit]);
+            REQUIRE((*written.begin()).value.type() == platform::PropertyList::Type::Integer);
+            REQUIRE((*written.begin()).value.integerValue() == (isFolded ? count / folds[unit] : count));
         }
     }
 }

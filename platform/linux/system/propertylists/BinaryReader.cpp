@@ -259,7 +259,7 @@ bool BinaryReader::readArray(const Object& object, int depth, platform::Array& a
 // Whether the dictionary's keys are those that the shape knows already.
 bool BinaryReader::hasShape(const Object& object, const Shape& shape) const
 {
-    if (object.count != shape.keys.size())
+    if (object.count != shape.references.size())
         return false;
     for (std::size_t i = 0; i < object.count; ++i) {
         if (reference(object, i) != shape.references[i])
@@ -278,16 +278,19 @@ bool BinaryReader::readShape(const Object& object, Shape& shape)
 {
     shape = {};
     shape.references.reserve(object.count);
-    shape.keys.resize(object.count);
+    std::vector<std::string> keys(object.count);
     const std::size_t contentLeft = _contentLeft;
     for (std::size_t i = 0; i < object.count; ++i) {
         shape.references.push_back(reference(object, i));
-        if (!readKey(object, i, shape.keys[i]))
+        if (!readKey(object, i, keys[i]))
             return false;
     }
     shape.content = contentLeft - _contentLeft;
-    for (auto key = shape.keys.begin(); key != shape.keys.end(); ++key)
-        shape.isDistinct = shape.isDistinct && std::find(shape.keys.begin(), key, *key) == key;
+    bool isDistinct = true;
+    for (auto key = keys.begin(); key != keys.end(); ++key)
+        isDistinct = isDistinct && std::find(keys.begin(), key, *key) == key;
+    if (isDistinct)
+        shape.keys = DictionaryKeys(std::move(keys));
     return true;
 }
 
@@ -296,37 +299,36 @@ bool BinaryReader::readDictionary(const Object& object, int depth, platform::Dic
     if (depth > PropertyListLimits::depth || !fits(object, 2 * _referenceSize) || !spendValues(2 * object.count))
         return false;
     if (object.count > largestShape)
-        return readLargeDictionary(object, depth, dictionary);
+        return readMembers(object, depth, dictionary);
     if (_shapes.size() < static_cast<std::size_t>(depth))
         _shapes.resize(depth);
     Shape& shape = _shapes[depth - 1];
     if (hasShape(object, shape) ? !spendContent(shape.content) : !readShape(object, shape))
         return false;
-    std::vector<platform::Dictionary::Entry> entries;
-    entries.reserve(object.count);
+    if (shape.keys.size() != object.count) {
+        _contentLeft += shape.content; // its keys are read once more
+        return readMembers(object, depth, dictionary);
+    }
+    std::vector<PropertyList> values;
+    values.reserve(object.count);
+    const auto place = [&](auto&& content) { values.emplace_back(std::forward<decltype(content)>(content)); };
     for (std::size_t i = 0; i < object.count; ++i) {
-        const auto place = [&](auto&& content) {
-            entries.emplace_back(shape.keys[i], std::forward<decltype(content)>(content));
-        };
         if (!readValue(reference(object, object.count + i), depth, place))
             return false;
     }
-    dictionary = shape.isDistinct ? platform::Dictionary::ofDistinct(std::move(entries))
-                                  : platform::Dictionary(std::move(entries));
+    dictionary = platform::Dictionary(shape.keys, std::move(values));
     return true;
 }
 
-bool BinaryReader::readLargeDictionary(const Object& object, int depth, platform::Dictionary& dictionary)
+// One by one: of a key given twice, the last value at the first place.
+bool BinaryReader::readMembers(const Object& object, int depth, platform::Dictionary& dictionary)
 {
-    std::vector<platform::Dictionary::Entry> entries;
-    entries.reserve(object.count);
     std::string key;
-    const auto place = [&](auto&& content) { entries.emplace_back(key, std::forward<decltype(content)>(content)); };
+    const auto place = [&](auto&& content) { dictionary.set(key, std::forward<decltype(content)>(content)); };
     for (std::size_t i = 0; i < object.count; ++i) {
         if (!readKey(object, i, key) || !readValue(reference(object, object.count + i), depth, place))
             return false;
     }
-    dictionary = platform::Dictionary(std::move(entries));
     return true;
 }
 

@@ -37,9 +37,8 @@ private:
     // A dictionary's own ones are one level deeper, so that a shape stays as it is while its values are read.
     struct Shape {
         std::vector<std::uint64_t> references;
-        std::vector<std::string> keys;
+        DictionaryKeys keys; // none when one of them comes twice
         std::size_t content = 0; // the bytes of the keys, as they are counted
-        bool isDistinct = true;
     };
     static constexpr std::size_t largestShape = 32;
 
@@ -64,7 +63,7 @@ private:
     bool readText(const Object& object, std::string& text);
     bool readArray(const Object& object, int depth, Array& array);
     bool readDictionary(const Object& object, int depth, Dictionary& dictionary);
-    bool readLargeDictionary(const Object& object, int depth, Dictionary& dictionary);
+    bool readMembers(const Object& object, int depth, Dictionary& dictionary);
     bool hasShape(const Object& object, const Shape& shape) const;
     bool readShape(const Object& object, Shape& shape);
     bool readKey(const Object& object, std::size_t number, std::string& key);
