@@ -1,6 +1,6 @@
 #include "helper/HelperOptions.h"
 
-#include "platform/linux/system/files/Root.h"
+#include "platform/Root.h"
 
 #include <optional>
 #include <string_view>
@@ -31,7 +31,7 @@ const char* const HelperOptions::usage =
 
 std::expected<HelperOptions, std::string> HelperOptions::inArguments(int count, const char* const* arguments)
 {
-    std::string root = platform::InstalledRoot;
+    std::string root = platform::installedRoot();
     std::optional<std::string> rules;
     auto updates = UpdateConfiguration::builtIn();
     for (int index = 1; index < count; index += 2) {
@@ -50,7 +50,7 @@ std::expected<HelperOptions, std::string> HelperOptions::inArguments(int count, 
             updates = std::move(*named);
         }
     }
-    const bool isInstalled = root == platform::InstalledRoot;
+    const bool isInstalled = root == platform::installedRoot();
     return HelperOptions{
         root, rules.value_or(isInstalled ? systemRules : ""), std::move(updates), {arguments + 1, arguments + count}};
 }

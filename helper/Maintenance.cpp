@@ -1,9 +1,9 @@
 #include "helper/Maintenance.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/installation/Installation.h"
+#include "helper/linux/installation/Installation.h"
 #include "messaging/ZRKError.h"
-#include "platform/linux/system/backups/BackupLock.h"
+#include "platform/RunningBackup.h"
 #include "protocol/ErrorCodes.h"
 
 #include <chrono>
@@ -78,7 +78,7 @@ bool Maintenance::begin(Operation operation, const Completion& completion)
         completion(std::unexpected(error(BRVErrorUpdateRunning)));
         return false;
     }
-    if (!*_backupIsUnderWay && !platform::isBackupLockHeld()) {
+    if (!*_backupIsUnderWay && !platform::isBackupRunning()) {
         tellChange();
         _check->close(error(BRVErrorUpdateRunning));
         return true;

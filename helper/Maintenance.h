@@ -1,11 +1,11 @@
 #pragma once
 
 #include "helper/HelperOptions.h"
+#include "helper/linux/update/PackageUpdates.h"
+#include "helper/linux/update/Updater.h"
 #include "helper/PasswordRule.h"
 #include "helper/Peers.h"
-#include "helper/update/PackageUpdates.h"
 #include "helper/update/SharedCheck.h"
-#include "helper/update/Updater.h"
 #include "platform/Queue.h"
 
 #include <atomic>

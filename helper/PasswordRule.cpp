@@ -1,12 +1,12 @@
 #include "helper/PasswordRule.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/installation/FileTree.h"
-#include "helper/installation/SystemError.h"
+#include "helper/linux/installation/FileTree.h"
+#include "helper/SystemError.h"
 #include "messaging/ZRKAuthorizationManager.h"
+#include "platform/AtomicFile.h"
 #include "platform/Authorization.h"
 #include "platform/Folder.h"
-#include "platform/linux/system/files/AtomicFile.h"
 #include "protocol/Messages.h"
 
 #include <algorithm>

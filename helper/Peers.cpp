@@ -17,7 +17,7 @@ void Peers::setUsesHelper(const std::string& name)
         found->second.usesHelper = true;
 }
 
-void Peers::identify(const platform::BusPeer& peer)
+void Peers::identify(const platform::ServicePeer& peer)
 {
     const std::lock_guard guard(_lock);
     _peers[peer.name].identity = peer;
@@ -29,7 +29,7 @@ void Peers::remove(const std::string& name)
     _peers.erase(name);
 }
 
-std::optional<platform::BusPeer> Peers::identified(const std::string& name) const
+std::optional<platform::ServicePeer> Peers::identified(const std::string& name) const
 {
     const std::lock_guard guard(_lock);
     const auto found = _peers.find(name);

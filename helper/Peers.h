@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/system/bus/BusPeers.h"
+#include "platform/ServicePeer.h"
 
 #include <map>
 #include <mutex>
@@ -15,11 +15,11 @@ public:
     void add(const std::string& name);
     // It does more than watch the status of backups, so that the installation must not change beneath it.
     void setUsesHelper(const std::string& name);
-    void identify(const platform::BusPeer& peer); // also of one that comes with its first request later
+    void identify(const platform::ServicePeer& peer); // also of one that comes with its first request later
     void remove(const std::string& name);
 
     // nullopt until the peer was identified, and after it has left.
-    std::optional<platform::BusPeer> identified(const std::string& name) const;
+    std::optional<platform::ServicePeer> identified(const std::string& name) const;
 
     // Whether anybody who uses the helper is still connected.
     bool anyConnected() const;
@@ -28,7 +28,7 @@ public:
 
 private:
     struct Peer {
-        std::optional<platform::BusPeer> identity;
+        std::optional<platform::ServicePeer> identity;
         bool usesHelper = false;
     };
 

@@ -2,7 +2,7 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "messaging/ZRKError.h"
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "platform/SystemInformation.h"
 

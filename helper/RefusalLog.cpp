@@ -8,7 +8,7 @@ namespace helper {
 namespace {
 
 // A path may be as long as its owner likes, and hold any byte but NUL.
-std::string programText(const platform::BusPeer& peer)
+std::string programText(const platform::ServicePeer& peer)
 {
     constexpr std::size_t longest = 256;
     std::string text = peer.program.empty() ? "an unknown program" : "'" + peer.program.substr(0, longest) + "'";
@@ -26,13 +26,13 @@ std::string userText(std::uint32_t user)
 
 } // namespace
 
-void RefusalLog::accepted(std::int64_t message, const platform::BusPeer& sender)
+void RefusalLog::accepted(std::int64_t message, const platform::ServicePeer& sender)
 {
     ZRKLogMessage(LogLevelDefault, "Did message %@ for %@, %@.",
                   {std::to_string(message), userText(sender.user), programText(sender)});
 }
 
-void RefusalLog::refused(std::int64_t message, const platform::BusPeer& sender, const platform::Error& error,
+void RefusalLog::refused(std::int64_t message, const platform::ServicePeer& sender, const platform::Error& error,
                          Clock::time_point now)
 {
     report(now);

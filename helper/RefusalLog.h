@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Error.h"
-#include "platform/linux/system/bus/BusPeers.h"
+#include "platform/ServicePeer.h"
 
 #include <chrono>
 #include <cstdint>
@@ -17,8 +17,8 @@ public:
     using Clock = std::chrono::steady_clock;
     static constexpr std::chrono::seconds window{60};
 
-    static void accepted(std::int64_t message, const platform::BusPeer& sender);
-    void refused(std::int64_t message, const platform::BusPeer& sender, const platform::Error& error,
+    static void accepted(std::int64_t message, const platform::ServicePeer& sender);
+    void refused(std::int64_t message, const platform::ServicePeer& sender, const platform::Error& error,
                  Clock::time_point now);
     // Logs the counts of windows that are over; those of all windows at the end.
     void report(Clock::time_point now);

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "platform/Error.h"
-#include "platform/linux/system/bus/ServiceMessage.h"
-#include "platform/ServiceConnection.h"
+#include "platform/ServiceListener.h"
 
 #include <cstddef>
 #include <cstdint>

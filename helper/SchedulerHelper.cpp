@@ -1,9 +1,9 @@
 #include "helper/SchedulerHelper.h"
 
 #include "diagnostics/log/ZRKLog.h"
+#include "helper/linux/snapshots/SnapshotListing.h"
 #include "helper/ReplyBuilder.h"
 #include "helper/SettingsValidator.h"
-#include "helper/snapshots/SnapshotListing.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/SystemInformation.h"
 #include "protocol/ErrorCodes.h"
@@ -12,6 +12,7 @@
 #include "protocol/ScheduleSettings.h"
 #include "protocol/SnapshotList.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <future>
 #include <optional>
@@ -19,13 +20,13 @@
 
 namespace helper {
 
-using platform::BusPeer;
 using platform::Data;
 using platform::Dictionary;
 using platform::Error;
 using platform::PropertyList;
 using platform::Result;
 using platform::ServiceDictionary;
+using platform::ServicePeer;
 
 namespace {
 
@@ -263,7 +264,7 @@ void SchedulerHelper::enqueue(Job made, std::size_t size, std::optional<Error> f
     _turns->add(line, {job->sender, size, std::move(start), std::move(refuse)}, peer.has_value());
 }
 
-void SchedulerHelper::identify(const BusPeer& peer)
+void SchedulerHelper::identify(const ServicePeer& peer)
 {
     _peers->identify(peer);
     for (auto lane : {Service::Lane::Reading, Service::Lane::Changing})
@@ -280,14 +281,16 @@ void SchedulerHelper::forget(const std::string& sender)
 
 void SchedulerHelper::begin(const std::shared_ptr<Job>& job, const Turns::Turn& turn)
 {
-    const auto sender = _peers->identified(job->sender).value_or(BusPeer());
+    const auto sender = _peers->identified(job->sender).value_or(ServicePeer());
     if (!job->needsRight) {
         perform(job, sender, turn);
         return;
     }
-    auto ask = [self = weak_from_this(), name = job->sender](const std::string& right, auto answer) {
+    auto ask = [self = weak_from_this(), job](const std::string& right, auto answer) {
+        Listener::RightQuestion question{job->sender, {}, right};
+        std::ranges::copy(*job->request.auth, question.form.begin());
         if (const auto helper = self.lock())
-            helper->_listener.copyRight(name, right, std::move(answer));
+            helper->_listener.copyRight(question, std::move(answer));
     };
     auto decide = [self = weak_from_this(), job, sender, turn](const Result<void>& allowed) {
         const auto helper = self.lock();
@@ -309,7 +312,7 @@ const std::shared_ptr<platform::Queue>& SchedulerHelper::queueOf(Service::Lane l
     return lane == Service::Lane::Reading ? _readingQueue : _changingQueue;
 }
 
-void SchedulerHelper::perform(const std::shared_ptr<Job>& job, const BusPeer& sender, const Turns::Turn& turn)
+void SchedulerHelper::perform(const std::shared_ptr<Job>& job, const ServicePeer& sender, const Turns::Turn& turn)
 {
     queueOf(job->service->lane)->async([self = shared_from_this(), job, sender, turn] {
         const auto complete = self->completionOf(job, sender);
@@ -324,7 +327,7 @@ void SchedulerHelper::perform(const std::shared_ptr<Job>& job, const BusPeer& se
 }
 
 // Any thread.
-Service::Completion SchedulerHelper::completionOf(const std::shared_ptr<Job>& job, const BusPeer& sender)
+Service::Completion SchedulerHelper::completionOf(const std::shared_ptr<Job>& job, const ServicePeer& sender)
 {
     return [self = shared_from_this(), job, sender](const Service::Outcome& outcome) {
         if (job->reply)
@@ -339,7 +342,7 @@ Service::Completion SchedulerHelper::completionOf(const std::shared_ptr<Job>& jo
     };
 }
 
-void SchedulerHelper::refuse(const Job& job, const BusPeer& sender, const Error& error)
+void SchedulerHelper::refuse(const Job& job, const ServicePeer& sender, const Error& error)
 {
     if (job.reply)
         job.reply(ReplyBuilder::replyWithError(error));

@@ -10,8 +10,8 @@
 #include "helper/SettingsStore.h"
 #include "helper/Turns.h"
 #include "helper/update/AutomaticUpdates.h"
-#include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/Queue.h"
+#include "platform/ServiceListener.h"
 
 #include <chrono>
 #include <cstdint>
@@ -36,7 +36,7 @@ public:
                                                    Maintenance::EndHandler endHandler);
 
     void handle(Listener::Request request, Listener::Reply reply);
-    void identify(const platform::BusPeer& peer);
+    void identify(const platform::ServicePeer& peer);
     void forget(const std::string& sender);
 
     // Defines how a message is served; before the listener runs. Its rights are those of the protocol's table.
@@ -65,9 +65,9 @@ private:
 
     void enqueue(Job job, std::size_t size, std::optional<platform::Error> fault);
     void begin(const std::shared_ptr<Job>& job, const Turns::Turn& turn);
-    void perform(const std::shared_ptr<Job>& job, const platform::BusPeer& sender, const Turns::Turn& turn);
-    void refuse(const Job& job, const platform::BusPeer& sender, const platform::Error& error);
-    Service::Completion completionOf(const std::shared_ptr<Job>& job, const platform::BusPeer& sender);
+    void perform(const std::shared_ptr<Job>& job, const platform::ServicePeer& sender, const Turns::Turn& turn);
+    void refuse(const Job& job, const platform::ServicePeer& sender, const platform::Error& error);
+    Service::Completion completionOf(const std::shared_ptr<Job>& job, const platform::ServicePeer& sender);
     const std::shared_ptr<platform::Queue>& queueOf(Service::Lane lane) const;
 
     // On the queue for changes.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "helper/RequestReader.h"
-#include "platform/linux/system/bus/BusPeers.h"
+#include "platform/ServicePeer.h"
 
 #include <functional>
 #include <memory>
@@ -16,7 +16,7 @@ struct Service {
     };
     struct Call {
         std::int64_t message;
-        platform::BusPeer sender;
+        platform::ServicePeer sender;
         RequestReader::Payload payload; // nullopt when there is none, or when the message has none
         std::shared_ptr<void> turn;     // the next request of this user in this lane begins when every copy is gone
     };

@@ -2,8 +2,8 @@
 // same bytes to the same server over the same bus, and, as the floor, over a socket pair. The three take turns.
 
 #include "platform/linux/system/bus/BusHandles.h"
-#include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/ServiceConnection.h"
+#include "platform/ServiceListener.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/PrivateBus.h"
 

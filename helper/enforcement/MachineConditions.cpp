@@ -8,7 +8,7 @@ MachineConditions::MachineConditions(const std::shared_ptr<platform::Queue>& que
       _use(platform::followComputerUse(queue, changed)),
       _sleepPreventers(platform::followSleepPreventers(queue, changed)),
       _route(platform::followNetworkRoute(queue, changed)),
-      _lock(platform::followBackupLock(queue, changed))
+      _backup(platform::followRunningBackup(queue, changed))
 {
 }
 
@@ -21,8 +21,8 @@ void MachineConditions::read(scheduling::Conditions& conditions, const Clocks& c
     conditions.passive = use.isKnown && use.isPassive;
     conditions.sleepPreventers = !_sleepPreventers->current().names.empty();
     conditions.wired = _route->current().isWired;
-    // That a lock is free is told a moment later than the end of whoever held it.
-    conditions.otherBackup = _lock->current().isHeld && platform::isBackupLockHeld();
+    // That a backup has ended is told a moment later.
+    conditions.otherBackup = _backup->current().isRunning && platform::isBackupRunning();
     conditions.unusedSince.reset();
     if (use.unusedSince)
         conditions.unusedSince = clocks.elapsedAt(*use.unusedSince);

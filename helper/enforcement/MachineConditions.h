@@ -2,9 +2,9 @@
 
 #include "helper/enforcement/Clocks.h"
 #include "platform/ComputerUse.h"
-#include "platform/linux/system/backups/BackupLock.h"
 #include "platform/NetworkRoute.h"
 #include "platform/PowerSources.h"
+#include "platform/RunningBackup.h"
 #include "platform/SleepPreventers.h"
 #include "scheduling/Conditions.h"
 
@@ -27,7 +27,7 @@ private:
     platform::FollowedCondition<platform::ComputerUse> _use;
     platform::FollowedCondition<platform::SleepPreventers> _sleepPreventers;
     platform::FollowedCondition<platform::NetworkRoute> _route;
-    platform::FollowedCondition<platform::BackupLockState> _lock;
+    platform::FollowedCondition<platform::RunningBackup> _backup;
 };
 
 } // namespace helper

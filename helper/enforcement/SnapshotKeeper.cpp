@@ -1,8 +1,8 @@
 #include "helper/enforcement/SnapshotKeeper.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/snapshots/LocalSnapshot.h"
-#include "helper/snapshots/SnapshotUnit.h"
+#include "helper/linux/snapshots/LocalSnapshot.h"
+#include "helper/linux/snapshots/SnapshotUnit.h"
 #include "messaging/ZRKError.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/btrfs/SnapshotCreation.h"

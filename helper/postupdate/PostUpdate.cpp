@@ -1,10 +1,10 @@
 #include "helper/postupdate/PostUpdate.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/installation/InstallationManifest.h"
+#include "helper/linux/installation/InstallationManifest.h"
 #include "messaging/BRVHelperMessager.h"
-#include "platform/linux/system/files/Root.h"
 #include "platform/linux/system/processes/Launch.h"
+#include "platform/Root.h"
 #include "platform/SystemInformation.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "helper/simulation/SimulationCommand.h"
 
 #include "helper/simulation/Simulation.h"
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 
 #include <cstdio>

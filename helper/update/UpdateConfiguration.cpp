@@ -1,7 +1,7 @@
 #include "helper/update/UpdateConfiguration.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/FileDescriptor.h"
-#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "helper/update/Download.h"
 #include "messaging/ZRKError.h"
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"

@@ -1,5 +1,5 @@
 #include "platform/FileDescriptor.h"
-#include "platform/linux/system/backups/BackupLock.h"
+#include "platform/RunningBackup.h"
 #include "tests/conditions/Following.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -9,7 +9,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-using platform::BackupLockState;
+using platform::RunningBackup;
 
 namespace {
 
@@ -23,14 +23,14 @@ struct LockFixture {
     std::string path = root.file("var/run/backupd.lock");
 };
 
-constexpr BackupLockState held{true};
-constexpr BackupLockState isFree{false};
+constexpr RunningBackup held{true};
+constexpr RunningBackup isFree{false};
 
 } // namespace
 
 TEST_CASE_FIXTURE(LockFixture, "another's lock is seen when it is taken, and when it is given back")
 {
-    Following<BackupLockState> state(platform::followBackupLock);
+    Following<RunningBackup> state(platform::followRunningBackup);
     CHECK(state.current() == isFree);
     auto file = open();
     usleep(100'000); // the lock need not come with the file
@@ -53,7 +53,7 @@ TEST_CASE_FIXTURE(LockFixture, "a lock that is held already is seen from the sta
     root.write("var/run/backupd.lock", "");
     auto first = open();
     REQUIRE(flock(first.get(), LOCK_EX) == 0);
-    Following<BackupLockState> state(platform::followBackupLock);
+    Following<RunningBackup> state(platform::followRunningBackup);
     CHECK(state.current() == held);
     first.reset();
     CHECK(state.becomes(isFree));
@@ -64,7 +64,7 @@ TEST_CASE_FIXTURE(LockFixture, "a lock that is held already is seen from the sta
 
 TEST_CASE_FIXTURE(LockFixture, "a lock file that is removed and made anew is followed")
 {
-    Following<BackupLockState> state(platform::followBackupLock);
+    Following<RunningBackup> state(platform::followRunningBackup);
     REQUIRE(unlink(path.c_str()) == 0);
     usleep(200'000);
     const auto file = open();

@@ -1,7 +1,7 @@
 #include "platform/Clock.h"
 #include "platform/FileDescriptor.h"
 #include "platform/Folder.h"
-#include "platform/linux/system/backups/BackupLock.h"
+#include "platform/RunningBackup.h"
 #include "tests/backups/RunnerFixture.h"
 #include "tests/support/ChildProcess.h"
 
@@ -72,12 +72,12 @@ TEST_CASE_FIXTURE(RunnerFixture, "the lock is held while a backup runs, and anot
     REQUIRE(runner->start(job("a-1", {shell("sleep 1")})));
     REQUIRE(backupProcess("a-1") > 0);
     CHECK(runner->running() == "a-1");
-    CHECK(platform::isBackupLockHeld());
+    CHECK(platform::isBackupRunning());
     const auto second = runner->start(job("a-2", {shell("exit 0")}));
     REQUIRE_FALSE(second);
     CHECK(second.error().code == EBUSY);
     CHECK(event(0) == ended("a-1", 0));
-    CHECK_FALSE(platform::isBackupLockHeld());
+    CHECK_FALSE(platform::isBackupRunning());
     CHECK(countOfEvents() == 1);
 }
 
@@ -213,7 +213,7 @@ TEST_CASE_FIXTURE(RunnerFixture, "a backup outlives the process that started it 
     }
     const auto runner = makeRunner();
     CHECK(runner->running() == "a-1");
-    CHECK(platform::isBackupLockHeld());
+    CHECK(platform::isBackupRunning());
     CHECK_FALSE(runner->start(job("a-2", {shell("exit 0")})));
     CHECK(event(0) == ended("a-1", 5));
     CHECK(countOfEvents() == 1);
@@ -247,9 +247,9 @@ TEST_CASE_FIXTURE(RunnerFixture, "a backup whose process is killed has no status
     CHECK_FALSE(runner->running());
     CHECK_FALSE(runner->lastEnd());
     // A program that was just about to run has the lock's file for another moment.
-    for (int attempt = 0; platform::isBackupLockHeld() && attempt < 200; ++attempt)
+    for (int attempt = 0; platform::isBackupRunning() && attempt < 200; ++attempt)
         usleep(10'000);
-    CHECK_FALSE(platform::isBackupLockHeld());
+    CHECK_FALSE(platform::isBackupRunning());
 }
 
 TEST_CASE_FIXTURE(RunnerFixture, "a record of a process whose number another one has got by now is not taken for it")

@@ -1,8 +1,8 @@
-#include "helper/programs/BackupPlan.h"
-#include "helper/programs/ProgramFields.h"
-#include "helper/programs/ProgramStore.h"
-#include "helper/programs/SystemUnit.h"
-#include "helper/programs/TrustedPath.h"
+#include "helper/linux/programs/BackupPlan.h"
+#include "helper/linux/programs/ProgramFields.h"
+#include "helper/linux/programs/ProgramStore.h"
+#include "helper/linux/programs/SystemUnit.h"
+#include "helper/linux/programs/TrustedPath.h"
 #include "tests/backups/RunnerFixture.h"
 #include "tests/support/ChildProcess.h"
 

@@ -1,6 +1,6 @@
 #include "tests/enforcement/EnforcedMachine.h"
 
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "protocol/BackupProgram.h"
 #include "scheduling/InstantText.h"

@@ -1,4 +1,4 @@
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <cerrno>

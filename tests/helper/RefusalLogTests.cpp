@@ -21,8 +21,8 @@ struct RefusalLogFixture {
     TemporaryDirectory root;
     EnvironmentVariable variable{"BREVANE_ROOT", root.path()};
     EnvironmentVariable home{"HOME", root.file("home")};
-    platform::BusPeer asker{.name = ":1.5", .user = 7, .process = 12, .program = "/usr/bin/asker"};
-    platform::BusPeer other{.name = ":1.6", .user = 8, .process = 13, .program = ""};
+    platform::ServicePeer asker{.name = ":1.5", .user = 7, .process = 12, .program = "/usr/bin/asker"};
+    platform::ServicePeer other{.name = ":1.6", .user = 8, .process = 13, .program = ""};
     platform::Error refusal{BRVErrorDomain, BRVErrorUnknownKey, {}, nullptr};
     RefusalLog::Clock::time_point begin{1000s};
     RefusalLog log;

@@ -1,7 +1,7 @@
 #include "tests/helper/RunningHelper.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/Authorization.h"
-#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 
 using platform::Data;

@@ -1,6 +1,6 @@
 #include "helper/AutoUpdatesStore.h"
 #include "helper/SettingsStore.h"
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "platform/SystemInformation.h"
 #include "protocol/ScheduleRanges.h"

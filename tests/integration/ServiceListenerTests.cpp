@@ -1,4 +1,4 @@
-#include "platform/linux/system/bus/ServiceListener.h"
+#include "platform/ServiceListener.h"
 #include "tests/integration/TestService.h"
 #include "tests/support/PrivateBus.h"
 
@@ -482,9 +482,9 @@ TEST_CASE("a message of many values is refused before it is looked through")
 TEST_CASE("a listener learns from the bus who its senders are, and when they leave")
 {
     PrivateBus bus;
-    Arrivals<platform::BusPeer> identified;
+    Arrivals<platform::ServicePeer> identified;
     Arrivals<std::string> left;
-    Served served({echo, [&](const platform::BusPeer& peer) { identified.add(peer); },
+    Served served({echo, [&](const platform::ServicePeer& peer) { identified.add(peer); },
                    [&](const std::string& name) { left.add(name); }});
     std::string name;
     {
@@ -515,8 +515,8 @@ TEST_CASE(
     }
     SUBCASE("of clients that send it all at once") { }
     PrivateBus bus;
-    Arrivals<platform::BusPeer> identified;
-    Served served({answerMuch, [&](const platform::BusPeer& peer) { identified.add(peer); }, {}});
+    Arrivals<platform::ServicePeer> identified;
+    Served served({answerMuch, [&](const platform::ServicePeer& peer) { identified.add(peer); }, {}});
     std::vector<std::unique_ptr<RawClient>> deaf;
     std::vector<RawClient*> clients;
     // The bus takes nothing more from a connection of which 127 MB are unread.
@@ -565,8 +565,8 @@ TEST_CASE("every call of a user who is cut off is answered as soon as its sender
 {
     constexpr int Many = 100; // the bus lets a connection wait for so many replies only
     PrivateBus bus;
-    Arrivals<platform::BusPeer> identified;
-    Served served({answerMuch, [&](const platform::BusPeer& peer) { identified.add(peer); }, {}});
+    Arrivals<platform::ServicePeer> identified;
+    Served served({answerMuch, [&](const platform::ServicePeer& peer) { identified.add(peer); }, {}});
     auto deaf = std::make_unique<RawClient>();
     RawClient reader;
     RawClient waiting;
@@ -628,7 +628,7 @@ TEST_CASE("the replies of one user do not wait until another one has got all of 
     constexpr std::size_t Many = 200;
     constexpr uid_t Nobody = 65534;
     std::vector<ServiceListener::Reply> owed;
-    Arrivals<platform::BusPeer> identified;
+    Arrivals<platform::ServicePeer> identified;
     Served served({[&](const ServiceListener::Request& request, ServiceListener::Reply reply) {
                        if (request.message.empty())
                            owed.push_back(std::move(reply));
@@ -639,7 +639,7 @@ TEST_CASE("the replies of one user do not wait until another one has got all of 
                        for (const auto& each : std::exchange(owed, {}))
                            each({{"payload", platform::Data(60'000)}});
                    },
-                   [&](const platform::BusPeer& peer) { identified.add(peer); },
+                   [&](const platform::ServicePeer& peer) { identified.add(peer); },
                    {}});
     // The numbers that the listener gave to its replies, in the order in which it sent them.
     std::vector<std::uint64_t> numbers;

@@ -1,7 +1,7 @@
 #include "tests/platform/ScriptedBackups.h"
 
-#include "platform/linux/system/backups/BackupLock.h"
 #include "platform/Queue.h"
+#include "platform/RunningBackup.h"
 
 #include <atomic>
 #include <cerrno>
@@ -95,7 +95,7 @@ private:
     std::shared_ptr<RunnerFollower> _follower;
 };
 
-class ScriptedLock final : public platform::Condition<platform::BackupLockState> {
+class ScriptedLock final : public platform::Condition<platform::RunningBackup> {
 public:
     ScriptedLock(std::shared_ptr<platform::Queue> queue, Handler handler)
         : _follower(std::make_shared<LockFollower>(std::move(queue), std::move(handler)))
@@ -109,7 +109,7 @@ public:
         const std::lock_guard lock(Machine::shared().mutex);
         Machine::shared().locks.remove(_follower);
     }
-    platform::BackupLockState current() const override
+    platform::RunningBackup current() const override
     {
         const std::lock_guard lock(Machine::shared().mutex);
         return {Machine::shared().isLockHeld};
@@ -210,13 +210,13 @@ std::unique_ptr<BackupRunner> BackupRunner::create(std::shared_ptr<Queue> queue,
     return std::make_unique<scripted::backups::ScriptedRunner>(std::move(queue), std::move(handler));
 }
 
-bool isBackupLockHeld()
+bool isBackupRunning()
 {
     const std::lock_guard lock(scripted::backups::Machine::shared().mutex);
     return scripted::backups::Machine::shared().isLockHeld;
 }
 
-FollowedCondition<BackupLockState> followBackupLock(std::shared_ptr<Queue> queue, std::function<void()> handler)
+FollowedCondition<RunningBackup> followRunningBackup(std::shared_ptr<Queue> queue, std::function<void()> handler)
 {
     return std::make_unique<scripted::backups::ScriptedLock>(std::move(queue), std::move(handler));
 }

@@ -1,4 +1,4 @@
-#include "platform/linux/system/files/Root.h"
+#include "platform/Root.h"
 #include "platform/SystemInformation.h"
 #include "tests/support/EnvironmentVariable.h"
 #include "tests/support/ForkedProcess.h"
@@ -46,7 +46,7 @@ TEST_CASE("a root that the program fixes wins over the variable")
           })
           == "/srv/other/Library");
     CHECK(inForkedProcess([] {
-              platform::setSystemRoot(platform::InstalledRoot);
+              platform::setSystemRoot(platform::installedRoot());
               return platform::systemRoot() + (platform::usesSandboxStore() ? " sandbox" : " installed");
           })
           == "/opt/brevane installed");

@@ -2,10 +2,10 @@
 
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKAuthorizationManager.h"
+#include "platform/AtomicFile.h"
 #include "platform/Folder.h"
-#include "platform/linux/system/backups/BackupLock.h"
-#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
+#include "platform/RunningBackup.h"
 #include "tests/support/BusOwner.h"
 #include "tests/support/FileContent.h"
 
@@ -305,7 +305,7 @@ std::unique_ptr<ChildProcess> UpdateMachine::startBackup() const
     REQUIRE(platform::createFolder(root() + "/var/run"));
     auto backup = std::make_unique<ChildProcess>(
         ChildProcess::Arguments{"flock", "--no-fork", root() + "/var/run/backupd.lock", "sleep", "600"});
-    REQUIRE(waitUntil(platform::isBackupLockHeld));
+    REQUIRE(waitUntil(platform::isBackupRunning));
     return backup;
 }
 

@@ -5,9 +5,9 @@
 #include "platform/linux/agent/NoticeFile.h"
 #include "platform/linux/system/processes/Launch.h"
 #include "platform/linux/system/queues/MainQueue.h"
-#include "platform/linux/system/queues/SignalMask.h"
-#include "platform/linux/system/texts/ProgramPath.h"
 #include "platform/Localization.h"
+#include "platform/ProgramPath.h"
+#include "platform/SignalMask.h"
 #include "platform/UserDefaults.h"
 #include "protocol/SessionAgent.h"
 

@@ -1,8 +1,8 @@
 #include "platform/linux/logtool/RecordSource.h"
 
-#include "platform/linux/system/files/Root.h"
 #include "platform/linux/system/journal/JournalReader.h"
 #include "platform/linux/system/journal/LogStore.h"
+#include "platform/Root.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -15,8 +15,8 @@
 // 9 to 11 are beyond what a listener would send and are served with `--raw`.
 
 #include "platform/linux/system/bus/BusHandles.h"
-#include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/linux/system/bus/ServiceMessage.h"
+#include "platform/ServiceListener.h"
 
 #include <csignal>
 #include <cstdio>

@@ -1,6 +1,6 @@
 #include "helper/enforcement/SnapshotKeeper.h"
 #include "helper/enforcement/SnapshotPlan.h"
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "tests/integration/snapshots/support/BtrfsVolume.h"
 

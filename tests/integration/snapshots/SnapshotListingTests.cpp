@@ -1,4 +1,4 @@
-#include "helper/snapshots/SnapshotListing.h"
+#include "helper/linux/snapshots/SnapshotListing.h"
 #include "platform/linux/system/bus/BusPeers.h"
 #include "platform/linux/system/bus/ServiceMessage.h"
 #include "platform/PropertyListCoding.h"

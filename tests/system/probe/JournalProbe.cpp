@@ -1,11 +1,11 @@
-#include "platform/linux/system/files/Root.h"
+#include "platform/Root.h"
 #include "platform/SystemLog.h"
 
 #include <unistd.h>
 
 int main()
 {
-    platform::setSystemRoot(platform::InstalledRoot);
+    platform::setSystemRoot(platform::installedRoot());
     auto log = platform::SystemLog::create("com.zerkolin.brevane", "probe");
     log->message(0, "a default");
     log->message(1, "an info");

@@ -1,7 +1,7 @@
 #include "platform/linux/system/authorization/RightsStore.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/Folder.h"
-#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "platform/SystemInformation.h"
 

@@ -2,9 +2,9 @@
 
 #include "platform/linux/system/backups/BackupRecord.h"
 #include "platform/linux/system/bus/SystemBus.h"
-#include "platform/linux/system/files/Root.h"
 #include "platform/linux/system/processes/Launch.h"
-#include "platform/linux/system/texts/ProgramPath.h"
+#include "platform/ProgramPath.h"
+#include "platform/Root.h"
 #include "platform/SystemInformation.h"
 
 #include <cerrno>

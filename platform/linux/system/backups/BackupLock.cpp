@@ -1,10 +1,9 @@
-#include "platform/linux/system/backups/BackupLock.h"
-
 #include "platform/FileDescriptor.h"
 #include "platform/Folder.h"
 #include "platform/linux/system/backups/BackupRecord.h"
 #include "platform/linux/system/conditions/ThreadCondition.h"
 #include "platform/linux/system/queues/BlockedSignals.h"
+#include "platform/RunningBackup.h"
 #include "platform/SystemInformation.h"
 
 #include <array>
@@ -61,7 +60,7 @@ void awaitRelease(const std::string& path, const std::shared_ptr<std::atomic<boo
 
 class LockFollower {
 public:
-    explicit LockFollower(ValueTeller<BackupLockState>& teller) : _teller(teller) { open(); }
+    explicit LockFollower(ValueTeller<RunningBackup>& teller) : _teller(teller) { open(); }
 
 private:
     void open()
@@ -92,7 +91,7 @@ private:
             _next = ConditionsThread::shared().runAfter(looksAfterOpening[looks], [this, looks] { look(looks + 1); });
     }
 
-    ValueTeller<BackupLockState>& _teller;
+    ValueTeller<RunningBackup>& _teller;
     const std::string _path = systemPath(BackupLockFile);
     FileDescriptor _file;
     std::shared_ptr<std::atomic<bool>> _isWaiting = std::make_shared<std::atomic<bool>>(false);
@@ -102,15 +101,15 @@ private:
 
 } // namespace
 
-bool isBackupLockHeld()
+bool isBackupRunning()
 {
     const auto path = systemPath(BackupLockFile);
     return isHeldElsewhere(FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW)));
 }
 
-FollowedCondition<BackupLockState> followBackupLock(std::shared_ptr<Queue> queue, std::function<void()> handler)
+FollowedCondition<RunningBackup> followRunningBackup(std::shared_ptr<Queue> queue, std::function<void()> handler)
 {
-    return ThreadCondition<BackupLockState, LockFollower>::follow(std::move(queue), std::move(handler));
+    return ThreadCondition<RunningBackup, LockFollower>::follow(std::move(queue), std::move(handler));
 }
 
 } // namespace platform

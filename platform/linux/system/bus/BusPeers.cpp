@@ -24,7 +24,7 @@ std::string programOf(std::uint32_t process)
 }
 
 // An entry of the bus's description of a peer.
-int readCredential(sd_bus_message* reply, BusPeer& peer, bool& hasUser)
+int readCredential(sd_bus_message* reply, ServicePeer& peer, bool& hasUser)
 {
     const char* key = nullptr;
     const char* contents = nullptr;
@@ -40,7 +40,7 @@ int readCredential(sd_bus_message* reply, BusPeer& peer, bool& hasUser)
     return sd_bus_message_read(reply, "v", "u", isUser ? &peer.user : &peer.process);
 }
 
-bool readCredentials(sd_bus_message* reply, BusPeer& peer)
+bool readCredentials(sd_bus_message* reply, ServicePeer& peer)
 {
     bool hasUser = false;
     int result = sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "{sv}");

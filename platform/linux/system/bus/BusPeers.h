@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/system/bus/BusHandles.h"
+#include "platform/ServicePeer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,14 +14,6 @@
 #include <vector>
 
 namespace platform {
-
-// A connection to the bus that has sent something, as the bus itself describes it.
-struct BusPeer {
-    std::string name; // unique, and never used again while the bus lives
-    std::uint32_t user = 0;
-    std::uint32_t process = 0; // 0 when it is not known. A courtesy, never a proof: numbers are used again
-    std::string program;       // the path of its file; empty when it cannot be read
-};
 
 // Who has sent messages to a connection and has not left the bus since, and what they have not read yet.
 //
@@ -36,7 +29,7 @@ struct BusPeer {
 class BusPeers {
 public:
     using UserName = std::optional<std::uint32_t>; // nullopt as long as the bus has not told
-    using Identified = std::function<void(const BusPeer&)>;
+    using Identified = std::function<void(const ServicePeer&)>;
     using Left = std::function<void(const std::string&)>;
     using Refuse = std::function<void(const std::string& name, std::uint64_t call)>;
 
@@ -91,7 +84,7 @@ private:
     };
     struct State {
         UserName user;
-        BusPeer peer;
+        ServicePeer peer;
         Load load;
         std::size_t refusals = 0;           // of what is unread
         std::vector<std::uint64_t> waiting; // calls to be refused, in order

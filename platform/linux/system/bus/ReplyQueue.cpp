@@ -57,7 +57,7 @@ void ReplyQueue::sendNext()
     _peers.sent(reply.peer, reply.size);
 }
 
-void ReplyQueue::identify(const BusPeer& peer)
+void ReplyQueue::identify(const ServicePeer& peer)
 {
     const auto unknown = _lines.find(std::nullopt);
     if (unknown == _lines.end())

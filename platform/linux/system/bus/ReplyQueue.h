@@ -27,7 +27,7 @@ public:
     // Sends what the bus takes without waiting.
     void send();
     // Who waits for this peer's user to be known goes to the line of that user.
-    void identify(const BusPeer& peer);
+    void identify(const ServicePeer& peer);
 
     bool isEmpty() const { return _lines.empty(); }
 

@@ -1,8 +1,9 @@
-#include "platform/linux/system/bus/ServiceListener.h"
+#include "platform/ServiceListener.h"
 
 #include "platform/linux/system/authorization/AuthorityQuestion.h"
 #include "platform/linux/system/bus/BusHandles.h"
 #include "platform/linux/system/bus/ReplyQueue.h"
+#include "platform/linux/system/bus/ServiceMessage.h"
 #include "platform/linux/system/queues/EventDescriptor.h"
 
 #include <algorithm>
@@ -153,8 +154,7 @@ public:
         _inbox->signal.signal();
     }
     void async(std::function<void()> task) override { _inbox->add(std::move(task)); }
-    void copyRight(const std::string& peer, const std::string& right,
-                   std::function<void(Authorization::Status)> answer) override;
+    void copyRight(const RightQuestion& question, std::function<void(Authorization::Status)> answer) override;
 
     void answer(std::uint64_t number, const std::optional<ServiceDictionary>& dictionary);
 
@@ -268,7 +268,7 @@ const char* BusServiceListener::serve(const std::string& serviceName, int& resul
         return failure;
     _serviceName = serviceName;
     sd_bus* bus = _bus.get();
-    const auto identified = [this](const BusPeer& peer) {
+    const auto identified = [this](const ServicePeer& peer) {
         _replies->identify(peer);
         if (_handlers.identified)
             _handlers.identified(peer);
@@ -456,14 +456,14 @@ int BusServiceListener::handleNameLost(sd_bus_message* message, void* context, s
     return 0;
 }
 
-void BusServiceListener::copyRight(const std::string& peer, const std::string& right,
-                                   std::function<void(Authorization::Status)> answer)
+// The form names the peer, of whom the authority is asked.
+void BusServiceListener::copyRight(const RightQuestion& asked, std::function<void(Authorization::Status)> answer)
 {
     _questions.push_back({this, std::move(answer), nullptr, {}});
     Question& question = _questions.back();
     question.place = std::prev(_questions.end());
     sd_bus_message* made = nullptr;
-    int result = AuthorityQuestion::compose(_bus.get(), &made, peer, right, false);
+    int result = AuthorityQuestion::compose(_bus.get(), &made, asked.peer, asked.right, false);
     const BusMessage message(made);
     sd_bus_slot* slot = nullptr;
     if (result >= 0)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/ServiceConnection.h"
+#include "platform/ServiceListener.h"
 
 #include <cstddef>
 #include <optional>
@@ -25,12 +26,6 @@ std::size_t serviceDictionarySize(const ServiceDictionary& dictionary);
 
 // Appends the dictionary as a{sv}, integers as `x` and bytes as `ay`. A negative errno value on failure.
 int appendServiceDictionary(sd_bus_message* message, const ServiceDictionary& dictionary);
-
-// A key that is read, and the most bytes that its value may have.
-struct ServiceKey {
-    std::string name;
-    std::size_t maximumSize;
-};
 
 struct ServiceReading {
     ServiceDictionary dictionary;

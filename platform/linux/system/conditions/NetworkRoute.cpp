@@ -1,9 +1,9 @@
 #include "platform/NetworkRoute.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/FileDescriptor.h"
 #include "platform/linux/system/conditions/RouteTable.h"
 #include "platform/linux/system/conditions/ThreadCondition.h"
-#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/SystemInformation.h"
 
 #include <algorithm>

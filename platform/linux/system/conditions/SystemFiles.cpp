@@ -1,7 +1,7 @@
 #include "platform/linux/system/conditions/SystemFiles.h"
 
-#include "platform/linux/system/files/AtomicFile.h"
-#include "platform/linux/system/files/Root.h"
+#include "platform/AtomicFile.h"
+#include "platform/Root.h"
 #include "platform/SystemInformation.h"
 
 #include <algorithm>

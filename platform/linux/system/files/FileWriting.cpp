@@ -1,7 +1,7 @@
 #include "platform/FileWriting.h"
 
+#include "platform/AtomicFile.h"
 #include "platform/Format.h"
-#include "platform/linux/system/files/AtomicFile.h"
 #include "platform/Localization.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "platform/Preferences.h"
 
-#include "platform/linux/system/files/AtomicFile.h"
+#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "platform/SystemInformation.h"
 

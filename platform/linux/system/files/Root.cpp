@@ -1,4 +1,4 @@
-#include "platform/linux/system/files/Root.h"
+#include "platform/Root.h"
 
 #include <climits>
 #include <cstdlib>
@@ -25,6 +25,11 @@ std::string absolutePath(std::string path)
 
 } // namespace
 
+const char* installedRoot()
+{
+    return "/opt/brevane";
+}
+
 void setSystemRoot(const std::string& path)
 {
     fixedRoot() = absolutePath(path);
@@ -35,7 +40,7 @@ std::string systemRoot()
     auto root = fixedRoot();
     if (root.empty()) {
         const char* variable = std::getenv("BREVANE_ROOT");
-        root = variable && *variable ? absolutePath(variable) : InstalledRoot;
+        root = variable && *variable ? absolutePath(variable) : installedRoot();
     }
     while (root.ends_with('/'))
         root.pop_back();
@@ -44,7 +49,7 @@ std::string systemRoot()
 
 bool usesSandboxStore()
 {
-    return systemRoot() != InstalledRoot;
+    return systemRoot() != installedRoot();
 }
 
 } // namespace platform

@@ -1,8 +1,8 @@
 #include "platform/LegacyLogSearch.h"
 
-#include "platform/linux/system/files/Root.h"
 #include "platform/linux/system/journal/JournalReader.h"
 #include "platform/linux/system/journal/LogStore.h"
+#include "platform/Root.h"
 
 namespace platform {
 

@@ -2,10 +2,10 @@
 
 #include "platform/FileDescriptor.h"
 #include "platform/Folder.h"
-#include "platform/linux/system/files/Root.h"
 #include "platform/linux/system/journal/JsonText.h"
 #include "platform/linux/system/journal/LogStore.h"
-#include "platform/linux/system/texts/ProgramPath.h"
+#include "platform/ProgramPath.h"
+#include "platform/Root.h"
 #include "platform/SystemInformation.h"
 
 // The messages' place in our sources says nothing to their readers.

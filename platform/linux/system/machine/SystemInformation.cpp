@@ -1,9 +1,9 @@
 #include "platform/SystemInformation.h"
 
-#include "platform/linux/system/files/AtomicFile.h"
-#include "platform/linux/system/files/Root.h"
-#include "platform/linux/system/texts/ProgramPath.h"
+#include "platform/AtomicFile.h"
+#include "platform/ProgramPath.h"
 #include "platform/PropertyListCoding.h"
+#include "platform/Root.h"
 
 #include <atomic>
 #include <charconv>

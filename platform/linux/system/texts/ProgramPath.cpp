@@ -1,4 +1,4 @@
-#include "platform/linux/system/texts/ProgramPath.h"
+#include "platform/ProgramPath.h"
 
 #include <array>
 #include <limits.h>

@@ -1,7 +1,7 @@
 #include "platform/linux/system/texts/StringTable.h"
 
 #include "platform/linux/system/propertylists/PropertyListReader.h"
-#include "platform/linux/system/texts/ProgramPath.h"
+#include "platform/ProgramPath.h"
 
 #include <cstdlib>
 #include <fstream>

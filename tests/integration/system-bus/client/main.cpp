@@ -14,8 +14,8 @@
 #include "messaging/BRVHelperMessager.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/ErrorArchive.h"
-#include "platform/linux/system/bus/ServiceListener.h"
 #include "platform/PropertyListCoding.h"
+#include "platform/ServiceListener.h"
 
 #include <algorithm>
 #include <cstdio>
