@@ -1,33 +1,22 @@
 #include "helper/DefaultRights.h"
 
-#include "helper/PropertyListFile.h"
+#include "helper/RightsDatabase.h"
 #include "messaging/ZRKAuthorizationManager.h"
-#include "platform/linux/system/authorization/RightsStore.h"
+#include "platform/Authorization.h"
 #include "protocol/Messages.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace helper {
 
-namespace {
-
-bool areDefinitions(const platform::Dictionary& rights)
-{
-    return std::ranges::all_of(rights, [](const auto& right) { return right.value.dictionary() != nullptr; });
-}
-
-} // namespace
-
 void installDefaultRights()
 {
-    // A damaged file is kept under another name.
-    (void)PropertyListFile(platform::RightsStore::path(), areDefinitions).open();
+    repairRightsDatabase();
     ZRKAuthorizationManager::Definitions missing;
     for (const char* right : {BRVRightModifySettings1, BRVRightModifySettings2, BRVRightUninstall}) {
         // An administrator's password, asked for: not "is-admin", which would let administrators pass unasked.
         if (!platform::Authorization::right(right))
-            missing.emplace_back(right, platform::Dictionary{{"rule", platform::Array{"authenticate-admin"}}});
+            missing.emplace_back(right, rightGrantedByRule("authenticate-admin"));
     }
     if (missing.empty())
         return;

@@ -1,7 +1,6 @@
 #include "helper/Maintenance.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/linux/installation/Installation.h"
 #include "messaging/ZRKError.h"
 #include "platform/RunningBackup.h"
 #include "protocol/ErrorCodes.h"
@@ -26,43 +25,29 @@ platform::Error error(BRVErrorCode code)
     return {BRVErrorDomain, code, {}, nullptr};
 }
 
-std::optional<PackageUpdates> packageOfInstallation()
+SharedCheck::Check checkOf(const std::shared_ptr<const ProductInstallation>& installation)
 {
-    const auto manifest = Installation().manifest();
-    return manifest && !manifest->package.empty() ? std::optional<PackageUpdates>(manifest->package) : std::nullopt;
-}
-
-SharedCheck::Check checkOf(const std::shared_ptr<const Updater>& updater, const std::optional<PackageUpdates>& package)
-{
-    if (package)
-        return [package = *package](const std::function<bool()>& isGivenUp) { return package.check(isGivenUp); };
-    return [updater](const std::function<bool()>& isGivenUp) -> SharedCheck::Outcome {
-        auto information = updater->check(isGivenUp);
-        if (!information)
-            return std::unexpected(std::move(information.error()));
-        return PropertyList(std::move(information->reply));
-    };
+    return [installation](const std::function<bool()>& isGivenUp) { return installation->check(isGivenUp); };
 }
 
 } // namespace
 
-std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, std::shared_ptr<Peers> peers,
-                                                 EndHandler endHandler)
+std::shared_ptr<Maintenance> Maintenance::create(const HelperOptions& options, const HelperParts& parts,
+                                                 std::shared_ptr<Peers> peers, EndHandler endHandler)
 {
-    return std::shared_ptr<Maintenance>(new Maintenance(options, std::move(peers), std::move(endHandler)));
+    return std::shared_ptr<Maintenance>(new Maintenance(options, parts, std::move(peers), std::move(endHandler)));
 }
 
-Maintenance::Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler)
-    : _updater(std::make_shared<Updater>(options)),
-      _package(packageOfInstallation()),
-      _check(SharedCheck::create(checkOf(_updater, _package), options.updates.keeping)),
-      _passwordRule(options.rulesFolder),
+Maintenance::Maintenance(const HelperOptions& options, const HelperParts& parts, std::shared_ptr<Peers> peers,
+                         EndHandler endHandler)
+    : _installation(parts.installation),
+      _check(SharedCheck::create(checkOf(_installation), options.updates.keeping)),
+      _passwordRule(parts.rules),
       _endHandler(std::move(endHandler)),
       _peers(std::move(peers)),
       _queue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.maintenance"))
 {
-    if (!_package)
-        _updater->recover();
+    _installation->recover();
 }
 
 std::function<bool()> Maintenance::isEnding() const
@@ -120,17 +105,12 @@ void Maintenance::endChecks()
     _check->close(error(BRVErrorUpdateRunning));
 }
 
-Result<void> Maintenance::install() const
-{
-    return _package ? _package->install(isEnding()) : _updater->install();
-}
-
 bool Maintenance::installUpdate(Completion completion)
 {
     if (!begin(Operation::Install, completion))
         return false;
     _queue->async([self = shared_from_this(), completion = std::move(completion)] {
-        if (auto installed = self->install(); !installed) {
+        if (auto installed = self->_installation->install(self->isEnding()); !installed) {
             self->finish(completion, std::unexpected(std::move(installed.error())));
             return;
         }
@@ -157,12 +137,12 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
 {
     if (!begin(Operation::Uninstall, completion))
         return;
-    if (_package && !_peers->othersConnected(sender)) {
-        _queue->async([self = shared_from_this(), completion] { self->removePackage(completion); });
+    if (_installation->isManagedElsewhere() && !_peers->othersConnected(sender)) {
+        _queue->async([self = shared_from_this(), completion] { self->remove(completion); });
         return;
     }
     // Whoever watches a new version asks it something, and is no program that needs it.
-    if (!Installation().waitForTrial(trialLimit)) {
+    if (!_installation->waitForTrial(trialLimit)) {
         finish(completion, std::unexpected(error(BRVErrorUpdateRunning)));
         return;
     }
@@ -170,19 +150,14 @@ void Maintenance::uninstall(const std::string& sender, const Completion& complet
         finish(completion, std::unexpected(error(BRVErrorPeersConnected)));
         return;
     }
-    ZRKLogMessage(LogLevelDefault, "Uninstalling.");
-    auto removed = Installation().remove(_passwordRule.rulesFile(), [this] { return _passwordRule.removeRules(); });
-    if (!removed)
-        finish(completion, std::unexpected(std::move(removed.error())));
-    else
-        end(completion, End::Stop);
+    remove(completion);
 }
 
-// Its scripts end this program, and take nothing of the settings away.
-void Maintenance::removePackage(const Completion& completion)
+void Maintenance::remove(const Completion& completion)
 {
-    ZRKLogMessage(LogLevelDefault, "The package is being removed.");
-    if (auto removed = _package->remove(isEnding()); !removed)
+    ZRKLogMessage(LogLevelDefault, "%@",
+                  {_installation->isManagedElsewhere() ? "The package is being removed." : "Uninstalling."});
+    if (auto removed = _installation->remove(_passwordRule, isEnding()); !removed)
         finish(completion, std::unexpected(std::move(removed.error())));
     else
         end(completion, End::Stop);

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "helper/HelperOptions.h"
-#include "helper/linux/update/PackageUpdates.h"
-#include "helper/linux/update/Updater.h"
+#include "helper/HelperParts.h"
 #include "helper/PasswordRule.h"
 #include "helper/Peers.h"
 #include "helper/update/SharedCheck.h"
@@ -11,7 +9,6 @@
 #include <atomic>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace helper {
@@ -29,8 +26,8 @@ public:
     using EndHandler = std::function<void(End)>;
 
     // Finishes what was interrupted. The handler is called after the reply, and nothing is served from then on.
-    static std::shared_ptr<Maintenance> create(const HelperOptions& options, std::shared_ptr<Peers> peers,
-                                               EndHandler endHandler);
+    static std::shared_ptr<Maintenance> create(const HelperOptions& options, const HelperParts& parts,
+                                               std::shared_ptr<Peers> peers, EndHandler endHandler);
 
     // A backup is under way, if only about to begin. Whoever sets it asks isAtWork() afterwards, and whoever begins to
     // work looks at it afterwards, so that of the two at most one goes on.
@@ -58,7 +55,7 @@ public:
     PasswordRule& passwordRule() { return _passwordRule; }
     // The program is to end: no check is under way or begun from now on.
     void endChecks();
-    // Nor is the package manager waited for, which ends this program for the next version.
+    // Nor is another program waited for, which ends this one for the next version.
     void stopWaiting() { *_isEnding = true; }
     const std::shared_ptr<platform::Queue>& queue() const { return _queue; }
     const std::shared_ptr<platform::Queue>& checkQueue() const { return _check->queue(); }
@@ -66,18 +63,17 @@ public:
 private:
     enum class Operation { None, Install, Uninstall };
 
-    Maintenance(const HelperOptions& options, std::shared_ptr<Peers> peers, EndHandler endHandler);
+    Maintenance(const HelperOptions& options, const HelperParts& parts, std::shared_ptr<Peers> peers,
+                EndHandler endHandler);
     bool begin(Operation operation, const Completion& completion);
     void tellChange() const;
     void finish(const Completion& completion, platform::Result<platform::PropertyList> result);
     void end(const Completion& completion, End how);
 
     std::function<bool()> isEnding() const;
-    platform::Result<void> install() const;
-    void removePackage(const Completion& completion);
+    void remove(const Completion& completion);
 
-    const std::shared_ptr<Updater> _updater;
-    const std::optional<PackageUpdates> _package; // of the package manager that owns the installation
+    const std::shared_ptr<ProductInstallation> _installation;
     const std::shared_ptr<std::atomic<bool>> _isEnding = std::make_shared<std::atomic<bool>>(false);
     const std::shared_ptr<SharedCheck> _check;
     PasswordRule _passwordRule;

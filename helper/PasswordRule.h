@@ -1,17 +1,19 @@
 #pragma once
 
-#include "platform/Error.h"
+#include "helper/AuthorityRules.h"
 
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace helper {
 
 // Whether administrators must give their password to change settings: the rule of the right "…settings.modify-1", and
-// beside it, where a real authority reads rules, a rules file that says the same.
+// beside it, where the authority reads rules of its own, one that says the same.
 class PasswordRule {
 public:
-    // The folder of the authority's rules; empty when there is none.
-    explicit PasswordRule(std::string rulesFolder) : _rulesFolder(std::move(rulesFolder)) { }
+    // Null when the authority goes by the stored rule alone.
+    explicit PasswordRule(std::shared_ptr<AuthorityRules> rules) : _rules(std::move(rules)) { }
 
     // The new rule is on disk when this returns success. One call at a time.
     platform::Result<void> setAllowsWithoutPassword(bool allowed) const;
@@ -26,13 +28,10 @@ public:
     // Removes the rules file. An errno value's error when it is there and stays.
     platform::Result<void> removeRules() const;
     // Empty when there is none, ever.
-    std::string rulesFile() const { return _rulesFolder.empty() ? std::string() : rulesPath(); }
+    std::string rulesFile() const { return _rules ? _rules->path() : std::string(); }
 
 private:
-    std::string rulesPath() const;
-    platform::Result<void> writeRules() const;
-
-    std::string _rulesFolder;
+    std::shared_ptr<AuthorityRules> _rules;
 };
 
 } // namespace helper

@@ -1,7 +1,6 @@
 #include "helper/SchedulerHelper.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/linux/snapshots/SnapshotListing.h"
 #include "helper/ReplyBuilder.h"
 #include "helper/SettingsValidator.h"
 #include "messaging/ZRKAuthorizationManager.h"
@@ -74,31 +73,32 @@ const ServiceDictionary& busy()
 
 } // namespace
 
-std::shared_ptr<SchedulerHelper> SchedulerHelper::create(const HelperOptions& options, Listener& listener,
-                                                         Maintenance::EndHandler endHandler)
+std::shared_ptr<SchedulerHelper> SchedulerHelper::create(const HelperOptions& options, const HelperParts& parts,
+                                                         Listener& listener, Maintenance::EndHandler endHandler)
 {
-    return std::shared_ptr<SchedulerHelper>(new SchedulerHelper(options, listener, std::move(endHandler)));
+    return std::shared_ptr<SchedulerHelper>(new SchedulerHelper(options, parts, listener, std::move(endHandler)));
 }
 
-SchedulerHelper::SchedulerHelper(const HelperOptions& options, Listener& listener, Maintenance::EndHandler endHandler)
+SchedulerHelper::SchedulerHelper(const HelperOptions& options, const HelperParts& parts, Listener& listener,
+                                 Maintenance::EndHandler endHandler)
     : _listener(listener),
       _turns(Turns::create([&listener](auto task) { listener.async(std::move(task)); })),
       _settings(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.scheduler.plist")),
       _autoUpdates(platform::systemPath("/Library/Preferences/com.zerkolin.brevane.updates.plist")),
-      _maintenance(Maintenance::create(options, _peers, std::move(endHandler))),
+      _maintenance(Maintenance::create(options, parts, _peers, std::move(endHandler))),
       _readingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.reading")),
       _changingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.changing")),
       _listingQueue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.listing")),
-      _program(std::make_shared<ProgramChoice>(
-          platform::systemPath("/Library/Preferences/com.zerkolin.brevane.program.plist"),
-          ProgramCatalog::installedFolder())),
+      _program(parts.programs),
+      _localSnapshots(parts.snapshots),
       _enforcer({.statePath = platform::systemPath("/var/db/brevane/state.plist"),
                  .record = *_settings.settings(),
                  .program = _program,
                  .isMaintenanceAtWork = [maintenance = _maintenance] { return maintenance->isAtWork(); },
                  .isUnderWay = _maintenance->backupIsUnderWay()}),
-      _snapshots(platform::systemPath("/var/db/brevane/snapshots.plist"),
-                 [program = _program] { return program->folders(); }),
+      _snapshots(
+          platform::systemPath("/var/db/brevane/snapshots.plist"), [program = _program] { return program->folders(); },
+          _localSnapshots),
       _takesUpdates(options.updates.key.has_value()),
       _automaticUpdates(options.updates.interval,
                         [maintenance = _maintenance] { return maintenance->installUpdateUnasked(); })
@@ -185,8 +185,9 @@ void SchedulerHelper::serveSnapshots()
                const auto* const volume = payload ? payload->stringForKey(SnapshotListKey::Volume) : nullptr;
                if (!volume)
                    return completion(std::unexpected(RequestReader::deserializeError(call.message)));
-               _listingQueue->async(
-                   [volume = *volume, turn = call.turn, completion] { completion(listLocalSnapshots(volume)); });
+               _listingQueue->async([snapshots = _localSnapshots, volume = *volume, turn = call.turn, completion] {
+                   completion(snapshots->list(volume));
+               });
            }});
 }
 

@@ -32,8 +32,8 @@ public:
 
     // Reads the stored settings of this edition. The end handler is called, on any thread, when the program is to end.
     // The listener must live as long as the helper serves; its handlers call the three below.
-    static std::shared_ptr<SchedulerHelper> create(const HelperOptions& options, Listener& listener,
-                                                   Maintenance::EndHandler endHandler);
+    static std::shared_ptr<SchedulerHelper> create(const HelperOptions& options, const HelperParts& parts,
+                                                   Listener& listener, Maintenance::EndHandler endHandler);
 
     void handle(Listener::Request request, Listener::Reply reply);
     void identify(const platform::ServicePeer& peer);
@@ -56,7 +56,8 @@ private:
         bool needsRight = false;
     };
 
-    SchedulerHelper(const HelperOptions& options, Listener& listener, Maintenance::EndHandler endHandler);
+    SchedulerHelper(const HelperOptions& options, const HelperParts& parts, Listener& listener,
+                    Maintenance::EndHandler endHandler);
     void serveEverything();
     void serveEnforcement();
     void serveSnapshots();
@@ -87,7 +88,8 @@ private:
     std::shared_ptr<platform::Queue> _readingQueue;
     std::shared_ptr<platform::Queue> _changingQueue;
     std::shared_ptr<platform::Queue> _listingQueue; // of snapshots
-    std::shared_ptr<ProgramChoice> _program;
+    const std::shared_ptr<BackupPrograms> _program;
+    const std::shared_ptr<LocalSnapshots> _localSnapshots;
     Enforcer _enforcer;
     SnapshotKeeper _snapshots;
     const bool _takesUpdates;           // there is a key that they could be signed with

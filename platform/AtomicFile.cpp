@@ -1,6 +1,7 @@
 #include "platform/AtomicFile.h"
 
 #include "platform/FileDescriptor.h"
+#include "platform/FileSync.h"
 #include "platform/Folder.h"
 
 #include <algorithm>
@@ -57,12 +58,12 @@ std::expected<void, int> replaceFile(const std::string& path, std::span<const st
 {
     auto folder = folderOf(path);
     auto temporary = folder + "/" + temporaryPrefix(path) + std::string(suffixPattern);
-    FileDescriptor descriptor(::mkostemp(temporary.data(), O_CLOEXEC));
+    FileDescriptor descriptor(makeTemporary(temporary.data()));
     if (!descriptor)
         return lastFailure();
 
     bool written = writeAll(descriptor.get(), bytes) && ::fchmod(descriptor.get(), mode) == 0
-        && ::fsync(descriptor.get()) == 0 && ::rename(temporary.c_str(), path.c_str()) == 0;
+        && makePermanent(descriptor.get()) && ::rename(temporary.c_str(), path.c_str()) == 0;
     if (!written) {
         auto failure = lastFailure();
         ::unlink(temporary.c_str());
@@ -90,8 +91,13 @@ std::expected<Data, int> readFile(const std::string& path, std::size_t limit)
 {
     // Not blocking, so that a pipe put in the file's place cannot hold the reader up.
     FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    return descriptor ? readFile(descriptor.get(), limit) : lastFailure();
+}
+
+std::expected<Data, int> readFile(int file, std::size_t limit)
+{
     struct stat status{};
-    if (!descriptor || ::fstat(descriptor.get(), &status) != 0)
+    if (::fstat(file, &status) != 0)
         return lastFailure();
     if (!S_ISREG(status.st_mode))
         return std::unexpected(EINVAL);
@@ -100,7 +106,7 @@ std::expected<Data, int> readFile(const std::string& path, std::size_t limit)
     Data bytes(std::min(static_cast<std::size_t>(status.st_size), limit) + 1);
     std::size_t length = 0;
     for (;;) {
-        auto count = ::read(descriptor.get(), bytes.data() + length, bytes.size() - length);
+        auto count = ::read(file, bytes.data() + length, bytes.size() - length);
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)

@@ -24,5 +24,7 @@ void removeInterruptedReplacements(const std::string& path);
 
 // The whole of a regular file. EFBIG when it holds more than `limit` bytes, EINVAL when it is not a regular file.
 std::expected<Data, int> readFile(const std::string& path, std::size_t limit = std::size_t(16) << 20);
+// The same from an open file's present position to its end.
+std::expected<Data, int> readFile(int file, std::size_t limit);
 
 } // namespace platform

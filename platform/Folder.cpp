@@ -1,6 +1,7 @@
 #include "platform/Folder.h"
 
 #include "platform/FileDescriptor.h"
+#include "platform/FileSync.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -57,7 +58,7 @@ std::expected<void, int> removeFolder(const std::string& path)
 std::expected<void, int> syncFolder(const std::string& path)
 {
     const FileDescriptor descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor || ::fsync(descriptor.get()) != 0)
+    if (!descriptor || !makePermanent(descriptor.get()))
         return std::unexpected(errno);
     return {};
 }

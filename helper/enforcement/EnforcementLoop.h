@@ -1,10 +1,10 @@
 #pragma once
 
+#include "helper/enforcement/BackupPrograms.h"
 #include "helper/enforcement/Clocks.h"
 #include "helper/enforcement/EnforcementState.h"
 #include "helper/enforcement/MachineConditions.h"
 #include "helper/enforcement/StatusNotifier.h"
-#include "helper/linux/programs/ProgramChoice.h"
 #include "platform/BackupRunner.h"
 #include "platform/Clock.h"
 #include "platform/SleepInhibitor.h"
@@ -21,7 +21,7 @@ namespace helper {
 struct EnforcementParts {
     std::string statePath;
     ScheduleSettings record; // stored
-    std::shared_ptr<ProgramChoice> program;
+    std::shared_ptr<BackupPrograms> program;
     // Whether an update or the uninstallation is at work. It refuses to begin while isUnderWay is true, which is set
     // before this is asked: of the two at most one goes on.
     std::function<bool()> isMaintenanceAtWork;

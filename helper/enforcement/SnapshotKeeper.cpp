@@ -1,11 +1,8 @@
 #include "helper/enforcement/SnapshotKeeper.h"
 
 #include "diagnostics/log/ZRKLog.h"
-#include "helper/linux/snapshots/LocalSnapshot.h"
-#include "helper/linux/snapshots/SnapshotUnit.h"
 #include "messaging/ZRKError.h"
 #include "platform/Folder.h"
-#include "platform/linux/system/btrfs/SnapshotCreation.h"
 #include "platform/Queue.h"
 
 #include <algorithm>
@@ -31,9 +28,11 @@ bool isAcceptable(const Dictionary& content)
 
 // On the queue.
 struct SnapshotKeeper::Work {
-    Work(const std::string& path, std::function<std::vector<std::string>()> protectedFolders)
+    Work(const std::string& path, std::function<std::vector<std::string>()> protectedFolders,
+         std::shared_ptr<LocalSnapshots> system)
         : file(path, isAcceptable),
-          folders(std::move(protectedFolders))
+          folders(std::move(protectedFolders)),
+          snapshots(std::move(system))
     {
         (void)platform::createFolder(path.substr(0, path.rfind('/')));
         const auto content = file.open();
@@ -50,7 +49,8 @@ struct SnapshotKeeper::Work {
             snapshot.at = std::min<scheduling::Instant>(snapshot.at, now);
         for (auto& attempt : tried)
             attempt.at = std::min<scheduling::Instant>(attempt.at, now);
-        const auto plan = SnapshotPlan::at(now, isEnabled ? volumes() : std::vector<std::string>(), made, tried);
+        const auto plan = SnapshotPlan::at(
+            now, isEnabled ? snapshots->volumesOf(folders()) : std::vector<std::string>(), made, tried);
         for (const auto& volume : plan.make)
             make(volume, now);
         for (const auto& snapshot : plan.remove)
@@ -60,39 +60,26 @@ struct SnapshotKeeper::Work {
         timer->set(plan.next ? std::optional(std::chrono::seconds(*plan.next)) : std::nullopt);
     }
 
-    // Those with the folders on them; each once.
-    std::vector<std::string> volumes() const
-    {
-        std::vector<std::string> found;
-        for (const auto& folder : folders()) {
-            const auto volume = platform::btrfsVolumeOf(folder);
-            if (volume && std::ranges::find(found, *volume) == found.end())
-                found.push_back(*volume);
-        }
-        return found;
-    }
-
     void make(const std::string& volume, scheduling::Instant now)
     {
         std::erase_if(tried, [&](const auto& attempt) { return attempt.volume == volume; });
         tried.push_back({volume, now});
-        const auto path = makeSnapshotApart(volume);
-        const auto identifier = path ? platform::identifierOfBtrfsSnapshot(*path) : std::nullopt;
-        if (!path) {
-            ZRKLogMessage(LogLevelError, "No local snapshot of '%@' was made: %@.", {volume, path.error()});
+        const auto snapshot = snapshots->make(volume);
+        if (!snapshot) {
+            ZRKLogMessage(LogLevelError, "No local snapshot of '%@' was made: %@.", {volume, snapshot.error()});
             return;
         }
-        ZRKLogMessage(LogLevelDefault, "Made the local snapshot '%@'.", {*path});
-        if (identifier)
-            made.push_back({volume, *path, *identifier, now});
+        ZRKLogMessage(LogLevelDefault, "Made the local snapshot '%@'.", {snapshot->path});
+        if (snapshot->identifier)
+            made.push_back({volume, snapshot->path, *snapshot->identifier, now});
     }
 
     // One that is not there any more is forgotten, and so is one in whose place something else is.
     void remove(const MadeSnapshot& snapshot)
     {
-        const bool isOurs = platform::identifierOfBtrfsSnapshot(snapshot.path) == snapshot.identifier;
+        const bool isOurs = snapshots->identifierOf(snapshot.path) == snapshot.identifier;
         if (isOurs) {
-            if (const auto removed = removeSnapshotApart(snapshot.path); !removed) {
+            if (const auto removed = snapshots->remove(snapshot.path); !removed) {
                 ZRKLogMessage(LogLevelError, "The old local snapshot '%@' could not be removed: %@.",
                               {snapshot.path, removed.error()});
             } else {
@@ -114,6 +101,7 @@ struct SnapshotKeeper::Work {
 
     PropertyListFile file;
     const std::function<std::vector<std::string>()> folders;
+    const std::shared_ptr<LocalSnapshots> snapshots;
     std::vector<MadeSnapshot> made;
     std::vector<SnapshotPlan::Attempt> tried;
     std::unique_ptr<ClockTimer> timer;
@@ -121,9 +109,10 @@ struct SnapshotKeeper::Work {
     bool isEnabled = false;
 };
 
-SnapshotKeeper::SnapshotKeeper(std::string path, std::function<std::vector<std::string>()> folders)
+SnapshotKeeper::SnapshotKeeper(const std::string& path, std::function<std::vector<std::string>()> folders,
+                               std::shared_ptr<LocalSnapshots> snapshots)
     : _queue(platform::Queue::createSerial("com.zerkolin.brevane.scheduler.snapshots")),
-      _work(std::make_shared<Work>(path, std::move(folders)))
+      _work(std::make_shared<Work>(path, std::move(folders), std::move(snapshots)))
 {
     const auto look = [work = std::weak_ptr(_work)] {
         if (const auto ours = work.lock(); ours && ours->timer)

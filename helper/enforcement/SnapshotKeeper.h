@@ -2,6 +2,7 @@
 
 #include "helper/enforcement/SnapshotPlan.h"
 #include "helper/PropertyListFile.h"
+#include "helper/snapshots/LocalSnapshots.h"
 #include "platform/Clock.h"
 
 #include <atomic>
@@ -19,7 +20,8 @@ class SnapshotKeeper {
 public:
     // The list of what was made is kept in the file. The folders to be protected are asked for at each look: their
     // volumes are the chosen ones.
-    SnapshotKeeper(std::string path, std::function<std::vector<std::string>()> folders);
+    SnapshotKeeper(const std::string& path, std::function<std::vector<std::string>()> folders,
+                   std::shared_ptr<LocalSnapshots> snapshots);
     ~SnapshotKeeper();
     SnapshotKeeper(const SnapshotKeeper&) = delete;
     SnapshotKeeper& operator=(const SnapshotKeeper&) = delete;

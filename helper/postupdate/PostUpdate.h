@@ -1,11 +1,6 @@
 #pragma once
 
-#include "helper/update/VersionNumber.h"
-#include "platform/FileDescriptor.h"
-
-#include <chrono>
-#include <optional>
-#include <string>
+#include "helper/postupdate/ProductWatch.h"
 
 namespace helper {
 
@@ -19,26 +14,19 @@ public:
         NotStarted,
     };
 
-    // Known from the process's parent, when that is the application.
-    PostUpdate();
+    explicit PostUpdate(std::unique_ptr<ProductWatch> watch);
 
     Outcome run();
 
 private:
-    using Clock = std::chrono::steady_clock;
+    using Clock = ProductWatch::Clock;
 
-    std::optional<VersionNumber> installedVersion() const;
     bool isReplaced() const;
-    bool isOnTrial() const;
     bool waitForNewVersion();
     bool waitForHelper() const;
-    void endOldApplication() const;
-    // Waits until the installation changes, the old application ends or the time is over. False when it has ended.
-    bool waitForChange(Clock::time_point end);
 
+    const std::unique_ptr<ProductWatch> _watch;
     const std::optional<VersionNumber> _oldVersion;
-    platform::FileDescriptor _oldApplication; // none when somebody else started this program
-    platform::FileDescriptor _changes;
 };
 
 } // namespace helper

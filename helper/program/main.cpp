@@ -1,10 +1,9 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/DefaultRights.h"
 #include "helper/HelperOptions.h"
-#include "helper/linux/snapshots/SnapshotCommand.h"
-#include "helper/linux/update/SelfCheck.h"
-#include "helper/linux/update/UpdateWatch.h"
+#include "helper/HelperParts.h"
 #include "helper/PasswordRule.h"
+#include "helper/program/SystemProcess.h"
 #include "helper/SchedulerHelper.h"
 #include "helper/simulation/SimulationCommand.h"
 #include "messaging/ZRKError.h"
@@ -19,7 +18,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <malloc.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <sysexits.h>
@@ -32,31 +30,11 @@ namespace {
 // How long requests that arrived before the end may take.
 constexpr std::chrono::seconds drainLimit{2};
 
-// The C library raises the size from which memory is given back to the system with every big block that it sees; one
-// big message would make the next ones stay.
-void giveMemoryBack()
-{
-    ::mallopt(M_MMAP_THRESHOLD, 128 * 1024);
-    ::mallopt(M_TRIM_THRESHOLD, 1024 * 1024);
-    ::mallopt(M_ARENA_MAX, 2);
-}
-
 int fail(std::string_view text)
 {
     ZRKLogMessage(LogLevelError, "%@", {text});
     std::fprintf(stderr, "com.zerkolin.brevane.scheduler: %.*s\n", static_cast<int>(text.size()), text.data());
     return EX_UNAVAILABLE;
-}
-
-// The new version goes on as this process, with the same arguments. Returns when it cannot; then the watch puts this
-// one back.
-int startNextVersion(char** arguments)
-{
-    auto program = platform::systemPath("/Library/Brevane/com.zerkolin.brevane.scheduler");
-    ZRKLogMessage(LogLevelInfo, "The new version takes over.");
-    ::execv(program.c_str(), arguments);
-    fail("The new version cannot be started.");
-    return EX_TEMPFAIL;
 }
 
 int serve(const HelperOptions& options, char** arguments)
@@ -75,12 +53,15 @@ int serve(const HelperOptions& options, char** arguments)
 
     if (auto folder = platform::systemPath("/Library/Preferences"); !platform::createFolder(folder))
         ZRKLogMessage(LogLevelError, "Could not create the folder '%@'.", {folder});
+    const auto parts = HelperParts::ofSystem(options);
     installDefaultRights();
-    if (auto agreed = PasswordRule(options.rulesFolder).takeStricter(); !agreed)
+    if (auto agreed = PasswordRule(parts.rules).takeStricter(); !agreed)
         ZRKError::log(agreed.error());
     std::atomic<bool> isReplaced = false;
-    helper = SchedulerHelper::create(options, **listener, [&isReplaced, &listener](Maintenance::End how) {
+    std::atomic<bool> isRemoved = false;
+    helper = SchedulerHelper::create(options, parts, **listener, [&](Maintenance::End how) {
         isReplaced = how == Maintenance::End::Restart;
+        isRemoved = how == Maintenance::End::Stop;
         (*listener)->stop();
     });
     ZRKLogMessage(LogLevelInfo, "Running version %@.", {platform::bundleVersion()});
@@ -88,12 +69,14 @@ int serve(const HelperOptions& options, char** arguments)
     bool stopped = (*listener)->run();
     bool drained = helper->drain(drainLimit);
     (*listener)->flush();
-    int status = stopped ? EXIT_SUCCESS : fail("The system bus is gone, or another program has taken the name.");
+    int status = stopped ? EXIT_SUCCESS : fail(lossOfService);
     if (isReplaced && !(*listener)->wasTerminated()) {
         listener->reset(); // the name is free for the next version
         status = startNextVersion(arguments);
     }
     ZRKLogMessage(LogLevelInfo, "Stopped.");
+    if (isRemoved)
+        leaveService();
     // What is still at work, waiting for an authority that does not answer, must not keep the process.
     if (!drained)
         ::_exit(status);
@@ -108,23 +91,19 @@ int main(int count, char** arguments)
         std::fputs(HelperOptions::usage, stdout);
         return EXIT_SUCCESS;
     }
-    if (auto status = runSnapshotCommand(count, arguments))
-        return *status;
     if (auto status = runSimulationCommand(count, arguments))
         return *status;
-    if (auto status = runSelfCheckCommand(count, arguments))
+    if (auto status = runSystemCommand(count, arguments))
         return *status;
     ::umask(022);
     (void)platform::blockSignals({SIGTERM, SIGINT}); // be it for the next version's loop
-    if (auto status = runUpdateWatchCommand(count, arguments))
-        return *status;
     auto options = HelperOptions::inArguments(count, arguments);
     if (!options) {
         const bool isUnderstood = !options.error().empty();
         std::fprintf(stderr, "%s\n", isUnderstood ? options.error().c_str() : HelperOptions::usage);
         return isUnderstood ? EX_CONFIG : EX_USAGE;
     }
-    giveMemoryBack();
+    prepareProcess();
     platform::setSystemRoot(options->root);
     ZRKLogInit("com.zerkolin.brevane", "scheduler");
     return serve(*options, arguments);

@@ -50,7 +50,7 @@ std::expected<platform::Data, int> readTrustworthyFile(const std::string& path)
     const platform::FileDescriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file || !isTrustworthy(file.get()))
         return std::unexpected(EACCES);
-    return platform::readFile("/proc/self/fd/" + std::to_string(file.get()), maximumFileSize);
+    return platform::readFile(file.get(), maximumFileSize);
 }
 
 } // namespace

@@ -1,14 +1,13 @@
 #include "helper/update/UpdateFeed.h"
 
+#include "helper/update/Cryptography.h"
 #include "helper/update/Download.h"
+#include "helper/update/MachineIdentity.h"
 #include "messaging/ZRKError.h"
-#include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
 
-#include <array>
-#include <openssl/sha.h>
 #include <utility>
 
 namespace helper {
@@ -76,10 +75,9 @@ platform::Result<UpdateInformation> UpdateFeed::informationInFeed(const platform
 int UpdateFeed::placeOfMachine(const std::string& version)
 {
     // The machine's identity leaves the machine in no form, and each version has another order.
-    auto identity = platform::readFile("/etc/machine-id", 4096).value_or(platform::Data());
+    auto identity = machineIdentity();
     identity.insert(identity.end(), version.begin(), version.end());
-    std::array<unsigned char, SHA256_DIGEST_LENGTH> digest{};
-    SHA256(identity.data(), identity.size(), digest.data());
+    const auto digest = sha256(identity);
     return (digest[0] << 8 | digest[1]) % 100;
 }
 

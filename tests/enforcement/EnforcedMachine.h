@@ -1,6 +1,7 @@
 #pragma once
 
 #include "helper/enforcement/EnforcementLoop.h"
+#include "helper/linux/programs/ProgramChoice.h"
 #include "platform/Queue.h"
 #include "tests/support/TemporaryDirectory.h"
 

@@ -1,4 +1,5 @@
 #include "helper/DefaultRights.h"
+#include "helper/linux/PolkitRules.h"
 #include "helper/PasswordRule.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/AtomicFile.h"
@@ -10,6 +11,7 @@
 #include "tests/support/TemporaryDirectory.h"
 
 #include <doctest/doctest.h>
+#include <memory>
 #include <unistd.h>
 
 using platform::Array;
@@ -23,7 +25,7 @@ struct Machine {
     std::string rules = root.write("rules.d/10-other.rules", "").substr(0, root.path().size() + 8);
     std::string file = rules + "/49-com.zerkolin.brevane.rules";
     std::string store = root.file("Library/Preferences/com.zerkolin.brevane.rights.plist");
-    helper::PasswordRule rule{rules};
+    helper::PasswordRule rule{std::make_shared<helper::PolkitRules>(rules)};
 
     Machine() { REQUIRE(platform::createFolder(root.file("Library/Preferences"))); }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "helper/enforcement/BackupPrograms.h"
 #include "helper/linux/programs/ProgramCatalog.h"
 #include "helper/linux/programs/ProgramStore.h"
-#include "platform/BackupRunner.h"
 
 #include <expected>
 #include <memory>
@@ -13,26 +13,20 @@
 
 namespace helper {
 
-// The backup program that is chosen, of those that can be. Any thread, but one change at a time.
-class ProgramChoice {
+// The backup program that is chosen, of those that are described in a folder.
+class ProgramChoice final : public BackupPrograms {
 public:
     ProgramChoice(const std::string& path, std::string catalogFolder);
 
-    // The messages that ask for it and that change it. Both look anew what can be chosen.
-    platform::Dictionary reply();
-    platform::Result<void> choose(const platform::Dictionary& choice, bool isWithoutPassword);
-
-    // Whether one is chosen and is there.
-    bool isReady() const;
-    std::string identifier() const;
-    std::string name() const; // as a person reads it; empty when none is chosen
-    bool preventsSleep() const;
-    std::vector<std::string> folders() const; // that are backed up, as far as it has to be told
-
-    // Otherwise a sentence that says what is missing.
-    std::expected<platform::BackupJob, std::string> job(const std::string& identifier) const;
-    // Whether a status is a success of the program of that identifier.
-    bool isSuccess(const std::string& program, std::optional<int> status) const;
+    platform::Dictionary reply() override;
+    platform::Result<void> choose(const platform::Dictionary& choice, bool isWithoutPassword) override;
+    bool isReady() const override;
+    std::string identifier() const override;
+    std::string name() const override;
+    bool preventsSleep() const override;
+    std::vector<std::string> folders() const override;
+    std::expected<platform::BackupJob, std::string> job(const std::string& identifier) const override;
+    bool isSuccess(const std::string& program, std::optional<int> status) const override;
 
 private:
     std::shared_ptr<const ProgramCatalog> readCatalog();

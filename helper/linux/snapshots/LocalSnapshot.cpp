@@ -1,6 +1,5 @@
 #include "helper/linux/snapshots/LocalSnapshot.h"
 
-#include "platform/DistributedNotifications.h"
 #include "platform/linux/system/btrfs/SnapshotCreation.h"
 
 #include <cerrno>
@@ -11,7 +10,6 @@ namespace helper {
 
 namespace {
 
-constexpr const char* snapshotNotification = "com.zerkolin.brevane.snapshot";
 constexpr int snapshotsInOneSecond = 100;
 
 // In UTC, so that no clock change makes two snapshots of one name.
@@ -35,11 +33,6 @@ std::expected<std::string, int> makeLocalSnapshot(const std::string& volume)
     if (made)
         tellOfSnapshots();
     return made;
-}
-
-bool tellOfSnapshots()
-{
-    return platform::postDistributedNotification(snapshotNotification);
 }
 
 std::string textOfSnapshotFailure(int code)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "helper/snapshots/LocalSnapshots.h"
+
 #include <expected>
 #include <string>
 
@@ -8,9 +10,6 @@ namespace helper {
 // Makes a read-only snapshot of the btrfs volume, named after the present time in UTC, and tells the other programs of
 // the product. Its path, or an errno value.
 std::expected<std::string, int> makeLocalSnapshot(const std::string& volume);
-
-// The snapshots of some volume are others now. False when nobody could be told.
-bool tellOfSnapshots();
 
 // Why one could not be made or removed.
 std::string textOfSnapshotFailure(int code);

@@ -68,7 +68,7 @@ std::string commandOfUpdate(const std::string& package)
 
 } // namespace
 
-Result<PropertyList> PackageUpdates::check(const Download::GivenUp& isGivenUp) const
+Result<PropertyList> PackageUpdates::check(const GivenUp& isGivenUp) const
 {
     const auto version = PackageManager::newerVersion(_package, isGivenUp);
     if (!version)
@@ -78,7 +78,7 @@ Result<PropertyList> PackageUpdates::check(const Download::GivenUp& isGivenUp) c
     return PropertyList(Dictionary{{PayloadKey::Version, **version}, {PayloadKey::HumanVersion, **version}});
 }
 
-Result<void> PackageUpdates::install(const Download::GivenUp& isGivenUp) const
+Result<void> PackageUpdates::install(const GivenUp& isGivenUp)
 {
     const auto done = PackageManager::update(_package, isGivenUp);
     if (done && !*done)
@@ -88,7 +88,7 @@ Result<void> PackageUpdates::install(const Download::GivenUp& isGivenUp) const
     return updaterError(done.error(), ZRKUpdaterErrorInstall, commandOfUpdate(_package));
 }
 
-Result<void> PackageUpdates::remove(const Download::GivenUp& isGivenUp) const
+Result<void> PackageUpdates::remove(const PasswordRule&, const GivenUp& isGivenUp)
 {
     const auto done = PackageManager::remove(_package, isGivenUp);
     if (done || done.error().kind == Kind::GivenUp)

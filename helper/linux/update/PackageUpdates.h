@@ -1,25 +1,26 @@
 #pragma once
 
-#include "helper/update/Download.h"
-#include "platform/Error.h"
-#include "platform/PropertyList.h"
+#include "helper/ProductInstallation.h"
 
 #include <string>
+#include <utility>
 
 namespace helper {
 
-// Updates and removal where a package manager owns the installation: this program replaces no file then, and asks the
-// system's own service to do it. One that is not there makes an error that names the command.
-class PackageUpdates {
+// Where a package manager owns the installation: this program replaces and removes no file then, and asks the system's
+// own service to do it. One that is not there makes an error that names the command.
+class PackageUpdates final : public ProductInstallation {
 public:
     explicit PackageUpdates(std::string package) : _package(std::move(package)) { }
 
-    // {Version, HumanVersion} of a newer package. Errors of the updater's domain; 0 when there is none.
-    platform::Result<platform::PropertyList> check(const Download::GivenUp& isGivenUp) const;
-
-    // Giving up the wait, as when the package manager ends this program for the next version, is a success of these.
-    platform::Result<void> install(const Download::GivenUp& isGivenUp) const;
-    platform::Result<void> remove(const Download::GivenUp& isGivenUp) const;
+    void recover() override { }
+    platform::Result<platform::PropertyList> check(const GivenUp& isGivenUp) const override;
+    // Giving up the wait, as when the package manager ends this program for the next version, is a success.
+    platform::Result<void> install(const GivenUp& isGivenUp) override;
+    bool isManagedElsewhere() const override { return true; }
+    bool waitForTrial(std::chrono::milliseconds) const override { return true; }
+    // The same. The package's scripts end this program, and take nothing of the settings away.
+    platform::Result<void> remove(const PasswordRule& rule, const GivenUp& isGivenUp) override;
 
 private:
     std::string _package;

@@ -22,6 +22,7 @@
 #include <spawn.h>
 #include <string_view>
 #include <sys/signalfd.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <sysexits.h>
 #include <thread>
@@ -46,7 +47,6 @@ constexpr std::chrono::milliseconds askAgain{20};
 constexpr std::chrono::milliseconds answerLimit{1000};
 constexpr std::chrono::seconds endLimit{5};
 
-// Its own signals are blocked already, as the helper's are.
 FileDescriptor terminationSignals()
 {
     const sigset_t signals = platform::blockSignals({SIGTERM, SIGINT});
@@ -252,6 +252,8 @@ std::optional<int> runUpdateWatchCommand(int count, char** arguments)
     const std::string_view command = count > 1 ? arguments[1] : "";
     if (command != watchArgument && command != takeBackArgument)
         return std::nullopt;
+    ::umask(022);
+    (void)platform::blockSignals({SIGTERM, SIGINT}); // they are for the watch's own waiting
     auto options = HelperOptions::inArguments(count - 1, arguments + 1);
     if (!options)
         return EX_USAGE;

@@ -5,7 +5,9 @@
 #include "helper/linux/update/SelfCheck.h"
 #include "helper/SystemError.h"
 #include "helper/update/Download.h"
+#include "helper/update/FeedCheck.h"
 #include "helper/update/PackageSignature.h"
+#include "helper/update/UpdaterErrors.h"
 #include "messaging/ZRKError.h"
 #include "platform/FileDescriptor.h"
 #include "platform/SystemInformation.h"
@@ -22,44 +24,13 @@
 
 namespace helper {
 
-using platform::Error;
 using platform::FileDescriptor;
 using platform::Result;
 
 namespace {
 
-constexpr std::int64_t tooManyRequests = 429;
 constexpr std::chrono::seconds selfCheckLimit{10};
 constexpr const char* packageName = "/Brevane.pkg"; // below the staging folder
-
-std::unexpected<Error> updaterError(std::int64_t code)
-{
-    return std::unexpected(ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, code));
-}
-
-std::unexpected<Error> updaterError(std::int64_t code, Error reason)
-{
-    return std::unexpected(ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, code, {}, std::move(reason)));
-}
-
-// The error of a download that serves the purpose of `code`.
-std::unexpected<Error> downloadError(std::int64_t code, Download::Failure failure)
-{
-    switch (failure.fault) {
-    case Download::Fault::Status:
-        if (failure.status == tooManyRequests)
-            return updaterError(ZRKUpdaterErrorTooManyRequests);
-        return std::unexpected(
-            ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, code, {{"status-code", failure.status}}));
-    case Download::Fault::Untrusted:
-        return updaterError(ZRKUpdaterErrorUntrustedServer, std::move(failure.reason));
-    case Download::Fault::TooLarge:
-        return updaterError(code == ZRKUpdaterErrorFetchInfo ? ZRKUpdaterErrorReadData : code,
-                            std::move(failure.reason));
-    default:
-        return updaterError(code, std::move(failure.reason));
-    }
-}
 
 } // namespace
 
@@ -96,17 +67,7 @@ void Updater::watchTrial() const
 
 Result<UpdateInformation> Updater::check(const Download::GivenUp& isGivenUp) const
 {
-    auto bytes = Download(_configuration).fetch(_configuration.feed, UpdateFeed::maximumSize, isGivenUp);
-    if (!bytes)
-        return downloadError(ZRKUpdaterErrorFetchInfo, std::move(bytes.error()));
-    auto information = UpdateFeed::informationInFeed(*bytes, _configuration.feed);
-    if (!information)
-        return information;
-    if (information->version <= VersionNumber::parse(installedVersion()))
-        return updaterError(ZRKUpdaterErrorUpToDate);
-    if (UpdateFeed::placeOfMachine(*information->reply.stringForKey(PayloadKey::Version)) >= information->share)
-        return updaterError(ZRKUpdaterErrorPhasedDeferral);
-    return information;
+    return FeedCheck(_configuration).newerThan(installedVersion(), isGivenUp);
 }
 
 Result<void> Updater::install()

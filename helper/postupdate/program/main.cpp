@@ -38,7 +38,7 @@ int main(int count, char** arguments)
         return isAsked ? EXIT_SUCCESS : EX_USAGE;
     }
     ZRKLogInit("com.zerkolin.brevane", "post-update");
-    auto outcome = PostUpdate().run();
+    auto outcome = PostUpdate(ProductWatch::create()).run();
     const bool isGood = outcome == PostUpdate::Outcome::Started;
     ZRKLogMessage(isGood ? LogLevelInfo : LogLevelError, "%@", {textOf(outcome)});
     return isGood ? EXIT_SUCCESS : EX_UNAVAILABLE;

@@ -1,5 +1,6 @@
 #include "helper/enforcement/SnapshotKeeper.h"
 #include "helper/enforcement/SnapshotPlan.h"
+#include "helper/linux/snapshots/BtrfsSnapshots.h"
 #include "platform/AtomicFile.h"
 #include "platform/PropertyListCoding.h"
 #include "tests/integration/snapshots/support/BtrfsVolume.h"
@@ -8,6 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <doctest/doctest.h>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,7 +28,8 @@ struct KeptVolume {
     // The helper begins, does what there is to do now, and ends.
     void keep(bool isEnabled = true) const
     {
-        helper::SnapshotKeeper keeper(list, [this] { return std::vector{volume.file("data")}; });
+        helper::SnapshotKeeper keeper(
+            list, [this] { return std::vector{volume.file("data")}; }, std::make_shared<helper::BtrfsSnapshots>());
         keeper.setEnabled(isEnabled);
         REQUIRE(keeper.stop(std::chrono::seconds(20)));
     }

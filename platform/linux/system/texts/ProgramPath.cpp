@@ -13,11 +13,4 @@ std::string programPath()
     return {path.data(), length < 0 ? 0 : static_cast<std::size_t>(length)};
 }
 
-std::string programFolder()
-{
-    const auto path = programPath();
-    const auto slash = path.rfind('/');
-    return path.substr(0, slash == std::string::npos ? 0 : slash);
-}
-
 } // namespace platform
