@@ -2,7 +2,6 @@
 
 #include "platform/Localization.h"
 #include "platform/macos/interface/InterfaceDescription.h"
-#include "platform/macos/interface/Metrics.h"
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/ui/InterfaceBuilder.h"
 #include "platform/macos/ui/MenuBar.h"
@@ -14,19 +13,6 @@
 namespace platform::ui {
 
 namespace {
-
-// The view with the margin of a window around it.
-void fillWindow(NSView* content, NSView* view)
-{
-    [content addSubview:view];
-    NSDictionary* const views = NSDictionaryOfVariableBindings(view);
-    NSDictionary* const metrics = @{@"margin" : @(macos::metrics::windowMargin)};
-    for (NSString* const format in @[ @"H:|-margin-[view]-margin-|", @"V:|-margin-[view]-margin-|" ])
-        [content addConstraints:[NSLayoutConstraint constraintsWithVisualFormat:format
-                                                                        options:0
-                                                                        metrics:metrics
-                                                                          views:views]];
-}
 
 std::shared_ptr<Window> makeWindow(const macos::WindowDescription& description, const std::shared_ptr<View>& content)
 {
@@ -40,7 +26,8 @@ std::shared_ptr<Window> makeWindow(const macos::WindowDescription& description, 
     window.releasedWhenClosed = NO;
     window.identifier = foundation::string(description.identifier);
     window.title = foundation::string(localizedString(description.title));
-    fillWindow(window.contentView, content->native().view);
+    [window.contentView addSubview:content->native().view];
+    constrain(window.contentView, @[ content->native().view ], macos::constraintsOfWindow());
     return std::make_shared<Window>(std::unique_ptr<Window::Native>(new Window::Native{window, content}));
 }
 

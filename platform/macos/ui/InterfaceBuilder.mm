@@ -8,168 +8,102 @@ namespace platform::ui {
 
 namespace {
 
+using macos::Edge;
 using macos::Element;
-using macos::ElementKind;
+using macos::ElementConstraint;
 
-// Weaker than what any control wants for itself, and no stronger than the wish of a window to be small.
-constexpr NSLayoutPriority hugging = 50;
-
-struct Child {
-    const Element& element;
-    NSView* view;
-};
-
-void constrain(NSView* holder, NSView* first, NSLayoutAttribute attribute, NSLayoutRelation relation, NSView* second,
-               NSLayoutAttribute secondAttribute, double constant, NSLayoutPriority priority = NSLayoutPriorityRequired)
+NSLayoutAttribute nativeAttribute(Edge edge)
 {
-    NSLayoutConstraint* const made = [NSLayoutConstraint constraintWithItem:first
-                                                                  attribute:attribute
-                                                                  relatedBy:relation
-                                                                     toItem:second
-                                                                  attribute:secondAttribute
-                                                                 multiplier:1
-                                                                   constant:constant];
-    made.priority = priority;
-    [holder addConstraint:made];
-}
-
-void equate(NSView* holder, NSView* first, NSLayoutAttribute attribute, NSView* second,
-            NSLayoutAttribute secondAttribute, double constant)
-{
-    constrain(holder, first, attribute, NSLayoutRelationEqual, second, secondAttribute, constant);
-}
-
-bool hasBaseline(ElementKind kind)
-{
-    switch (kind) {
-    case ElementKind::CheckBox:
-    case ElementKind::Button:
-    case ElementKind::PopUpButton:
-    case ElementKind::Label:
-    case ElementKind::TextField:
-    case ElementKind::TimePicker:
-        return true;
-    default:
-        return false;
+    switch (edge) {
+    case Edge::Leading:
+        return NSLayoutAttributeLeading;
+    case Edge::Trailing:
+        return NSLayoutAttributeTrailing;
+    case Edge::Top:
+        return NSLayoutAttributeTop;
+    case Edge::Bottom:
+        return NSLayoutAttributeBottom;
+    case Edge::Width:
+        return NSLayoutAttributeWidth;
+    case Edge::Height:
+        return NSLayoutAttributeHeight;
+    case Edge::CenterY:
+        return NSLayoutAttributeCenterY;
+    case Edge::LastBaseline:
+        return NSLayoutAttributeLastBaseline;
+    case Edge::None:
+        break;
     }
+    return NSLayoutAttributeNotAnAttribute;
 }
 
-// What takes the whole width of a column.
-bool fillsColumn(ElementKind kind)
+void takeGap(View& view, NSLayoutConstraint* gap)
 {
-    switch (kind) {
-    case ElementKind::Row:
-    case ElementKind::Column:
-    case ElementKind::Stack:
-    case ElementKind::RuleEditor:
-    case ElementKind::TextView:
-    case ElementKind::TableView:
-        return true;
-    default:
-        return false;
-    }
+    View::Native& native = view.native();
+    native.gap = gap;
+    native.gapHeight = gap.constant;
+    native.collapse(view.isHidden());
 }
 
-void setWidth(const Element& element, NSView* view)
+void letCollapse(View& view)
 {
-    const bool isExact = element.kind == ElementKind::TextField;
-    if (element.width > 0 && element.kind != ElementKind::Explanation)
-        constrain(view, view, NSLayoutAttributeWidth,
-                  isExact ? NSLayoutRelationEqual : NSLayoutRelationGreaterThanOrEqual, nil,
-                  NSLayoutAttributeNotAnAttribute, element.width);
-    if (element.height > 0)
-        constrain(view, view, NSLayoutAttributeHeight, NSLayoutRelationGreaterThanOrEqual, nil,
-                  NSLayoutAttributeNotAnAttribute, element.height);
-}
-
-void hugHeight(NSView* view)
-{
-    constrain(view, view, NSLayoutAttributeHeight, NSLayoutRelationEqual, nil, NSLayoutAttributeNotAnAttribute, 0,
-              hugging);
-}
-
-// Beside each other, with texts on one baseline and the rest in the middle. A space takes what is left; a row without
-// one ends where its last child does, or later.
-void layOutRow(const Element& row, NSView* view, const std::vector<Child>& children)
-{
-    const Child* aligned = nullptr;
-    NSView* previous = nil;
-    bool hasSpace = false;
-    for (const Child& child : children) {
-        if (!previous)
-            equate(view, child.view, NSLayoutAttributeLeading, view, NSLayoutAttributeLeading, row.indentation);
-        else
-            equate(view, child.view, NSLayoutAttributeLeading, previous, NSLayoutAttributeTrailing, row.spacing);
-        constrain(view, child.view, NSLayoutAttributeTop, NSLayoutRelationGreaterThanOrEqual, view,
-                  NSLayoutAttributeTop, 0);
-        constrain(view, view, NSLayoutAttributeBottom, NSLayoutRelationGreaterThanOrEqual, child.view,
-                  NSLayoutAttributeBottom, 0);
-        if (!hasBaseline(child.element.kind)) {
-            equate(view, child.view, NSLayoutAttributeCenterY, view, NSLayoutAttributeCenterY, 0);
-        } else if (aligned) {
-            equate(view, child.view, NSLayoutAttributeLastBaseline, aligned->view, NSLayoutAttributeLastBaseline, 0);
-        } else {
-            equate(view, child.view, NSLayoutAttributeCenterY, view, NSLayoutAttributeCenterY, 0);
-            aligned = &child;
-        }
-        if (child.element.kind == ElementKind::Space) {
-            hasSpace = true;
-            constrain(child.view, child.view, NSLayoutAttributeWidth, NSLayoutRelationGreaterThanOrEqual, nil,
-                      NSLayoutAttributeNotAnAttribute, 0);
-            hugHeight(child.view);
-        }
-        previous = child.view;
-    }
-    constrain(view, view, NSLayoutAttributeTrailing,
-              hasSpace ? NSLayoutRelationEqual : NSLayoutRelationGreaterThanOrEqual, previous,
-              NSLayoutAttributeTrailing, 0);
-    hugHeight(view);
-}
-
-void layOutColumn(const Element& column, NSView* view, const std::vector<Child>& children)
-{
-    NSView* previous = nil;
-    for (const Child& child : children) {
-        if (!previous)
-            equate(view, child.view, NSLayoutAttributeTop, view, NSLayoutAttributeTop, 0);
-        else
-            equate(view, child.view, NSLayoutAttributeTop, previous, NSLayoutAttributeBottom, column.spacing);
-        equate(view, child.view, NSLayoutAttributeLeading, view, NSLayoutAttributeLeading, column.indentation);
-        constrain(view, view, NSLayoutAttributeTrailing,
-                  fillsColumn(child.element.kind) ? NSLayoutRelationEqual : NSLayoutRelationGreaterThanOrEqual,
-                  child.view, NSLayoutAttributeTrailing, 0);
-        previous = child.view;
-    }
-    equate(view, view, NSLayoutAttributeBottom, previous, NSLayoutAttributeBottom, 0);
+    View::Native& native = view.native();
+    native.noHeight = [NSLayoutConstraint constraintWithItem:native.view
+                                                   attribute:NSLayoutAttributeHeight
+                                                   relatedBy:NSLayoutRelationEqual
+                                                      toItem:nil
+                                                   attribute:NSLayoutAttributeNotAnAttribute
+                                                  multiplier:1
+                                                    constant:0];
+    view.setHidden(true);
 }
 
 } // namespace
+
+void constrain(NSView* holder, NSArray<NSView*>* children, const macos::ElementConstraints& constraints)
+{
+    const auto viewOf = [&](int number) {
+        return number == ElementConstraint::holder ? holder : children[static_cast<NSUInteger>(number)];
+    };
+    for (const ElementConstraint& each : constraints) {
+        const bool isSize = each.secondEdge == Edge::None;
+        NSLayoutConstraint* const made =
+            [NSLayoutConstraint constraintWithItem:viewOf(each.first)
+                                         attribute:nativeAttribute(each.firstEdge)
+                                         relatedBy:static_cast<NSLayoutRelation>(each.relation)
+                                            toItem:isSize ? nil : viewOf(each.second)
+                                         attribute:nativeAttribute(each.secondEdge)
+                                        multiplier:1
+                                          constant:each.constant];
+        made.priority = static_cast<NSLayoutPriority>(each.priority);
+        [holder addConstraint:made];
+        if (each.isGap)
+            takeGap(*viewForNative(viewOf(each.first)), made);
+    }
+}
 
 std::shared_ptr<View> buildElement(const Element& element, NamedViews& views)
 {
     auto view = makeView(element);
     NSView* const native = view->native().view;
-    setWidth(element, native);
+    if (macos::hugsHeight(element.kind))
+        [native setContentHuggingPriority:macos::priority::controlHugging
+                           forOrientation:NSLayoutConstraintOrientationVertical];
     if (*element.accessibleName)
         view->setAccessibleName(localizedString(element.accessibleName));
-    if (element.isHidden)
-        view->setHidden(true);
+    if (macos::collapses(element))
+        letCollapse(*view);
     if (*element.identifier) {
         view->setIdentifier(element.identifier);
         views.emplace(element.identifier, view);
     }
-    std::vector<Child> children;
+    NSMutableArray<NSView*>* const children = [NSMutableArray array];
     for (const Element& child : element.children) {
         const auto built = buildElement(child, views);
         view->addSubview(built);
-        children.push_back({child, built->native().view});
+        [children addObject:built->native().view];
     }
-    if (children.empty())
-        return view;
-    if (element.kind == ElementKind::Column)
-        layOutColumn(element, native, children);
-    else
-        layOutRow(element, native, children);
+    constrain(native, children, macos::constraintsOf(element));
     return view;
 }
 

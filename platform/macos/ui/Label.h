@@ -5,9 +5,9 @@
 namespace platform::ui {
 
 // A text that is only looked at.
-inline NSTextField* newLabel(NSString* text, Class type = [NSTextField class])
+inline NSTextField* newLabel(NSString* text)
 {
-    NSTextField* const label = [[type alloc] initWithFrame:NSZeroRect];
+    NSTextField* const label = [[NSTextField alloc] initWithFrame:NSZeroRect];
     label.editable = NO;
     label.selectable = NO;
     label.bezeled = NO;

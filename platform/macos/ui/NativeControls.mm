@@ -25,25 +25,6 @@
 @implementation BRVStackContainer
 @end
 
-// A text that wraps, and takes no room while it is hidden.
-@interface BRVExplanationField : NSTextField
-@end
-
-@implementation BRVExplanationField
-
-- (NSSize)intrinsicContentSize
-{
-    return self.hidden ? NSZeroSize : [super intrinsicContentSize];
-}
-
-- (void)setHidden:(BOOL)hidden
-{
-    [super setHidden:hidden];
-    [self invalidateIntrinsicContentSize];
-}
-
-@end
-
 namespace platform::ui {
 
 namespace {
@@ -77,16 +58,16 @@ NSPopUpButton* newPopUpButton(const Element& element)
     return button;
 }
 
-NSTextField* newLabelFor(const Element& element, Class type = [NSTextField class])
+NSTextField* newLabelFor(const Element& element)
 {
-    NSTextField* const label = newLabel(text(element.title), type);
+    NSTextField* const label = newLabel(text(element.title));
     label.selectable = element.isSelectable;
     return label;
 }
 
 NSTextField* newExplanation(const Element& element)
 {
-    NSTextField* const label = newLabelFor(element, [BRVExplanationField class]);
+    NSTextField* const label = newLabelFor(element);
     [label.cell setWraps:YES];
     [label.cell setScrollable:NO];
     label.preferredMaxLayoutWidth = element.width;

@@ -90,6 +90,17 @@ std::shared_ptr<View> wrapContainer(NSView* view)
     return wrapView<Container>(view);
 }
 
+void View::Native::collapse(bool hidden)
+{
+    gap.constant = hidden ? 0 : gapHeight;
+    if (!noHeight)
+        return;
+    if (hidden)
+        [view addConstraint:noHeight];
+    else
+        [view removeConstraint:noHeight];
+}
+
 std::shared_ptr<View> View::create()
 {
     return wrapContainer([[NSView alloc] initWithFrame:NSZeroRect]);
@@ -133,6 +144,7 @@ bool View::isHidden() const
 void View::setHidden(bool hidden)
 {
     _native->view.hidden = hidden;
+    _native->collapse(hidden);
 }
 
 std::shared_ptr<View> View::superview() const

@@ -16,10 +16,17 @@ struct View::Native {
     Native(const Native&) = delete;
     Native& operator=(const Native&) = delete;
 
+    // What an element that collapses does while it is hidden.
+    void collapse(bool hidden);
+
     NSView* view;
     std::vector<std::pair<LayoutConstraint, NSLayoutConstraint*>> constraints;
     // Kept alive by their superview.
     std::vector<std::shared_ptr<View>> subviews;
+
+    NSLayoutConstraint* noHeight = nil; // its own while it is hidden; nil for what keeps its place
+    NSLayoutConstraint* gap = nil;      // above it; nil for none that collapses
+    CGFloat gapHeight = 0;
 };
 
 // The view that stands for the NSView; null where there is none.
