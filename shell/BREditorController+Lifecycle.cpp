@@ -95,11 +95,13 @@ bool BREditorController::applicationShouldTerminateAfterLastWindowClosed()
     return true;
 }
 
-void BREditorController::applicationDidReopen()
+bool BREditorController::applicationDidReopen(bool hasWindowInFront)
 {
-    // Not while the launch still fetches the schedule, nor when the window was closed already.
-    if (_outlets.window->isVisible())
-        showMainWindow();
+    // Not over the window that the user left, while the launch still fetches the schedule, nor when it is over.
+    if (hasWindowInFront || !_outlets.window->isVisible())
+        return false;
+    showMainWindow();
+    return true;
 }
 
 void BREditorController::applicationShouldShow(const std::string& window)

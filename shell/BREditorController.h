@@ -35,7 +35,7 @@ public:
     bool applicationShouldTerminate() override;
     bool applicationShouldTerminateAfterLastWindowClosed() override;
     void applicationWillTerminate() override;
-    void applicationDidReopen() override;
+    bool applicationDidReopen(bool hasWindowInFront) override;
     void applicationShouldShow(const std::string& window) override;
 
     // The menus' actions.

@@ -52,7 +52,7 @@ public:
     explicit Measurement(std::string json) : _json(std::move(json)) { }
 
     void awakeFromNib() override { }
-    void applicationDidReopen() override { }
+    bool applicationDidReopen(bool) override { return false; }
     bool applicationShouldTerminate() override { return true; }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
     void applicationDidFinishLaunching() override

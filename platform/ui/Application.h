@@ -18,8 +18,10 @@ public:
     virtual bool applicationShouldTerminateAfterLastWindowClosed() = 0;
     // Once before the main loop ends, also when the system ends the application and nobody is asked.
     virtual void applicationWillTerminate() { }
-    // The user started the application once more; that start came to nothing but this.
-    virtual void applicationDidReopen() = 0;
+    // The user started the application once more; that start came to nothing but this. The system may have brought
+    // windows of the application forward by itself, one at least that is not minimised. False when nothing was done, so
+    // that the system does what it does for such an application.
+    virtual bool applicationDidReopen(bool hasWindowInFront) = 0;
     // The user, or another program for him, wants to see this window; a name that says nothing is to be ignored. After
     // the launch, or after the call above.
     virtual void applicationShouldShow(const std::string& /*window*/) { }

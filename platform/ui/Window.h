@@ -16,6 +16,7 @@ public:
     std::string title() const;
     void setTitle(const std::string& title);
 
+    // Also while it is minimised.
     bool isVisible() const;
     void setAutorecalculatesKeyViewLoop(bool recalculates);
     void layoutIfNeeded();

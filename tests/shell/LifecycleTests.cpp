@@ -244,15 +244,24 @@ TEST_CASE("a second start brings the main window forward, minimised or behind an
     EditorTest editor(completeRecord());
     editor.user.clickMenuItem("preferencesMenuItem");
     CHECK(user::activeWindow() == "preferencesWindow");
-    editor.controller->applicationDidReopen();
+    CHECK(editor.controller->applicationDidReopen(false));
     user::runEvents();
     CHECK(user::activeWindow() == "mainWindow");
 
     editor.user.clickMenuItem("minimiseMenuItem");
     CHECK(user::isMinimised("mainWindow"));
-    editor.controller->applicationDidReopen();
+    CHECK(editor.controller->applicationDidReopen(false));
     user::runEvents();
     CHECK_FALSE(user::isMinimised("mainWindow"));
+}
+
+TEST_CASE("a window that the system has brought forward is not covered by the main window")
+{
+    EditorTest editor(completeRecord());
+    editor.user.clickMenuItem("preferencesMenuItem");
+    CHECK_FALSE(editor.controller->applicationDidReopen(true));
+    user::runEvents();
+    CHECK(user::activeWindow() == "preferencesWindow");
 }
 
 TEST_CASE("another program can have the windows Activity and Log shown, and none that there is not")
@@ -273,7 +282,7 @@ TEST_CASE("a second start shows no window that is not on screen yet, or not anym
 {
     setUp({});
     const auto controller = BREditorController::create();
-    controller->applicationDidReopen();
+    CHECK_FALSE(controller->applicationDidReopen(false));
     CHECK_FALSE(MainWindowUser().seesWindow());
 }
 

@@ -50,11 +50,12 @@ public:
     }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
     void applicationWillTerminate() override { report("ending "); }
-    void applicationDidReopen() override
+    bool applicationDidReopen(bool hasWindowInFront) override
     {
-        report("reopened ");
+        report(hasWindowInFront ? "reopened behind a window " : "reopened ");
         if (!showsLater)
             terminateApplication();
+        return true;
     }
     void applicationShouldShow(const std::string& window) override
     {

@@ -60,11 +60,13 @@ using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
     return _delegate && _delegate->applicationShouldTerminateAfterLastWindowClosed();
 }
 
-- (BOOL)applicationShouldHandleReopen:(NSApplication*)__unused sender hasVisibleWindows:(BOOL)__unused visible
+// The system's own flag counts minimised windows.
+- (BOOL)applicationShouldHandleReopen:(NSApplication*)application hasVisibleWindows:(BOOL)__unused visible
 {
-    if (_delegate)
-        _delegate->applicationDidReopen();
-    return NO;
+    bool hasWindowInFront = false;
+    for (NSWindow* const window in application.windows)
+        hasWindowInFront = hasWindowInFront || (window.visible && window.canBecomeMainWindow);
+    return !_delegate || !_delegate->applicationDidReopen(hasWindowInFront);
 }
 
 @end

@@ -31,6 +31,21 @@ std::shared_ptr<Window> makeWindow(const macos::WindowDescription& description, 
     return std::make_shared<Window>(std::unique_ptr<Window::Native>(new Window::Native{window, content}));
 }
 
+// The application ends with the window that has its menus, whatever else is open.
+void closeOthersWith(NSWindow* window)
+{
+    __weak NSWindow* const closing = window;
+    [NSNotificationCenter.defaultCenter addObserverForName:NSWindowWillCloseNotification
+                                                    object:window
+                                                     queue:nil
+                                                usingBlock:^(NSNotification*) {
+                                                    for (NSWindow* const other in [NSApp.windows copy])
+                                                        if (other != closing && (other.visible || other.miniaturized)
+                                                            && (other.styleMask & NSWindowStyleMaskClosable))
+                                                            [other close];
+                                                }];
+}
+
 } // namespace
 
 std::unique_ptr<Interface> Interface::load(std::string_view name, const MenuBarDescription& menus)
@@ -44,8 +59,10 @@ std::unique_ptr<Interface> Interface::load(std::string_view name, const MenuBarD
         contents.detached.push_back(buildElement(element, contents.views));
     if (*description->window.identifier)
         contents.window = makeWindow(description->window, std::exchange(contents.view, nullptr));
-    if (!menus.empty())
+    if (!menus.empty()) {
         contents.menuItems = installMenuBar(menus);
+        closeOthersWith(contents.window->native().window);
+    }
     return std::make_unique<Interface>(std::move(contents));
 }
 

@@ -62,7 +62,7 @@ void Window::setTitle(const std::string& title)
 
 bool Window::isVisible() const
 {
-    return _native->window.visible;
+    return _native->window.visible || _native->window.miniaturized;
 }
 
 void Window::setAutorecalculatesKeyViewLoop(bool recalculates)
@@ -97,6 +97,8 @@ void Window::setUndo(std::function<void()> undo)
 
 void Window::makeKeyAndOrderFront()
 {
+    if (_native->window.miniaturized)
+        [_native->window deminiaturize:nil];
     [_native->window makeKeyAndOrderFront:nil];
 }
 

@@ -20,7 +20,7 @@ public:
         _console->showWindow();
         QTimer::singleShot(_milliseconds, [] { platform::ui::terminateApplication(); });
     }
-    void applicationDidReopen() override { }
+    bool applicationDidReopen(bool) override { return false; }
     bool applicationShouldTerminate() override { return true; }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
 

@@ -21,7 +21,7 @@ public:
     }
     bool applicationShouldTerminate() override { return true; }
     bool applicationShouldTerminateAfterLastWindowClosed() override { return true; }
-    void applicationDidReopen() override { }
+    bool applicationDidReopen(bool) override { return false; }
 
 private:
     bool _hangs;

@@ -73,7 +73,7 @@ bool ApplicationInstance::event(QEvent* event)
 void ApplicationInstance::reopen(const QByteArray& startup)
 {
     if (const auto delegate = _delegate.lock())
-        delegate->applicationDidReopen();
+        delegate->applicationDidReopen(false); // nobody else brings a window forward
     // What waits for an answer must not lie hidden.
     if (auto* const modal = activeModalWidget()) {
         modal->raise();
