@@ -589,8 +589,8 @@ void BusServiceListener::waitUntilRead(std::chrono::steady_clock::duration limit
 {
     sd_bus_message* made = nullptr;
     const int result = sd_bus_message_new_method_call(_bus.get(), &made, "org.freedesktop.DBus",
-                                                      "/org/freedesktop/DBus", "org.freedesktop.DBus.Peer", "Ping");
-    const BusMessage ping(made);
+                                                      "/org/freedesktop/DBus", "org.freedesktop.DBus", "GetId");
+    const BusMessage question(made);
     const auto left = std::chrono::ceil<std::chrono::microseconds>(limit).count();
     if (result >= 0)
         sd_bus_call(_bus.get(), made, static_cast<std::uint64_t>(left), nullptr, nullptr);
