@@ -107,9 +107,10 @@ TEST_CASE("errors of the package manager become the updater's, with what it says
          {Case{"2", ZRKUpdaterErrorFetchInfo}, Case{"37", ZRKUpdaterErrorFetchInfo},
           Case{"64", ZRKUpdaterErrorFetchInfo}, Case{"10", ZRKUpdaterErrorDownload}, Case{"5", ZRKUpdaterErrorValidate},
           Case{"30", ZRKUpdaterErrorValidate}, Case{"31", ZRKUpdaterErrorValidate}, Case{"40", ZRKUpdaterErrorValidate},
+          Case{"50", ZRKUpdaterErrorValidate}, Case{"51", ZRKUpdaterErrorValidate},
           Case{"26", ZRKUpdaterErrorCannotUpdateNow}, Case{"4", ZRKUpdaterErrorInstall}}) {
         CAPTURE(code);
-        PackagedMachine machine({newer, std::string("UpdatePackages=error ") + code + " It said so."});
+        PackagedMachine machine({newer, std::string("UpdatePackages=error ") + code + " It said so. \n"});
         const auto reply = machine.send(BRVMessageInstallUpdate);
         checkError(reply, ZRKUpdaterErrorDomain, expected);
         CHECK(textOf(reply).ends_with("It said so."));

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string>
 #include <string_view>
 
 namespace platform {
@@ -32,12 +33,20 @@ Kind kindOfCode(std::uint32_t code)
     case 30: // a bad signature
     case 31: // no signature
     case 40: // a damaged package
+    case 50: // a source without a signature, of a package to install
+    case 51: // and of one to update
         return Kind::Untrusted;
     case 26: // no lock
         return Kind::Busy;
     default:
         return Kind::Other;
     }
+}
+
+// Without the lines' ends after it.
+std::string trimmed(std::string_view text)
+{
+    return std::string(text.substr(0, text.find_last_not_of(" \n") + 1));
 }
 
 std::unexpected<Failure> failure(int code)
@@ -150,7 +159,7 @@ int PackageTransaction::handleSignal(sd_bus_message* signal, void* context, sd_b
             self._packages.emplace_back(text);
     } else if (sd_bus_message_is_signal(signal, Interface, "ErrorCode") > 0) {
         if (sd_bus_message_read(signal, "us", &number, &text) >= 0)
-            self._failure = Failure{kindOfCode(number), text};
+            self._failure = Failure{kindOfCode(number), trimmed(text)};
     } else if (sd_bus_message_is_signal(signal, Interface, "Finished") > 0) {
         self._isFinished = true;
         if ((sd_bus_message_read(signal, "u", &number) < 0 || number != exitOfSuccess) && !self._failure)
