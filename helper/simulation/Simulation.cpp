@@ -11,21 +11,21 @@ using namespace scheduling;
 
 namespace {
 
-std::string quoted(std::string_view text)
+std::string quotedText(std::string_view text)
 {
     return '"' + std::string(text) + '"';
 }
 
 std::string dueField(Instant due)
 {
-    return ", \"due\": " + quoted(textOfInstant(due));
+    return ", \"due\": " + quotedText(textOfInstant(due));
 }
 
 std::string reasonsField(const Reasons& reasons)
 {
     std::string text;
     for (const std::string_view name : reasons.names())
-        text += (text.empty() ? "" : ", ") + quoted(name);
+        text += (text.empty() ? "" : ", ") + quotedText(name);
     return ", \"reasons\": [" + text + "]";
 }
 
@@ -187,9 +187,9 @@ void Simulation::tell(const Look& look)
 void Simulation::tell(const char* event, const std::string& details)
 {
     const Instant clock = now().clock;
-    _print("{\"elapsed\": " + std::to_string(_elapsed) + ", \"clock\": " + quoted(textOfInstant(clock))
-           + ", \"local\": " + quoted(localTextOfInstant(_scheduler.plan().local, clock))
-           + ", \"event\": " + quoted(event) + details + "}");
+    _print("{\"elapsed\": " + std::to_string(_elapsed) + ", \"clock\": " + quotedText(textOfInstant(clock))
+           + ", \"local\": " + quotedText(localTextOfInstant(_scheduler.plan().local, clock))
+           + ", \"event\": " + quotedText(event) + details + "}");
 }
 
 } // namespace helper
