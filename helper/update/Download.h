@@ -35,11 +35,21 @@ public:
 
     // Whether a download is to end, with a fault. Asked about once a second.
     using GivenUp = std::function<bool()>;
+    struct Terms {
+        std::uint64_t size;        // in bytes
+        std::chrono::seconds time; // in all
+        GivenUp isGivenUp;         // may be null
+    };
+    // Takes what arrives; 0 or an errno value.
+    using Sink = std::function<int(std::span<const std::uint8_t>)>;
 
     // What is small: half a minute for all of it, or the time that a server may be silent if that is shorter.
     Outcome<platform::Data> fetch(const std::string& url, std::uint64_t limit, const GivenUp& isGivenUp = {}) const;
     // Appends to the file.
     Outcome<void> save(const std::string& url, std::uint64_t limit, int file) const;
+
+    // In this process, also where that is to have no network.
+    Outcome<void> performHere(const std::string& url, const Terms& terms, const Sink& sink) const;
 
     // The URL that a text means beside another one. nullopt when it is none, or of a kind that is less trustworthy:
     // what https names is on https, and what comes over a network never names a file of this machine.
@@ -48,13 +58,6 @@ public:
     static bool isWebAddress(const std::string& text);
 
 private:
-    // Returns 0 or an errno value.
-    using Sink = std::function<int(std::span<const std::uint8_t>)>;
-    struct Terms {
-        std::uint64_t size;        // in bytes
-        std::chrono::seconds time; // in all
-        GivenUp isGivenUp;         // may be null
-    };
     Outcome<void> perform(const std::string& url, const Terms& terms, const Sink& sink) const;
 
     const UpdateConfiguration& _configuration;

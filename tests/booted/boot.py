@@ -1,25 +1,31 @@
 """Boots a Debian system in a container and plays stories in it.
 
-    boot.py --root FOLDER --work FOLDER --package FILE... STORY...
+    boot.py --root FOLDER --package FILE... [--pictures FOLDER] STORY...
 
 The root folder is made when it is not there, and not changed otherwise: each run has a layer of its own upon it. Needs root,
 systemd-container and, where the root folder must be made, mmdebstrap and a Debian mirror. What is in the way is told as
 "SKIPPED: why", and is no failure.
 """
 import argparse
+import glob
 import os
 import shutil
 import subprocess
 import sys
 import tempfile
+import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 SUITE = "bookworm"
 LIMIT = 480  # seconds
 FETCH_LIMIT = 300  # seconds, so that a slow mirror leaves time for the stories
+LONGEST_REST = 120  # seconds
 RESTART = 133  # what systemd-nspawn ends with when the system inside wants to be started again
 PLACE = "srv/story"  # below the root
 PROGRAMS = ["systemd", "systemd-sysv", "dbus", "polkitd", "udev", "libpam-systemd", "btrfs-progs", "borgbackup", "python3", "python3-dbus"]
+MORE_PROGRAMS = {"software": ["packagekit", "gpg", "gpg-agent"], "feeds": ["ca-certificates", "python3-cryptography", "openssl"],
+                 "window": ["xvfb", "openbox", "xdotool", "at-spi2-core", "python3-gi", "gir1.2-atspi-2.0", "fonts-dejavu-core",
+                            "imagemagick"]}  # that a story needs
 UNIT = """[Unit]
 After=multi-user.target
 
@@ -57,26 +63,29 @@ def mirror():
     return "http://deb.debian.org/debian"
 
 
-def wanted_packages(package):
-    return ",".join(PROGRAMS + dependencies_of(package))
+def wanted_packages(package, stories):
+    wanted = PROGRAMS + dependencies_of(package)
+    for story in stories:
+        wanted += MORE_PROGRAMS.get(story, [])
+    return set(wanted)
 
 
-def is_outdated(root, package):
-    """Whether it was made here, for a package that needed others."""
+def present_packages(root):
+    """Those that it was made for here; None when it was not made here."""
     try:
         with open(root + ".packages", encoding="ascii") as file:
-            return file.read() != wanted_packages(package)
+            return set(file.read().split(","))
     except FileNotFoundError:
-        return False
+        return None
 
 
-def make_root(root, package):
+def make_root(root, packages):
     if not shutil.which("mmdebstrap"):
         raise Impossible("mmdebstrap is not installed")
     new = root + ".new"
     shutil.rmtree(new, ignore_errors=True)
     os.makedirs(os.path.dirname(os.path.abspath(root)), exist_ok=True)
-    wanted = wanted_packages(package)
+    wanted = ",".join(sorted(packages))
     print(f"Fetching Debian into {root}.", flush=True)
     fetch = ["timeout", str(FETCH_LIMIT), "mmdebstrap", "--quiet", "--variant=apt", "--include=" + wanted, SUITE, new, mirror()]
     made = subprocess.run(fetch, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
@@ -91,13 +100,17 @@ def make_root(root, package):
     write(root + ".packages", wanted)
 
 
-def see_whether_possible(root, package):
+def see_whether_possible(root, package, stories):
     if os.geteuid() != 0:
         raise Impossible("a system is booted as root")
     if not shutil.which("systemd-nspawn"):
         raise Impossible("systemd-container is not installed")
-    if not os.path.isfile(os.path.join(root, "usr/lib/systemd/systemd")) or is_outdated(root, package):
-        make_root(root, package)
+    wanted = wanted_packages(package, stories)
+    present = present_packages(root)
+    if not os.path.isfile(os.path.join(root, "usr/lib/systemd/systemd")):
+        make_root(root, wanted)
+    elif present is not None and not wanted <= present:
+        make_root(root, wanted)
 
 
 def write(path, content):
@@ -113,6 +126,10 @@ def prepare(root, packages, stories):
         if name.endswith(".py"):
             shutil.copy(os.path.join(HERE, name), place)
     shutil.copy(os.path.join(HERE, "../campaigns/wire.py"), place)
+    for name in ("tests/update-integration/server.py", "tests/update-integration/packages.py", "sandbox/feed.py",
+                 "sandbox/desktop.py"):
+        os.makedirs(os.path.dirname(os.path.join(place, name)), exist_ok=True)
+        shutil.copy(os.path.join(HERE, "../..", name), os.path.join(place, name))
     for package in packages:
         shutil.copy(package, place)
     units = os.path.join(root, "etc/systemd/system")
@@ -135,7 +152,18 @@ def make_volume(folder):
     return volume
 
 
-def play(debian, packages, stories, folder):
+def rest(root):
+    with open(os.path.join(root, PLACE, "rest"), encoding="ascii") as file:
+        time.sleep(min(float(file.read()), LONGEST_REST))
+
+
+def keep_pictures(root, folder):
+    os.makedirs(folder, exist_ok=True)
+    for picture in glob.glob(os.path.join(root, PLACE, "pictures/*.png")):
+        shutil.copy(picture, folder)
+
+
+def play(debian, packages, stories, folder, pictures):
     subprocess.run(["mount", "-t", "tmpfs", "tmpfs", folder], check=True)
     parts = {name: os.path.join(folder, name) for name in ("upper", "work", "root")}
     for part in parts.values():
@@ -151,7 +179,9 @@ def play(debian, packages, stories, folder):
         boot = ["timeout", "--kill-after=10", str(LIMIT), "systemd-nspawn", "-q", "-D", parts["root"], "--register=no", "--keep-unit", "-b"]
         boot += ["--bind", volume + ":/srv/volume"] if volume else []
         while subprocess.run(boot, stdin=subprocess.DEVNULL, stdout=console, stderr=console, check=False).returncode == RESTART:
-            pass
+            rest(parts["root"])
+        if pictures:
+            keep_pictures(parts["root"], pictures)
         output = os.path.join(parts["root"], PLACE, "output")
         if os.path.exists(output):
             with open(output, encoding="utf-8", errors="replace") as file:
@@ -166,7 +196,7 @@ def play(debian, packages, stories, folder):
 def play_inside_namespace(arguments):
     folder = tempfile.mkdtemp(prefix="brevane-boot-")
     try:
-        told = play(arguments.root, arguments.package, arguments.story, folder)
+        told = play(arguments.root, arguments.package, arguments.story, folder, arguments.pictures)
     finally:
         subprocess.run(["umount", "-R", folder], check=False)
         os.rmdir(folder)
@@ -178,10 +208,11 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--root", required=True, help="the folder with Debian in it")
     parser.add_argument("--package", action="append", required=True, help="of the present version, and then of later ones")
+    parser.add_argument("--pictures", help="the folder for what was photographed")
     parser.add_argument("story", nargs="+")
     arguments = parser.parse_args()
     try:
-        see_whether_possible(arguments.root, arguments.package[0])
+        see_whether_possible(arguments.root, arguments.package[0], arguments.story)
         if os.environ.get("BREVANE_BOOT") != "inside":  # what is mounted ends with the namespace
             os.environ["BREVANE_BOOT"] = "inside"
             os.execvp("unshare", ["unshare", "-m", "--propagation", "private", sys.executable, "-B"] + sys.argv)

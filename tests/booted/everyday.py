@@ -94,6 +94,33 @@ def that_backup_has_failed_and_the_next_one_is_made_with_nobody_logged_in():
     wait_for(lambda: events()[-1] == "end success" and len(events()) > len(told), "the backup that was due", 100)
 
 
+CALENDAR = INTERVAL | {"BackupsMode": "CalendarIntervals"}
+MOMENT = "/root/moment"
+
+
+def the_system_is_off_at_a_moment_when_a_backup_is_due():
+    wait_for(lambda: state() == "waiting", "the backup before to end", 90)
+    due = (datetime.datetime.now() + datetime.timedelta(seconds=75)).replace(second=0, microsecond=0)
+    ask(2, CALENDAR | {"CalendarIntervals": {"ASAP": True, "Intervals": [{"Hour": due.hour, "Minute": due.minute}]}})
+    with open(MOMENT, "w", encoding="ascii") as file:
+        file.write(f"{due.timestamp()} {len(events())}")
+    return due.timestamp() - time.time() + 5
+
+
+def soon_after_its_start_that_backup_is_made_once():
+    with open(MOMENT, encoding="ascii") as file:
+        due, count = file.read().split()
+    wait_for(lambda: state() != "nothing", "the helper")
+    wait_for(lambda: events()[int(count):] == ["start", "end success"], "the backup that was due", 60)
+    start = ask(5)["Journal"][1]
+    moment = datetime.datetime.fromtimestamp(float(due), datetime.timezone.utc).replace(tzinfo=None)
+    assert start["Event"] == "start" and start["Due"] == moment, start
+    assert start["At"] >= moment + datetime.timedelta(seconds=5), start
+    time.sleep(3)
+    assert events()[int(count):] == ["start", "end success"], events()
+    ask(2, INTERVAL)
+
+
 def a_new_version_comes_while_a_backup_runs_and_a_program_is_connected():
     wait_for(lambda: state() == "waiting", "the backup before to end", 90)
     start_long_backup()
@@ -169,6 +196,8 @@ SCENES = (
     snapshots_of_a_volume_are_made_and_the_old_ones_removed,
     the_system_restarts_in_the_middle_of_a_backup,
     that_backup_has_failed_and_the_next_one_is_made_with_nobody_logged_in,
+    the_system_is_off_at_a_moment_when_a_backup_is_due,
+    soon_after_its_start_that_backup_is_made_once,
     a_new_version_comes_while_a_backup_runs_and_a_program_is_connected,
     the_version_before_can_be_installed_again,
     a_helper_that_hangs_is_started_again,

@@ -1,9 +1,10 @@
 """What the stories that run inside a booted system have in common. They run as root."""
 import os
+import plistlib
 import subprocess
 import time
 
-from wire import ask
+from wire import Client, ask
 
 # Borg asks whoever has not seen a repository before.
 os.environ.update(HOME="/root", BORG_UNKNOWN_UNENCRYPTED_REPO_ACCESS_IS_OK="yes")
@@ -26,6 +27,34 @@ def wait_for(condition, what, seconds=60):
     while not condition():
         assert time.monotonic() < end, "waited in vain for " + what
         time.sleep(0.05)
+
+
+def unarchived(objects, value):
+    if isinstance(value, plistlib.UID):
+        value = objects[value.data]
+    if isinstance(value, list):
+        return [unarchived(objects, each) for each in value]
+    if not isinstance(value, dict):
+        return value
+    if "NS.keys" in value:
+        return dict(zip(unarchived(objects, value["NS.keys"]), unarchived(objects, value["NS.objects"])))
+    return {key: unarchived(objects, each) for key, each in value.items() if key != "$class"}
+
+
+def error_of(number):
+    """(domain, code, what it or the error below it says) of the reply to a message without a payload; None for a success."""
+    client = Client(timeout=240)
+    try:
+        reply = client.ask([("message", number), ("auth", client.token())])
+    finally:
+        client.close()
+    if "error" not in reply:
+        return None
+    archive = plistlib.loads(reply["error"])
+    error = unarchived(archive["$objects"], archive["$top"]["root"])
+    more = error.get("NSUserInfo", {})
+    below = more.get("NSUnderlyingError", {}).get("NSUserInfo", more)
+    return error["NSDomain"], error["NSCode"], below.get("NSLocalizedDescription", "")
 
 
 def state():

@@ -18,7 +18,7 @@ PACKAGES = sorted(glob.glob(HERE + "/*.deb"))  # the present version first
 
 
 def install(package, *options):
-    run("apt-get", "-q", "-y", "--no-install-recommends", *options, "install", package, fails=False)
+    run("apt-get", "-q", "-y", "--no-install-recommends", "-o", "DPkg::Lock::Timeout=60", *options, "install", package, fails=False)
 
 
 def installed_version():

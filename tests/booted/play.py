@@ -7,6 +7,7 @@ import time
 from inside import HERE, run
 
 NEXT = os.path.join(HERE, "next")  # the number of the scene that comes next
+REST = os.path.join(HERE, "rest")  # how many seconds the system is off before it starts again
 
 
 def rest_of(names):
@@ -24,13 +25,15 @@ def main():
             file.write(str(number + 1))
         began = time.monotonic()
         try:
-            goes_down = scene()
+            goes_down = scene()  # true for a restart, or how many seconds the system is off then
         except BaseException:
             print("FAILED: " + scene.__name__)
             print(run("journalctl", "--boot", "--no-pager", "--lines=80"))
             raise
         print(f"{scene.__name__.replace('_', ' ')}: {time.monotonic() - began:.1f} s", flush=True)
         if goes_down:
+            with open(REST, "w", encoding="ascii") as file:
+                file.write(str(0 if goes_down is True else goes_down))
             os.sync()
             run("systemctl", "reboot")
             time.sleep(60)  # the end comes before

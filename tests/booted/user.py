@@ -18,6 +18,7 @@ import dbus
 
 SERVICE = "com.zerkolin.brevane.scheduler"
 RIGHT = "com.zerkolin.brevane.settings.modify-1"
+RIGHT_OF = {28: "com.zerkolin.brevane.uninstall"}  # of the others that need one it is RIGHT
 READING = (1, 5, 7, 18, 26)
 INTERACTION = 1
 
@@ -36,11 +37,11 @@ def answer_prompts(terminal, password, said):
             os.write(terminal, password.encode() + b"\n")
 
 
-def start_agent(password):
-    """The agent for this process; returns when it is registered."""
+def start_agent(password, process=None):
+    """The agent for a process, or for this one; returns when it is registered."""
     ready, tell = os.pipe()
     os.set_inheritable(tell, True)
-    own = str(os.getpid())
+    own = str(process or os.getpid())
     child, terminal = pty.fork()
     if child == 0:
         os.execvp("pkttyagent", ["pkttyagent", "--process", own, "--notify-fd", str(tell)])
@@ -66,8 +67,9 @@ def main():
             if agent is None:
                 agent, said = start_agent(sys.argv[1])
             subject = ("system-bus-name", {"name": bus.get_unique_name()})
-            answer = authority.CheckAuthorization(subject, RIGHT, dbus.Dictionary({}, signature="ss"),
-                                                  dbus.UInt32(INTERACTION), "", timeout=60)
+            right = RIGHT_OF.get(number, RIGHT)
+            answer = authority.CheckAuthorization(subject, right, dbus.Dictionary({}, signature="ss"), dbus.UInt32(INTERACTION),
+                                                  "", timeout=60)
             told["Authorized"] = bool(answer[0])
             told["Asked"] = len(said)
         message = {"message": dbus.Int64(number)}

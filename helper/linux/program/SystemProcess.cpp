@@ -2,6 +2,7 @@
 
 #include "diagnostics/log/ZRKLog.h"
 #include "helper/linux/snapshots/SnapshotCommand.h"
+#include "helper/linux/update/DownloadUnit.h"
 #include "helper/linux/update/SelfCheck.h"
 #include "helper/linux/update/UpdateWatch.h"
 #include "platform/SystemInformation.h"
@@ -18,6 +19,8 @@ std::optional<int> runSystemCommand(int count, char** arguments)
     if (const auto status = runSnapshotCommand(count, arguments))
         return status;
     if (const auto status = runSelfCheckCommand(count, arguments))
+        return status;
+    if (const auto status = runDownloadCommand(count, arguments))
         return status;
     return runUpdateWatchCommand(count, arguments);
 }

@@ -2,31 +2,19 @@
 
 #include "helper/linux/snapshots/LocalSnapshot.h"
 #include "platform/linux/system/btrfs/SnapshotCreation.h"
-#include "platform/Process.h"
-#include "platform/ProgramPath.h"
+#include "platform/linux/system/processes/ServiceUnit.h"
 
 #include <array>
 #include <cstdlib>
-#include <unistd.h>
 
 namespace helper {
 
 namespace {
 
-constexpr const char* launcher = "/usr/bin/systemd-run";
-
-// Whoever starts this program may be a unit's process too, and hands the variable on.
-bool isUnit()
-{
-    const char* const main = std::getenv("SYSTEMD_EXEC_PID");
-    return main && std::to_string(::getpid()) == main;
-}
-
 // What this program prints in the unit; what it complains of is in the log.
 std::expected<std::string, std::string> runApart(const std::string& option, const std::string& path)
 {
-    const auto process = platform::Process::start(
-        launcher, {"--quiet", "--wait", "--collect", "--pipe", "--", platform::programPath(), option, path});
+    const auto process = platform::startApart({}, {option, path});
     if (!process)
         return std::unexpected(textOfSnapshotFailure(process.error()));
     std::string output;
@@ -42,7 +30,7 @@ std::expected<std::string, std::string> runApart(const std::string& option, cons
 
 std::expected<std::string, std::string> makeSnapshotApart(const std::string& volume)
 {
-    if (isUnit())
+    if (platform::isServiceUnit())
         return runApart("--snapshot", volume);
     auto made = makeLocalSnapshot(volume);
     return made ? std::expected<std::string, std::string>(std::move(*made))
@@ -51,7 +39,7 @@ std::expected<std::string, std::string> makeSnapshotApart(const std::string& vol
 
 std::expected<void, std::string> removeSnapshotApart(const std::string& path)
 {
-    if (isUnit()) {
+    if (platform::isServiceUnit()) {
         if (const auto done = runApart("--remove-snapshot", path); !done)
             return std::unexpected(done.error());
         return {};

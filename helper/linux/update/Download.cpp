@@ -1,6 +1,6 @@
 #include "helper/update/Download.h"
 
-#include "platform/Root.h"
+#include "helper/linux/update/DownloadUnit.h"
 #include "platform/SystemInformation.h"
 
 #include <cerrno>
@@ -181,6 +181,12 @@ Download::Outcome<void> Download::save(const std::string& url, std::uint64_t lim
 }
 
 Download::Outcome<void> Download::perform(const std::string& url, const Terms& terms, const Sink& sink) const
+{
+    return DownloadUnit::isNeeded(url) ? DownloadUnit::perform(url, _configuration, terms, sink)
+                                       : performHere(url, terms, sink);
+}
+
+Download::Outcome<void> Download::performHere(const std::string& url, const Terms& terms, const Sink& sink) const
 {
     const CurlHandle curl(prepareLibrary() ? curl_easy_init() : nullptr);
     if (!curl)
