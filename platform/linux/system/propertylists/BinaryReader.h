@@ -37,7 +37,7 @@ private:
     // A dictionary's own ones are one level deeper, so that a shape stays as it is while its values are read.
     struct Shape {
         std::vector<std::uint64_t> references;
-        DictionaryKeys keys; // none when one of them comes twice
+        DictionaryKeys keys;     // none when one of them comes twice
         std::size_t content = 0; // the bytes of the keys, as they are counted
     };
     static constexpr std::size_t largestShape = 32;
