@@ -15,6 +15,15 @@ target_link_options(brevane_options INTERFACE -Wl,-dead_strip)
 # CFBundleVersion: the release and, counted up by whoever packages it, the build.
 set(BREVANE_BUILD_NUMBER 1 CACHE STRING "Number of the build within the release")
 
+# Gives a program without a bundle the property list that names it and its version.
+function(brevane_tool target)
+    get_target_property(BREVANE_TOOL ${target} OUTPUT_NAME)
+    set(made "${CMAKE_CURRENT_BINARY_DIR}/${BREVANE_TOOL}.plist")
+    configure_file("${CMAKE_SOURCE_DIR}/resources/macos/Tool.plist.in" "${made}" @ONLY)
+    target_link_options(${target} PRIVATE "LINKER:-sectcreate,__TEXT,__info_plist,${made}")
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${made}")
+endfunction()
+
 # Makes the program Brevane.app, with its texts, icon and help.
 function(brevane_bundle target)
     find_package(Python3 REQUIRED COMPONENTS Interpreter)

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Looks at a built Brevane.app: checks.py BUNDLE. Prints what it found; fails when a check does."""
+"""Looks at a built Brevane.app and at the programs that are installed with it: checks.py BUNDLE [PROGRAM...]. Prints what it
+found; fails when a check does."""
 import collections
 import os
 import plistlib
@@ -13,7 +14,10 @@ MINIMUM = {"x86_64": (10, 9), "arm64": (11, 0)}
 # All that the program may be linked with.
 FRAMEWORKS = {"AppKit", "CoreFoundation", "CoreGraphics", "CoreServices", "DiskArbitration", "Foundation", "IOKit",
               "Security", "ServiceManagement"}
+# Programs without a window are linked with none of its frameworks.
+TOOL_FRAMEWORKS = {"CoreFoundation", "CoreServices", "DiskArbitration", "Foundation", "IOKit", "Security", "SystemConfiguration"}
 LIBRARIES = {"/usr/lib/libSystem.B.dylib", "/usr/lib/libc++.1.dylib", "/usr/lib/libobjc.A.dylib"}
+TOOL_LIBRARIES = LIBRARIES | {"/usr/lib/libbsm.0.dylib"}
 
 # What the C++ library and the Objective-C runtime have got since 10.9, by the symbol's name, and the first system with
 # it. A program that asks for a symbol that its system has not does not start.
@@ -83,9 +87,10 @@ def linked(commands):
     return re.findall(r"cmd LC_LOAD(?:_WEAK)?_DYLIB.*?name (\S+)", commands, re.S)
 
 
-def is_allowed(path):
+def is_allowed(path, is_tool=False):
     framework = re.match(r"/System/Library/Frameworks/(\w+)\.framework/", path)
-    return path in LIBRARIES or bool(framework and framework.group(1) in FRAMEWORKS)
+    return path in (TOOL_LIBRARIES if is_tool else LIBRARIES) \
+        or bool(framework and framework.group(1) in (TOOL_FRAMEWORKS if is_tool else FRAMEWORKS))
 
 
 def undefined(program, architecture):
@@ -104,12 +109,12 @@ def too_new(symbols, minimum):
     return found
 
 
-def report(program, architecture):
+def report(program, architecture, is_tool=False):
     minimum = MINIMUM[architecture]
     commands = load_commands(program, architecture)
     libraries = linked(commands)
     symbols = undefined(program, architecture)
-    unknown = [path for path in libraries if not is_allowed(path)]
+    unknown = [path for path in libraries if not is_allowed(path, is_tool)]
     newer = too_new(symbols, minimum)
     weak = sorted(symbol for symbol, _, is_weak in symbols if is_weak)
     newer_names = NEWER.get(architecture)
@@ -117,24 +122,25 @@ def report(program, architecture):
     absent = [name for name in ASKED_FOR.get(architecture, ())
               if not any(symbol.split("$")[0] == name for symbol, _, _ in symbols)]
 
-    print(f"\n{architecture}")
+    name = os.path.basename(program)
+    print(f"\n{name}, {architecture}")
     found = minimum_version(commands)
     print(f"  minimum version   {text_of(found) if found else 'none'}   "
-          + check(found == minimum, f"{architecture}: the minimum version is not {text_of(minimum)}"))
+          + check(found == minimum, f"{name}, {architecture}: the minimum version is not {text_of(minimum)}"))
     names = sorted(os.path.basename(path) for path in libraries)
     print(f"  linked with       {', '.join(names)}   "
-          + check(not unknown, f"{architecture}: linked with {', '.join(unknown)}"))
+          + check(not unknown, f"{name}, {architecture}: linked with {', '.join(unknown)}"))
     counts = collections.Counter(library for _, library, _ in symbols)
     print("  undefined         "
           + ", ".join(f"{count} of {name}" for name, count in sorted(counts.items(), key=lambda each: -each[1])))
     print(f"  C++ and runtime   {len(newer)} newer than {text_of(minimum)}   "
-          + check(not newer, f"{architecture}: newer than {text_of(minimum)}: {', '.join(newer)}"))
+          + check(not newer, f"{name}, {architecture}: newer than {text_of(minimum)}: {', '.join(newer)}"))
     print(f"  weak              {', '.join(weak) or 'none'}   "
           + check(not strong and not absent,
-                  f"{architecture}: not weak: {', '.join(strong) or 'none'}; missing: {', '.join(absent) or 'none'}"))
+                  f"{name}, {architecture}: not weak: {', '.join(strong) or 'none'}; missing: {', '.join(absent) or 'none'}"))
     if architecture == "arm64":  # which starts nothing that is not signed
         signed = "LC_CODE_SIGNATURE" in commands
-        print("  signature         " + ("ad hoc" if signed else "none") + "   " + check(signed, "arm64: not signed"))
+        print("  signature         " + ("ad hoc" if signed else "none") + "   " + check(signed, f"{name}, arm64: not signed"))
 
 
 def check_bundle(bundle):
@@ -162,13 +168,39 @@ def check_bundle(bundle):
     return os.path.join(contents, "MacOS", information["CFBundleExecutable"])
 
 
-def main():
-    program = check_bundle(sys.argv[1])
+def check_tool(program, version):
+    """The property list in the program itself, which names it and its version."""
+    name = os.path.basename(program)
+    for architecture in MINIMUM:
+        lines = tool("objdump", "--macho", f"--arch={architecture}", "--section=__TEXT,__info_plist", "--full-contents",
+                     program)
+        bytes_of = re.findall(r"^\s*[0-9a-f]{8,16}\t?((?: [0-9a-f]{2})+|(?: ?[0-9a-f]{8}){1,4})", lines, re.M)
+        content = bytes.fromhex("".join(bytes_of).replace(" ", ""))
+        try:
+            information = plistlib.loads(content.rstrip(b"\0"))
+        except (ValueError, plistlib.InvalidFileException):
+            information = {}
+        check(information.get("CFBundleIdentifier") == name, f"{name}, {architecture}: does not name itself")
+        check(information.get("CFBundleVersion") == version, f"{name}, {architecture}: another version than the application's")
+    print(f"\n{program}: {name} {version}")
+
+
+def report_all(program, is_tool=False):
     architectures = tool("lipo", "-archs", program).split()
     print(f"architectures       {', '.join(architectures)}   "
-          + check(sorted(architectures) == sorted(MINIMUM), "not the two architectures"))
+          + check(sorted(architectures) == sorted(MINIMUM), f"{program}: not the two architectures"))
     for architecture in architectures:
-        report(program, architecture)
+        report(program, architecture, is_tool)
+
+
+def main():
+    bundle, *tools = sys.argv[1:]
+    report_all(check_bundle(bundle))
+    with open(os.path.join(bundle, "Contents", "Info.plist"), "rb") as file:
+        version = plistlib.load(file)["CFBundleVersion"]
+    for program in tools:
+        check_tool(program, version)
+        report_all(program, is_tool=True)
     print()
     for failure in failures:
         print("FAILED: " + failure)

@@ -3,6 +3,7 @@
 #include "platform/macos/system/Foundation.h"
 
 #include <map>
+#include <unistd.h>
 
 namespace platform {
 
@@ -33,13 +34,16 @@ DistributedNotificationObserver::~DistributedNotificationObserver()
     observations().erase(found);
 }
 
+// A daemon has no session of its own, and what it posts is for everybody's.
 bool postDistributedNotification(const std::string& name)
 {
     @autoreleasepool {
-        [NSDistributedNotificationCenter.defaultCenter postNotificationName:foundation::string(name)
-                                                                     object:nil
-                                                                   userInfo:nil
-                                                         deliverImmediately:YES];
+        CFOptionFlags options = kCFNotificationDeliverImmediately;
+        if (::geteuid() == 0)
+            options |= kCFNotificationPostToAllSessions;
+        CFNotificationCenterPostNotificationWithOptions(CFNotificationCenterGetDistributedCenter(),
+                                                        (__bridge CFStringRef)foundation::string(name), nullptr,
+                                                        nullptr, options);
         return true;
     }
 }

@@ -1,6 +1,7 @@
 #include "platform/SystemInformation.h"
 
 #include "platform/macos/system/Foundation.h"
+#include "platform/Root.h"
 
 #include <unistd.h>
 
@@ -60,7 +61,7 @@ void disableSuddenTermination()
 
 std::string systemPath(std::string_view path)
 {
-    return std::string(path);
+    return systemRoot().append(path);
 }
 
 bool fileExists(const std::string& path)
