@@ -39,6 +39,8 @@ struct BackupEvent {
     // Of the last command that ran: its exit status, or the negative number of the signal that ended it. 126 and 127:
     // it cannot be run, or is not there. nullopt when the backup vanished, or never began.
     std::optional<int> status;
+    // Why it failed, in words with a full stop, where more than the status is known.
+    std::string reason = {};
 
     bool operator==(const BackupEvent&) const = default;
 };
