@@ -162,14 +162,19 @@ private:
         }
         void fire()
         {
-            {
-                const std::lock_guard lock(mutex);
-                const auto now = clock == Clock::SinceEpoch ? readClocks().sinceEpoch : readClocks().sinceBoot;
-                if (!moment || now < *moment)
-                    return;
-                moment.reset();
-            }
-            telling.tell();
+            if (hasCome())
+                telling.tell();
+            else
+                arm(); // the moment of the start was moved a little meanwhile
+        }
+        bool hasCome()
+        {
+            const std::lock_guard lock(mutex);
+            const auto now = clock == Clock::SinceEpoch ? readClocks().sinceEpoch : readClocks().sinceBoot;
+            if (!moment || now < *moment)
+                return false;
+            moment.reset();
+            return true;
         }
         void cancel() { set(std::nullopt); }
 

@@ -14,12 +14,42 @@ namespace {
 NSString* const globalIPv4 = @"State:/Network/Global/IPv4";
 NSString* const globalIPv6 = @"State:/Network/Global/IPv6";
 
+NSDictionary* valueOf(SCDynamicStoreRef store, NSString* key)
+{
+    return CFBridgingRelease(SCDynamicStoreCopyValue(store, (__bridge CFStringRef)key));
+}
+
+bool isTunnel(NSString* interface)
+{
+    for (NSString* const kind in @[ @"utun", @"ipsec", @"ppp", @"tun", @"tap", @"gif", @"stf" ]) {
+        if ([interface hasPrefix:kind])
+            return true;
+    }
+    return false;
+}
+
+// Of the first service in the user's order that has a way out of its own.
+NSString* interfaceBelowTunnel(SCDynamicStoreRef store)
+{
+    NSArray* const order = valueOf(store, @"Setup:/Network/Global/IPv4")[@"ServiceOrder"];
+    for (NSString* const service in order) {
+        for (NSString* const kind in @[ @"IPv4", @"IPv6" ]) {
+            NSDictionary* const state =
+                valueOf(store, [NSString stringWithFormat:@"State:/Network/Service/%@/%@", service, kind]);
+            NSString* const interface = state[@"InterfaceName"];
+            if (interface && state[@"Router"] && !isTunnel(interface))
+                return interface;
+        }
+    }
+    return nil;
+}
+
 NSString* primaryInterface(SCDynamicStoreRef store)
 {
     for (NSString* const key in @[ globalIPv4, globalIPv6 ]) {
-        NSDictionary* const state = CFBridgingRelease(SCDynamicStoreCopyValue(store, (__bridge CFStringRef)key));
-        if (NSString* const interface = state[@"PrimaryInterface"])
-            return interface;
+        NSString* const interface = valueOf(store, key)[@"PrimaryInterface"];
+        if (interface)
+            return isTunnel(interface) ? interfaceBelowTunnel(store) : interface;
     }
     return nil;
 }
@@ -43,7 +73,7 @@ NetworkRoute readRoute(SCDynamicStoreRef store)
         if (!interface)
             return {.isKnown = true, .isWired = false, .interface = {}};
         NSString* const key = [NSString stringWithFormat:@"State:/Network/Interface/%@/Link", interface];
-        NSDictionary* const link = CFBridgingRelease(SCDynamicStoreCopyValue(store, (__bridge CFStringRef)key));
+        NSDictionary* const link = valueOf(store, key);
         const bool hasCarrier = [link[@"Active"] boolValue];
         return {.isKnown = true,
                 .isWired = hasCarrier && isEthernet(interface),
@@ -65,8 +95,9 @@ public:
                 SCDynamicStoreCreate(kCFAllocatorDefault, CFSTR("com.zerkolin.brevane"), changed, &context));
             if (!_store)
                 return;
-            SCDynamicStoreSetNotificationKeys(store(), (__bridge CFArrayRef) @[ globalIPv4, globalIPv6 ],
-                                              (__bridge CFArrayRef) @[ @"State:/Network/Interface/.*/Link" ]);
+            SCDynamicStoreSetNotificationKeys(
+                store(), (__bridge CFArrayRef) @[ globalIPv4, globalIPv6 ],
+                (__bridge CFArrayRef) @[ @"State:/Network/Interface/.*/Link", @"State:/Network/Service/.*/IPv[46]" ]);
             SCDynamicStoreSetDispatchQueue(store(), machineEventsQueue());
             const std::lock_guard lock(_mutex);
             _route = readRoute(store());

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <mutex>
 #include <unistd.h>
 
 namespace platform {
@@ -10,6 +11,9 @@ std::expected<std::unique_ptr<Process>, int> Process::start(const std::string& p
                                                             const std::vector<std::string>& arguments)
 {
     const auto pointers = ChildProcess::pointers(path, arguments);
+    // Of two processes made at once neither may get an end of the other's pipe, which would keep it open.
+    static std::mutex making;
+    const std::lock_guard guard(making);
     int ends[2];
     if (::pipe(ends) != 0)
         return std::unexpected(errno);

@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #import <IOKit/pwr_mgt/IOPMLib.h>
+#include <libproc.h>
+#include <sys/param.h>
 #include <unistd.h>
 
 namespace platform {
@@ -24,6 +26,21 @@ bool preventsSleep(NSDictionary* assertion)
     return level.intValue != 0 && [types containsObject:type];
 }
 
+// As it calls itself; empty when it has ended.
+std::string nameOfProcess(pid_t process)
+{
+    char name[2 * MAXCOMLEN + 1] = "";
+    const int length = ::proc_name(process, name, sizeof name);
+    return {name, static_cast<std::size_t>(std::max(length, 0))};
+}
+
+// The system's own power management holds one as long as a display is on, which is no program that prevents sleep.
+// Time Machine's are no hindrance of a backup but a sign of one.
+bool isOfSystem(const std::string& process)
+{
+    return process == "powerd" || process == "backupd" || process == "backupd-helper";
+}
+
 SleepPreventers readPreventers()
 {
     @autoreleasepool {
@@ -35,11 +52,13 @@ SleepPreventers readPreventers()
         for (NSNumber* const number in processes) {
             if (number.intValue == ::getpid())
                 continue;
+            const auto process = nameOfProcess(number.intValue);
+            if (isOfSystem(process))
+                continue;
             for (NSDictionary* const assertion in processes[number]) {
-                NSString* const process = assertion[@"Process Name"];
-                NSString* const name = process ? process : assertion[(__bridge NSString*)kIOPMAssertionNameKey];
+                NSString* const name = assertion[(__bridge NSString*)kIOPMAssertionNameKey];
                 if (preventsSleep(assertion))
-                    preventers.names.push_back(name ? foundation::string(name) : std::string());
+                    preventers.names.push_back(process.empty() ? foundation::string(name) : process);
             }
         }
         std::sort(preventers.names.begin(), preventers.names.end());
