@@ -14,6 +14,9 @@ inline constexpr const char* LastSucceeded = "LastSucceeded"; // date: the end o
 inline constexpr const char* Failures = "Failures";           // integer: in a row
 inline constexpr const char* Program =
     "Program"; // string: the backup program's name for people; absent: none is chosen
+// Array of strings, sentences in English: what the system keeps from the helper, as far as it was found out at its
+// start. Absent when there is nothing to say.
+inline constexpr const char* Notes = "Notes";
 inline constexpr const char* Upcoming = "Upcoming"; // array of dictionaries, earliest first, with the keys below
 inline constexpr const char* Journal = "Journal";   // array of dictionaries, newest first, with the keys below
 

@@ -114,6 +114,8 @@ std::vector<std::string> notes(const BackupStatus& status, const std::optional<S
     if (applied && missesEntries(*applied))
         notes.push_back(localizedString("Some times of day lie in the daily suspension. Their backups are missed each "
                                         "time."));
+    for (const auto& note : status.notes)
+        notes.push_back(localizedString(note));
     return notes;
 }
 

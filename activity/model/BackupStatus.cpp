@@ -51,6 +51,7 @@ BackupStatus BackupStatus::fromReply(const Dictionary& reply)
     status.lastSucceeded = instantOf(reply.find(BackupStatusKey::LastSucceeded));
     status.failures = reply.integerForKey(BackupStatusKey::Failures);
     status.program = textForKey(reply, BackupStatusKey::Program);
+    status.notes = textsOf(reply.arrayForKey(BackupStatusKey::Notes));
     for (const auto* const moment : dictionariesOf(reply, BackupStatusKey::Upcoming)) {
         if (const auto at = instantOf(moment->find(BackupStatusKey::At)))
             status.upcoming.push_back({.at = *at,

@@ -36,6 +36,7 @@ struct BackupStatus {
     std::optional<scheduling::Instant> lastSucceeded; // the end of the last one that succeeded
     std::int64_t failures = 0;                        // in a row
     std::string program;                              // as a person reads it; empty when none is chosen
+    std::vector<std::string> notes;                   // sentences in English
     std::vector<scheduling::Upcoming> upcoming;       // earliest first
     std::vector<scheduling::JournalEntry> journal;    // newest first
 

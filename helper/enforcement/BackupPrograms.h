@@ -26,6 +26,9 @@ public:
     virtual bool preventsSleep() const = 0;
     virtual std::vector<std::string> folders() const = 0; // that are backed up, as far as it has to be told
 
+    // What a person has to know about it here: sentences, as they were at the start. None, usually.
+    virtual std::vector<std::string> notes() const { return {}; }
+
     // Otherwise a sentence that says what is missing.
     virtual std::expected<platform::BackupJob, std::string> job(const std::string& identifier) const = 0;
     // Whether a status is a success of the program of that identifier.

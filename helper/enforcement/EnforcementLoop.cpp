@@ -128,11 +128,11 @@ void EnforcementLoop::resumeBackup(Now now, bool mayComeToLife)
     }
     const auto last = _runner->lastEnd();
     if (last && last->identifier == _state.identifier)
-        end(last->status, now);
+        end(last->status, last->reason, now);
     else if (mayComeToLife && now.clock - *memory.lastStart < startedJustNow)
         _lifeLimit->set(platform::readClocks().sinceBoot + lifeLimit);
     else
-        end(std::nullopt, now);
+        end(std::nullopt, {}, now);
 }
 
 void EnforcementLoop::setZone(Now now)
@@ -186,7 +186,7 @@ void EnforcementLoop::backupEvent(const BackupEvent& event)
     const Now now = catchUp();
     const bool isOurs = _scheduler.memory().runs() && event.identifier == _state.identifier;
     if (isOurs && event.kind == BackupEvent::Kind::Ended)
-        end(event.status, now);
+        end(event.status, event.reason, now);
     else if (isOurs)
         ZRKLogMessage(LogLevelError, "The backup takes more than twice its usual time. It is left alone.");
     settle(now);
@@ -308,12 +308,12 @@ std::optional<std::string> EnforcementLoop::run(const std::string& identifier)
     return std::nullopt;
 }
 
-void EnforcementLoop::end(std::optional<int> status, Now now)
+void EnforcementLoop::end(std::optional<int> status, const std::string& reason, Now now)
 {
     if (_parts.program->isSuccess(_state.program, status))
         succeed(now);
     else
-        fail(EnforcementWords::failureOf(status), now);
+        fail(reason.empty() ? EnforcementWords::failureOf(status) : reason, now);
 }
 
 void EnforcementLoop::succeed(Now now)
@@ -386,7 +386,7 @@ platform::Dictionary EnforcementLoop::status()
 {
     const Now now = catchUp();
     settle(now);
-    return statusReply(_scheduler, now, _state.journal, _parts.program->name());
+    return statusReply(_scheduler, now, _state.journal, _parts.program->name(), _parts.program->notes());
 }
 
 } // namespace helper

@@ -76,7 +76,8 @@ private:
     // False when maintenance has begun. A failure to start is an end like any other.
     bool start(scheduling::Scheduler::Start how, std::optional<scheduling::Instant> due, scheduling::Now now);
     std::optional<std::string> run(const std::string& identifier);
-    void end(std::optional<int> status, scheduling::Now now);
+    // The reason is empty when the status says all.
+    void end(std::optional<int> status, const std::string& reason, scheduling::Now now);
     void fail(const std::string& why, scheduling::Now now);
     void succeed(scheduling::Now now);
     void finish();

@@ -1,5 +1,6 @@
 #include "helper/enforcement/StatusReply.h"
 
+#include "platform/Texts.h"
 #include "protocol/BackupStatus.h"
 #include "scheduling/InstantText.h"
 #include "scheduling/Scheduler.h"
@@ -49,7 +50,7 @@ void setDate(Dictionary& reply, const char* key, std::optional<scheduling::Insta
 } // namespace
 
 Dictionary statusReply(const Scheduler& scheduler, scheduling::Now now, const Journal& journal,
-                       const std::string& program)
+                       const std::string& program, const std::vector<std::string>& notes)
 {
     const auto status = scheduler.status(now);
     const auto& memory = scheduler.memory();
@@ -67,6 +68,8 @@ Dictionary statusReply(const Scheduler& scheduler, scheduling::Now now, const Jo
     setDate(reply, BackupStatusKey::LastSucceeded, memory.lastSucceeded);
     if (!program.empty())
         reply.set(BackupStatusKey::Program, program);
+    if (!notes.empty())
+        reply.set(BackupStatusKey::Notes, platform::arrayOf(notes));
     return reply;
 }
 

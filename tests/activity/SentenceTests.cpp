@@ -114,6 +114,8 @@ TEST_CASE("what else is to be known stands in the notes, and nothing else does")
     CHECK(notesOf(told::reply(), told::dailyAt({9})).empty());
     CHECK(notesOf(replyWith({{"Failures", 1}})).empty());
     CHECK(notesOf(replyWith({{"Failures", 3}})) == Lines{"Failed backups in a row: 3."});
+    CHECK(notesOf(replyWith({{"Notes", platform::Array{"Something is kept from it.", "And more."}}}))
+          == Lines{"Something is kept from it.", "And more."});
     CHECK(notesOf(replyWith({{"Program", ""}})) == Lines{"No backup program is chosen."});
     CHECK(notesOf(replyWith({{"State", "blocked"}, {"Due", told::date("2026-10-24T11:00:00Z")}}))
           == Lines{"Due since: Today, 13:00."});

@@ -128,9 +128,9 @@ void EnforcedMachine::setClockBy(std::chrono::seconds amount)
     flush();
 }
 
-void EnforcedMachine::endBackup(std::optional<int> status)
+void EnforcedMachine::endBackup(std::optional<int> status, const std::string& reason)
 {
-    scripted::backups::end(status);
+    scripted::backups::end(status, reason);
     flush();
 }
 

@@ -34,7 +34,7 @@ public:
     void advanceTo(const std::string& time); // "hh:mm:ss" of the first day
     void sleep(std::chrono::seconds time);
     void setClockBy(std::chrono::seconds amount);
-    void endBackup(std::optional<int> status);
+    void endBackup(std::optional<int> status, const std::string& reason = {});
 
     void runOtherBackup(bool runs);
     void chooseProgram(bool isChosen, bool preventsSleep = false);

@@ -196,6 +196,17 @@ TEST_CASE("a failed backup is told with its status and is due again after 5 minu
     CHECK(machine.told().back() == "The backup failed: its program was ended by signal 9. Due again at 09:20.");
 }
 
+TEST_CASE("a failed backup is told with its reason where there is one")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00"}));
+    machine.advanceTo("09:00:00");
+    machine.endBackup(2, "it was stopped.");
+    CHECK(machine.told().back() == "The backup failed: it was stopped. Due again at 09:05.");
+    machine.advance(minutes(5));
+    machine.endBackup(0, "it was stopped.");
+    CHECK(machine.told().back() == "The backup succeeded; it took 0 seconds.");
+}
+
 TEST_CASE("a backup that ends with a warning of its program has succeeded")
 {
     EnforcedMachine machine(EnforcedMachine::everyMinutes(5));

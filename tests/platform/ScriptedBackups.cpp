@@ -119,13 +119,14 @@ private:
     std::shared_ptr<LockFollower> _follower;
 };
 
-void endRunning(std::optional<int> status, bool leavesTrace)
+void endRunning(std::optional<int> status, const std::string& reason, bool leavesTrace)
 {
     auto& machine = Machine::shared();
     const std::lock_guard lock(machine.mutex);
     if (!machine.running)
         return;
-    const BackupEvent event{.kind = BackupEvent::Kind::Ended, .identifier = *machine.running, .status = status};
+    const BackupEvent event{
+        .kind = BackupEvent::Kind::Ended, .identifier = *machine.running, .status = status, .reason = reason};
     machine.running.reset();
     if (leavesTrace)
         machine.lastEnd = event;
@@ -170,14 +171,14 @@ void setStartObserver(std::function<void(const platform::BackupJob&)> observer)
     Machine::shared().startObserver = std::move(observer);
 }
 
-void end(std::optional<int> status)
+void end(std::optional<int> status, const std::string& reason)
 {
-    endRunning(status, true);
+    endRunning(status, reason, true);
 }
 
 void vanish()
 {
-    endRunning(std::nullopt, false);
+    endRunning(std::nullopt, {}, false);
 }
 
 void becomeOverdue()

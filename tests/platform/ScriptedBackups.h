@@ -18,9 +18,9 @@ void setStartFailure(std::optional<platform::Error> error); // of every start fr
 // Sees each start before the program runs.
 void setStartObserver(std::function<void(const platform::BackupJob&)> observer);
 
-void end(std::optional<int> status); // the one that runs
-void vanish();                       // the same, without a trace for those who come later
-void becomeOverdue();                // the one that runs
+void end(std::optional<int> status, const std::string& reason = {}); // the one that runs
+void vanish();        // the same, without a trace for those who come later
+void becomeOverdue(); // the one that runs
 
 void setLockHeld(bool isHeld); // by another program
 
