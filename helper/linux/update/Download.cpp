@@ -1,6 +1,7 @@
 #include "helper/update/Download.h"
 
 #include "helper/linux/update/DownloadUnit.h"
+#include "helper/update/AddressRules.h"
 #include "platform/SystemInformation.h"
 
 #include <cerrno>
@@ -14,11 +15,7 @@ namespace helper {
 
 namespace {
 
-constexpr long connectSeconds = 20;
-constexpr std::chrono::seconds feedTime{30};
-constexpr std::chrono::seconds packageTime{3600};
-constexpr long maximumRedirections = 5;
-constexpr long successStatus = 200;
+constexpr long successStatus = AddressRules::SuccessStatus;
 
 using CurlHandle = std::unique_ptr<CURL, decltype([](CURL* curl) { curl_easy_cleanup(curl); })>;
 using CurlAddress = std::unique_ptr<CURLU, decltype([](CURLU* url) { curl_url_cleanup(url); })>;
@@ -123,11 +120,12 @@ void setLimits(CURL* curl, const std::string& url, std::uint64_t limit, std::chr
 {
     // Never follows a redirect from https to http.
     curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "https,http,file");
-    curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR, url.starts_with("http:") ? "https,http" : "https");
+    curl_easy_setopt(curl, CURLOPT_REDIR_PROTOCOLS_STR,
+                     AddressRules::mayRedirect(url.substr(0, url.find(':')), "http") ? "https,http" : "https");
     curl_easy_setopt(curl, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(curl, CURLOPT_MAXREDIRS, maximumRedirections);
+    curl_easy_setopt(curl, CURLOPT_MAXREDIRS, static_cast<long>(AddressRules::MaximumRedirections));
     curl_easy_setopt(curl, CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limit));
-    curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, std::min<long>(connectSeconds, patience.count()));
+    curl_easy_setopt(curl, CURLOPT_CONNECTTIMEOUT, std::min(AddressRules::ConnectTime, patience).count());
     curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
     curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, static_cast<long>(patience.count()));
     curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
@@ -155,7 +153,7 @@ Download::Outcome<platform::Data> Download::fetch(const std::string& url, std::u
                                                   const GivenUp& isGivenUp) const
 {
     platform::Data content;
-    const Terms terms{limit, std::min(feedTime, _configuration.patience), isGivenUp};
+    const Terms terms{limit, std::min(AddressRules::FeedTime, _configuration.patience), isGivenUp};
     auto done = perform(url, terms, [&content](std::span<const std::uint8_t> bytes) {
         content.insert(content.end(), bytes.begin(), bytes.end());
         return 0;
@@ -167,7 +165,7 @@ Download::Outcome<platform::Data> Download::fetch(const std::string& url, std::u
 
 Download::Outcome<void> Download::save(const std::string& url, std::uint64_t limit, int file) const
 {
-    return perform(url, {limit, packageTime, {}}, [file](std::span<const std::uint8_t> bytes) {
+    return perform(url, {limit, AddressRules::PackageTime, {}}, [file](std::span<const std::uint8_t> bytes) {
         while (!bytes.empty()) {
             auto count = ::write(file, bytes.data(), bytes.size());
             if (count < 0 && errno == EINTR)
@@ -226,9 +224,8 @@ std::optional<std::string> Download::resolve(const std::string& text, const std:
     if (curl_url_set(address.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK)
         return std::nullopt;
     const auto scheme = partOf(address.get(), CURLUPART_SCHEME);
-    bool isTrusted =
-        scheme == "https" || (scheme == "http" && baseScheme != "https") || (scheme == "file" && baseScheme == "file");
-    return isTrusted ? std::optional(partOf(address.get(), CURLUPART_URL)) : std::nullopt;
+    return AddressRules::mayName(baseScheme, scheme) ? std::optional(partOf(address.get(), CURLUPART_URL))
+                                                     : std::nullopt;
 }
 
 bool Download::isWebAddress(const std::string& text)
@@ -237,7 +234,7 @@ bool Download::isWebAddress(const std::string& text)
     if (!address || curl_url_set(address.get(), CURLUPART_URL, text.c_str(), 0) != CURLUE_OK)
         return false;
     const auto scheme = partOf(address.get(), CURLUPART_SCHEME);
-    return scheme == "https" || scheme == "http";
+    return AddressRules::isOfWeb(scheme);
 }
 
 } // namespace helper
