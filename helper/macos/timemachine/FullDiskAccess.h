@@ -25,12 +25,12 @@ FullDiskAccess fullDiskAccess();
 bool asksForFullDiskAccess(std::string_view output);
 
 // In words, without a full stop at the end.
-inline constexpr const char* FullDiskAccessMissing =
-    "the scheduler helper has no Full Disk Access, which is given in the system's settings under Privacy & Security";
+inline constexpr const char* FullDiskAccessMissing = "the background scheduler has no Full Disk Access, which is given "
+                                                     "in the system's settings under Privacy & Security";
 
-// What the status shows at the start when it is missing.
-inline constexpr const char* FullDiskAccessNotice =
-    "Without Full Disk Access for the scheduler helper (system settings, Privacy & Security), Time Machine's record of "
-    "backups cannot be read, and local snapshots may not be listed or removed.";
+// The note about it in the status.
+inline constexpr const char* FullDiskAccessNotice = "The background scheduler has no Full Disk Access, so it cannot "
+                                                    "read what Time Machine remembers of its backups, and may "
+                                                    "be unable to remove local snapshots.";
 
 } // namespace helper

@@ -1,7 +1,7 @@
 #include "helper/macos/timemachine/TimeMachineRunner.h"
 #include "helper/macos/timemachine/TimeMachineWatch.h"
 #include "platform/Queue.h"
-#include "tests/timemachine/StandInTool.h"
+#include "tests/helper-macos/StandInTool.h"
 
 #include <atomic>
 #include <condition_variable>

@@ -29,7 +29,7 @@ BackupMemory memory(scheduling::Instant newest, std::int64_t result = 0)
 
 } // namespace
 
-TEST_CASE("Time Machine's settings tell the newest backup of all disks and the last attempt's result")
+TEST_CASE("the settings of Time Machine tell the newest backup of all disks and the last attempt's result")
 {
     const Array destinations{
         Dictionary{{"SnapshotDates", Array{dateOf(100), dateOf(300), dateOf(200)}}, {"RESULT", 0}},

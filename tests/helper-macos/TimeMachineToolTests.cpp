@@ -1,7 +1,7 @@
 #include "helper/macos/commands/Command.h"
 #include "helper/macos/timemachine/FullDiskAccess.h"
 #include "helper/macos/timemachine/TimeMachineTool.h"
-#include "tests/timemachine/StandInTool.h"
+#include "tests/helper-macos/StandInTool.h"
 
 #include <cerrno>
 #include <doctest/doctest.h>
@@ -64,7 +64,7 @@ TEST_CASE("a command that takes too long is ended")
     CHECK(std::chrono::steady_clock::now() - before < std::chrono::seconds(30));
 }
 
-TEST_CASE("Time Machine is asked by the verbs of its tool")
+TEST_CASE("what is asked of Time Machine is asked by the verbs of its tool")
 {
     const StandInTool standIn;
     const auto tool = standIn.tool();
@@ -118,7 +118,7 @@ TEST_CASE("a snapshot without a date is told as a failure")
     CHECK(standIn.tool().makeSnapshot().error() == "tmutil did not say which snapshot it has made");
 }
 
-TEST_CASE("Full Disk Access that Time Machine's tool lacks is told in words of ours")
+TEST_CASE("missing Full Disk Access is told in words of ours")
 {
     const StandInTool standIn;
     standIn.complain(
@@ -127,12 +127,13 @@ TEST_CASE("Full Disk Access that Time Machine's tool lacks is told in words of o
         "Full Disk Access in the Privacy\ntab of the Security & Privacy preference pane, and add Terminal\n"
         "to the list of applications which are allowed Full Disk Access.\n",
         80);
-    CHECK(standIn.tool().snapshotDates().error()
-          == "the scheduler helper has no Full Disk Access, which is given in the system's settings under Privacy & "
-             "Security");
+    CHECK(
+        standIn.tool().snapshotDates().error()
+        == "the background scheduler has no Full Disk Access, which is given in the system's settings under Privacy & "
+           "Security");
 }
 
-TEST_CASE("Full Disk Access is told by what opening the system's files comes to")
+TEST_CASE("whether there is Full Disk Access is told by what opening the system's files comes to")
 {
     const auto told = [](int first, int second) {
         return helper::fullDiskAccess({"first", "second"},
