@@ -15,12 +15,13 @@ target_link_options(brevane_options INTERFACE -Wl,-dead_strip)
 # CFBundleVersion: the release and, counted up by whoever packages it, the build.
 set(BREVANE_BUILD_NUMBER 1 CACHE STRING "Number of the build within the release")
 
-# Gives a program without a bundle the property list that names it and its version.
+# Gives a program without a bundle the property list that names it and its version, and links it with what it uses alone: a
+# daemon must not load what windows need.
 function(brevane_tool target)
     get_target_property(BREVANE_TOOL ${target} OUTPUT_NAME)
     set(made "${CMAKE_CURRENT_BINARY_DIR}/${BREVANE_TOOL}.plist")
     configure_file("${CMAKE_SOURCE_DIR}/resources/macos/Tool.plist.in" "${made}" @ONLY)
-    target_link_options(${target} PRIVATE "LINKER:-sectcreate,__TEXT,__info_plist,${made}")
+    target_link_options(${target} PRIVATE "LINKER:-sectcreate,__TEXT,__info_plist,${made}" -Wl,-dead_strip_dylibs)
     set_target_properties(${target} PROPERTIES LINK_DEPENDS "${made}")
 endfunction()
 

@@ -13,7 +13,7 @@ MINIMUM = {"x86_64": (10, 9), "arm64": (11, 0)}
 
 # All that the program may be linked with.
 FRAMEWORKS = {"AppKit", "CoreFoundation", "CoreGraphics", "CoreServices", "DiskArbitration", "Foundation", "IOKit",
-              "Security", "ServiceManagement"}
+              "Security", "ServiceManagement", "SystemConfiguration"}
 # Programs without a window are linked with none of its frameworks.
 TOOL_FRAMEWORKS = {"CoreFoundation", "CoreServices", "DiskArbitration", "Foundation", "IOKit", "Security", "SystemConfiguration"}
 LIBRARIES = {"/usr/lib/libSystem.B.dylib", "/usr/lib/libc++.1.dylib", "/usr/lib/libobjc.A.dylib"}
@@ -172,14 +172,9 @@ def check_tool(program, version):
     """The property list in the program itself, which names it and its version."""
     name = os.path.basename(program)
     for architecture in MINIMUM:
-        lines = tool("objdump", "--macho", f"--arch={architecture}", "--section=__TEXT,__info_plist", "--full-contents",
-                     program)
-        bytes_of = re.findall(r"^\s*[0-9a-f]{8,16}\t?((?: [0-9a-f]{2})+|(?: ?[0-9a-f]{8}){1,4})", lines, re.M)
-        content = bytes.fromhex("".join(bytes_of).replace(" ", ""))
-        try:
-            information = plistlib.loads(content.rstrip(b"\0"))
-        except (ValueError, plistlib.InvalidFileException):
-            information = {}
+        held = tool("objdump", "--macho", f"--arch={architecture}", "--section=__TEXT,__info_plist", program)
+        found = re.search(r"<\?xml.*</plist>", held, re.S)
+        information = plistlib.loads(found.group().encode()) if found else {}
         check(information.get("CFBundleIdentifier") == name, f"{name}, {architecture}: does not name itself")
         check(information.get("CFBundleVersion") == version, f"{name}, {architecture}: another version than the application's")
     print(f"\n{program}: {name} {version}")
