@@ -52,8 +52,9 @@ def definitions(text):
     opened = []
     for character in re.sub(r"^[ \t]*#[^\n]*", "", text, flags=re.M):
         if character == "{":
-            is_namespace = depth == 0 and bool(namespaces.match(statement))
-            is_hidden = is_namespace and statement.split() == ["namespace"]
+            last = statement.strip().split("\n")[-1]  # what stands before may be Objective-C's, without an end of its own
+            is_namespace = depth == 0 and bool(namespaces.match(last))
+            is_hidden = is_namespace and last.split() == ["namespace"]
             if depth == 0 and not is_namespace:
                 found.update(name_of(statement))
             opened.append("hidden" if is_hidden else "namespace" if is_namespace else "body")
@@ -75,6 +76,7 @@ def definitions(text):
 
 def name_of(statement):
     """The function that a statement before a body defines."""
+    statement = re.sub(r"^\s*@\w+.*$", "", statement, flags=re.M)
     statement = re.sub(r"\)\s*:\s.*", ")", statement, count=1, flags=re.S)  # without a constructor's list
     match = re.search(r"([\w:~]+(?:<[^<>()]*>)?)\s*\(", statement)
     if not match or re.match(r"^\s*(class|struct|union|enum)\b", statement):

@@ -64,6 +64,10 @@ class PortsTests(unittest.TestCase):
         hidden = "namespace {\nbool isReady()\n{\n    return true;\n}\n}\n"
         self.assertEqual(self.lacking(port("linux", "Linux"), port("macos", "Mac", facility=hidden)), ["macOS lacks isReady"])
 
+    def test_objective_c_before_a_definition_is_no_matter(self):
+        mixed = "}\n@interface Own : NSObject\n@end\n@implementation Own\n- (void)doIt\n{\n}\n@end\n\nnamespace platform {\nbool isReady()\n{\n    return true;\n}\n"
+        self.assertEqual(self.lacking(port("linux", "Linux"), port("macos", "Mac", facility=mixed)), [])
+
     def test_what_the_helper_does_not_include_is_no_matter(self):
         unused = port("linux", "Linux")
         unused["platform/linux/system/Unused.cpp"] = "namespace platform {\nbool isUnused()\n{\n    return true;\n}\n}\n"
