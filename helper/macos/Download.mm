@@ -266,7 +266,13 @@ Download::Outcome<void> Download::save(const std::string& url, std::uint64_t lim
                    [file](std::span<const std::uint8_t> bytes) { return append(file, bytes); });
 }
 
+// The helper has its network here.
 Download::Outcome<void> Download::perform(const std::string& url, const Terms& terms, const Sink& sink) const
+{
+    return performHere(url, terms, sink);
+}
+
+Download::Outcome<void> Download::performHere(const std::string& url, const Terms& terms, const Sink& sink) const
 {
     @autoreleasepool {
         NSURL* const address = urlOf(url);
