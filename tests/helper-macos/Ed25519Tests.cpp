@@ -15,7 +15,7 @@ using helper::Ed25519;
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
-using Signature = std::array<std::uint8_t, 64>;
+using SignatureBytes = std::array<std::uint8_t, 64>;
 using Key = std::unique_ptr<EVP_PKEY, decltype([](EVP_PKEY* key) { EVP_PKEY_free(key); })>;
 using Digest = std::unique_ptr<EVP_MD_CTX, decltype([](EVP_MD_CTX* digest) { EVP_MD_CTX_free(digest); })>;
 
@@ -39,7 +39,7 @@ Array arrayOf(std::string_view hexadecimal)
     return array;
 }
 
-bool verifiesByLibrary(const Ed25519::PublicKey& key, const Bytes& text, const Signature& signature)
+bool verifiesByLibrary(const Ed25519::PublicKey& key, const Bytes& text, const SignatureBytes& signature)
 {
     const Key loaded(EVP_PKEY_new_raw_public_key(EVP_PKEY_ED25519, nullptr, key.data(), key.size()));
     const Digest context(EVP_MD_CTX_new());
@@ -48,7 +48,7 @@ bool verifiesByLibrary(const Ed25519::PublicKey& key, const Bytes& text, const S
 }
 
 // Both, which must say the same.
-bool verifies(const Ed25519::PublicKey& key, const Bytes& text, const Signature& signature)
+bool verifies(const Ed25519::PublicKey& key, const Bytes& text, const SignatureBytes& signature)
 {
     const bool ours = Ed25519::verifies(key, text, signature);
     CHECK(ours == verifiesByLibrary(key, text, signature));
@@ -58,7 +58,7 @@ bool verifies(const Ed25519::PublicKey& key, const Bytes& text, const Signature&
 struct Signed {
     Ed25519::PublicKey key{};
     Bytes text;
-    Signature signature{};
+    SignatureBytes signature{};
 };
 
 // With a new key.
@@ -91,7 +91,7 @@ constexpr const char* firstSignature = "e5564300c360ac729086e2cc806e828a84877f1e
 TEST_CASE("the standard's own signatures of Ed25519 verify")
 {
     const auto check = [](const char* key, const char* text, const char* signature) {
-        return verifies(arrayOf<Ed25519::PublicKey>(key), bytesOf(text), arrayOf<Signature>(signature));
+        return verifies(arrayOf<Ed25519::PublicKey>(key), bytesOf(text), arrayOf<SignatureBytes>(signature));
     };
     CHECK(check(firstKey, "", firstSignature));
     CHECK(check("3d4017c3e843895a92b70aa74d1b7ebc9c982ccf2ec4968cc0cd55f12af4660c", "72",
@@ -136,7 +136,7 @@ TEST_CASE("random keys and signatures verify nothing")
     std::mt19937 random(7);
     for (int round = 0; round < 200; ++round) {
         Ed25519::PublicKey key{};
-        Signature signature{};
+        SignatureBytes signature{};
         std::ranges::copy(randomBytes(random, key.size()), key.begin());
         std::ranges::copy(randomBytes(random, signature.size()), signature.begin());
         signature.back() &= 0x0f; // the second half may be in its range
@@ -150,7 +150,7 @@ TEST_CASE("a signature whose second half is written with the order added to it v
                                                  0xa2, 0xde, 0xf9, 0xde, 0x14, 0,    0,    0,    0,    0,    0,
                                                  0,    0,    0,    0,    0,    0,    0,    0,    0,    0x10};
     const auto key = arrayOf<Ed25519::PublicKey>(firstKey);
-    auto signature = arrayOf<Signature>(firstSignature);
+    auto signature = arrayOf<SignatureBytes>(firstSignature);
     unsigned carry = 0;
     for (std::size_t index = 0; index < order.size(); ++index) {
         carry += static_cast<unsigned>(signature[32 + index]) + order[index];
@@ -162,7 +162,7 @@ TEST_CASE("a signature whose second half is written with the order added to it v
 
 TEST_CASE("a key that is no point of the curve, or not written in its one right form, verifies nothing")
 {
-    const auto signature = arrayOf<Signature>(firstSignature);
+    const auto signature = arrayOf<SignatureBytes>(firstSignature);
     // y is 2, which no point has; y is the modulus and more; x is 0 and said to be odd
     for (const char* const key : {"0200000000000000000000000000000000000000000000000000000000000000",
                                   "edffffffffffffffffffffffffffffffffffffffffffffffffffffffffffff7f",
@@ -172,7 +172,7 @@ TEST_CASE("a key that is no point of the curve, or not written in its one right 
         CHECK_FALSE(Ed25519::verifies(arrayOf<Ed25519::PublicKey>(key), {}, signature));
 
     // The neutral point is a key whose signatures anybody can make: 0 times the base point. In another form it is none.
-    Signature neutral{};
+    SignatureBytes neutral{};
     neutral[0] = 1;
     CHECK(verifies(arrayOf<Ed25519::PublicKey>("0100000000000000000000000000000000000000000000000000000000000000"), {},
                    neutral));
