@@ -1,6 +1,6 @@
 """Boots a Debian system in a container and plays stories in it.
 
-    boot.py --root FOLDER --package FILE... [--pictures FOLDER] STORY...
+    boot.py --root FOLDER [--suite NAME] --package FILE... [--pictures FOLDER] STORY...
 
 The root folder is made when it is not there, and not changed otherwise: each run has a layer of its own upon it. Needs root,
 systemd-container and, where the root folder must be made, mmdebstrap and a Debian mirror. What is in the way is told as
@@ -16,13 +16,15 @@ import tempfile
 import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-SUITE = "bookworm"
+SUITE = "bookworm"  # unless another is named
+UBUNTU = ("jammy", "noble")
 LIMIT = 480  # seconds
 FETCH_LIMIT = 300  # seconds, so that a slow mirror leaves time for the stories
 LONGEST_REST = 120  # seconds
 RESTART = 133  # what systemd-nspawn ends with when the system inside wants to be started again
 PLACE = "srv/story"  # below the root
-PROGRAMS = ["systemd", "systemd-sysv", "dbus", "polkitd", "udev", "libpam-systemd", "btrfs-progs", "borgbackup", "python3", "python3-dbus"]
+PROGRAMS = ["systemd", "systemd-sysv", "dbus", "polkitd", "udev", "libpam-systemd", "btrfs-progs", "borgbackup", "passwd", "python3",
+            "python3-dbus"]
 MORE_PROGRAMS = {"software": ["packagekit", "gpg", "gpg-agent"], "feeds": ["ca-certificates", "python3-cryptography", "openssl"],
                  "window": ["xvfb", "openbox", "xdotool", "at-spi2-core", "python3-gi", "gir1.2-atspi-2.0", "fonts-dejavu-core",
                             "imagemagick"]}  # that a story needs
@@ -52,15 +54,17 @@ def dependencies_of(package):
     return [each.split("|")[0].split("(")[0].strip() for each in told.split(",")]
 
 
-def mirror():
-    """Where this machine itself gets Debian from."""
-    told = subprocess.run(["apt-get", "indextargets", "--format", "$(REPO_URI) $(CODENAME) $(COMPONENT)", "Created-By: Packages"],
-                          capture_output=True, text=True, check=False).stdout
+def mirror(suite):
+    """Where the suite is had from: for Debian where this machine itself gets it."""
+    if suite in UBUNTU:
+        return "deb http://archive.ubuntu.com/ubuntu " + suite + " main universe"
+    told = subprocess.run(["apt-get", "indextargets", "--format", "$(REPO_URI) $(COMPONENT)", "Origin: Debian", "Label: Debian",
+                           "Created-By: Packages"], capture_output=True, text=True, check=False).stdout
     for line in told.splitlines():
-        address, codename, component = line.rsplit(" ", 2)
-        if (codename, component) == (SUITE, "main"):
-            return address
-    return "http://deb.debian.org/debian"
+        address, component = line.rsplit(" ", 1)
+        if component == "main":
+            return f"deb {address} {suite} main"
+    return f"deb http://deb.debian.org/debian {suite} main"
 
 
 def wanted_packages(package, stories):
@@ -79,38 +83,40 @@ def present_packages(root):
         return None
 
 
-def make_root(root, packages):
+def make_root(root, packages, suite):
     if not shutil.which("mmdebstrap"):
         raise Impossible("mmdebstrap is not installed")
     new = root + ".new"
     shutil.rmtree(new, ignore_errors=True)
     os.makedirs(os.path.dirname(os.path.abspath(root)), exist_ok=True)
     wanted = ",".join(sorted(packages))
-    print(f"Fetching Debian into {root}.", flush=True)
-    fetch = ["timeout", str(FETCH_LIMIT), "mmdebstrap", "--quiet", "--variant=apt", "--include=" + wanted, SUITE, new, mirror()]
+    print(f"Fetching {suite} into {root}.", flush=True)
+    fetch = ["timeout", str(FETCH_LIMIT), "mmdebstrap", "--quiet", "--variant=apt", "--include=" + wanted, suite, new, mirror(suite)]
     made = subprocess.run(fetch, stdin=subprocess.DEVNULL, capture_output=True, text=True, check=False)
     if made.returncode != 0:
         shutil.rmtree(new, ignore_errors=True)
         if made.returncode == 124:  # what timeout ends with
-            raise Impossible(f"Debian could not be fetched within {FETCH_LIMIT} s")
+            raise Impossible(f"{suite} could not be fetched within {FETCH_LIMIT} s")
         said = [line for line in (made.stdout + made.stderr).splitlines() if line.strip()]
-        raise Impossible("Debian could not be fetched: " + (said[-1] if said else "mmdebstrap said nothing"))
+        raise Impossible(f"{suite} could not be fetched: " + (said[-1] if said else "mmdebstrap said nothing"))
     shutil.rmtree(root, ignore_errors=True)
     os.rename(new, root)
     write(root + ".packages", wanted)
 
 
-def see_whether_possible(root, package, stories):
+def see_whether_possible():
     if os.geteuid() != 0:
         raise Impossible("a system is booted as root")
     if not shutil.which("systemd-nspawn"):
         raise Impossible("systemd-container is not installed")
-    wanted = wanted_packages(package, stories)
+
+
+def bring_root(root, wanted, suite):
     present = present_packages(root)
-    if not os.path.isfile(os.path.join(root, "usr/lib/systemd/systemd")):
-        make_root(root, wanted)
+    if not os.path.isfile(os.path.join(root, "usr/bin/apt-get")):
+        make_root(root, wanted, suite)
     elif present is not None and not wanted <= present:
-        make_root(root, wanted)
+        make_root(root, wanted | present, suite)
 
 
 def write(path, content):
@@ -208,11 +214,13 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--root", required=True, help="the folder with Debian in it")
     parser.add_argument("--package", action="append", required=True, help="of the present version, and then of later ones")
+    parser.add_argument("--suite", default=SUITE, help="what is in it")
     parser.add_argument("--pictures", help="the folder for what was photographed")
     parser.add_argument("story", nargs="+")
     arguments = parser.parse_args()
     try:
-        see_whether_possible(arguments.root, arguments.package[0], arguments.story)
+        see_whether_possible()
+        bring_root(arguments.root, wanted_packages(arguments.package[0], arguments.story), arguments.suite)
         if os.environ.get("BREVANE_BOOT") != "inside":  # what is mounted ends with the namespace
             os.environ["BREVANE_BOOT"] = "inside"
             os.execvp("unshare", ["unshare", "-m", "--propagation", "private", sys.executable, "-B"] + sys.argv)

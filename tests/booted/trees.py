@@ -7,7 +7,7 @@ from inside import HERE
 MEMORY = os.path.join(HERE, "tree")
 LOOKED_AT = ("/boot", "/etc", "/home", "/opt", "/root", "/usr", "/var")
 # What the system itself writes at any time.
-OTHERS = ("/var/cache", "/var/lib/apt", "/var/lib/dpkg", "/var/lib/systemd", "/var/log/apt", "/var/log/journal", "/var/tmp",
+OTHERS = ("/var/cache", "/var/lib/PackageKit", "/var/lib/apt", "/var/lib/dpkg", "/var/lib/systemd", "/var/log/apt", "/var/log/journal", "/var/tmp",
           "/var/log/dpkg.log", "/var/lib/polkit-1", "/root/.cache", "/root/.config", "/var/log/wtmp", "/var/log/lastlog",
           "/var/log/alternatives.log", "/etc/ld.so.cache", "/home")
 

@@ -54,15 +54,22 @@ constexpr const char* confinement[] = {
 constexpr const char* variables[] = {"http_proxy",  "https_proxy", "all_proxy", "no_proxy",
                                      "HTTPS_PROXY", "ALL_PROXY",   "NO_PROXY"};
 
+std::string assignment(std::string name, const std::string& value)
+{
+    name += '=';
+    name += value;
+    return name;
+}
+
 std::vector<std::string> properties(const UpdateConfiguration& configuration, std::chrono::seconds time)
 {
     std::vector<std::string> all(std::begin(confinement), std::end(confinement));
-    all.push_back("RuntimeMaxSec=" + std::to_string((time + timeToEnd).count()));
+    all.push_back(assignment("RuntimeMaxSec", std::to_string((time + timeToEnd).count())));
     if (!configuration.authorities.empty())
-        all.push_back(std::string("LoadCredential=") + credential + ":" + configuration.authorities);
+        all.push_back(assignment("LoadCredential", credential + (":" + configuration.authorities)));
     for (const char* const name : variables) {
         if (const char* const value = std::getenv(name))
-            all.push_back(std::string("Environment=") + name + "=" + value);
+            all.push_back(assignment("Environment", assignment(name, value)));
     }
     return all;
 }
