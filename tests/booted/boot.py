@@ -18,6 +18,7 @@ import time
 HERE = os.path.dirname(os.path.abspath(__file__))
 SUITE = "bookworm"  # unless another is named
 UBUNTU = ("jammy", "noble")
+UBUNTUS_KEYS = "/usr/share/keyrings/ubuntu-archive-keyring.gpg"
 LIMIT = 480  # seconds
 FETCH_LIMIT = 300  # seconds, so that a slow mirror leaves time for the stories
 LONGEST_REST = 120  # seconds
@@ -86,6 +87,8 @@ def present_packages(root):
 def make_root(root, packages, suite):
     if not shutil.which("mmdebstrap"):
         raise Impossible("mmdebstrap is not installed")
+    if suite in UBUNTU and not os.path.exists(UBUNTUS_KEYS):
+        raise Impossible(f"{suite} cannot be fetched: the keys of its archive are not on this machine, in {UBUNTUS_KEYS}")
     new = root + ".new"
     shutil.rmtree(new, ignore_errors=True)
     os.makedirs(os.path.dirname(os.path.abspath(root)), exist_ok=True)
@@ -98,7 +101,8 @@ def make_root(root, packages, suite):
         if made.returncode == 124:  # what timeout ends with
             raise Impossible(f"{suite} could not be fetched within {FETCH_LIMIT} s")
         said = [line for line in (made.stdout + made.stderr).splitlines() if line.strip()]
-        raise Impossible(f"{suite} could not be fetched: " + (said[-1] if said else "mmdebstrap said nothing"))
+        faults = [line for line in said if line.startswith(("E:", "Err:"))] or said
+        raise Impossible(f"{suite} could not be fetched: " + (faults[0] if faults else "mmdebstrap said nothing"))
     shutil.rmtree(root, ignore_errors=True)
     os.rename(new, root)
     write(root + ".packages", wanted)
