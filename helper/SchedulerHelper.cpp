@@ -5,6 +5,7 @@
 #include "helper/SettingsValidator.h"
 #include "messaging/ZRKAuthorizationManager.h"
 #include "platform/SystemInformation.h"
+#include "protocol/BackupProgram.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
 #include "protocol/Schedule.h"
@@ -168,7 +169,10 @@ void SchedulerHelper::serveEnforcement()
                _enforcer.startNow([turn = call.turn, completion](auto outcome) { completion(std::move(outcome)); });
            }});
     serve(BRVMessageGetBackupProgram, {{}, Lane::Reading, false, [this](const Call&, const Completion& completion) {
-                                           completion(_program->reply());
+                                           auto reply = _program->reply();
+                                           if (!_settings.wasApplied())
+                                               reply.set(BackupProgramKey::NeverApplied, true);
+                                           completion(std::move(reply));
                                            _enforcer.conditionsChanged(); // one may have been installed
                                        }});
     serve(BRVMessageSetBackupProgram,

@@ -29,7 +29,9 @@ bool isAcceptable(const Dictionary& stored)
 
 SettingsStore::SettingsStore(const std::string& path) : _file(path, isAcceptable)
 {
-    keep(_file.open().value_or(defaultScheduleSettings()));
+    auto stored = _file.open();
+    _wasApplied = stored.has_value();
+    keep(stored ? std::move(*stored) : defaultScheduleSettings());
 }
 
 std::shared_ptr<const Dictionary> SettingsStore::settings() const
@@ -48,9 +50,11 @@ platform::Result<void> SettingsStore::setSettings(const Dictionary& settings)
 {
     auto written = _file.write(settings);
     if (written) {
+        _wasApplied = true;
         keep(settings);
     } else if (auto current = _file.read()) {
         // The failure may have come after the file was replaced.
+        _wasApplied = true;
         keep(std::move(*current));
     }
     return written;

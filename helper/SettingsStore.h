@@ -3,6 +3,7 @@
 #include "helper/PropertyListFile.h"
 #include "platform/ServiceConnection.h"
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -18,6 +19,9 @@ public:
     // Any thread; never waits for the disk.
     std::shared_ptr<const platform::Dictionary> settings() const;
 
+    // Whether a record was ever stored. Any thread.
+    bool wasApplied() const { return _wasApplied; }
+
     // The reply to the message that asks for them, encoded once for all who ask. The same.
     platform::ServiceDictionary reply() const;
 
@@ -28,6 +32,7 @@ private:
     void keep(platform::Dictionary settings);
 
     PropertyListFile _file;
+    std::atomic<bool> _wasApplied = false;
     mutable std::mutex _lock;
     std::shared_ptr<const platform::Dictionary> _settings;
     platform::ServiceDictionary _reply;

@@ -8,6 +8,9 @@ inline constexpr const char* Program = "Program"; // string: its identifier; abs
 inline constexpr const char* Fields = "Fields";   // dictionary: what the program needs, by the keys of its fields
 inline constexpr const char* PreventSleep = "PreventSleep"; // boolean: the computer stays awake during a backup
 
+// Only in the reply, and only true: no schedule was ever applied on this machine.
+inline constexpr const char* NeverApplied = "NeverApplied";
+
 // Only in the reply: an array of dictionaries, one a program that can be chosen, with the keys below and Program. First
 // comes what is best for who has none.
 inline constexpr const char* Programs = "Programs";

@@ -4,6 +4,7 @@
 #include "protocol/BackupProgram.h"
 #include "protocol/ErrorCodes.h"
 #include "protocol/Messages.h"
+#include "protocol/ScheduleRanges.h"
 #include "protocol/ScheduleSettings.h"
 #include "tests/helper/RunningHelper.h"
 #include "tests/helper/SettingsRecords.h"
@@ -172,6 +173,24 @@ TEST_CASE("the chosen program is stored and served with what can be chosen, and 
     CHECK(errorIn(change(helper, BRVMessageSetBackupProgram, choice)).domain == BRVErrorDomain);
     CHECK(errorIn(change(helper, BRVMessageSetBackupProgram, "borg")).domain == ZRKMessagerErrorDomain);
     CHECK(*program().stringForKey(BackupProgramKey::Program) == "borg");
+}
+
+TEST_CASE("with the program it is told that no schedule was ever applied, until one is, whatever it says")
+{
+    RunningHelper helper(Answer::Authorized);
+    const auto isTold = [&] {
+        const auto reply = resultIn(helper.send({{"message", BRVMessageGetBackupProgram}}));
+        return reply.dictionary()->find(BackupProgramKey::NeverApplied) != nullptr;
+    };
+    CHECK(isTold());
+    helper.program().kill();
+    helper.start();
+    CHECK(isTold());
+    REQUIRE(resultIn(change(helper, BRVMessageApplySettings, defaultScheduleSettings())).dictionary());
+    CHECK_FALSE(isTold());
+    helper.program().kill();
+    helper.start();
+    CHECK_FALSE(isTold());
 }
 
 TEST_CASE("within 90 seconds of an apply of every minute there is a real archive, and the journal tells it")

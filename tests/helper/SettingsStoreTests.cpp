@@ -129,6 +129,20 @@ TEST_CASE("a stored record is the whole file, a binary property list, and is ser
     CHECK(*SettingsStore(path).settings() == record);
 }
 
+TEST_CASE("a store knows whether a record was ever stored, over restarts and whatever the record says")
+{
+    TemporaryDirectory folder;
+    auto path = folder.file("settings.plist");
+    {
+        SettingsStore store(path);
+        CHECK_FALSE(store.wasApplied());
+        CHECK_FALSE(SettingsStore(path).wasApplied());
+        REQUIRE(store.setSettings(defaultScheduleSettings()).has_value());
+        CHECK(store.wasApplied());
+    }
+    CHECK(SettingsStore(path).wasApplied());
+}
+
 TEST_CASE("a stored record that lacks values or is marked as disabled is served as it is")
 {
     TemporaryDirectory folder;
