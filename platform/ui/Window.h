@@ -30,6 +30,8 @@ public:
     // Brings it to the front and gives it the keyboard.
     void makeKeyAndOrderFront();
     void close();
+    // Runs each time that the window closes, whoever closes it, while it is still there. Replaces the one before.
+    void setCloseHandler(std::function<void()> handler);
 
     struct Native;
     explicit Window(std::unique_ptr<Native> native);

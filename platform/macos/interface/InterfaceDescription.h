@@ -38,6 +38,7 @@ struct Element {
     double width = 0;       // of a field or an explanation; at least this of others. 0: as the content needs
     double height = 0;      // at least
     bool isDefault = false; // the button that Return presses
+    bool isCancel = false;  // the button that Escape presses
     bool isHidden = false;
     bool isSelectable = false; // the text of a label
     bool isText = false;       // a field's content is a text, not a number; it takes what a row has left

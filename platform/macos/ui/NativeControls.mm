@@ -46,6 +46,8 @@ NSButton* newButton(const Element& element)
     button.font = [NSFont systemFontOfSize:NSFont.systemFontSize];
     if (element.isDefault)
         button.keyEquivalent = @"\r";
+    if (element.isCancel)
+        button.keyEquivalent = @"\033";
     return button;
 }
 

@@ -38,7 +38,10 @@ namespace platform::ui {
 
 Window::Window(std::unique_ptr<Native> native) : _native(std::move(native)) { }
 
-Window::~Window() = default;
+Window::~Window()
+{
+    setCloseHandler(nullptr);
+}
 
 std::string Window::identifier() const
 {
@@ -105,6 +108,18 @@ void Window::makeKeyAndOrderFront()
 void Window::close()
 {
     [_native->window close];
+}
+
+void Window::setCloseHandler(std::function<void()> handler)
+{
+    NSNotificationCenter* const center = NSNotificationCenter.defaultCenter;
+    if (_native->closeObserver)
+        [center removeObserver:_native->closeObserver];
+    _native->closeObserver = handler ? [center addObserverForName:NSWindowWillCloseNotification
+                                                           object:_native->window
+                                                            queue:nil
+                                                       usingBlock:^(NSNotification*) { handler(); }]
+                                     : nil;
 }
 
 } // namespace platform::ui

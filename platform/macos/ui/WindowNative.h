@@ -10,6 +10,7 @@ struct Window::Native {
     NSWindow* window;
     std::shared_ptr<View> contentView;
     id undo = nil; // what the window's undo manager calls, which does not keep it
+    id closeObserver = nil;
 };
 
 } // namespace platform::ui

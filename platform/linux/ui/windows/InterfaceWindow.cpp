@@ -70,9 +70,20 @@ QPushButton* InterfaceWindow::buttonForReturn() const
     return nullptr;
 }
 
+QPushButton* InterfaceWindow::buttonForEscape() const
+{
+    for (auto* const button : findChildren<QPushButton*>()) {
+        if (button->property("answersEscape").toBool() && button->isVisible() && button->isEnabled())
+            return button;
+    }
+    return nullptr;
+}
+
 void InterfaceWindow::closeEvent(QCloseEvent* event)
 {
     QMainWindow::closeEvent(event);
+    if (event->isAccepted() && _closeHandler)
+        _closeHandler();
     if (!menuWidget() || !event->isAccepted())
         return;
     for (auto* const widget : QApplication::topLevelWidgets()) {
@@ -153,7 +164,8 @@ void InterfaceWindow::hideEvent(QHideEvent* event)
 void InterfaceWindow::keyPressEvent(QKeyEvent* event)
 {
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    if (auto* const button = isReturn ? buttonForReturn() : nullptr)
+    const bool isEscape = event->key() == Qt::Key_Escape;
+    if (auto* const button = isReturn ? buttonForReturn() : isEscape ? buttonForEscape() : nullptr)
         return button->click();
     // The menu's key, which does not work while the window that has the menus shows a sheet.
     if (!menuWidget() && event->matches(QKeySequence::Close)) {

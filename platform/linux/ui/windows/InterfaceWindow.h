@@ -9,8 +9,8 @@ class QPushButton;
 
 namespace platform::ui {
 
-// A window whose default button answers Return, and whose Tab key visits its controls from top to bottom however its
-// rows came and went.
+// A window whose default button answers Return, whose button with the property "answersEscape" answers Escape, and
+// whose Tab key visits its controls from top to bottom however its rows came and went.
 class InterfaceWindow : public QMainWindow {
     Q_OBJECT
 
@@ -25,6 +25,7 @@ public:
     void setUndo(std::function<void()> undo) { _undo = std::move(undo); }
     bool canUndo() const { return static_cast<bool>(_undo); }
     void undo();
+    void setCloseHandler(std::function<void()> handler) { _closeHandler = std::move(handler); }
 
 protected:
     bool event(QEvent* event) override;
@@ -41,8 +42,10 @@ private:
     QSize leastSize() const;
     void scrollContent();
     QPushButton* buttonForReturn() const;
+    QPushButton* buttonForEscape() const;
 
     std::function<void()> _undo;
+    std::function<void()> _closeHandler;
     bool _ordersTabsByPosition = false;
     std::string _frameKey; // of the user defaults; empty for a window that is not remembered
 };

@@ -86,4 +86,9 @@ void Window::close()
     _native->window->close();
 }
 
+void Window::setCloseHandler(std::function<void()> handler)
+{
+    _native->window->setCloseHandler(std::move(handler));
+}
+
 } // namespace platform::ui
