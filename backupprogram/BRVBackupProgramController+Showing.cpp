@@ -1,5 +1,6 @@
 #include "backupprogram/BRVBackupProgramController.h"
 #include "backupprogram/ChoiceWords.h"
+#include "backupprogram/PopUpTitles.h"
 #include "platform/BackupFacility.h"
 #include "platform/Localization.h"
 #include "protocol/BackupProgram.h"
@@ -35,7 +36,6 @@ void BRVBackupProgramController::update()
 
 void BRVBackupProgramController::updatePrograms()
 {
-    auto& popUp = *_outlets->programPopUp;
     std::vector<std::string> titles{localizedString("None")};
     int selected = 0;
     if (_offer) {
@@ -45,17 +45,8 @@ void BRVBackupProgramController::updatePrograms()
             titles.push_back(ChoiceWords::title(each));
         }
     }
-    while (popUp.numberOfItems() > static_cast<int>(titles.size()))
-        popUp.removeItemAtIndex(popUp.numberOfItems() - 1);
-    for (int index = 0; index < static_cast<int>(titles.size()); ++index) {
-        const auto& title = titles[static_cast<std::size_t>(index)];
-        if (index == popUp.numberOfItems())
-            popUp.addItem(title, nullptr);
-        else if (popUp.itemTitleAtIndex(index) != title)
-            popUp.setItemTitleAtIndex(index, title);
-    }
-    popUp.selectItemAtIndex(selected);
-    popUp.setEnabled(_offer.has_value());
+    showTitles(*_outlets->programPopUp, titles, selected);
+    _outlets->programPopUp->setEnabled(_offer.has_value());
 }
 
 void BRVBackupProgramController::updateState()

@@ -129,6 +129,8 @@ void BRVBackupProgramController::takeOffer(ProgramOffer offer)
         _history = DraftHistory(ProgramDraft::of(_offer->chosen));
     if (isFirst)
         takeKeptEdits();
+    if (const auto begun = std::exchange(_begunEdits, std::nullopt))
+        _history.edit(*begun);
 }
 
 void BRVBackupProgramController::takeKeptEdits()

@@ -11,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 // The window in which the backup program is chosen, set up and tried. Edits live in it until they are sent, also while
@@ -24,6 +25,8 @@ public:
     std::string windowNibName() const;
     // Loads the window the first time, brings it to the front and asks what is there now.
     void showWindow();
+    // Edits that were begun elsewhere, before the window was ever shown.
+    void setEdits(ProgramDraft edits) { _begunEdits = std::move(edits); }
     // Keeps what was not sent for the next run of the application.
     void keepEdits() const;
 
@@ -99,8 +102,9 @@ private:
     std::shared_ptr<ZRKStackView> _stackView;
     std::optional<ProgramOffer> _offer; // nothing until the helper has answered
     DraftHistory _history;
-    std::string _unavailable; // why the helper does not answer
-    std::string _fault;       // what is wrong with the choice that was sent
+    std::optional<ProgramDraft> _begunEdits; // until the helper has answered
+    std::string _unavailable;                // why the helper does not answer
+    std::string _fault;                      // what is wrong with the choice that was sent
     std::string _faultyKey;
     std::string _testResult;
     bool _isChoosing = false;

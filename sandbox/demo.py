@@ -81,6 +81,7 @@ def play(sandbox, virtual):
     os.makedirs(PICTURES, exist_ok=True)
     os.environ.update(sandbox.variables)
     with Desktop(virtual=virtual) as desktop:
+        sandbox.settle(DidDismissFirstStart=True)  # also without a backup program
         sandbox.start_authority(desktop.environment)
         application = sandbox.start_application(desktop.environment)
         try:

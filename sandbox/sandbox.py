@@ -24,6 +24,7 @@ APPLICATION = "brevane"
 POST_UPDATE = "com.zerkolin.brevane.post-update"
 SETTINGS = "Library/Preferences/" + SERVICE + ".plist"
 PROGRAM = "Library/Preferences/com.zerkolin.brevane.program.plist"
+DEFAULTS = "home/Library/Preferences/com.zerkolin.brevane.application.plist"
 UPDATES = "feed/configuration.plist"
 SUPPLIES = "sys/class/power_supply"
 PLUG = SUPPLIES + "/AC/online"
@@ -128,6 +129,21 @@ class Sandbox:
             fields = {"Folders": [self.path("home")], "Repository": self.path("repository")}
             with open(self.path(PROGRAM), "wb") as file:
                 plistlib.dump({"Program": "borg", "Fields": fields}, file)
+
+    def defaults(self):
+        """What the application remembers for its user."""
+        try:
+            with open(self.path(DEFAULTS), "rb") as file:
+                return plistlib.load(file)
+        except FileNotFoundError:
+            return {}
+
+    def settle(self, **questions):
+        """Whether the application's questions, by the keys of its user defaults, were answered before it is started."""
+        os.makedirs(os.path.dirname(self.path(DEFAULTS)), exist_ok=True)
+        defaults = {**self.defaults(), **questions}
+        with open(self.path(DEFAULTS), "wb") as file:
+            plistlib.dump({key: value for key, value in defaults.items() if value}, file)
 
     def set_power(self, is_plugged):
         """The machine is one with a battery; another one than this one perhaps."""

@@ -85,6 +85,12 @@ void BREditorController::applicationDidFinishLaunching()
         return;
     }
     updateSettings();
+    if (!beginFirstStart())
+        showMainWindowAtFirst();
+}
+
+void BREditorController::showMainWindowAtFirst()
+{
     _outlets.window->layoutIfNeeded();
     _outlets.window->center();
     _outlets.window->makeKeyAndOrderFront();
@@ -98,9 +104,15 @@ bool BREditorController::applicationShouldTerminateAfterLastWindowClosed()
 bool BREditorController::applicationDidReopen(bool hasWindowInFront)
 {
     // Not over the window that the user left, while the launch still fetches the schedule, nor when it is over.
-    if (hasWindowInFront || !_outlets.window->isVisible())
+    if (hasWindowInFront)
         return false;
-    showMainWindow();
+    if (_outlets.window->isVisible()) {
+        showMainWindow();
+        return true;
+    }
+    if (!_firstStartController || !_firstStartController->isVisible())
+        return false;
+    _firstStartController->showWindow();
     return true;
 }
 

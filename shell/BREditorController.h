@@ -4,6 +4,7 @@
 #include "backupprogram/BRVBackupProgramController.h"
 #include "diagnostics/console/BRVConsoleController.h"
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
+#include "firststart/BRVFirstStartController.h"
 #include "layout/ZRKStackView.h"
 #include "platform/Error.h"
 #include "platform/NotificationCenter.h"
@@ -93,6 +94,11 @@ private:
     void connectMenuItems();
     void connect(const std::shared_ptr<platform::ui::MenuItem>& item, void (BREditorController::*action)());
 
+    // False where there is nothing to lead through.
+    bool beginFirstStart();
+    void endFirstStart(const BRVFirstStartController::End& end);
+    void showMainWindowAtFirst();
+
     std::shared_ptr<BRVViewController> editorForMode(int mode);
     EditorState stateOfControls() const;
     void showState(const EditorState& state);
@@ -134,6 +140,7 @@ private:
     std::optional<platform::NotificationObserver> _updateFails;
 
     // The other windows, each made when it is first asked for.
+    std::shared_ptr<BRVFirstStartController> _firstStartController;
     std::shared_ptr<BRVPreferencesController> _preferencesController;
     std::shared_ptr<BRVBackupProgramController> _backupProgramController;
     std::shared_ptr<BRVConsoleController> _consoleController;

@@ -8,13 +8,13 @@
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackupFacility.h"
 #include "tests/platform/ScriptedNotifications.h"
+#include "tests/shell/support/OpenPanelUser.h"
 #include "tests/shell/support/WindowWatch.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <algorithm>
 #include <doctest/doctest.h>
 #include <QApplication>
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QTest>
 
@@ -28,22 +28,6 @@ const char* const chooseButton = "chooseProgramButton";
 const char* const testButton = "testProgramButton";
 const char* const undoButton = "undoProgramButton";
 const char* const popUp = "programPopUp";
-
-QFileDialog& panel()
-{
-    QFileDialog* found = nullptr;
-    REQUIRE(user::runEventsUntil(
-        [&found] {
-            for (auto* const widget : QApplication::topLevelWidgets()) {
-                auto* const dialog = qobject_cast<QFileDialog*>(widget);
-                if (dialog && dialog->isVisible())
-                    found = dialog;
-            }
-            return found != nullptr;
-        },
-        5000));
-    return *found;
-}
 
 std::vector<std::string> rowsOf(const char* table)
 {
@@ -100,18 +84,13 @@ void BackupProgramTest::select(const std::string& program)
 
 void BackupProgramTest::answerPanel(const std::string& path)
 {
-    auto& dialog = panel();
-    auto* const name = dialog.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-    REQUIRE(name);
-    name->setText(QString::fromStdString(path));
-    QTest::keyClick(&dialog, Qt::Key_Return);
-    REQUIRE(user::runEventsUntil([&] { return !QApplication::activeModalWidget(); }, 5000));
+    answerOpenPanel(path);
     BackupProgramTest::settle();
 }
 
 void BackupProgramTest::cancelPanel()
 {
-    panel().reject();
+    cancelOpenPanel();
     BackupProgramTest::settle();
 }
 

@@ -10,7 +10,7 @@ import sys
 import threading
 import time
 
-from stories import DEFAULTS, Story, expect, run, wait_for  # and where the sandbox is
+from stories import Story, expect, run, wait_for  # and where the sandbox is
 
 import feed
 from desktop import Failure
@@ -34,9 +34,6 @@ NOT_CHECKED = "Brevane was unable to check for updates."
 class Lifecycle(Story):
     # What is kept
 
-    def defaults(self):
-        return self._read(DEFAULTS)
-
     def installs_updates(self):
         return self._read(UPDATES).get("Enabled", False)
 
@@ -59,7 +56,7 @@ class Lifecycle(Story):
         return found
 
     def forget_question(self):
-        os.remove(self.sandbox.path(DEFAULTS))
+        self.sandbox.settle(DidAskAboutAutoUpdates=False)
 
     # The windows
 
@@ -156,7 +153,8 @@ class Lifecycle(Story):
         self.answer_alert(QUESTION, "You can change this setting at any time from the preferences.", "Maybe Later",
                           ANSWERS)
         self.wait_for_end()
-        expect(self.defaults() == {"DidAskAboutAutoUpdates": True}, f"the defaults are {self.defaults()}")
+        expect(self.sandbox.defaults() == {"DidAskAboutAutoUpdates": True, "DidDismissFirstStart": True},
+               f"the defaults are {self.sandbox.defaults()}")
         expect(not self.installs_updates(), "automatic updates are on")
         self.start_application()
         self.desktop.find("frame", "Brevane")
@@ -298,7 +296,7 @@ class Lifecycle(Story):
         self.application.wait(3)  # it takes one at most, where nothing else runs
         expect(self.application.returncode == 0, f"it ended with {self.application.returncode}")
         expect(not self.installs_updates(), "automatic updates are on")
-        expect(not self.defaults().get("DidAskAboutAutoUpdates"), "the question counts as answered")
+        expect(not self.sandbox.defaults().get("DidAskAboutAutoUpdates"), "the question counts as answered")
 
     def help_opens_in_the_users_language(self):
         programs, opened = self.sandbox.path("programs"), self.sandbox.path("opened")
@@ -421,14 +419,14 @@ class Lifecycle(Story):
             file.write("a line\n")
         self.choose_from_menu("r", "Uninstall Brevane.*")
         self.answer_alert(UNINSTALL, "You can't undo this action.", "Cancel", ["Uninstall", "Cancel"])
-        expect(os.path.exists(logs) and self.defaults(), "something is gone already")
+        expect(os.path.exists(logs) and self.sandbox.defaults(), "something is gone already")
 
         self.choose_from_menu("r", "Uninstall Brevane.*")
         self.answer_alert(UNINSTALL, "You can't undo this action.", "Uninstall", ["Uninstall", "Cancel"])
         self.answer_prompt("Authenticate")
         wait_for("the product's folder to go", lambda: not os.path.exists(self.sandbox.path("Library/Brevane")))
         expect(not os.path.exists(logs), "the log is still there")
-        expect(not self.defaults(), "the defaults are still there")
+        expect(not self.sandbox.defaults(), "the defaults are still there")
         self.expect_no_alert()
 
         # The application goes on until it is quit, and brings nothing back.
@@ -441,7 +439,7 @@ class Lifecycle(Story):
             self.desktop.wait_gone("frame", name)
             self.wait_active("Brevane")
         self.quit_application()
-        expect(not self.defaults(), "the defaults are there again")
+        expect(not self.sandbox.defaults(), "the defaults are there again")
         left = self.product_files()
         expect(not left, f"{left} are still there, or again")
 

@@ -16,15 +16,16 @@ sys.path.insert(0, os.path.join(SOURCE, "sandbox"))
 sys.dont_write_bytecode = True
 
 from desktop import Desktop, Failure, wait_for  # noqa: E402
-from sandbox import BORG, PROGRAM, SETTINGS, TOOL, Sandbox  # noqa: E402
+from sandbox import BORG, DEFAULTS, PROGRAM, SETTINGS, TOOL, Sandbox  # noqa: E402
 
-DEFAULTS = "home/Library/Preferences/com.zerkolin.brevane.application.plist"
 APPLIED = "Settings applied successfully."
 ENFORCED = "Brevane will now enforce the new scheduling."
 NO_PROGRAM = "No backup program is chosen."
 ALREADY = "Settings already applied."
 FAILED = "Failed to apply settings."
 NOT_FETCHED = "Could not get settings."
+WELCOME = "Welcome to Brevane"
+PASSING = ("run", "var/log", "home/Library/Logs", "home/.cache")  # logs, sockets and what can be made anew
 UNREACHABLE = ("The background scheduler appears to be disabled. This is usually fixed by reinstalling the latest version "
                "available from the web site.")
 
@@ -47,27 +48,21 @@ class Story:
         os.environ.update(self.sandbox.variables)
         self.desktop = Desktop()
         self.application = None
-        self.settle_question()
+        # The first end of the application shall ask nothing, and its start show the main window.
+        self.sandbox.settle(DidAskAboutAutoUpdates=True, DidDismissFirstStart=True)
 
     def close(self):
         self.sandbox.end(self.application)
         self.desktop.close()
         self.sandbox.close()
 
-    def settle_question(self):
-        """The first end of the application shall ask nothing."""
-        path = self.sandbox.path(DEFAULTS)
-        os.makedirs(os.path.dirname(path), exist_ok=True)
-        with open(path, "wb") as file:
-            plistlib.dump({"DidAskAboutAutoUpdates": True}, file)
-
     # The programs
 
-    def start_all(self):
+    def start_all(self, window="Brevane"):
         self.sandbox.start_helper()
         self.sandbox.start_authority(self.desktop.environment)
         self.start_application()
-        self.desktop.find("frame", "Brevane")
+        self.desktop.find("frame", window)
 
     def start_application(self):
         self.application = self.sandbox.start_application(self.desktop.environment)
@@ -100,14 +95,17 @@ class Story:
         self.desktop.find("combo box", current).click()
         self.desktop.key("Home", *["Down"] * index, "Return")
 
+    def enter_text(self, name, text):
+        field = self.desktop.find("text", name)
+        field.click()
+        self.desktop.key("ctrl+a")
+        self.desktop.type(text)
+        wait_for(f"the text {text}", lambda: field.text == text)
+
     def enter_interval(self, count, unit=0):
         self.check("Back up automatically:?")
         self.choose("When Inactive|Interval|Times of Day", 1)
-        field = self.desktop.find("text", "Interval")
-        field.click()
-        self.desktop.key("ctrl+a")
-        self.desktop.type(str(count))
-        wait_for("the number", lambda: field.text == str(count))
+        self.enter_text("Interval", str(count))
         self.choose("minutes?|hours?|days?|weeks?", unit)
 
     def choose_calendar(self):
@@ -188,6 +186,17 @@ class Story:
 
     def stored(self):
         return self.sandbox.stored_settings()
+
+    def files(self):
+        """The content of every file below the root that tells how the machine is set up."""
+        content = {}
+        for folder, folders, names in os.walk(self.sandbox.root):
+            inside = os.path.relpath(folder, self.sandbox.root)
+            folders[:] = [name for name in folders if os.path.normpath(os.path.join(inside, name)) not in PASSING]
+            for name in names:
+                with contextlib.suppress(FileNotFoundError), open(os.path.join(folder, name), "rb") as file:
+                    content[os.path.normpath(os.path.join(inside, name))] = file.read()
+        return content
 
     def helper_log(self):
         path = self.sandbox.path("var/log/system.jsonl")
@@ -398,6 +407,68 @@ class Story:
         self.kill_helper()
         self.sandbox.start_helper()
         self.desktop.find("label", "Next backup: (Today|Tomorrow), .*")
+        self.quit_application()
+
+    def the_first_start_leads_to_a_chosen_program_and_an_applied_schedule(self):
+        if not os.path.exists(BORG):
+            raise Skipped("borg is not installed")
+        self.sandbox.settle(DidDismissFirstStart=False)
+        self.start_all(WELCOME)
+        expect(not self.desktop.is_shown("frame", "Brevane"), "the main window is there already")
+        expect(self.desktop.find("text", "Folder to back up").text == self.sandbox.path("home"), "another folder")
+        repository = self.sandbox.path("repository")
+        self.enter_text("Folder that the backups go to", "/etc/backups")
+        self.choose("When Inactive|Every Day", 1)
+        self.desktop.key("Tab")
+        time_field = self.desktop.find("spin button", "Time of the backup")
+        wait_for("the keyboard in the time", lambda: time_field.focused)
+        self.enter_time(time_field, "21:30")
+        self.desktop.find("push button", "Start Backups").click()
+        self.answer_prompt("Authenticate")
+        self.desktop.find("label", "Backups cannot go to a folder of the system's own\\..*")
+        expect(self.stored() is None and not os.path.exists(self.sandbox.path(PROGRAM)), "something was stored")
+
+        self.enter_text("Folder that the backups go to", repository)
+        self.desktop.key("Return")
+        self.expect_no_prompt()
+        self.answer_alert(APPLIED, ENFORCED, "OK", ["OK"])
+        self.desktop.find("frame", "Brevane")
+        expect(not self.desktop.is_shown("frame", WELCOME), "the page is still there")
+        expect(self.desktop.find("check box", "Back up automatically:?").checked, "backups are shown as off")
+        stored = self.stored()
+        expect(stored["Backups"] is True and stored["BackupsMode"] == "CalendarIntervals", f"stored is {stored}")
+        expect(stored["CalendarIntervals"] == {"Intervals": [{"Hour": 21, "Minute": 30}], "ASAP": True},
+               f"stored is {stored}")
+        with open(self.sandbox.path(PROGRAM), "rb") as file:
+            chosen = plistlib.load(file)
+        fields = {"Folders": [self.sandbox.path("home")], "Repository": repository}
+        expect(chosen == {"Program": "borg", "Fields": fields, "PreventSleep": False}, f"chosen is {chosen}")
+        self.quit_application()
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        expect(not self.desktop.is_shown("frame", WELCOME), "the page came again")
+        self.quit_application()
+
+    def escape_leaves_the_first_start_and_everything_as_it_was(self):
+        self.sandbox.settle(DidDismissFirstStart=False)
+        self.start_all(WELCOME)
+        self.choose("When Inactive|Every Day", 1)
+        before = self.files()
+        expect(len(before) > 20, f"only {sorted(before)} are compared")
+        self.desktop.key("Escape")
+        self.desktop.find("frame", "Brevane")
+        self.desktop.wait_gone("frame", WELCOME)
+        expect(not self.desktop.find("check box", "Back up automatically:?").checked, "backups are shown as on")
+        expect(self.sandbox.defaults() == {"DidAskAboutAutoUpdates": True, "DidDismissFirstStart": True},
+               f"the defaults are {self.sandbox.defaults()}")
+        after = self.files()
+        del before[DEFAULTS], after[DEFAULTS]  # which remembers that the page is not wanted
+        changed = [name for name in before.keys() | after.keys() if before.get(name) != after.get(name)]
+        expect(not changed, f"changed: {changed}")
+        self.quit_application()
+        self.start_application()
+        self.desktop.find("frame", "Brevane")
+        expect(not self.desktop.is_shown("frame", WELCOME), "the page came again")
         self.quit_application()
 
     def a_disk_that_is_full_keeps_the_old_schedule(self):

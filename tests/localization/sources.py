@@ -12,7 +12,7 @@ import sys
 import xml.etree.ElementTree as ElementTree
 
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
-ROOMS = ("activity", "agent", "backupprogram", "diagnostics", "messaging", "platform", "schedule", "shell", "update")
+ROOMS = ("activity", "agent", "backupprogram", "diagnostics", "firststart", "messaging", "platform", "schedule", "shell", "update")
 LITERALS = r'"(?:[^"\\\n]|\\.)*"(?:\s*"(?:[^"\\\n]|\\.)*")*'
 # The lookup, and the functions that look their argument up.
 LOOKUP = re.compile(r"\b(?:localizedString|corruptPropertyListError|unwritablePropertyListError|aboutText|findBarText)"
@@ -205,7 +205,7 @@ class HelpPage(html.parser.HTMLParser):
 
 HELP_PAGES = {  # of each window
     "MainWindow": "schedule", "BRVActivityController": "activity", "BRVBackupProgramController": "backup-program",
-    "BRVConsole": "console", "BRVLocalSnapshotsController": "snapshots", "BRVPreferencesController": "preferences",
+    "BRVConsole": "console", "BRVFirstStartController": "first-start", "BRVLocalSnapshotsController": "snapshots", "BRVPreferencesController": "preferences",
 }
 
 

@@ -12,7 +12,9 @@
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/platform/ScriptedProcess.h"
 #include "tests/platform/ScriptedSystemInformation.h"
+#include "tests/platform/ScriptedVolumes.h"
 #include "tests/shell/support/EditorTest.h"
+#include "tests/shell/support/FirstStartTest.h"
 #include "tests/shell/support/OfferedPrograms.h"
 #include "tests/snapshots/support/BrowserTest.h"
 #include "update/BRUpdateController.h"
@@ -580,6 +582,47 @@ void appliedWithoutProgram(Onlooker& onlooker)
     onlooker.lookAtSheet();
 }
 
+void firstStart(Onlooker& onlooker)
+{
+    FirstStartTest test(offerOfPrograms({"borg"}));
+    scripted::volumes::add({.path = "/media/anna/Disk"});
+    test.launch();
+    onlooker.lookAtWindow("firstStartWindow");
+}
+
+// With every question that there is, and a refused answer.
+void firstStartRefused(Onlooker& onlooker)
+{
+    FirstStartTest test(offerOfPrograms({"restic"}));
+    test.launch();
+    test.scheduler.refuseMessage(
+        12,
+        {BRVErrorDomain,
+         BRVErrorWrongType,
+         {{"key", "Repository"}, {"expected", BackupFieldExpectation::OfAdministrator}, {"path", "/home/anna"}},
+         nullptr});
+    test.type("firstDestinationField", "/home/anna/backups");
+    test.type("firstSecretFileField", "/root/restic-password");
+    test.choose("whenPopUp", 1);
+    test.click("startButton");
+    onlooker.lookAtWindow("firstStartWindow");
+}
+
+void firstStartWithoutProgram(Onlooker& onlooker)
+{
+    FirstStartTest test(offerOfPrograms({}));
+    test.launch();
+    onlooker.lookAtWindow("firstStartWindow");
+}
+
+void firstStartOfSystem(Onlooker& onlooker)
+{
+    FirstStartTest test(offerOfPrograms({}));
+    scripted::facility::setHasBackupProgram(true);
+    test.launch();
+    onlooker.lookAtWindow("firstStartWindow");
+}
+
 } // namespace
 
 const std::vector<State>& states()
@@ -632,6 +675,10 @@ const std::vector<State>& states()
         {"backup-program-failed", backupProgramFailed},
         {"system-backup-program", systemBackupProgram},
         {"applied-without-program", appliedWithoutProgram},
+        {"first-start", firstStart},
+        {"first-start-refused", firstStartRefused},
+        {"first-start-without-program", firstStartWithoutProgram},
+        {"first-start-of-system", firstStartOfSystem},
     };
     return all;
 }

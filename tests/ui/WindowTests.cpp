@@ -99,6 +99,49 @@ TEST_CASE("the default button stays the default one when the keyboard was on it"
     CHECK(applied == 1);
 }
 
+TEST_CASE("Escape presses the button that answers it, if there is one that can be pressed")
+{
+    const auto interface = Interface::load("BRVFirstStartController");
+    const auto window = interface->window();
+    const auto button = interface->outlet<Button>("notNowButton");
+    int pressed = 0;
+    button->setAction([&pressed] { ++pressed; });
+    window->makeKeyAndOrderFront();
+    user::runEvents();
+    auto* const widget = window->native().window.get();
+    QTest::keyClick(widget, Qt::Key_Escape);
+    CHECK(pressed == 1);
+    button->setEnabled(false);
+    QTest::keyClick(widget, Qt::Key_Escape);
+    button->setEnabled(true);
+    button->setHidden(true);
+    QTest::keyClick(widget, Qt::Key_Escape);
+    CHECK(pressed == 1);
+
+    const Shown other; // has none
+    QTest::keyClick(other.window->native().window.get(), Qt::Key_Escape);
+    CHECK(other.window->isVisible());
+}
+
+TEST_CASE("whoever closes a window, its handler runs while the window is still there")
+{
+    const auto window = Interface::load("BRVPreferencesController")->window();
+    int closed = 0;
+    window->setCloseHandler([&] { closed += window->isVisible() ? 1 : 100; });
+    window->makeKeyAndOrderFront();
+    user::runEvents();
+    window->close();
+    CHECK(closed == 1);
+    window->makeKeyAndOrderFront();
+    user::runEvents();
+    window->native().window->QWidget::close(); // as by its frame
+    CHECK(closed == 2);
+    window->setCloseHandler(nullptr);
+    window->makeKeyAndOrderFront();
+    window->close();
+    CHECK(closed == 2);
+}
+
 TEST_CASE("a window with a name comes up where it was last seen and as large, and another one as ever")
 {
     const auto shownWindow = [](const char* name) {

@@ -247,12 +247,12 @@ InterfaceDescription activityWindow()
     };
 }
 
-Element explanationRow(const char* row, const char* identifier, const char* title)
+Element explanationRow(const char* row, const char* identifier, const char* title, double width = programWidth)
 {
     return {
         .kind = Column,
         .identifier = row,
-        .children = {{.kind = Explanation, .identifier = identifier, .title = title, .width = programWidth}},
+        .children = {{.kind = Explanation, .identifier = identifier, .title = title, .width = width}},
     };
 }
 
@@ -265,6 +265,48 @@ Element textField(const char* identifier, const char* accessibleName, double wid
 Element button(const char* identifier, const char* title, const char* accessibleName = "")
 {
     return {.kind = Button, .identifier = identifier, .title = title, .accessibleName = accessibleName};
+}
+
+// Of the windows in which a backup program is set up.
+Element folderRow(const char* row, Element label, Element field, Element browse)
+{
+    return {.kind = Row, .identifier = row, .children = {std::move(label), std::move(field), std::move(browse)}};
+}
+
+Element label(const char* identifier, const char* title)
+{
+    return {.kind = Label, .identifier = identifier, .title = title};
+}
+
+Element destinationRow(const char* row, const char* title, const char* field, const char* browse)
+{
+    return folderRow(row, label(title, "Backups go t&o:"), textField(field, "Folder that the backups go to"),
+                     button(browse, "Browse…", "Browse for the folder that the backups go to"));
+}
+
+Element secretFileRow(const char* row, const char* title, const char* field, const char* browse)
+{
+    return folderRow(row, label(title, "Password &file:"), textField(field, "Password file"),
+                     button(browse, "Browse…", "Browse for the password file"));
+}
+
+Element programRow(const char* row, const char* title, const char* popUp)
+{
+    return {.kind = Row,
+            .identifier = row,
+            .children = {label(title, "Back up &with:"),
+                         {.kind = PopUpButton, .identifier = popUp, .accessibleName = "Backup program"}}};
+}
+
+Element installRow(const char* row, const char* command, const char* again)
+{
+    return {
+        .kind = Row,
+        .identifier = row,
+        .children = {
+            {.kind = Label, .identifier = command, .title = "Command that installs the program", .isSelectable = true},
+            {.kind = Space},
+            button(again, "Look A&gain")}};
 }
 
 Element programList(const char* identifier, const char* column, const char* accessibleName)
@@ -304,16 +346,8 @@ std::vector<Element> programFields()
 {
     return {
         programLists(),
-        {.kind = Row,
-         .identifier = "destinationRow",
-         .children = {{.kind = Label, .identifier = "destinationLabel", .title = "Backups go t&o:"},
-                      textField("destinationField", "Folder that the backups go to"),
-                      button("destinationButton", "Browse…", "Browse for the folder that the backups go to")}},
-        {.kind = Row,
-         .identifier = "secretFileRow",
-         .children = {{.kind = Label, .identifier = "secretFileLabel", .title = "Password &file:"},
-                      textField("secretFileField", "Password file"),
-                      button("secretFileButton", "Browse…", "Browse for the password file")}},
+        destinationRow("destinationRow", "destinationLabel", "destinationField", "destinationButton"),
+        secretFileRow("secretFileRow", "secretFileLabel", "secretFileField", "secretFileButton"),
         {.kind = Row,
          .identifier = "wordRow",
          .children = {{.kind = Label, .identifier = "wordLabel", .title = "&Interval of the program:"},
@@ -330,20 +364,10 @@ std::vector<Element> programFields()
 std::vector<Element> programRows()
 {
     std::vector<Element> rows{
-        {.kind = Row,
-         .identifier = "programRow",
-         .children = {{.kind = Label, .identifier = "programLabel", .title = "Back up &with:"},
-                      {.kind = PopUpButton, .identifier = "programPopUp", .accessibleName = "Backup program"}}},
+        programRow("programRow", "programLabel", "programPopUp"),
         explanationRow("programStateRow", "programStateLabel",
                        "No backups are made while no backup program is chosen."),
-        {.kind = Row,
-         .identifier = "installRow",
-         .children = {{.kind = Label,
-                       .identifier = "installCommandLabel",
-                       .title = "Command that installs the program",
-                       .isSelectable = true},
-                      {.kind = Space},
-                      button("lookAgainButton", "Look A&gain")}},
+        installRow("installRow", "installCommandLabel", "lookAgainButton"),
     };
     for (auto& row : programFields())
         rows.push_back(std::move(row));
@@ -388,13 +412,71 @@ InterfaceDescription backupProgramWindow()
     };
 }
 
+std::vector<Element> firstStartRows()
+{
+    return {
+        explanationRow("introductionRow", "introductionLabel",
+                       "This page leads to your first backup. Nothing changes before you press the last button.",
+                       firstStartWidth),
+        folderRow("folderRow", label("folderLabel", "What to back &up:"), textField("folderField", "Folder to back up"),
+                  button("folderButton", "Browse…", "Browse for the folder to back up")),
+        programRow("firstProgramRow", "firstProgramLabel", "firstProgramPopUp"),
+        explanationRow("stateRow", "stateLabel", "No backups are made while no backup program is chosen.",
+                       firstStartWidth),
+        installRow("firstInstallRow", "firstInstallCommandLabel", "firstLookAgainButton"),
+        destinationRow("firstDestinationRow", "firstDestinationLabel", "firstDestinationField",
+                       "firstDestinationButton"),
+        explanationRow("destinationNoteRow", "destinationNoteLabel",
+                       "Best is a folder on another disk, which is still there when this computer's disk fails.",
+                       firstStartWidth),
+        secretFileRow("firstSecretFileRow", "firstSecretFileLabel", "firstSecretFileField", "firstSecretFileButton"),
+        {.kind = Row,
+         .identifier = "whenRow",
+         .children = {label("whenLabel", "W&hen to back up:"),
+                      {.kind = PopUpButton,
+                       .identifier = "whenPopUp",
+                       .accessibleName = "When to back up",
+                       .items = {"When Inactive", "Every Day"}},
+                      label("timeLabel", "at"),
+                      {.kind = TimePicker, .identifier = "timePicker", .accessibleName = "Time of the backup"}}},
+        explanationRow(
+            "whenNoteRow", "whenNoteLabel",
+            "Backups are made whenever the computer is inactive, so that they stay out of your way while you "
+            "work.",
+            firstStartWidth),
+        explanationRow("faultRow", "faultLabel", "Enter the folder that the backups go to.", firstStartWidth),
+    };
+}
+
+InterfaceDescription firstStartWindow()
+{
+    return {
+        .name = "BRVFirstStartController",
+        .window = {.identifier = "firstStartWindow", .title = "Welcome to Brevane"},
+        .root =
+            {.kind = Column,
+             .identifier = "firstStartContentView",
+             .children =
+                 {{.kind = Stack, .identifier = "firstStartStackView", .width = firstStartWidth},
+                  {.kind = Row,
+                   .children =
+                       {button("allSettingsButton", "All &Settings…"),
+                        {.kind = Space},
+                        {.kind = Button, .identifier = "notNowButton", .title = "&Not Now", .isCancel = true},
+                        {.kind = Button, .identifier = "startButton", .title = "Start &Backups", .isDefault = true}},
+                   .spacing = buttonSpacing}},
+             .spacing = sectionSpacing},
+        .detached = firstStartRows(),
+    };
+}
+
 } // namespace
 
 const std::vector<InterfaceDescription>& interfaceDescriptions()
 {
     static const std::vector<InterfaceDescription> all{
         mainWindow(),    whenInactiveView(),     intervalView(),   calendarIntervalsView(), preferencesWindow(),
-        consoleWindow(), localSnapshotsWindow(), activityWindow(), backupProgramWindow(),
+        consoleWindow(), localSnapshotsWindow(), activityWindow(), backupProgramWindow(),   firstStartWindow(),
     };
     return all;
 }

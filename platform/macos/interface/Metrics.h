@@ -25,6 +25,7 @@ inline constexpr double activityWidth = 560;
 inline constexpr double momentsHeight = 160;
 inline constexpr double journalHeight = 200;
 inline constexpr double programWidth = 640;
+inline constexpr double firstStartWidth = 600;
 inline constexpr double programListWidth = 280;
 inline constexpr double programListHeight = 96;
 inline constexpr double nameFieldWidth = 200;

@@ -9,6 +9,7 @@
 #include "ui_BRVBackupProgramController.h"
 #include "ui_BRVCalendarIntervalViewController.h"
 #include "ui_BRVConsole.h"
+#include "ui_BRVFirstStartController.h"
 #include "ui_BRVIntervalViewController.h"
 #include "ui_BRVLocalSnapshotsController.h"
 #include "ui_BRVPreferencesController.h"
@@ -38,6 +39,8 @@ std::unique_ptr<QWidget> build(std::string_view name)
         return build<Ui::BRVActivityController, InterfaceWindow>();
     if (name == "BRVBackupProgramController")
         return build<Ui::BRVBackupProgramController, InterfaceWindow>();
+    if (name == "BRVFirstStartController")
+        return build<Ui::BRVFirstStartController, InterfaceWindow>();
     if (name == "BRVPreferencesController")
         return build<Ui::BRVPreferencesController, InterfaceWindow>();
     if (name == "BRVCalendarIntervalViewController")
