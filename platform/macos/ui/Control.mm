@@ -2,27 +2,37 @@
 
 #include "platform/macos/ui/ControlNative.h"
 
+#import <objc/runtime.h>
+
+namespace {
+
+constexpr char targetKey = 0;
+
+} // namespace
+
 @implementation BRVActionTarget {
-    const platform::ui::Control::Action* _action;
+    platform::ui::Control::Action _action;
 }
 
-- (instancetype)initWithAction:(const platform::ui::Control::Action*)action
++ (BRVActionTarget*)targetOf:(NSView*)view
 {
-    self = [super init];
-    if (self)
-        _action = action;
-    return self;
+    BRVActionTarget* target = objc_getAssociatedObject(view, &targetKey);
+    if (!target) {
+        target = [[BRVActionTarget alloc] init];
+        objc_setAssociatedObject(view, &targetKey, target, OBJC_ASSOCIATION_RETAIN);
+    }
+    return target;
 }
 
-- (void)invalidate
+- (void)setAction:(const platform::ui::Control::Action&)action
 {
-    _action = nullptr;
+    _action = action;
 }
 
 - (void)performAction:(id)__unused sender
 {
     // The action may replace itself or let go of the control.
-    const auto kept = _action ? *_action : platform::ui::Control::Action();
+    const auto kept = _action;
     if (kept)
         kept();
 }
@@ -49,22 +59,6 @@ NSControlSize nativeSize(ControlSize size)
 }
 
 } // namespace
-
-ControlNative::ControlNative(NSView* theView)
-    : Native(theView),
-      target([[BRVActionTarget alloc] initWithAction:&action])
-{
-    if (![theView isKindOfClass:NSControl.class])
-        return;
-    NSControl* const control = static_cast<NSControl*>(theView);
-    control.target = target;
-    control.action = @selector(performAction:);
-}
-
-ControlNative::~ControlNative()
-{
-    [target invalidate];
-}
 
 NSControl* controlOf(const View& view)
 {
@@ -98,9 +92,17 @@ void Control::setControlSize(ControlSize size)
     [control invalidateIntrinsicContentSize];
 }
 
+// A control without an action sends nothing: in a text field Return is for the window's default button then.
 void Control::setAction(Action action)
 {
-    controlNative(*this).action = std::move(action);
+    NSView* const view = native().view;
+    BRVActionTarget* const target = [BRVActionTarget targetOf:view];
+    [target setAction:action];
+    if (![view isKindOfClass:NSControl.class])
+        return;
+    NSControl* const control = static_cast<NSControl*>(view);
+    control.target = action ? target : nil;
+    control.action = action ? @selector(performAction:) : nullptr;
 }
 
 } // namespace platform::ui

@@ -6,21 +6,19 @@
 
 #include <string>
 
-// Receives what a control sends. It keeps nothing alive and may outlive the control.
+// Receives what a control sends. It lives as long as the NSView, which keeps it: a Control may come and go meanwhile.
 @interface BRVActionTarget : NSObject
-- (instancetype)initWithAction:(const platform::ui::Control::Action*)action;
-- (void)invalidate;
+// The one of the view, made when it is first asked for.
++ (BRVActionTarget*)targetOf:(NSView*)view;
+- (void)setAction:(const platform::ui::Control::Action&)action;
 - (void)performAction:(id)sender;
 @end
 
 namespace platform::ui {
 
 struct ControlNative : View::Native {
-    explicit ControlNative(NSView* theView);
-    ~ControlNative() override;
+    using Native::Native;
 
-    Control::Action action;
-    BRVActionTarget* const target;
     ControlSize size = ControlSize::Regular;
 };
 

@@ -2,9 +2,14 @@
 
 #include "platform/macos/interface/Metrics.h"
 #include "platform/macos/ui/RuleEditorNative.h"
+#include "platform/ui/DatePicker.h"
+#include "platform/ui/PopUpButton.h"
 
 #include <algorithm>
 
+using platform::ui::ControlNative;
+using platform::ui::DatePicker;
+using platform::ui::PopUpButton;
 using platform::ui::RuleCriterion;
 using platform::ui::RuleDisplayValue;
 using platform::ui::RuleEditor;
@@ -63,7 +68,7 @@ std::shared_ptr<RuleCriterion> criterionOf(id object)
     return [object isKindOfClass:BRVRuleCriterion.class] ? [object criterion] : nullptr;
 }
 
-id objectForDisplayValue(RuleEditorNative& native, const RuleDisplayValue& value)
+id objectForDisplayValue(const RuleDisplayValue& value)
 {
     if (const auto* const text = std::get_if<std::string>(&value))
         return platform::foundation::string(*text);
@@ -72,24 +77,28 @@ id objectForDisplayValue(RuleEditorNative& native, const RuleDisplayValue& value
         return @"";
     NSView* const shown = (*view)->native().view;
     shown.translatesAutoresizingMaskIntoConstraints = YES; // a rule editor goes by frames
-    native.shown.push_back(*view);
     return shown;
+}
+
+// The row's own control has its value and its action; what stands for it here may be gone by now and is made anew then.
+std::shared_ptr<View> viewOfRow(NSView* control)
+{
+    if (auto view = platform::ui::viewForNative(control))
+        return view;
+    std::shared_ptr<View> made;
+    if ([control isKindOfClass:NSPopUpButton.class])
+        made = std::make_shared<PopUpButton>(std::make_unique<ControlNative>(control));
+    else if ([control isKindOfClass:NSDatePicker.class])
+        made = std::make_shared<DatePicker>(std::make_unique<ControlNative>(control));
+    control.translatesAutoresizingMaskIntoConstraints = YES; // as before
+    return made;
 }
 
 RuleDisplayValue displayValueForObject(id object)
 {
     if ([object isKindOfClass:NSView.class])
-        return platform::ui::viewForNative(object);
+        return viewOfRow(object);
     return platform::foundation::string(static_cast<NSString*>([object description]));
-}
-
-// Lets the controls of rows that are gone go.
-void forgetHiddenControls(RuleEditorNative& native)
-{
-    NSMutableSet* const present = [NSMutableSet set];
-    for (NSInteger row = 0; row < native.editor().numberOfRows; ++row)
-        [present addObjectsFromArray:[native.editor() displayValuesForRow:row]];
-    std::erase_if(native.shown, [&](const auto& view) { return ![present containsObject:view->native().view]; });
 }
 
 void fitHeight(RuleEditorNative& native)
@@ -106,7 +115,6 @@ void change(const RuleEditor& editor, void (^changes)(NSRuleEditor*))
     listener.changesByProgram = YES;
     changes(native.editor());
     listener.changesByProgram = NO;
-    forgetHiddenControls(native);
     fitHeight(native);
 }
 
@@ -141,7 +149,7 @@ void change(const RuleEditor& editor, void (^changes)(NSRuleEditor*))
 {
     const auto value =
         [self delegate]->displayValueForCriterion(*self.editor, criterionOf(criterion), static_cast<int>(row));
-    return objectForDisplayValue(ruleNative(*self.editor), value);
+    return objectForDisplayValue(value);
 }
 
 - (void)ruleEditorRowsDidChange:(NSNotification*)__unused notification
@@ -149,9 +157,8 @@ void change(const RuleEditor& editor, void (^changes)(NSRuleEditor*))
     if (!self.editor || self.changesByProgram)
         return;
     RuleEditorNative& native = ruleNative(*self.editor);
-    forgetHiddenControls(native);
     fitHeight(native);
-    [native.target performAction:nil];
+    [[BRVActionTarget targetOf:native.view] performAction:nil];
 }
 
 @end
@@ -204,6 +211,8 @@ void RuleEditor::addRow()
 
 void RuleEditor::removeAllRows()
 {
+    if (numberOfRows() == 0)
+        return;
     change(*this, ^(NSRuleEditor* editor) {
         const NSRange all = NSMakeRange(0, static_cast<NSUInteger>(editor.numberOfRows));
         [editor removeRowsAtIndexes:[NSIndexSet indexSetWithIndexesInRange:all] includeSubrows:YES];
@@ -220,7 +229,7 @@ void RuleEditor::setCriteria(Criteria criteria, DisplayValues displayValues, int
         if (row == editor.numberOfRows)
             [editor insertRowAtIndex:row withType:NSRuleEditorRowTypeSimple asSubrowOfRow:-1 animate:NO];
         for (const RuleDisplayValue& value : displayValues)
-            [values addObject:objectForDisplayValue(ruleNative(*this), value)];
+            [values addObject:objectForDisplayValue(value)];
         [editor setCriteria:objects andDisplayValues:values forRowAtIndex:row];
     });
 }

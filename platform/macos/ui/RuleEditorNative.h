@@ -17,8 +17,6 @@ struct RuleEditorNative : ControlNative {
     std::weak_ptr<RuleEditorDelegate> delegate;
     BRVRuleEditorDelegate* listener;
     NSLayoutConstraint* height;
-    // The controls that the rows show; a view by itself does not live as long as its NSView.
-    std::vector<std::shared_ptr<View>> shown;
     // What was asked for last.
     RuleEditor::Criteria criteria;
     RuleEditor::DisplayValues displayValues;
