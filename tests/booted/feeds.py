@@ -4,6 +4,7 @@ import os
 import plistlib
 import re
 import shutil
+import signal
 import subprocess
 import threading
 
@@ -151,7 +152,7 @@ def it_ends_when_nobody_waits():
 def it_ends_with_the_helper():
     start_anew()
     process = begin_check()
-    run("systemctl", "kill", "--signal=KILL", HELPER, fails=False)
+    os.kill(int(helper_process()), signal.SIGKILL)
     wait_for(lambda: not downloads(), "the end of the unit", 5)
     process.wait()
     wait_for(lambda: state() != "nothing", "the next helper")
