@@ -14,8 +14,9 @@ MINIMUM = {"x86_64": (10, 9), "arm64": (11, 0)}
 # All that the program may be linked with.
 FRAMEWORKS = {"AppKit", "CoreFoundation", "CoreGraphics", "CoreServices", "DiskArbitration", "Foundation", "IOKit",
               "Security", "ServiceManagement", "SystemConfiguration"}
-# Programs without a window are linked with none of its frameworks.
-TOOL_FRAMEWORKS = {"CoreFoundation", "CoreServices", "DiskArbitration", "Foundation", "IOKit", "Security", "SystemConfiguration"}
+# The daemon must not load what only a user's session has; the other tool starts and ends the application.
+DAEMON_FRAMEWORKS = {"CoreFoundation", "CoreServices", "DiskArbitration", "Foundation", "IOKit", "Security", "SystemConfiguration"}
+TOOLS = {"com.zerkolin.brevane.scheduler": DAEMON_FRAMEWORKS, "com.zerkolin.brevane.post-update": DAEMON_FRAMEWORKS | {"AppKit"}}
 LIBRARIES = {"/usr/lib/libSystem.B.dylib", "/usr/lib/libc++.1.dylib", "/usr/lib/libobjc.A.dylib"}
 TOOL_LIBRARIES = LIBRARIES | {"/usr/lib/libbsm.0.dylib"}
 
@@ -87,10 +88,10 @@ def linked(commands):
     return re.findall(r"cmd LC_LOAD(?:_WEAK)?_DYLIB.*?name (\S+)", commands, re.S)
 
 
-def is_allowed(path, is_tool=False):
+def is_allowed(path, name="Brevane"):
     framework = re.match(r"/System/Library/Frameworks/(\w+)\.framework/", path)
-    return path in (TOOL_LIBRARIES if is_tool else LIBRARIES) \
-        or bool(framework and framework.group(1) in (TOOL_FRAMEWORKS if is_tool else FRAMEWORKS))
+    return path in (TOOL_LIBRARIES if name in TOOLS else LIBRARIES) \
+        or bool(framework and framework.group(1) in TOOLS.get(name, FRAMEWORKS))
 
 
 def undefined(program, architecture):
@@ -109,12 +110,13 @@ def too_new(symbols, minimum):
     return found
 
 
-def report(program, architecture, is_tool=False):
+def report(program, architecture):
+    name = os.path.basename(program)
     minimum = MINIMUM[architecture]
     commands = load_commands(program, architecture)
     libraries = linked(commands)
     symbols = undefined(program, architecture)
-    unknown = [path for path in libraries if not is_allowed(path, is_tool)]
+    unknown = [path for path in libraries if not is_allowed(path, name)]
     newer = too_new(symbols, minimum)
     weak = sorted(symbol for symbol, _, is_weak in symbols if is_weak)
     newer_names = NEWER.get(architecture)
@@ -122,7 +124,6 @@ def report(program, architecture, is_tool=False):
     absent = [name for name in ASKED_FOR.get(architecture, ())
               if not any(symbol.split("$")[0] == name for symbol, _, _ in symbols)]
 
-    name = os.path.basename(program)
     print(f"\n{name}, {architecture}")
     found = minimum_version(commands)
     print(f"  minimum version   {text_of(found) if found else 'none'}   "
@@ -180,12 +181,12 @@ def check_tool(program, version):
     print(f"\n{program}: {name} {version}")
 
 
-def report_all(program, is_tool=False):
+def report_all(program):
     architectures = tool("lipo", "-archs", program).split()
     print(f"architectures       {', '.join(architectures)}   "
           + check(sorted(architectures) == sorted(MINIMUM), f"{program}: not the two architectures"))
     for architecture in architectures:
-        report(program, architecture, is_tool)
+        report(program, architecture)
 
 
 def main():
@@ -195,7 +196,7 @@ def main():
         version = plistlib.load(file)["CFBundleVersion"]
     for program in tools:
         check_tool(program, version)
-        report_all(program, is_tool=True)
+        report_all(program)
     print()
     for failure in failures:
         print("FAILED: " + failure)

@@ -33,14 +33,17 @@ class TooNewTests(unittest.TestCase):
     def test_what_may_be_absent_is_not_newer(self):
         self.assertEqual(found("__ZNSt3__18to_charsEPcS0_d", (10, 9), weak=True), [])
 
-    def test_programs_without_a_window_are_linked_with_no_window_s_framework(self):
-        for path, is_tool, is_allowed in (
-                ("/System/Library/Frameworks/AppKit.framework/Versions/C/AppKit", False, True),
-                ("/System/Library/Frameworks/AppKit.framework/Versions/C/AppKit", True, False),
-                ("/System/Library/Frameworks/SystemConfiguration.framework/Versions/A/SystemConfiguration", True, True),
-                ("/usr/lib/libbsm.0.dylib", True, True), ("/usr/lib/libbsm.0.dylib", False, False),
-                ("/usr/lib/libSystem.B.dylib", True, True), ("/usr/local/lib/libc++.1.dylib", True, False)):
-            self.assertEqual(checks.is_allowed(path, is_tool), is_allowed, path)
+    def test_the_daemon_is_linked_with_nothing_of_a_user_s_session(self):
+        scheduler, post_update = "com.zerkolin.brevane.scheduler", "com.zerkolin.brevane.post-update"
+        for path, name, is_allowed in (
+                ("/System/Library/Frameworks/AppKit.framework/Versions/C/AppKit", "Brevane", True),
+                ("/System/Library/Frameworks/AppKit.framework/Versions/C/AppKit", scheduler, False),
+                ("/System/Library/Frameworks/AppKit.framework/Versions/C/AppKit", post_update, True),
+                ("/System/Library/Frameworks/ServiceManagement.framework/Versions/A/ServiceManagement", post_update, False),
+                ("/System/Library/Frameworks/SystemConfiguration.framework/Versions/A/SystemConfiguration", scheduler, True),
+                ("/usr/lib/libbsm.0.dylib", scheduler, True), ("/usr/lib/libbsm.0.dylib", "Brevane", False),
+                ("/usr/lib/libSystem.B.dylib", scheduler, True), ("/usr/local/lib/libc++.1.dylib", scheduler, False)):
+            self.assertEqual(checks.is_allowed(path, name), is_allowed, (path, name))
 
     def test_only_the_systems_own_libraries_are_allowed(self):
         for path in ("/usr/lib/libSystem.B.dylib", "/System/Library/Frameworks/AppKit.framework/Versions/C/AppKit"):
