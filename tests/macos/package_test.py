@@ -83,6 +83,8 @@ class PackageTests(unittest.TestCase):
         self.assertTrue(os.path.isfile(os.path.join(out, "root", daemon["ProgramArguments"][0].lstrip("/"))))
         self.assertTrue(daemon["KeepAlive"] and daemon["RunAtLoad"])
         self.assertEqual(daemon["AssociatedBundleIdentifiers"], ["com.zerkolin.brevane.application"])
+        keys = re.findall("<key>(.*?)</key>", read(out, "root", "Library", "LaunchDaemons", SCHEDULER + ".plist"))
+        self.assertEqual([key for key in set(keys) if keys.count(key) > 1], [])
 
     def test_the_distribution_names_the_component_and_the_version(self):
         out, printed = self.pack()
