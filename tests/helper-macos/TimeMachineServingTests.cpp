@@ -44,6 +44,11 @@ TEST_CASE("missing Full Disk Access is told by a note")
     CHECK(TimeMachinePrograms(standIn.tool(), FullDiskAccess::Unknown).notes().empty());
     CHECK(TimeMachinePrograms(standIn.tool(), FullDiskAccess::Missing).notes()
           == std::vector<std::string>{helper::FullDiskAccessNotice});
+    for (const char* const language : {"de", "en", "es", "fr", "it", "ja", "zh-Hans"}) {
+        const auto table = contentOfFile(std::string(BREVANE_TABLES "/") + language + ".lproj/Localizable.strings");
+        CHECK_MESSAGE(table.find(std::string("\"") + helper::FullDiskAccessNotice + "\" = \"") != std::string::npos,
+                      language);
+    }
 }
 
 TEST_CASE("a snapshot of Time Machine is its own only while it is there")
