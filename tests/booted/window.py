@@ -1,4 +1,5 @@
-"""The application in a session of an ordinary user, with polkit and a text agent of its own. Runs inside, after installed.py."""
+"""The application in a session of an ordinary user, with polkit and a text agent. Runs inside, straight after
+installed.py."""
 import os
 import plistlib
 import shlex
