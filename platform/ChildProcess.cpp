@@ -44,6 +44,7 @@ int ChildProcess::waitUntilExit()
         else if (errno != EINTR)
             _status = -1; // somebody else has waited for it
     }
+    _lifeline.reset();
     return *_status;
 }
 

@@ -14,8 +14,14 @@ namespace platform {
 // A child process of this one, as Process::start() of a port makes it.
 class ChildProcess final : public Process {
 public:
-    // The output is the reading end of the pipe.
-    ChildProcess(pid_t child, FileDescriptor output) : _child(child), _output(std::move(output)) { }
+    // The output is the reading end of the pipe. The lifeline is held open until the child has ended, or this process
+    // has, for whoever watches the other end of it.
+    ChildProcess(pid_t child, FileDescriptor output, FileDescriptor lifeline = {})
+        : _child(child),
+          _output(std::move(output)),
+          _lifeline(std::move(lifeline))
+    {
+    }
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
     ~ChildProcess() override;
@@ -36,6 +42,7 @@ public:
 private:
     pid_t _child;
     FileDescriptor _output;
+    FileDescriptor _lifeline;
     std::mutex _mutex; // guards the child's number from being killed once it may be another's
     std::optional<int> _status;
 };

@@ -487,7 +487,7 @@ TEST_CASE("while the page is open a second start brings it forward, and no other
     FirstStartTest test(offerOfPrograms({"borg"}));
     test.launch();
     windowNamed("firstStartWindow").showMinimized();
-    test.controller->applicationDidReopen();
+    CHECK(test.controller->applicationDidReopen(false));
     test.controller->applicationShouldShow("activity");
     FirstStartTest::settle();
     CHECK_FALSE(windowNamed("firstStartWindow").isMinimized());
