@@ -257,7 +257,7 @@ void BRVActivityController::updateJournal(MomentText& moments)
         return; // what is selected in it stays so
     auto styled = std::make_shared<platform::StyledText>();
     styled->appendString(text, {.font = {}, .foreground = platform::NamedColor::Text});
-    _journalTextView->setTextStorage(std::move(styled));
+    _journalTextView->setTextStorage(prepareText(std::move(styled)));
 }
 
 void BRVActivityController::setOrHide(TextField& field, const std::string& text)

@@ -99,7 +99,7 @@ void BRVConsoleController::refresh()
     setFetching(true);
     Queue::global()->async([weak = weak_from_this(), fetch = _fetch] {
         const bool unified = ZRKSystemVersionManager::sharedManager().runningAtLeast(2);
-        auto text = std::make_shared<const StyledText>(unified ? fetchLog(*fetch) : fetchASL());
+        auto text = prepareText(std::make_shared<const StyledText>(unified ? fetchLog(*fetch) : fetchASL()));
         Queue::main()->async([weak, fetch, text = std::move(text)]() mutable {
             if (const auto self = weak.lock())
                 self->finishRefresh(fetch, std::move(text));
@@ -129,7 +129,7 @@ void BRVConsoleController::stopFetch()
     setFetching(false);
 }
 
-void BRVConsoleController::finishRefresh(const std::shared_ptr<LogFetch>& fetch, std::shared_ptr<const StyledText> text)
+void BRVConsoleController::finishRefresh(const std::shared_ptr<LogFetch>& fetch, PreparedText text)
 {
     if (fetch != _fetch)
         return;
@@ -139,7 +139,7 @@ void BRVConsoleController::finishRefresh(const std::shared_ptr<LogFetch>& fetch,
     _textView->scrollToEndOfDocument();
     setFetching(false);
     // A long text takes a while to free.
-    Queue::global()->async([earlier = std::move(earlier)]() mutable { earlier.reset(); });
+    Queue::global()->async([earlier = std::move(earlier)]() mutable { earlier = {}; });
 }
 
 void BRVConsoleController::exportLog()

@@ -54,7 +54,7 @@ public:
 private:
     BRVConsoleController();
     void loadWindow();
-    void finishRefresh(const std::shared_ptr<LogFetch>& fetch, std::shared_ptr<const platform::StyledText> text);
+    void finishRefresh(const std::shared_ptr<LogFetch>& fetch, platform::ui::PreparedText text);
     void setFetching(bool fetching);
     void write(const platform::ui::SavePanel::Choice& choice);
     void presentError(const platform::Error& error);

@@ -15,6 +15,15 @@ struct SelectedTextAttributes {
     std::optional<Color> foreground;
 };
 
+// A text with what the platform needs to show it.
+struct PreparedText {
+    std::shared_ptr<const StyledText> text;
+    std::shared_ptr<void> native; // null where the platform shows the text as it is
+};
+
+// Takes a while for a long text, which must not change any more. Any thread.
+PreparedText prepareText(std::shared_ptr<const StyledText> text);
+
 // A scrolling view of text that the user reads, selects, copies and searches, but does not edit.
 class TextView : public View {
 public:
@@ -22,9 +31,9 @@ public:
 
     // Never null.
     std::shared_ptr<const StyledText> textStorage() const;
-    // Takes the place of the whole text, however long, in a moment; nothing is selected then. The text must not change
-    // any more. The text before is returned, since letting go of a long one takes time.
-    std::shared_ptr<const StyledText> setTextStorage(std::shared_ptr<const StyledText> text);
+    // Takes the place of the whole text, however long, in a moment; nothing is selected then. The text before is
+    // returned, since letting go of a long one takes time.
+    PreparedText setTextStorage(PreparedText text);
 
     // Shown while the text is empty, and no part of it.
     void setPlaceholderString(const std::string& text);

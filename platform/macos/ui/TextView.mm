@@ -5,7 +5,9 @@
 #include "platform/macos/ui/Label.h"
 #include "platform/macos/ui/TextViewNative.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace platform::ui {
 
@@ -26,15 +28,32 @@ NSDictionary* nativeAttributes(const TextAttributes& attributes)
     return made;
 }
 
+// A text has few styles and very many stretches.
+class NativeStyles {
+public:
+    NSDictionary* of(const TextAttributes& attributes)
+    {
+        const auto found = std::ranges::find(_made, attributes, &Style::first);
+        if (found != _made.end())
+            return found->second;
+        return _made.emplace_back(attributes, nativeAttributes(attributes)).second;
+    }
+
+private:
+    using Style = std::pair<TextAttributes, NSDictionary*>;
+    std::vector<Style> _made;
+};
+
 NSAttributedString* attributedString(const StyledText& text)
 {
     NSMutableAttributedString* const made =
         [[NSMutableAttributedString alloc] initWithString:foundation::string(text.string())];
-    [made beginEditing];
+    NativeStyles styles;
     NSUInteger location = 0;
+    [made beginEditing];
     text.visitRuns(0, text.size(), [&](std::size_t begin, std::size_t end, const TextAttributes& attributes) {
         const NSUInteger length = utf16Length(std::string_view(text.string()).substr(begin, end - begin));
-        [made setAttributes:nativeAttributes(attributes) range:NSMakeRange(location, length)];
+        [made setAttributes:styles.of(attributes) range:NSMakeRange(location, length)];
         location += length;
     });
     [made endEditing];
@@ -77,15 +96,23 @@ TextView::TextView(std::unique_ptr<Native> native) : View(std::move(native)) { }
 
 std::shared_ptr<const StyledText> TextView::textStorage() const
 {
-    return textNative(*this).storage;
+    return textNative(*this).storage.text;
 }
 
-std::shared_ptr<const StyledText> TextView::setTextStorage(std::shared_ptr<const StyledText> text)
+PreparedText prepareText(std::shared_ptr<const StyledText> text)
+{
+    @autoreleasepool {
+        const std::shared_ptr<void> native(const_cast<void*>(CFBridgingRetain(attributedString(*text))), CFRelease);
+        return {std::move(text), native};
+    }
+}
+
+PreparedText TextView::setTextStorage(PreparedText text)
 {
     TextViewNative& parts = textNative(*this);
-    [parts.text().textStorage setAttributedString:attributedString(*text)];
+    [parts.text().textStorage setAttributedString:(__bridge NSAttributedString*)text.native.get()];
     parts.text().selectedRange = NSMakeRange(0, 0);
-    parts.placeholder.hidden = !text->empty();
+    parts.placeholder.hidden = !text.text->empty();
     return std::exchange(parts.storage, std::move(text));
 }
 
@@ -94,7 +121,7 @@ void TextView::setPlaceholderString(const std::string& text)
     TextViewNative& parts = textNative(*this);
     NSTextField* const label = placeholderOf(parts);
     label.stringValue = foundation::string(text);
-    label.hidden = !parts.storage->empty();
+    label.hidden = !parts.storage.text->empty();
 }
 
 std::string TextView::selectedText() const

@@ -12,7 +12,7 @@ struct TextViewNative : View::Native {
     NSTextView* text() const { return static_cast<NSTextView*>(static_cast<NSScrollView*>(view).documentView); }
 
     NSTextField* placeholder = nil; // in the middle of the view, once there is one
-    std::shared_ptr<const StyledText> storage = std::make_shared<const StyledText>();
+    PreparedText storage{std::make_shared<const StyledText>(), nullptr};
 };
 
 } // namespace platform::ui

@@ -21,9 +21,14 @@ std::shared_ptr<const StyledText> TextView::textStorage() const
     return areaOf(*this).text();
 }
 
-std::shared_ptr<const StyledText> TextView::setTextStorage(std::shared_ptr<const StyledText> text)
+PreparedText prepareText(std::shared_ptr<const StyledText> text)
 {
-    return areaOf(*this).setText(std::move(text));
+    return {std::move(text), nullptr};
+}
+
+PreparedText TextView::setTextStorage(PreparedText text)
+{
+    return {areaOf(*this).setText(std::move(text.text)), nullptr};
 }
 
 void TextView::setPlaceholderString(const std::string& text)
