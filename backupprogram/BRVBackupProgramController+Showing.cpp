@@ -25,6 +25,10 @@ void BRVBackupProgramController::update()
 {
     if (!_outlets)
         return;
+    if (!hasEdits())
+        _unkeptEdits.reset();
+    else if (!_unkeptEdits)
+        _unkeptEdits.emplace();
     updatePrograms();
     updateState();
     updateFields();

@@ -7,6 +7,7 @@
 #include "layout/ZRKStackView.h"
 #include "platform/DistributedNotifications.h"
 #include "platform/Error.h"
+#include "platform/SuddenTermination.h"
 
 #include <memory>
 #include <optional>
@@ -108,6 +109,7 @@ private:
     std::string _faultyKey;
     std::string _testResult;
     bool _isChoosing = false;
-    std::optional<BackupTest> _test; // while it runs
+    std::optional<BackupTest> _test;                              // while it runs
+    std::optional<platform::SuddenTerminationPause> _unkeptEdits; // while there are edits
     std::optional<platform::DistributedNotificationObserver> _statusObserver;
 };

@@ -22,8 +22,10 @@ std::int32_t processIdentifier();
 std::string homeDirectory(); // no trailing slash
 std::string bundleVersion(); // CFBundleVersion
 
-// From now on the system never ends this process without asking it to terminate.
+// From now on the system never ends this process without asking it to terminate, until that was enabled as often as it
+// was disabled. Any thread.
 void disableSuddenTermination();
+void enableSuddenTermination();
 
 // Where a fixed path of the product, such as "/Library/Brevane/...", stands on this edition.
 std::string systemPath(std::string_view path);

@@ -5,6 +5,7 @@
 #include "platform/FileWriting.h"
 #include "platform/Localization.h"
 #include "platform/Queue.h"
+#include "platform/SuddenTermination.h"
 #include "platform/ui/Alert.h"
 #include "platform/ui/TextAppearance.h"
 #include "platform/ui/WeakAction.h"
@@ -157,16 +158,16 @@ void BRVConsoleController::exportLog()
 void BRVConsoleController::write(const SavePanel::Choice& choice)
 {
     // A long text takes a while to write, too; it is the one of this moment, whatever is fetched meanwhile.
-    _exportQueue->async(
-        [weak = weak_from_this(), choice, text = _textView->textStorage(), font = userFixedPitchFont()] {
-            const auto written = writeChoice(choice, *text, font);
-            if (written)
-                return;
-            Queue::main()->async([weak, error = written.error()] {
-                if (const auto self = weak.lock())
-                    self->presentError(error);
-            });
+    _exportQueue->async([weak = weak_from_this(), choice, text = _textView->textStorage(), font = userFixedPitchFont(),
+                         pause = std::make_shared<SuddenTerminationPause>()] {
+        const auto written = writeChoice(choice, *text, font);
+        if (written)
+            return;
+        Queue::main()->async([weak, error = written.error()] {
+            if (const auto self = weak.lock())
+                self->presentError(error);
         });
+    });
 }
 
 void BRVConsoleController::presentError(const Error& error)

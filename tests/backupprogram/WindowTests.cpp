@@ -8,6 +8,7 @@
 #include "tests/platform/ScriptedAuthorization.h"
 #include "tests/platform/ScriptedBackupFacility.h"
 #include "tests/platform/ScriptedNotifications.h"
+#include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/shell/support/OpenPanelUser.h"
 #include "tests/shell/support/WindowWatch.h"
 #include "tests/support/TemporaryDirectory.h"
@@ -356,6 +357,19 @@ TEST_CASE("without edits a window that is shown again shows what is in force now
     test.scheduler.setBackupProgram(offerOfPrograms({"borg"}, borgChoice({"/home"}, "/srv/d")));
     test.show();
     CHECK(test.user.text("destinationField") == "/srv/d");
+}
+
+TEST_CASE("while there are edits the system asks before it ends the application, which keeps them then")
+{
+    BackupProgramTest test(offerOfPrograms({"borg"}, borgChoice({"/home"}, "/srv/b")));
+    test.show();
+    CHECK(scripted::system::suddenTerminationDisabled() == 0);
+    test.type("destinationField", "/srv/c");
+    CHECK(scripted::system::suddenTerminationDisabled() == 1);
+    test.type("destinationField", "/srv/d");
+    CHECK(scripted::system::suddenTerminationDisabled() == 1);
+    test.click(undoButton);
+    CHECK(scripted::system::suddenTerminationDisabled() == 0);
 }
 
 TEST_CASE("edits that were not saved when the application ended are there in its next run, once")

@@ -3,6 +3,7 @@
 #include "platform/ui/TextAppearance.h"
 #include "tests/console/ConsoleFixture.h"
 #include "tests/platform/ScriptedFiles.h"
+#include "tests/platform/ScriptedSystemInformation.h"
 #include "tests/platform/ui/User.h"
 #include "tests/support/TemporaryDirectory.h"
 
@@ -99,6 +100,18 @@ TEST_CASE("a name with the extension txt gets plain UTF-8")
     CHECK(files[0].path == fixture.folder.file("log.txt"));
     CHECK(files[0].bytes == fixture.string());
     CHECK(files[0].tagNames.empty());
+}
+
+TEST_CASE("the system asks before it ends the application while a file is being saved, and not anymore then")
+{
+    Exporting fixture;
+    const int before = scripted::system::suddenTerminationDisabled();
+    fixture.save("log.txt");
+    const auto files = fixture.writtenFiles();
+    REQUIRE(files.size() == 1);
+    CHECK(files[0].isGuarded);
+    CHECK(user::runEventsUntil([before] { return scripted::system::suddenTerminationDisabled() == before; }, 5000));
+    CHECK(before == 0);
 }
 
 TEST_CASE("a name with the extension rtf gets rich text with the font and the colours")

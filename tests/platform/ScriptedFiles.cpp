@@ -1,5 +1,7 @@
 #include "tests/platform/ScriptedFiles.h"
 
+#include "tests/platform/ScriptedSystemInformation.h"
+
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -55,7 +57,7 @@ Result<void> writeFileAtomically(const std::string& path, std::string_view bytes
     lock.lock();
     if (filesFailure)
         return std::unexpected(*filesFailure);
-    filesWritten.push_back({path, std::string(bytes), {}});
+    filesWritten.push_back({path, std::string(bytes), {}, scripted::system::suddenTerminationDisabled() > 0});
     return {};
 }
 

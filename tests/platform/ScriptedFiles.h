@@ -14,6 +14,7 @@ struct File {
     std::string path;
     std::string bytes;
     std::vector<std::string> tagNames;
+    bool isGuarded = false; // the system could not end the process meanwhile without asking it
 };
 
 void reset();

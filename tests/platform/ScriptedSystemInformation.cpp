@@ -145,6 +145,11 @@ void disableSuddenTermination()
     locked([](Machine& it) { ++it.suddenTerminationDisabled; });
 }
 
+void enableSuddenTermination()
+{
+    locked([](Machine& it) { --it.suddenTerminationDisabled; });
+}
+
 std::string systemPath(std::string_view path)
 {
     return locked([&](Machine& it) { return it.root + std::string(path); });

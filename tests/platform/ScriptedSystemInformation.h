@@ -17,7 +17,7 @@ void setProcessIdentifier(std::int32_t identifier);
 void setHomeDirectory(const std::string& path);
 void setBundleVersion(const std::string& version);
 
-// How often sudden termination was disabled since reset().
+// How often more sudden termination was disabled than enabled since reset().
 int suddenTerminationDisabled();
 
 // What systemPath puts before a path.

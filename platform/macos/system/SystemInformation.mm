@@ -59,6 +59,11 @@ void disableSuddenTermination()
     [NSProcessInfo.processInfo disableSuddenTermination];
 }
 
+void enableSuddenTermination()
+{
+    [NSProcessInfo.processInfo enableSuddenTermination];
+}
+
 std::string systemPath(std::string_view path)
 {
     return systemRoot().append(path);

@@ -1,8 +1,10 @@
 #include "platform/ui/Application.h"
 
 #include "platform/macos/ui/AboutPanel.h"
+#include "platform/macos/ui/TerminationSignals.h"
 
 #import <AppKit/AppKit.h>
+#include <cstdlib>
 
 namespace platform::ui {
 using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
@@ -34,6 +36,8 @@ using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
 
 - (void)applicationDidFinishLaunching:(NSNotification*)__unused notification
 {
+    __weak BRVApplicationDelegate* const weakSelf = self;
+    platform::ui::handleTerminationSignals([weakSelf] { [weakSelf endAtOnce]; });
     _delegate->applicationDidFinishLaunching();
 }
 
@@ -47,12 +51,24 @@ using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
     return terminates ? NSTerminateNow : NSTerminateCancel;
 }
 
-// What is still being saved is finished first. The process then ends without leaving the main function.
-- (void)applicationWillTerminate:(NSNotification*)__unused notification
+// What is still being saved is finished first.
+- (void)finish
 {
     if (_delegate)
         _delegate->applicationWillTerminate();
     _delegate.reset();
+}
+
+// The process then ends without leaving the main function.
+- (void)applicationWillTerminate:(NSNotification*)__unused notification
+{
+    [self finish];
+}
+
+- (void)endAtOnce
+{
+    [self finish];
+    std::exit(EXIT_SUCCESS);
 }
 
 - (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)__unused sender

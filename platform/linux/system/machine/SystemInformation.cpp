@@ -130,7 +130,9 @@ std::string bundleVersion()
     return version;
 }
 
-void disableSuddenTermination() { } // a session here always asks first, with a signal
+// A session here always asks first, with a signal.
+void disableSuddenTermination() { }
+void enableSuddenTermination() { }
 
 std::string systemPath(std::string_view path)
 {
