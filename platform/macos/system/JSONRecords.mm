@@ -1,5 +1,6 @@
 #include "platform/JSONRecords.h"
 
+#include "platform/JSONBeginning.h"
 #include "platform/macos/system/Foundation.h"
 
 #include <string>
@@ -12,8 +13,7 @@ struct JSONRecords::Native {
     std::vector<std::string_view> keys;
     Visitor visit;
     NSMutableData* text = [NSMutableData data];
-    bool hasBegun = false;
-    bool isBroken = false; // it begins with something else than a bracket
+    JSONBeginning beginning = JSONBeginning::Blank;
 };
 
 namespace {
@@ -45,21 +45,15 @@ JSONRecords::~JSONRecords() = default;
 
 void JSONRecords::append(std::string_view piece)
 {
-    if (!_native->hasBegun) {
-        const auto first = piece.find_first_not_of(" \t\r\n");
-        if (first == std::string_view::npos)
-            return;
-        piece.remove_prefix(first);
-        _native->hasBegun = true;
-        _native->isBroken = piece.front() != '[';
-    }
-    if (!_native->isBroken)
+    if (_native->beginning == JSONBeginning::Blank)
+        _native->beginning = jsonBeginning(piece);
+    if (_native->beginning == JSONBeginning::Bracket)
         [_native->text appendBytes:piece.data() length:piece.size()];
 }
 
 bool JSONRecords::isEmpty() const
 {
-    return !_native->hasBegun;
+    return _native->beginning == JSONBeginning::Blank;
 }
 
 Result<void> JSONRecords::finish()

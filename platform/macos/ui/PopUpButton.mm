@@ -2,8 +2,7 @@
 
 #include "platform/macos/ui/ControlNative.h"
 #include "platform/macos/ui/ImageNative.h"
-
-#include <algorithm>
+#include "platform/ui/Selection.h"
 
 namespace platform::ui {
 
@@ -81,8 +80,7 @@ void PopUpButton::removeItemAtIndex(int index)
     NSPopUpButton* const button = nativeOf<NSPopUpButton>(*this);
     const NSInteger selected = button.indexOfSelectedItem;
     [button removeItemAtIndex:index];
-    if (selected == index)
-        [button selectItemAtIndex:std::min<NSInteger>(index, button.numberOfItems - 1)];
+    [button selectItemAtIndex:selectionAfterRemoval(static_cast<int>(selected), index, numberOfItems())];
 }
 
 } // namespace platform::ui

@@ -2,6 +2,7 @@
 
 #include "platform/macos/ui/Label.h"
 #include "platform/macos/ui/TableViewNative.h"
+#include "platform/ui/Selection.h"
 
 using platform::ui::TableView;
 using platform::ui::TableViewNative;
@@ -114,9 +115,7 @@ void TableView::reloadData()
     const NSInteger selected = parts.table().selectedRow;
     [parts.table() reloadData];
     const NSInteger rows = parts.table().numberOfRows;
-    if (selected >= 0 && selected < rows)
-        [parts.table() selectRowIndexes:[NSIndexSet indexSetWithIndex:static_cast<NSUInteger>(selected)]
-                   byExtendingSelection:NO];
+    selectRow(selectionAfterReload(static_cast<int>(selected), static_cast<std::size_t>(rows)));
     parts.placeholder.hidden = rows > 0;
 }
 

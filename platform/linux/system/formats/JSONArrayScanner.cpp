@@ -1,5 +1,7 @@
 #include "platform/linux/system/formats/JSONArrayScanner.h"
 
+#include "platform/JSONBeginning.h"
+
 #include <array>
 #include <cstdint>
 
@@ -58,10 +60,11 @@ void JSONArrayScanner::skipString(std::string_view part)
 bool JSONArrayScanner::scanOutside(char character)
 {
     const auto kind = classes[static_cast<unsigned char>(character)];
-    if (_depth == 0 && kind != Class::Space) {
+    const auto beginning = _depth == 0 ? jsonBeginning({&character, 1}) : JSONBeginning::Blank;
+    if (beginning != JSONBeginning::Blank) {
         if (_state == State::Complete)
             _state = State::CharactersFollow;
-        else if (character != '[')
+        else if (beginning == JSONBeginning::Other)
             _state = State::NotAnArray;
         _isBlank = false;
         if (isBroken())

@@ -3,6 +3,7 @@
 #include "platform/linux/ui/controls/ControlNative.h"
 #include "platform/linux/ui/controls/ImageNative.h"
 #include "platform/linux/ui/windows/WrapControls.h"
+#include "platform/ui/Selection.h"
 
 #include <QComboBox>
 
@@ -145,11 +146,11 @@ void PopUpButton::removeItemAtIndex(int index)
     native.items = std::make_shared<const std::vector<std::string>>(std::move(titles));
     if (index < static_cast<int>(native.images.size()))
         native.images.erase(native.images.begin() + index);
-    const auto last = static_cast<int>(native.items->size()) - 1;
-    if (native.selected > index || native.selected > last)
-        --native.selected;
-    if (auto* const box = native.box())
+    native.selected = selectionAfterRemoval(native.selected, index, static_cast<int>(native.items->size()));
+    if (auto* const box = native.box()) {
         box->removeItem(index);
+        box->setCurrentIndex(native.selected);
+    }
 }
 
 } // namespace platform::ui

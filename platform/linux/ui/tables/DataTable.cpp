@@ -1,5 +1,7 @@
 #include "platform/linux/ui/tables/DataTable.h"
 
+#include "platform/ui/Selection.h"
+
 #include <algorithm>
 #include <QGuiApplication>
 #include <QHeaderView>
@@ -53,12 +55,12 @@ void DataTable::setPlaceholderText(const QString& text)
 
 void DataTable::reload(int rowCount)
 {
-    const auto selected = currentIndex().row();
+    const int selected = selectionAfterReload(currentIndex().row(), static_cast<std::size_t>(rowCount));
     const auto scrolled = verticalScrollBar()->value();
     _model.setRowCount(rowCount);
     if (_fitsColumns && rowCount > 0)
         fitColumns();
-    if (selected >= 0 && selected < rowCount) {
+    if (selected >= 0) {
         setCurrentIndex(_model.index(selected, 0));
         executeDelayedItemsLayout();
         verticalScrollBar()->setValue(scrolled);
