@@ -31,6 +31,10 @@ function(brevane_bundle target)
     find_program(BREVANE_RSVG rsvg-convert REQUIRED)
     set(resources "${CMAKE_SOURCE_DIR}/resources")
     set(made "${CMAKE_CURRENT_BINARY_DIR}/bundle")
+    set(BREVANE_MINIMUM_ON_APPLE_PROCESSORS "${CMAKE_OSX_DEPLOYMENT_TARGET}")
+    if(CMAKE_OSX_DEPLOYMENT_TARGET VERSION_LESS 11.0)
+        set(BREVANE_MINIMUM_ON_APPLE_PROCESSORS 11.0) # the first system for them
+    endif()
     configure_file("${resources}/macos/Help.plist.in" "${made}/Help.plist" @ONLY)
     configure_file("${resources}/macos/Info.plist.in" "${made}/Info.plist" @ONLY)
     add_custom_command(OUTPUT "${made}/Brevane.icns"

@@ -21,8 +21,9 @@ endif()
 
 add_library(brevane_options INTERFACE)
 target_include_directories(brevane_options INTERFACE "${CMAKE_SOURCE_DIR}")
+option(BREVANE_WERROR "Take warnings as errors" ON)
 target_compile_options(brevane_options INTERFACE
-    -Wall -Wextra -Werror -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough
+    -Wall -Wextra $<$<BOOL:${BREVANE_WERROR}>:-Werror> -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wimplicit-fallthrough
     -fvisibility=hidden -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
 # gcc's library sorts with a function that it calls deprecated, which only clang tells.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND NOT APPLE)

@@ -104,9 +104,7 @@ void BREditorController::finishDisplayAlertWithResponse(int response, bool inclu
     if (includesSystemSettingsButton) {
         if (response == Alert::FirstButtonReturn) {
             if (!waitForAnswer(localizedString("Opening the settings…"), platform::openBackgroundItemSettings)) {
-                displayMissingSettingsPaneAlert(localizedString(
-                    "To switch on the background scheduler, run this command in a terminal as an administrator:\n\n"
-                    "systemctl enable --now com.zerkolin.brevane.scheduler"));
+                displayMissingSettingsPaneAlert(platform::backgroundItemAdvice());
             }
         } else if (response == Alert::SecondButtonReturn) {
             openWebSite();
@@ -149,8 +147,7 @@ void BREditorController::beginSheetOfferingTimeMachineSettings(Alert& alert)
         if (opens && !waitForAnswer(localizedString("Opening the settings…"), [] {
                 return platform::openFile(platform::systemPath(timeMachinePanePath));
             }))
-            self->displayMissingSettingsPaneAlert(
-                localizedString("Open the settings of your desktop yourself, and look for backups or power there."));
+            self->displayMissingSettingsPaneAlert(platform::backupSettingsAdvice());
         else
             self->didDismissApplyAlert();
     });

@@ -242,6 +242,7 @@ ScheduleSettings BREditorController::settingsOfControls() const
 
 void BREditorController::apply()
 {
+    _outlets.window->endEditing();
     const auto settings = settingsOfControls();
     if (isAlreadyApplied(_currentSettings, settings))
         displayApplyAlert(ApplyAlert::AlreadyApplied);

@@ -50,7 +50,9 @@ bool BREditorController::applicationShouldTerminate()
     platform::setUserDefault(BRVDidAskAboutAutoUpdates, true);
     const auto* const settings = (*reply)->dictionary();
     const bool enabled = settings && settings->boolForKey(PayloadKey::Enabled);
+    _isAskingAboutUpdates = !enabled;
     const int answer = enabled ? Alert::Stop : answerAboutAutoUpdates();
+    _isAskingAboutUpdates = false;
     if (answer == Alert::Abort)
         platform::setUserDefault(BRVDidAskAboutAutoUpdates, false); // nobody could answer
     if (answer == Alert::FirstButtonReturn) {
@@ -62,6 +64,8 @@ bool BREditorController::applicationShouldTerminate()
 
 void BREditorController::applicationWillTerminate()
 {
+    if (_isAskingAboutUpdates)
+        platform::setUserDefault(BRVDidAskAboutAutoUpdates, false); // the answer never came
     if (_backupProgramController && !_isUninstalled)
         _backupProgramController->keepEdits();
 }

@@ -132,6 +132,7 @@ private:
     bool _showAdvancedSettings = false;
     bool _checkingUpdates = false;
     bool _endsUnasked = false;        // since nobody could answer
+    bool _isAskingAboutUpdates = false;
     bool _isUninstalled = false;      // what is the user's, to begin with
     bool _needsBackupProgram = false; // by what was just applied
 

@@ -27,6 +27,8 @@ enum class MenuCommand : std::uint8_t {
     Paste,
     SelectAll,
     Find,
+    FindNext,
+    FindPrevious,
     // On the window that the user is in, or on all.
     Minimize,
     Zoom,

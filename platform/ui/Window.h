@@ -27,6 +27,8 @@ public:
     // What the menu's Undo does in this window, once, when no text in it has something to undo. Replaces the one
     // before.
     void setUndo(std::function<void()> undo);
+    // What is being entered in a field counts as entered; the keyboard stays there.
+    void endEditing();
     // Brings it to the front and gives it the keyboard.
     void makeKeyAndOrderFront();
     void close();

@@ -76,7 +76,15 @@ Groups editGroups()
          {{.title = "&Copy", .identifier = "copyMenuItem", .key = "c", .command = MenuCommand::Copy}},
          {{.title = "&Paste", .identifier = "pasteMenuItem", .key = "v", .command = MenuCommand::Paste}}},
         {{{.title = "Select &All", .identifier = "selectAllMenuItem", .key = "a", .command = MenuCommand::SelectAll}}},
-        {{{.title = "Find…", .identifier = "findMenuItem", .key = "f", .command = MenuCommand::Find}, ApplicationMenu}},
+        {{{.title = "Find…", .identifier = "findMenuItem", .key = "f", .command = MenuCommand::Find}, ApplicationMenu},
+         {{.title = "Find Next", .identifier = "findNextMenuItem", .key = "g", .command = MenuCommand::FindNext},
+          ApplicationMenu},
+         {{.title = "Find Previous",
+           .identifier = "findPreviousMenuItem",
+           .key = "g",
+           .command = MenuCommand::FindPrevious,
+           .modifiers = CommandShift},
+          ApplicationMenu}},
     };
 }
 

@@ -124,18 +124,21 @@ TEST_CASE("every menu and item has its words, with the letter that chooses it, a
         if (std::ranges::find(shared, item.title) == shared.end())
             alone.push_back(item.title);
     });
-    CHECK(alone == Lines{"Services", "Hide Brevane", "Hide Others", "Show All", "Quit Brevane", "Find…", "Zoom"});
+    CHECK(alone
+          == Lines{"Services", "Hide Brevane", "Hide Others", "Show All", "Quit Brevane", "Find…", "Find Next",
+                   "Find Previous", "Zoom"});
 }
 
-TEST_CASE("the items that the system serves have their commands, and two their second modifier")
+TEST_CASE("the items that the system serves have their commands, and three their second modifier")
 {
     Lines commands;
     visitItems(MenuConvention::ApplicationMenu, [&](const MenuItemDescription& item) {
         if (item.command != MenuCommand::None)
             commands.push_back(item.identifier + " " + std::to_string(static_cast<int>(item.command)));
-        const auto modifiers = item.identifier == "redoMenuItem" ? KeyModifiers::CommandShift
-            : item.identifier == "hideOthersMenuItem"            ? KeyModifiers::CommandOption
-                                                                 : KeyModifiers::Command;
+        const auto modifiers = item.identifier == "redoMenuItem" || item.identifier == "findPreviousMenuItem"
+            ? KeyModifiers::CommandShift
+            : item.identifier == "hideOthersMenuItem" ? KeyModifiers::CommandOption
+                                                      : KeyModifiers::Command;
         INFO(item.identifier);
         CHECK(item.modifiers == modifiers);
     });
@@ -149,6 +152,8 @@ TEST_CASE("the items that the system serves have their commands, and two their s
                    line("redoMenuItem", MenuCommand::Redo), line("cutMenuItem", MenuCommand::Cut),
                    line("copyMenuItem", MenuCommand::Copy), line("pasteMenuItem", MenuCommand::Paste),
                    line("selectAllMenuItem", MenuCommand::SelectAll), line("findMenuItem", MenuCommand::Find),
+                   line("findNextMenuItem", MenuCommand::FindNext),
+                   line("findPreviousMenuItem", MenuCommand::FindPrevious),
                    line("minimiseMenuItem", MenuCommand::Minimize), line("zoomMenuItem", MenuCommand::Zoom),
                    line("bringAllToFrontMenuItem", MenuCommand::BringAllToFront),
                    line("helpMenuItem", MenuCommand::ShowHelp)});

@@ -1,5 +1,7 @@
 #include "tests/platform/ScriptedBackgroundItem.h"
 
+#include "platform/Localization.h"
+
 namespace scripted::background {
 
 namespace {
@@ -60,6 +62,17 @@ bool openBackgroundItemSettings()
     auto& script = scripted::background::script();
     ++script.settingsOpened;
     return script.settingsOpen;
+}
+
+std::string backgroundItemAdvice()
+{
+    return localizedString("To switch on the background scheduler, run this command in a terminal as an "
+                           "administrator:\n\nsystemctl enable --now com.zerkolin.brevane.scheduler");
+}
+
+std::string backupSettingsAdvice()
+{
+    return localizedString("Open the settings of your desktop yourself, and look for backups or power there.");
 }
 
 } // namespace platform

@@ -100,6 +100,22 @@ TEST_CASE("the question is settled before it is answered")
     CHECK(user::takeAnsweredAlerts().size() == 1);
 }
 
+TEST_CASE("an application that is ended while it asks will ask at a later end")
+{
+    EditorTest editor(completeRecord());
+    editor.scheduler.setInstallsUpdates(false);
+    bool didAskAfterEnd = true;
+    user::answerEveryAlert([&](const user::ShownAlert&) {
+        editor.controller->applicationWillTerminate();
+        didAskAfterEnd = didAsk();
+        return int(MaybeLater);
+    });
+    quit(editor);
+    user::answerEveryAlert(nullptr);
+    CHECK_FALSE(didAskAfterEnd);
+    CHECK(user::takeAnsweredAlerts().size() == 1);
+}
+
 TEST_CASE("Maybe Later sends nothing, and it is never asked again")
 {
     EditorTest editor(completeRecord());

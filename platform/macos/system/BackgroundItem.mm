@@ -1,5 +1,6 @@
 #include "platform/BackgroundItem.h"
 
+#include "platform/Localization.h"
 #include "platform/macos/system/Foundation.h"
 
 // What the class SMAppService itself answers to. It is looked up by its name, since older systems have none.
@@ -41,6 +42,16 @@ bool openBackgroundItemSettings()
         [service openSystemSettingsLoginItems];
         return service != nil;
     }
+}
+
+std::string backgroundItemAdvice()
+{
+    return localizedString("Open System Settings yourself, and look for Login Items there.");
+}
+
+std::string backupSettingsAdvice()
+{
+    return localizedString("Open System Preferences yourself, and look for Time Machine there.");
 }
 
 } // namespace platform

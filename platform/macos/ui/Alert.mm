@@ -1,5 +1,6 @@
 #include "platform/ui/Alert.h"
 
+#include "platform/Localization.h"
 #include "platform/macos/system/Foundation.h"
 #include "platform/macos/ui/ViewNative.h"
 #include "platform/macos/ui/WindowNative.h"
@@ -11,6 +12,35 @@ namespace {
 static_assert(int(AlertStyle::Warning) == NSAlertStyleWarning && int(AlertStyle::Critical) == NSAlertStyleCritical);
 static_assert(Alert::FirstButtonReturn == NSAlertFirstButtonReturn);
 static_assert(Alert::Stop == NSModalResponseStop && Alert::Abort == NSModalResponseAbort);
+
+constexpr unsigned short escapeKey = 53;
+
+// Escape presses the button titled "Cancel", which the system knows by its English title alone. Without one it ends the
+// alert by this; nil where there is such a button. To be removed when the alert is answered.
+id monitorOfEscape(NSAlert* alert, void (^end)())
+{
+    NSString* const cancel = foundation::string(localizedString("Cancel"));
+    for (NSButton* const button in alert.buttons) {
+        if ([button.title isEqualToString:cancel]) {
+            button.keyEquivalent = @"\033";
+            return nil;
+        }
+    }
+    NSWindow* const window = alert.window;
+    return [NSEvent addLocalMonitorForEventsMatchingMask:NSEventMaskKeyDown
+                                                 handler:^NSEvent*(NSEvent* event) {
+                                                     if (event.window != window || event.keyCode != escapeKey)
+                                                         return event;
+                                                     end();
+                                                     return nil;
+                                                 }];
+}
+
+void removeMonitor(id monitor)
+{
+    if (monitor)
+        [NSEvent removeMonitor:monitor];
+}
 
 // Of its accessory, which others still have.
 void letGo(NSAlert* alert)
@@ -65,7 +95,9 @@ void Alert::setAccessoryView(const std::shared_ptr<View>& view)
 
 int Alert::runModal()
 {
+    const id monitor = monitorOfEscape(_native->alert, ^{ [NSApp stopModalWithCode:NSModalResponseStop]; });
     const NSModalResponse response = [_native->alert runModal];
+    removeMonitor(monitor);
     letGo(_native->alert);
     return static_cast<int>(response);
 }
@@ -74,8 +106,11 @@ void Alert::beginSheet(const std::shared_ptr<Window>& window, std::function<void
 {
     NSAlert* const alert = _native->alert;
     const auto accessory = _native->accessoryView;
-    [_native->alert beginSheetModalForWindow:window->native().window
+    NSWindow* const parent = window->native().window;
+    const id monitor = monitorOfEscape(alert, ^{ [parent endSheet:alert.window returnCode:NSModalResponseStop]; });
+    [_native->alert beginSheetModalForWindow:parent
                            completionHandler:^(NSModalResponse response) {
+                               removeMonitor(monitor);
                                if (accessory)
                                    letGo(alert);
                                if (!completion)

@@ -41,10 +41,16 @@ using DelegateMaker = std::function<std::shared_ptr<ApplicationDelegate>()>;
     _delegate->applicationDidFinishLaunching();
 }
 
+// Nothing is restored that another program could have planted.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)__unused application
+{
+    return YES;
+}
+
 - (NSApplicationTerminateReply)applicationShouldTerminate:(NSApplication*)__unused sender
 {
     if (_terminating)
-        return NSTerminateCancel; // the delegate shows an alert, during which it was asked for again
+        return NSTerminateNow; // the delegate is asking the user, and lets the application end whatever the answer is
     _terminating = YES;
     const bool terminates = !_delegate || _delegate->applicationShouldTerminate();
     _terminating = NO;

@@ -24,6 +24,7 @@ std::shared_ptr<Window> makeWindow(const macos::WindowDescription& description, 
                                                            backing:NSBackingStoreBuffered
                                                              defer:YES];
     window.releasedWhenClosed = NO;
+    window.restorable = NO; // each start shows the main window alone
     window.identifier = foundation::string(description.identifier);
     window.title = foundation::string(localizedString(description.title));
     [window.contentView addSubview:content->native().view];

@@ -44,6 +44,8 @@ SEL selectorOf(MenuCommand command)
     case MenuCommand::SelectAll:
         return @selector(selectAll:);
     case MenuCommand::Find:
+    case MenuCommand::FindNext:
+    case MenuCommand::FindPrevious:
         return @selector(performFindPanelAction:);
     case MenuCommand::Minimize:
         return @selector(performMiniaturize:);
@@ -68,6 +70,21 @@ SEL selectorOf(MenuCommand command)
     return nullptr;
 }
 
+// Which of the actions of finding; 0 for none.
+NSInteger findTagOf(MenuCommand command)
+{
+    switch (command) {
+    case MenuCommand::Find:
+        return NSFindPanelActionShowFindPanel;
+    case MenuCommand::FindNext:
+        return NSFindPanelActionNext;
+    case MenuCommand::FindPrevious:
+        return NSFindPanelActionPrevious;
+    default:
+        return 0;
+    }
+}
+
 NSMenuItem* newItem(const MenuItemDescription& description)
 {
     const bool isHelp = description.command == MenuCommand::ShowHelp;
@@ -75,8 +92,7 @@ NSMenuItem* newItem(const MenuItemDescription& description)
                                                         action:selectorOf(description.command)
                                                  keyEquivalent:isHelp ? @"?" : foundation::string(description.key)];
     item.keyEquivalentModifierMask = nativeModifiers(description.modifiers);
-    if (description.command == MenuCommand::Find)
-        item.tag = NSFindPanelActionShowFindPanel;
+    item.tag = findTagOf(description.command);
     if (description.command == MenuCommand::Services) {
         item.submenu = [[NSMenu alloc] initWithTitle:item.title];
         NSApp.servicesMenu = item.submenu;

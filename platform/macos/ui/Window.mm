@@ -80,12 +80,17 @@ void Window::layoutIfNeeded()
 
 void Window::center()
 {
-    [_native->window center];
+    NSWindow* const window = _native->window;
+    [window layoutIfNeeded];
+    [window setContentSize:window.contentView.fittingSize];
+    [window center];
 }
 
 void Window::setFrameAutosaveName(const std::string& name)
 {
-    [_native->window setFrameAutosaveName:foundation::string(name)];
+    NSString* const key = foundation::string(name);
+    [_native->window setFrameUsingName:key];
+    [_native->window setFrameAutosaveName:key];
 }
 
 void Window::setUndo(std::function<void()> undo)
@@ -96,6 +101,19 @@ void Window::setUndo(std::function<void()> undo)
     _native->undo = undo ? [[BRVUndo alloc] initWithTask:std::move(undo)] : nil;
     if (_native->undo)
         [manager registerUndoWithTarget:_native->undo selector:@selector(undo:) object:nil];
+}
+
+void Window::endEditing()
+{
+    NSWindow* const window = _native->window;
+    NSResponder* focused = window.firstResponder;
+    if ([focused isKindOfClass:NSText.class] && [static_cast<NSText*>(focused) isFieldEditor]) {
+        const id field = static_cast<NSText*>(focused).delegate; // whose place the editor takes
+        focused = [field isKindOfClass:NSResponder.class] ? field : nil;
+    }
+    if (![window makeFirstResponder:window])
+        [window endEditingFor:nil];
+    [window makeFirstResponder:focused];
 }
 
 void Window::makeKeyAndOrderFront()

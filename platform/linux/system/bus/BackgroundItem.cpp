@@ -2,6 +2,7 @@
 
 #include "platform/linux/system/bus/BusHandles.h"
 #include "platform/linux/system/processes/SettingsPanels.h"
+#include "platform/Localization.h"
 
 #include <cstdint>
 #include <string_view>
@@ -83,6 +84,17 @@ bool openBackgroundItemSettings()
         {"Cinnamon", {"cinnamon-settings"}},
         {"LXQt", {"lxqt-config"}},
     });
+}
+
+std::string backgroundItemAdvice()
+{
+    return localizedString("To switch on the background scheduler, run this command in a terminal as an "
+                           "administrator:\n\nsystemctl enable --now com.zerkolin.brevane.scheduler");
+}
+
+std::string backupSettingsAdvice()
+{
+    return localizedString("Open the settings of your desktop yourself, and look for backups or power there.");
 }
 
 } // namespace platform

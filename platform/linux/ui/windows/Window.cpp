@@ -3,6 +3,7 @@
 #include "platform/linux/ui/windows/WindowFit.h"
 #include "platform/linux/ui/windows/WindowNative.h"
 
+#include <QAbstractSpinBox>
 #include <QScreen>
 #include <utility>
 
@@ -68,6 +69,12 @@ void Window::setFrameAutosaveName(const std::string& name)
 void Window::setUndo(std::function<void()> undo)
 {
     _native->window->setUndo(std::move(undo));
+}
+
+void Window::endEditing()
+{
+    if (auto* const entry = qobject_cast<QAbstractSpinBox*>(_native->window->focusWidget()))
+        entry->interpretText();
 }
 
 void Window::makeKeyAndOrderFront()
