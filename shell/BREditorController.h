@@ -131,7 +131,7 @@ private:
     EditorCapabilities _capabilities; // since the interface was loaded
     bool _showAdvancedSettings = false;
     bool _checkingUpdates = false;
-    bool _endsUnasked = false;        // since nobody could answer
+    bool _endsUnasked = false; // since nobody could answer
     bool _isAskingAboutUpdates = false;
     bool _isUninstalled = false;      // what is the user's, to begin with
     bool _needsBackupProgram = false; // by what was just applied
