@@ -156,37 +156,10 @@ void BREditorController::showSettings(const ScheduleSettings& settings)
     schedulesDidChange();
 }
 
-std::shared_ptr<View> BREditorController::viewForRow(EditorRow row) const
-{
-    switch (row) {
-    case EditorRow::Mode:
-        return _outlets.modeStackView;
-    case EditorRow::ModeEditor:
-        return _currentViewController ? _currentViewController->view() : nullptr;
-    case EditorRow::Suspend:
-        return _outlets.suspendStackView;
-    case EditorRow::AllowBattery:
-        return _outlets.allowBatteryCheckBox;
-    case EditorRow::DontRunWhenPassive:
-        return _outlets.dontRunWhenPassiveCheckBox;
-    case EditorRow::DontRunWithSleepPreventers:
-        return _outlets.dontRunWithSleepPreventersCheckBox;
-    case EditorRow::DontRunWhenNotNetworkWired:
-        return _outlets.dontRunWhenNotNetworkWiredCheckBox;
-    case EditorRow::Snapshots:
-        return _outlets.snapshotsCheckBox;
-    }
-    return nullptr;
-}
-
 void BREditorController::updateStackView()
 {
-    std::vector<std::shared_ptr<View>> views;
-    for (const EditorRow row : stateOfControls().rows(_capabilities)) {
-        if (auto view = viewForRow(row))
-            views.push_back(std::move(view));
-    }
-    _stackView->setViews(views);
+    _stacks.show(stateOfControls().rows(_capabilities),
+                 _currentViewController ? _currentViewController->view() : nullptr);
 }
 
 void BREditorController::changeBackUpCheckbox()

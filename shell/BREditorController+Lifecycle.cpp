@@ -5,7 +5,6 @@
 #include "platform/ui/WeakAction.h"
 #include "platform/UserDefaults.h"
 #include "protocol/SessionAgent.h"
-#include "schedule/BRVDatePicker.h"
 #include "shell/BREditorController.h"
 #include "shell/menus/MainMenu.h"
 #include "shell/UserDefaultKeys.h"
@@ -25,9 +24,7 @@ std::shared_ptr<BREditorController> BREditorController::create()
 BREditorController::BREditorController(std::unique_ptr<Interface> interface)
     : _interface(std::move(interface)),
       _outlets(*_interface),
-      _stackView(ZRKStackView::create(_outlets.stackView)),
-      _modeStackView(ZRKStackView::create(_outlets.modeStackView)),
-      _suspendStackView(ZRKStackView::create(_outlets.suspendStackView))
+      _stacks(_outlets)
 {
 }
 
@@ -57,16 +54,10 @@ void BREditorController::awakeFromNib()
     _updateBegins.emplace(BRVWillInstallUpdate,
                           [window] { window->setTitle(platform::localizedString("Brevane is being updated")); });
     _updateFails.emplace(BRVDidFailToInstallUpdate, [window, title = window->title()] { window->setTitle(title); });
-    BRVDatePicker::correctLayout(*_outlets.suspendFromPicker);
-    BRVDatePicker::correctLayout(*_outlets.suspendToPicker);
     _capabilities = EditorCapabilities::of(platform::supportsBatteryPower().value_or(false), [](unsigned release) {
         return ZRKSystemVersionManager::sharedManager().runningAtLeast(release);
     });
-    _stackView->setOrientation(ZRKStackView::Vertical);
-    // The last view takes the room that the controls leave.
-    _modeStackView->setViews({_outlets.backupsCheckBox, _outlets.operationModePopUp, View::create()});
-    _suspendStackView->setViews({_outlets.suspendCheckBox, _outlets.suspendFromPicker, _outlets.suspendToLabel,
-                                 _outlets.suspendToPicker, View::create()});
+    _stacks.arrange();
     if (!_capabilities.snapshots) {
         _outlets.localSnapshotsMenuItem->setHidden(true);
         _outlets.localSnapshotsMenuItem->setKeyEquivalent("");

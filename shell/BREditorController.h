@@ -5,7 +5,6 @@
 #include "diagnostics/console/BRVConsoleController.h"
 #include "diagnostics/snapshots/BRVLocalSnapshotsController.h"
 #include "firststart/BRVFirstStartController.h"
-#include "layout/ZRKStackView.h"
 #include "platform/Error.h"
 #include "platform/NotificationCenter.h"
 #include "platform/ui/Alert.h"
@@ -15,6 +14,7 @@
 #include "schedule/model/ApplyAlert.h"
 #include "schedule/model/EditorState.h"
 #include "shell/MainWindowOutlets.h"
+#include "shell/MainWindowStacks.h"
 #include "update/BRVPreferencesController.h"
 
 #include <array>
@@ -103,7 +103,6 @@ private:
     EditorState stateOfControls() const;
     void showState(const EditorState& state);
     void updateDependentControls();
-    std::shared_ptr<platform::ui::View> viewForRow(EditorRow row) const;
     ModeSettings settingsOfEditors() const;
     ScheduleSettings settingsOfControls() const;
     void showSettings(const ScheduleSettings& settings);
@@ -122,9 +121,7 @@ private:
 
     std::unique_ptr<platform::ui::Interface> _interface;
     MainWindowOutlets _outlets;
-    std::shared_ptr<ZRKStackView> _stackView;
-    std::shared_ptr<ZRKStackView> _modeStackView;
-    std::shared_ptr<ZRKStackView> _suspendStackView;
+    MainWindowStacks _stacks;
     std::shared_ptr<BRVViewController> _currentViewController;
     std::array<std::shared_ptr<BRVViewController>, OperationModeCount> _viewControllers; // by OperationMode
     std::optional<ScheduleSettings> _currentSettings;                                    // as last fetched or applied

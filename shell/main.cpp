@@ -1,6 +1,7 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "platform/SystemInformation.h"
 #include "shell/BREditorController.h"
+#include "shell/SelfCheck.h"
 #include "version/ZRKSystemVersionManager.h"
 
 #include <cstdio>
@@ -10,10 +11,12 @@ namespace {
 
 constexpr const char* usage =
     "usage: brevane [--show WINDOW]\n"
-    "       brevane --version|--help\n"
+    "       brevane --version|--help|--self-check\n"
     "Decides when automatic backups are made, and tells why when they are not.\n"
     "  --show WINDOW   opens \"activity\" or \"log\" beside the main window, also of a Brevane\n"
     "                  that is open already\n"
+    "  --self-check    tries, without the background scheduler, whether the windows and what they\n"
+    "                  stand on work here; exits with 1 at the first fault\n"
     "  --version       prints the version\n"
     "  --help          prints this\n";
 
@@ -30,6 +33,8 @@ int main(int argc, char** argv)
         std::fputs(usage, stdout);
         return 0;
     }
+    if (argc > 1 && std::string_view(argv[1]) == "--self-check")
+        return selfcheck::main(argc, argv);
     ZRKLogInit("com.zerkolin.brevane", "application");
     if (ZRKSystemVersionManager::sharedManager().runningAtLeast(2))
         platform::ui::setAutomaticWindowTabbing(false);

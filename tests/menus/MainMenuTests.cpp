@@ -73,7 +73,7 @@ TEST_CASE("where the system has an application menu, that menu has Services, Hid
     CHECK(linesOf(menus[1]) == Lines{"showCurrentSettingsMenuItem", "-", "closeMenuItem w"});
     CHECK(linesOf(menus[2])
           == Lines{"undoMenuItem z", "redoMenuItem z", "-", "cutMenuItem x", "copyMenuItem c", "pasteMenuItem v", "-",
-                   "selectAllMenuItem a", "-", "findMenuItem f"});
+                   "selectAllMenuItem a", "-", "findMenuItem f", "findNextMenuItem g", "findPreviousMenuItem g"});
     CHECK(linesOf(menus[3])
           == Lines{"minimiseMenuItem m", "zoomMenuItem", "-", "mainWindowMenuItem 0", "localSnapshotsMenuItem 1",
                    "consoleMenuItem 2", "activityMenuItem 3", "-", "bringAllToFrontMenuItem"});
