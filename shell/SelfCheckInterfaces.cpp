@@ -22,8 +22,9 @@ namespace {
 
 constexpr double settlingTime = 0.05; // seconds
 
-constexpr std::array windowInterfaces = {"BRVPreferencesController", "BRVConsole", "BRVLocalSnapshotsController",
-                                         "BRVActivityController", "BRVBackupProgramController"};
+constexpr std::array windowInterfaces = {"BRVPreferencesController",    "BRVConsole",
+                                         "BRVLocalSnapshotsController", "BRVActivityController",
+                                         "BRVBackupProgramController",  "BRVFirstStartController"};
 
 // Its views, without its window and its menus.
 std::vector<std::shared_ptr<View>> outletsOf(const Interface& interface)
