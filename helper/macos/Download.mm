@@ -4,11 +4,8 @@
 #include "platform/macos/system/Foundation.h"
 #include "platform/SystemInformation.h"
 
-#include <algorithm>
-#include <cerrno>
 #import <Foundation/Foundation.h>
 #import <Security/Security.h>
-#include <unistd.h>
 
 namespace foundation = platform::foundation;
 
@@ -230,41 +227,7 @@ bool isFetchable(NSURL* url)
     return url && (AddressRules::isOfWeb(scheme) ? url.host.length > 0 : scheme == "file");
 }
 
-// What is written to the file is what arrived.
-int append(int file, std::span<const std::uint8_t> bytes)
-{
-    while (!bytes.empty()) {
-        const auto count = ::write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            return errno;
-        bytes = bytes.subspan(static_cast<std::size_t>(count));
-    }
-    return 0;
-}
-
 } // namespace
-
-Download::Outcome<platform::Data> Download::fetch(const std::string& url, std::uint64_t limit,
-                                                  const GivenUp& isGivenUp) const
-{
-    platform::Data content;
-    const Terms terms{limit, std::min(AddressRules::FeedTime, _configuration.patience), isGivenUp};
-    auto done = perform(url, terms, [&content](std::span<const std::uint8_t> bytes) {
-        content.insert(content.end(), bytes.begin(), bytes.end());
-        return 0;
-    });
-    if (!done)
-        return std::unexpected(std::move(done.error()));
-    return content;
-}
-
-Download::Outcome<void> Download::save(const std::string& url, std::uint64_t limit, int file) const
-{
-    return perform(url, {limit, AddressRules::PackageTime, {}},
-                   [file](std::span<const std::uint8_t> bytes) { return append(file, bytes); });
-}
 
 // The helper has its network here.
 Download::Outcome<void> Download::perform(const std::string& url, const Terms& terms, const Sink& sink) const
