@@ -70,6 +70,13 @@ class Desktop:
         self.environment.pop("XAUTHORITY", None)
         self.children.append(subprocess.Popen(["openbox"], env=self.environment, stdout=subprocess.DEVNULL,
                                               stderr=subprocess.DEVNULL, preexec_fn=end_with_parent))
+        # A window that is shown before may stay off the screen, or never hear of the manager's keys.
+        wait_for("the window manager", self._is_managed)
+
+    def _is_managed(self):
+        asked = subprocess.run(["xdotool", "get_num_desktops"], env=self.environment, stdout=subprocess.DEVNULL,
+                               stderr=subprocess.DEVNULL, check=False)
+        return asked.returncode == 0
 
     def _start_session_bus(self):
         bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address=1"], env=self.environment,

@@ -247,8 +247,9 @@ class Sandbox:
         return found
 
     def wait_for_applications(self):
-        """After an update the new version goes on where the old one ended."""
-        while running := self.applications():
+        """After an update the new version goes on where the old one ended. One that is started while the processes are
+        looked through, by one that ends meanwhile, is seen at the second look."""
+        while running := self.applications() or self.applications():
             with contextlib.suppress(ProcessLookupError):
                 process = os.pidfd_open(running[0])
                 try:

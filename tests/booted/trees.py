@@ -6,10 +6,10 @@ from inside import HERE
 
 MEMORY = os.path.join(HERE, "tree")
 LOOKED_AT = ("/boot", "/etc", "/home", "/opt", "/root", "/usr", "/var")
-# What the system itself writes at any time.
-OTHERS = ("/var/cache", "/var/lib/PackageKit", "/var/lib/apt", "/var/lib/dpkg", "/var/lib/systemd", "/var/log/apt", "/var/log/journal", "/var/tmp",
+# What the system itself writes at any time, and what the application keeps for its user, whose files no package touches.
+OTHERS = ("/home/anna/Library", "/var/cache", "/var/lib/PackageKit", "/var/lib/apt", "/var/lib/dpkg", "/var/lib/systemd", "/var/log/apt", "/var/log/journal", "/var/tmp",
           "/var/log/dpkg.log", "/var/lib/polkit-1", "/root/.cache", "/root/.config", "/var/log/wtmp", "/var/log/lastlog",
-          "/var/log/alternatives.log", "/etc/ld.so.cache", "/home")
+          "/var/log/alternatives.log", "/etc/ld.so.cache")
 
 
 def present():

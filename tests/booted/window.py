@@ -18,7 +18,7 @@ def play(name, *arguments):
     command = shlex.join(["/usr/bin/python3", "-B", HERE + "/clicks.py", name, SHARED, *arguments])
     done = subprocess.run(["su", "--login", "anna", "--command", command], stdin=subprocess.DEVNULL, capture_output=True, text=True,
                           timeout=240, check=False)
-    run("sh", "-c", f"mkdir -p {PICTURES} && cp {SHARED}/*.png {PICTURES}/")
+    run("sh", "-c", f"mkdir -p {PICTURES} && mv {SHARED}/*.png {PICTURES}/ && rmdir {SHARED}")
     assert done.returncode == 0, (done.stdout, done.stderr)
     return done.stdout
 
