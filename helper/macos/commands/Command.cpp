@@ -9,6 +9,7 @@
 #include <mutex>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 namespace helper {
 
@@ -92,6 +93,13 @@ CommandEnd runCommand(const std::vector<std::string>& command, std::chrono::mill
     end.status = (*process)->waitUntilExit();
     end.wasInTime = !watchdog.hasBitten();
     return end;
+}
+
+std::expected<void, std::string> successOf(std::expected<std::string, std::string> output)
+{
+    if (!output)
+        return std::unexpected(std::move(output.error()));
+    return {};
 }
 
 std::string failureOfCommand(const std::vector<std::string>& command, const CommandEnd& end)

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <expected>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,9 @@ struct CommandEnd {
 
 // Runs an absolute path and its arguments to the end, or until the limit is over.
 CommandEnd runCommand(const std::vector<std::string>& command, std::chrono::milliseconds limit);
+
+// What is left of a command's outcome where only its success counts.
+std::expected<void, std::string> successOf(std::expected<std::string, std::string> output);
 
 // Why a command came to nothing, without a full stop at the end: in its own last words, if it had any.
 std::string failureOfCommand(const std::vector<std::string>& command, const CommandEnd& end);

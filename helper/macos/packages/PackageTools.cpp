@@ -19,14 +19,6 @@ PackageTools::Outcome<std::string> outputOf(const std::vector<std::string>& comm
     return std::move(end.output);
 }
 
-PackageTools::Outcome<void> successOf(const std::vector<std::string>& command, std::chrono::seconds limit)
-{
-    auto output = outputOf(command, limit);
-    if (!output)
-        return std::unexpected(std::move(output.error()));
-    return {};
-}
-
 // The value of an attribute of the element's opening, which has no entities; empty when there is none.
 std::string_view attribute(std::string_view element, std::string_view name)
 {
@@ -59,7 +51,7 @@ PackageTools::Outcome<std::optional<PackageReceipt>> PackageTools::receipt(const
 
 PackageTools::Outcome<void> PackageTools::forget(const std::string& identifier) const
 {
-    return successOf({_pkgutil, "--forget", identifier}, askLimit);
+    return successOf(outputOf({_pkgutil, "--forget", identifier}, askLimit));
 }
 
 PackageTools::Signature PackageTools::signature(const std::string& package) const
@@ -80,7 +72,7 @@ PackageTools::Signature PackageTools::signatureInOutput(bool isSuccess, const st
 PackageTools::Outcome<std::string> PackageTools::version(const std::string& package, const std::string& identifier,
                                                          const std::string& folder) const
 {
-    if (const auto expanded = successOf({_pkgutil, "--expand", package, folder}, askLimit); !expanded)
+    if (const auto expanded = outputOf({_pkgutil, "--expand", package, folder}, askLimit); !expanded)
         return std::unexpected(expanded.error());
     const auto bytes = platform::readFile(folder + "/Distribution", maximumDistribution);
     const auto found = bytes
@@ -106,7 +98,7 @@ std::optional<std::string> PackageTools::versionInDistribution(std::string_view 
 
 PackageTools::Outcome<void> PackageTools::install(const std::string& package) const
 {
-    return successOf({_installer, "-pkg", package, "-target", "/"}, installLimit);
+    return successOf(outputOf({_installer, "-pkg", package, "-target", "/"}, installLimit));
 }
 
 } // namespace helper

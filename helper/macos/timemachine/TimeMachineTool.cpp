@@ -25,14 +25,6 @@ TimeMachineTool::Outcome<std::string> outputOf(const std::vector<std::string>& c
     return std::move(end.output);
 }
 
-TimeMachineTool::Outcome<void> successOf(const std::vector<std::string>& command, std::chrono::seconds limit)
-{
-    auto output = outputOf(command, limit);
-    if (!output)
-        return std::unexpected(std::move(output.error()));
-    return {};
-}
-
 } // namespace
 
 bool TimeMachineTool::isThere() const
@@ -42,7 +34,7 @@ bool TimeMachineTool::isThere() const
 
 TimeMachineTool::Outcome<void> TimeMachineTool::start(const std::vector<std::string>& command) const
 {
-    return successOf(command, startLimit);
+    return successOf(outputOf(command, startLimit));
 }
 
 TimeMachineTool::Outcome<TimeMachineStatus> TimeMachineTool::status() const
@@ -80,7 +72,7 @@ TimeMachineTool::Outcome<void> TimeMachineTool::removeSnapshot(const std::string
     // In place of a date the command takes a volume, and removes all that is on it.
     if (!isSnapshotDate(date))
         return std::unexpected("'" + date + "' is no date of a snapshot");
-    return successOf({_path, "deletelocalsnapshots", date}, snapshotLimit);
+    return successOf(outputOf({_path, "deletelocalsnapshots", date}, snapshotLimit));
 }
 
 } // namespace helper
