@@ -76,7 +76,7 @@ class PortsTests(unittest.TestCase):
     def test_the_sources_have_operations_of_every_kind(self):
         linux = ports.operations_of(os.path.join(os.path.dirname(SCRIPT), "..", ".."))[0]["Linux"]
         for operation in ("ServiceListener::create", "ServiceListener::copyRight", "BackupPrograms::job", "sha256",
-                          "HelperParts::ofSystem", "ProductInstallation::install", "isBackupRunning", "Download::fetch"):
+                          "HelperParts::ofSystem", "ProductInstallation::install", "isBackupRunning", "Download::perform"):
             self.assertIn(operation, linux)
 
 
