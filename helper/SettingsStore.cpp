@@ -16,7 +16,7 @@ namespace {
 
 // A record on disk may lack values, which read as false, 0 or absent, may be marked as disabled, and may hold keys of a
 // later version; all of it is served as it stands.
-bool isAcceptable(const Dictionary& stored)
+bool isStoredSettings(const Dictionary& stored)
 {
     auto settings = stored;
     if (const auto* disabled = settings.find(ScheduleKey::Disabled); disabled && disabled->isNumber())
@@ -27,7 +27,7 @@ bool isAcceptable(const Dictionary& stored)
 
 } // namespace
 
-SettingsStore::SettingsStore(const std::string& path) : _file(path, isAcceptable)
+SettingsStore::SettingsStore(const std::string& path) : _file(path, isStoredSettings)
 {
     auto stored = _file.open();
     _wasApplied = stored.has_value();

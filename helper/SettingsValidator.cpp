@@ -18,9 +18,9 @@ using platform::PropertyList;
 
 namespace {
 
-using Fault = std::optional<SettingsFault>;
+using Finding = std::optional<SettingsFault>;
 using Keys = SettingsValidator::UnknownKeys;
-using Check = Fault (*)(std::string_view key, const PropertyList& value, Keys unknown);
+using Check = Finding (*)(std::string_view key, const PropertyList& value, Keys unknown);
 
 // A key in an error is the sender's own text.
 constexpr std::size_t longestKey = 200;
@@ -45,7 +45,7 @@ std::optional<std::int64_t> wholeNumber(const PropertyList& value)
     return value.integerValue();
 }
 
-Fault boolean(std::string_view key, const PropertyList& value, Keys)
+Finding boolean(std::string_view key, const PropertyList& value, Keys)
 {
     auto number = wholeNumber(value);
     if (!number || (*number != 0 && *number != 1))
@@ -54,7 +54,7 @@ Fault boolean(std::string_view key, const PropertyList& value, Keys)
 }
 
 template <const ScheduleRange& range>
-Fault integer(std::string_view key, const PropertyList& value, Keys)
+Finding integer(std::string_view key, const PropertyList& value, Keys)
 {
     if (!value.isNumber())
         return wrongType(key, "integer");
@@ -65,7 +65,7 @@ Fault integer(std::string_view key, const PropertyList& value, Keys)
 }
 
 // Types and keys first, for every key that is there; then the missing values.
-Fault faultByRules(const Dictionary& record, std::span<const Rule> rules, Keys unknown)
+Finding faultByRules(const Dictionary& record, std::span<const Rule> rules, Keys unknown)
 {
     for (const auto& [key, value] : record) {
         const Rule* known = nullptr;
@@ -85,12 +85,12 @@ Fault faultByRules(const Dictionary& record, std::span<const Rule> rules, Keys u
     return std::nullopt;
 }
 
-Fault dictionary(std::string_view key, const PropertyList& value, std::span<const Rule> rules, Keys unknown)
+Finding dictionary(std::string_view key, const PropertyList& value, std::span<const Rule> rules, Keys unknown)
 {
     return value.dictionary() ? faultByRules(*value.dictionary(), rules, unknown) : wrongType(key, "dictionary");
 }
 
-Fault mode(std::string_view key, const PropertyList& value, Keys)
+Finding mode(std::string_view key, const PropertyList& value, Keys)
 {
     const auto* text = value.string();
     if (!text)
@@ -101,12 +101,12 @@ Fault mode(std::string_view key, const PropertyList& value, Keys)
 }
 
 // What this sub-record holds is never read.
-Fault whenInactive(std::string_view key, const PropertyList& value, Keys)
+Finding whenInactive(std::string_view key, const PropertyList& value, Keys)
 {
-    return value.dictionary() ? Fault() : wrongType(key, "dictionary");
+    return value.dictionary() ? Finding() : wrongType(key, "dictionary");
 }
 
-Fault interval(std::string_view key, const PropertyList& value, Keys unknown)
+Finding interval(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {
         {ScheduleKey::Minutes, integer<ScheduleRanges::intervalCount>},
@@ -117,10 +117,10 @@ Fault interval(std::string_view key, const PropertyList& value, Keys unknown)
     if (auto fault = dictionary(key, value, rules, unknown))
         return fault;
     const auto isThere = [&](const Rule& unit) { return value.dictionary()->contains(unit.key); };
-    return std::ranges::count_if(rules, isThere) > 1 ? Fault(wrongType(key, "dictionary of one unit")) : Fault();
+    return std::ranges::count_if(rules, isThere) > 1 ? Finding(wrongType(key, "dictionary of one unit")) : Finding();
 }
 
-Fault intervals(std::string_view key, const PropertyList& value, Keys unknown)
+Finding intervals(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {
         {ScheduleKey::Weekday, integer<ScheduleRanges::weekday>},
@@ -142,13 +142,13 @@ Fault intervals(std::string_view key, const PropertyList& value, Keys unknown)
     return std::nullopt;
 }
 
-Fault calendarIntervals(std::string_view key, const PropertyList& value, Keys unknown)
+Finding calendarIntervals(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {{ScheduleKey::Intervals, intervals}, {ScheduleKey::ASAP, boolean}};
     return dictionary(key, value, rules, unknown);
 }
 
-Fault suspendSettings(std::string_view key, const PropertyList& value, Keys unknown)
+Finding suspendSettings(std::string_view key, const PropertyList& value, Keys unknown)
 {
     static constexpr Rule rules[] = {
         {ScheduleKey::StartHour, integer<ScheduleRanges::hour>},
@@ -174,12 +174,12 @@ constexpr Rule settingsRules[] = {
     {ScheduleKey::Snapshots, boolean},
 };
 
-Fault missing(std::string_view key)
+Finding missing(std::string_view key)
 {
     return SettingsFault{BRVErrorMissingValue, std::string(key), {}};
 }
 
-Fault faultInSuspendSettings(const Dictionary& suspend)
+Finding faultInSuspendSettings(const Dictionary& suspend)
 {
     for (auto key : {ScheduleKey::StartHour, ScheduleKey::StartMinute, ScheduleKey::EndHour, ScheduleKey::EndMinute}) {
         if (!suspend.contains(key))
@@ -189,7 +189,7 @@ Fault faultInSuspendSettings(const Dictionary& suspend)
 }
 
 // Only the mode in force must be complete: the others may be carried along as they came.
-Fault faultInModeInForce(const Dictionary& settings)
+Finding faultInModeInForce(const Dictionary& settings)
 {
     const auto& name = *settings.stringForKey(ScheduleKey::BackupsMode);
     const auto* record = settings.dictionaryForKey(name);

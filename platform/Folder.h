@@ -5,6 +5,13 @@
 
 namespace platform {
 
+// What is before the path's last slash; "" when it has none.
+inline std::string parentOf(const std::string& path)
+{
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? std::string() : path.substr(0, slash);
+}
+
 // Creates the folder and those above it with the default attributes (mode 0777 less the umask). Success when it is
 // already there. The failure is an errno value.
 std::expected<void, int> createFolder(const std::string& path);

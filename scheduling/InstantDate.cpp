@@ -26,4 +26,10 @@ std::optional<Instant> instantOf(const platform::PropertyList* date)
     return static_cast<Instant>(std::floor(seconds)) + referenceDate;
 }
 
+void setDate(platform::Dictionary& dictionary, const char* key, std::optional<Instant> instant)
+{
+    if (instant)
+        dictionary.set(key, dateOf(*instant));
+}
+
 } // namespace scheduling

@@ -11,4 +11,7 @@ namespace scheduling {
 platform::Date dateOf(Instant instant);
 std::optional<Instant> instantOf(const platform::PropertyList* date);
 
+// Leaves the dictionary alone when there is no instant.
+void setDate(platform::Dictionary& dictionary, const char* key, std::optional<Instant> instant);
+
 } // namespace scheduling

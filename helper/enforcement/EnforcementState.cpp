@@ -14,12 +14,6 @@ namespace {
 
 constexpr std::int64_t mostFailures = 1'000'000'000;
 
-void setDate(Dictionary& dictionary, const char* key, std::optional<Instant> instant)
-{
-    if (instant)
-        dictionary.set(key, dateOf(*instant));
-}
-
 // False when there is something else than a date.
 bool readDate(const Dictionary& dictionary, const char* key, std::optional<Instant>& instant)
 {
@@ -50,7 +44,7 @@ std::optional<scheduling::Memory> memoryIn(const Dictionary& dictionary)
     return memory;
 }
 
-bool isAcceptable(const Dictionary& dictionary)
+bool isState(const Dictionary& dictionary)
 {
     return EnforcementState::inDictionary(dictionary).has_value();
 }
@@ -63,10 +57,10 @@ Dictionary EnforcementState::dictionary(Instant written) const
                           {"Since", dateOf(memory.since)},
                           {"Settled", dateOf(memory.settled)},
                           {"Failures", memory.failures}};
-    setDate(dictionary, "LastStart", memory.lastStart);
-    setDate(dictionary, "LastEnd", memory.lastEnd);
-    setDate(dictionary, "LastSucceeded", memory.lastSucceeded);
-    setDate(dictionary, "Owed", memory.owed);
+    scheduling::setDate(dictionary, "LastStart", memory.lastStart);
+    scheduling::setDate(dictionary, "LastEnd", memory.lastEnd);
+    scheduling::setDate(dictionary, "LastSucceeded", memory.lastSucceeded);
+    scheduling::setDate(dictionary, "Owed", memory.owed);
     if (memory.timeOfDay)
         dictionary.set("TimeOfDay", *memory.timeOfDay);
     dictionary.set("Record", record);
@@ -99,9 +93,9 @@ std::optional<EnforcementState> EnforcementState::inDictionary(const Dictionary&
     return state;
 }
 
-StateFile::StateFile(const std::string& path) : _file(path, isAcceptable)
+StateFile::StateFile(const std::string& path) : _file(path, isState)
 {
-    (void)platform::createFolder(path.substr(0, path.rfind('/')));
+    (void)platform::createFolder(platform::parentOf(path));
     if (const auto content = _file.open()) {
         _found = EnforcementState::inDictionary(*content);
         _foundWritten = *instantOf(content->find("Written"));

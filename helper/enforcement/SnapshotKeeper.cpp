@@ -16,7 +16,7 @@ using platform::Dictionary;
 
 namespace {
 
-bool isAcceptable(const Dictionary& content)
+bool isSnapshotsRecord(const Dictionary& content)
 {
     const auto* const list = content.arrayForKey("Snapshots");
     return list && std::ranges::all_of(*list, [](const auto& each) {
@@ -30,11 +30,11 @@ bool isAcceptable(const Dictionary& content)
 struct SnapshotKeeper::Work {
     Work(const std::string& path, std::function<std::vector<std::string>()> protectedFolders,
          std::shared_ptr<LocalSnapshots> system)
-        : file(path, isAcceptable),
+        : file(path, isSnapshotsRecord),
           folders(std::move(protectedFolders)),
           snapshots(std::move(system))
     {
-        (void)platform::createFolder(path.substr(0, path.rfind('/')));
+        (void)platform::createFolder(platform::parentOf(path));
         const auto content = file.open();
         const auto* const list = content ? content->arrayForKey("Snapshots") : nullptr;
         for (const auto& each : list ? *list : platform::Array())

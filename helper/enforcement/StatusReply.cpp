@@ -41,12 +41,6 @@ platform::Array upcoming(const Scheduler& scheduler, scheduling::Now now)
     return array;
 }
 
-void setDate(Dictionary& reply, const char* key, std::optional<scheduling::Instant> instant)
-{
-    if (instant)
-        reply.set(key, dateOf(*instant));
-}
-
 } // namespace
 
 Dictionary statusReply(const Scheduler& scheduler, scheduling::Now now, const Journal& journal,
@@ -62,10 +56,10 @@ Dictionary statusReply(const Scheduler& scheduler, scheduling::Now now, const Jo
                      {BackupStatusKey::Failures, memory.failures},
                      {BackupStatusKey::Upcoming, upcoming(scheduler, now)},
                      {BackupStatusKey::Journal, journal.array()}};
-    setDate(reply, BackupStatusKey::Due, status.due);
-    setDate(reply, BackupStatusKey::LastStart, memory.lastStart);
-    setDate(reply, BackupStatusKey::LastEnd, memory.lastEnd);
-    setDate(reply, BackupStatusKey::LastSucceeded, memory.lastSucceeded);
+    scheduling::setDate(reply, BackupStatusKey::Due, status.due);
+    scheduling::setDate(reply, BackupStatusKey::LastStart, memory.lastStart);
+    scheduling::setDate(reply, BackupStatusKey::LastEnd, memory.lastEnd);
+    scheduling::setDate(reply, BackupStatusKey::LastSucceeded, memory.lastSucceeded);
     if (!program.empty())
         reply.set(BackupStatusKey::Program, program);
     if (!notes.empty())

@@ -18,7 +18,7 @@ using Read = std::expected<T, std::string>;
 
 constexpr double referenceDate = 978'307'200; // 2001-01-01, in seconds since 1970
 
-std::unexpected<std::string> wrong(const std::string& key, const char* what)
+std::unexpected<std::string> faultOf(const std::string& key, const char* what)
 {
     return std::unexpected("The simulation's '" + key + "' " + what + ".");
 }
@@ -34,11 +34,11 @@ Read<std::optional<Instant>> readDate(const Dictionary& dictionary, const char* 
     if (!value)
         return std::nullopt;
     if (!value->date())
-        return wrong(key, "is no date");
+        return faultOf(key, "is no date");
     const double seconds = std::floor(value->date()->secondsSinceReferenceDate + referenceDate);
     if (!(seconds >= static_cast<double>(scheduling::earliestInstant)
           && seconds <= static_cast<double>(scheduling::latestInstant)))
-        return wrong(key, "is no date of the years 1 to 9999");
+        return faultOf(key, "is no date of the years 1 to 9999");
     return static_cast<Instant>(seconds);
 }
 
@@ -48,24 +48,24 @@ Read<Instant> readRequiredDate(const Dictionary& dictionary, const char* key)
     if (!date)
         return std::unexpected(date.error());
     if (!*date)
-        return wrong(key, "is missing");
+        return faultOf(key, "is missing");
     return **date;
 }
 
 Read<std::int64_t> integerOf(const PropertyList& value, const std::string& key)
 {
     if (value.type() != Type::Integer)
-        return wrong(key, "is no integer");
+        return faultOf(key, "is no integer");
     return value.integerValue();
 }
 
 Read<platform::TimeZone> zoneOf(const PropertyList* value)
 {
     if (!value || !value->string())
-        return wrong("Zone", value ? "is no string" : "is missing");
+        return faultOf("Zone", value ? "is no string" : "is missing");
     auto zone = platform::TimeZone::named(*value->string());
     if (!zone)
-        return wrong("Zone", "is unknown");
+        return faultOf("Zone", "is unknown");
     return std::move(*zone);
 }
 
@@ -75,7 +75,7 @@ Read<ConditionChanges> conditionsOf(const PropertyList* value, const char* key)
     if (!value)
         return changes;
     if (!value->dictionary())
-        return wrong(key, "is no dictionary");
+        return faultOf(key, "is no dictionary");
     const std::array<std::pair<const char*, std::optional<bool>*>, 6> known{{
         {"Battery", &changes.battery},
         {"Passive", &changes.passive},
@@ -87,7 +87,7 @@ Read<ConditionChanges> conditionsOf(const PropertyList* value, const char* key)
     for (const auto& [name, place] : known) {
         const PropertyList* condition = value->dictionary()->find(name);
         if (condition && condition->type() != Type::Boolean)
-            return wrong(name, "is no boolean");
+            return faultOf(name, "is no boolean");
         if (condition)
             *place = condition->boolValue();
     }
@@ -102,7 +102,7 @@ Read<decltype(SimulationEvent::what)> happeningOf(const std::string& key, const 
         return zoneOf(&value);
     if (key == "Asleep") {
         if (value.type() != Type::Boolean)
-            return wrong(key, "is no boolean");
+            return faultOf(key, "is no boolean");
         return SimulationEvent::Sleep{value.boolValue()};
     }
     if (key == "ClockBy") {
@@ -112,7 +112,7 @@ Read<decltype(SimulationEvent::what)> happeningOf(const std::string& key, const 
         return SimulationEvent::ClockStep{*seconds};
     }
     if (!value.dictionary())
-        return wrong(key, "is no dictionary");
+        return faultOf(key, "is no dictionary");
     return *value.dictionary();
 }
 
@@ -120,10 +120,10 @@ Read<SimulationEvent> eventOf(const PropertyList& value)
 {
     const Dictionary* dictionary = value.dictionary();
     if (!dictionary)
-        return wrong("Events", "hold something that is no dictionary");
+        return faultOf("Events", "hold something that is no dictionary");
     const PropertyList* at = dictionary->find("At");
     if (!at)
-        return wrong("Events", "hold one without 'At'");
+        return faultOf("Events", "hold one without 'At'");
     const auto time = integerOf(*at, "At");
     if (!time)
         return std::unexpected(time.error());
@@ -133,14 +133,14 @@ Read<SimulationEvent> eventOf(const PropertyList& value)
         if (!found)
             continue;
         if (event)
-            return wrong("Events", "hold one in which two things happen");
+            return faultOf("Events", "hold one in which two things happen");
         auto what = happeningOf(key, *found);
         if (!what)
             return std::unexpected(std::move(what.error()));
         event = SimulationEvent{*time, std::move(*what)};
     }
     if (!event)
-        return wrong("Events", "hold one in which nothing happens");
+        return faultOf("Events", "hold one in which nothing happens");
     return std::move(*event);
 }
 
@@ -151,14 +151,14 @@ Read<std::vector<SimulationEvent>> eventsOf(const Dictionary& dictionary)
     if (!list)
         return events;
     if (!list->array())
-        return wrong("Events", "are no array");
+        return faultOf("Events", "are no array");
     std::int64_t latest = 0;
     for (const PropertyList& value : *list->array()) {
         auto event = eventOf(value);
         if (!event)
             return std::unexpected(std::move(event.error()));
         if (event->at < latest)
-            return wrong("Events", "are out of order");
+            return faultOf("Events", "are out of order");
         latest = event->at;
         events.push_back(std::move(*event));
     }
@@ -172,10 +172,10 @@ Read<std::vector<bool>> resultsOf(const Dictionary& dictionary)
     if (!list)
         return results;
     if (!list->array())
-        return wrong("Results", "are no array");
+        return faultOf("Results", "are no array");
     for (const PropertyList& value : *list->array()) {
         if (value.type() != Type::Boolean)
-            return wrong("Results", "hold something that is no boolean");
+            return faultOf("Results", "hold something that is no boolean");
         results.push_back(value.boolValue());
     }
     return results;
@@ -188,7 +188,7 @@ Read<std::int64_t> durationOf(const Dictionary& dictionary)
         return 0;
     const auto seconds = integerOf(*value, "Duration");
     if (seconds && *seconds < 0)
-        return wrong("Duration", "is negative");
+        return faultOf("Duration", "is negative");
     return seconds;
 }
 
@@ -219,7 +219,7 @@ std::expected<SimulationScript, std::string> SimulationScript::fromPropertyList(
         return std::unexpected("The simulation is no dictionary.");
     const Dictionary* record = dictionary->dictionaryForKey("Record");
     if (!record)
-        return wrong("Record", dictionary->contains("Record") ? "is no dictionary" : "is missing");
+        return faultOf("Record", dictionary->contains("Record") ? "is no dictionary" : "is missing");
     auto zone = zoneOf(dictionary->find("Zone"));
     if (!zone)
         return std::unexpected(std::move(zone.error()));
@@ -244,10 +244,10 @@ std::expected<SimulationScript, std::string> SimulationScript::fromPropertyList(
     if (failure)
         return std::unexpected(std::move(*failure));
     if (until < script.from)
-        return wrong("Until", "is before its 'From'");
+        return faultOf("Until", "is before its 'From'");
     script.length = until - script.from;
     if (!staysRepresentable(script))
-        return wrong("Events", "set the clock outside the years 1 to 9999");
+        return faultOf("Events", "set the clock outside the years 1 to 9999");
     return script;
 }
 

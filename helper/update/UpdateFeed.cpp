@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t maximumTextLength = 2048;
 
-const std::string* textForKey(const Dictionary& feed, const char* key)
+const std::string* presentText(const Dictionary& feed, const char* key)
 {
     const auto* text = feed.stringForKey(key);
     return text && !text->empty() && text->size() <= maximumTextLength ? text : nullptr;
@@ -37,9 +37,9 @@ std::optional<std::int64_t> numberForKey(const Dictionary& feed, const char* key
 
 std::optional<UpdateInformation> readFeed(const Dictionary& feed, const std::string& url)
 {
-    const auto* version = textForKey(feed, PayloadKey::Version);
-    const auto* humanVersion = textForKey(feed, PayloadKey::HumanVersion);
-    const auto* package = textForKey(feed, "Package");
+    const auto* version = presentText(feed, PayloadKey::Version);
+    const auto* humanVersion = presentText(feed, PayloadKey::HumanVersion);
+    const auto* package = presentText(feed, "Package");
     if (!version || !humanVersion || !package)
         return std::nullopt;
     auto number = VersionNumber::parse(*version);

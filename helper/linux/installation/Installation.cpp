@@ -39,11 +39,6 @@ std::unexpected<platform::Error> failed(int code, const std::string& path, const
     return std::unexpected(systemError(code, "'" + path + "' could not be " + what + "."));
 }
 
-std::string parentOf(const std::string& path)
-{
-    return path.substr(0, path.rfind('/'));
-}
-
 std::optional<std::string> linkAt(const std::string& path)
 {
     std::array<char, PATH_MAX> target{};
@@ -163,7 +158,7 @@ Result<void> Installation::exchange() const
         return failed(ENOENT, otherProduct(), "put in place");
     if (::renameat2(AT_FDCWD, otherProduct().c_str(), AT_FDCWD, product().c_str(), RENAME_EXCHANGE) != 0)
         return failed(errno, product(), "replaced");
-    for (const auto& folder : {parentOf(product()), stagingFolder()})
+    for (const auto& folder : {platform::parentOf(product()), stagingFolder()})
         logFailure(platform::syncFolder(folder), folder);
     settleLinks(*other, *current);
     return {};
@@ -180,7 +175,7 @@ void Installation::makeLink(const std::string& link) const
     if (::symlink(target.c_str(), place.c_str()) != 0)
         log(errno, place, "made"); // also when it is somebody else's
     else
-        logFailure(platform::syncFolder(parentOf(place)), place);
+        logFailure(platform::syncFolder(platform::parentOf(place)), place);
 }
 
 void Installation::settleLinks(const InstallationManifest& current, const InstallationManifest& other) const
@@ -203,11 +198,11 @@ void Installation::settleLinks(const InstallationManifest& current, const Instal
 std::vector<std::string> Installation::replacedFolders() const
 {
     std::vector<std::string> found;
-    const auto folder = OpenFolder::at(parentOf(product()));
+    const auto folder = OpenFolder::at(platform::parentOf(product()));
     const auto entries = folder ? folder->entries() : std::unexpected(folder.error());
     for (const auto& entry : entries.value_or(std::vector<OpenFolder::Entry>())) {
         if (entry.name.starts_with(replacedPrefix))
-            found.push_back(parentOf(product()) + "/" + entry.name);
+            found.push_back(platform::parentOf(product()) + "/" + entry.name);
     }
     return found;
 }
@@ -228,7 +223,7 @@ void Installation::retireOther() const
     if (!platform::fileExists(otherProduct()))
         return;
     for (int number = 1;; ++number) {
-        const auto name = parentOf(product()) + "/" + std::string(replacedPrefix) + std::to_string(number);
+        const auto name = platform::parentOf(product()) + "/" + std::string(replacedPrefix) + std::to_string(number);
         if (::renameat2(AT_FDCWD, otherProduct().c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0)
             return;
         if (errno != EEXIST) {

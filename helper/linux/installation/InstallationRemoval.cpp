@@ -3,6 +3,7 @@
 #include "helper/linux/installation/RemovalPlan.h"
 #include "helper/linux/installation/WrittenFiles.h"
 #include "helper/SystemError.h"
+#include "platform/Folder.h"
 #include "platform/SystemInformation.h"
 
 #include <algorithm>
@@ -15,12 +16,6 @@ namespace helper {
 using platform::Result;
 
 namespace {
-
-std::string parentOf(const std::string& path)
-{
-    const auto slash = path.rfind('/');
-    return slash == std::string::npos ? std::string() : path.substr(0, slash);
-}
 
 // 0 when every part of the path below the folder is a folder of its own, on the same device and mount.
 int obstacleOnWay(const std::string& product, const std::string& path)
@@ -51,7 +46,7 @@ Result<RemovalPlan> planOfProduct(const std::string& product, const Installation
         }
     }
     for (const auto& file : installed.files) {
-        if (file != later && folders.contains(parentOf(file)))
+        if (file != later && folders.contains(platform::parentOf(file)))
             plan.addFile(product + "/" + file);
     }
     return plan;

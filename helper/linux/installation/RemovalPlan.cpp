@@ -1,6 +1,7 @@
 #include "helper/linux/installation/RemovalPlan.h"
 
 #include "helper/SystemError.h"
+#include "platform/Folder.h"
 
 #include <array>
 #include <cerrno>
@@ -23,11 +24,6 @@ std::unexpected<platform::Error> notRemoved(int code, const std::string& path)
     return std::unexpected(systemError(code, "'" + path + "' could not be removed."));
 }
 
-std::string parentOf(const std::string& path)
-{
-    return path.substr(0, path.rfind('/'));
-}
-
 bool isGone(int code)
 {
     return code == ENOENT || code == ENOTDIR;
@@ -45,7 +41,7 @@ int obstacleAt(const std::string& path)
         return EBUSY;
     if ((status.stx_attributes & fixed) != 0)
         return EPERM;
-    const auto folder = parentOf(path);
+    const auto folder = platform::parentOf(path);
     if (::statx(AT_FDCWD, folder.c_str(), 0, STATX_TYPE, &status) != 0)
         return errno;
     if ((status.stx_attributes & fixed) != 0)

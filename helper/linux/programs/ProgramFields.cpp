@@ -19,12 +19,12 @@ namespace {
 
 namespace Expectation = BackupFieldExpectation;
 
-using Fault = std::optional<SettingsFault>;
+using FieldFault = std::optional<SettingsFault>;
 
 constexpr std::size_t maximumTextSize = 4096;
 constexpr std::size_t maximumTexts = 1000;
 
-Fault wrong(const std::string& key, const std::string& expected)
+FieldFault wrong(const std::string& key, const std::string& expected)
 {
     return SettingsFault{BRVErrorWrongType, key, expected, {}};
 }
@@ -74,12 +74,12 @@ bool isOfSystem(std::string_view path)
         && std::ranges::any_of(folders, [&](std::string_view folder) { return isIn(path, folder); });
 }
 
-Fault folder(const std::string& key, const PropertyList& value)
+FieldFault folder(const std::string& key, const PropertyList& value)
 {
-    return value.string() && isPlainPath(*value.string()) ? Fault() : wrong(key, Expectation::Folder);
+    return value.string() && isPlainPath(*value.string()) ? FieldFault() : wrong(key, Expectation::Folder);
 }
 
-Fault destination(const std::string& key, const PropertyList& value)
+FieldFault destination(const std::string& key, const PropertyList& value)
 {
     if (auto fault = folder(key, value))
         return fault;
@@ -94,7 +94,7 @@ Fault destination(const std::string& key, const PropertyList& value)
     return trust.disk && trust.disk->empty() ? wrong(key, Expectation::OnMountedDisk) : std::nullopt;
 }
 
-Fault secretFile(const std::string& key, const PropertyList& value)
+FieldFault secretFile(const std::string& key, const PropertyList& value)
 {
     if (auto fault = folder(key, value))
         return fault;
@@ -102,10 +102,10 @@ Fault secretFile(const std::string& key, const PropertyList& value)
     const auto& path = *value.string();
     const bool isPrivate = ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && status.st_uid == ::geteuid()
         && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
-    return isPrivate && !untrustedPart(path) ? Fault() : wrong(key, Expectation::Secret);
+    return isPrivate && !untrustedPart(path) ? FieldFault() : wrong(key, Expectation::Secret);
 }
 
-Fault word(const std::string& key, const PropertyList& value)
+FieldFault word(const std::string& key, const PropertyList& value)
 {
     const auto isAllowed = [](char character) {
         return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z')
@@ -114,10 +114,10 @@ Fault word(const std::string& key, const PropertyList& value)
     const auto* const text = value.string();
     const bool isWord = text && !text->empty() && text->size() <= 64 && !text->starts_with('-')
         && std::ranges::all_of(*text, isAllowed);
-    return isWord ? Fault() : wrong(key, Expectation::Word);
+    return isWord ? FieldFault() : wrong(key, Expectation::Word);
 }
 
-Fault texts(const std::string& key, const PropertyList& value, bool areFolders)
+FieldFault texts(const std::string& key, const PropertyList& value, bool areFolders)
 {
     const auto* const array = value.array();
     const std::string expected = areFolders ? Expectation::Folders : Expectation::Patterns;
@@ -130,12 +130,12 @@ Fault texts(const std::string& key, const PropertyList& value, bool areFolders)
     return std::nullopt;
 }
 
-Fault unit(const std::string& key, const PropertyList& value)
+FieldFault unit(const std::string& key, const PropertyList& value)
 {
-    return value.string() && isBackupUnitName(*value.string()) ? Fault() : wrong(key, Expectation::Unit);
+    return value.string() && isBackupUnitName(*value.string()) ? FieldFault() : wrong(key, Expectation::Unit);
 }
 
-Fault faultInField(const ProgramField& field, const PropertyList& value)
+FieldFault faultInField(const ProgramField& field, const PropertyList& value)
 {
     const std::string_view kind = field.kind;
     if (kind == BackupFieldKind::Folders)
@@ -151,7 +151,7 @@ Fault faultInField(const ProgramField& field, const PropertyList& value)
 
 } // namespace
 
-Fault ProgramFields::faultInFields(const Dictionary& fields, const ProgramDescription& program)
+FieldFault ProgramFields::faultInFields(const Dictionary& fields, const ProgramDescription& program)
 {
     for (const auto& [key, value] : fields) {
         const auto* const field = program.field(key);
@@ -180,7 +180,7 @@ std::vector<std::string> ProgramFields::disks(const Dictionary& fields, const Pr
     return disks;
 }
 
-Fault ProgramFields::faultWithoutPassword(const Dictionary& choice, const ProgramCatalog& catalog)
+FieldFault ProgramFields::faultWithoutPassword(const Dictionary& choice, const ProgramCatalog& catalog)
 {
     const auto* const identifier = choice.stringForKey(BackupProgramKey::Program);
     const auto* const fields = choice.dictionaryForKey(BackupProgramKey::Fields);
@@ -191,7 +191,7 @@ Fault ProgramFields::faultWithoutPassword(const Dictionary& choice, const Progra
     return wrong(found->key, Expectation::WithPassword);
 }
 
-Fault ProgramFields::faultInChoice(const Dictionary& choice, const ProgramCatalog& catalog)
+FieldFault ProgramFields::faultInChoice(const Dictionary& choice, const ProgramCatalog& catalog)
 {
     for (const auto& [key, value] : choice) {
         if (key != BackupProgramKey::Program && key != BackupProgramKey::Fields
@@ -203,7 +203,7 @@ Fault ProgramFields::faultInChoice(const Dictionary& choice, const ProgramCatalo
     const auto* const chosen = choice.find(BackupProgramKey::Program);
     const auto* const fields = choice.find(BackupProgramKey::Fields);
     if (!chosen)
-        return fields ? Fault(SettingsFault{BRVErrorMissingValue, BackupProgramKey::Program, {}}) : std::nullopt;
+        return fields ? FieldFault(SettingsFault{BRVErrorMissingValue, BackupProgramKey::Program, {}}) : std::nullopt;
     const auto* const program = chosen->string() ? catalog.program(*chosen->string()) : nullptr;
     if (!program)
         return wrong(BackupProgramKey::Program, "backup program of the installation");

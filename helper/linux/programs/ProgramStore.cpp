@@ -13,7 +13,7 @@ using platform::Dictionary;
 namespace {
 
 // The fields are checked again whenever they are used.
-bool isAcceptable(const Dictionary& stored)
+bool isStoredChoice(const Dictionary& stored)
 {
     const auto* const program = stored.find(BackupProgramKey::Program);
     const auto* const fields = stored.find(BackupProgramKey::Fields);
@@ -55,7 +55,7 @@ Dictionary described(const ProgramDescription& program)
 } // namespace
 
 ProgramStore::ProgramStore(const std::string& path)
-    : _file(path, isAcceptable),
+    : _file(path, isStoredChoice),
       _choice(_file.open().value_or(Dictionary()))
 {
 }

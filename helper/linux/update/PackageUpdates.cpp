@@ -20,7 +20,7 @@ using platform::Result;
 
 namespace {
 
-using Kind = PackageManager::Failure::Kind;
+using FailureKind = PackageManager::Failure::Kind;
 
 Error sentence(const std::string& text)
 {
@@ -33,17 +33,17 @@ Error commandInstead(const std::string& command)
                     + "\" does it.");
 }
 
-std::int64_t codeOf(Kind kind, std::int64_t otherwise)
+std::int64_t codeOf(FailureKind kind, std::int64_t otherwise)
 {
     switch (kind) {
-    case Kind::Missing:
-    case Kind::Busy:
+    case FailureKind::Missing:
+    case FailureKind::Busy:
         return ZRKUpdaterErrorCannotUpdateNow;
-    case Kind::Network:
+    case FailureKind::Network:
         return ZRKUpdaterErrorFetchInfo;
-    case Kind::Download:
+    case FailureKind::Download:
         return ZRKUpdaterErrorDownload;
-    case Kind::Untrusted:
+    case FailureKind::Untrusted:
         return ZRKUpdaterErrorValidate;
     default:
         return otherwise;
@@ -54,7 +54,7 @@ std::unexpected<Error> updaterError(const PackageManager::Failure& failure, std:
                                     const std::string& command)
 {
     const auto code = codeOf(failure.kind, otherwise);
-    if (failure.kind == Kind::Missing)
+    if (failure.kind == FailureKind::Missing)
         return std::unexpected(ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, code, {}, commandInstead(command)));
     if (failure.text.empty())
         return std::unexpected(ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, code));
@@ -83,7 +83,7 @@ Result<void> PackageUpdates::install(const GivenUp& isGivenUp)
     const auto done = PackageManager::update(_package, isGivenUp);
     if (done && !*done)
         return std::unexpected(ZRKError::errorWithDomain(ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate));
-    if (done || done.error().kind == Kind::GivenUp)
+    if (done || done.error().kind == FailureKind::GivenUp)
         return {};
     return updaterError(done.error(), ZRKUpdaterErrorInstall, commandOfUpdate(_package));
 }
@@ -91,9 +91,9 @@ Result<void> PackageUpdates::install(const GivenUp& isGivenUp)
 Result<void> PackageUpdates::remove(const PasswordRule&, const GivenUp& isGivenUp)
 {
     const auto done = PackageManager::remove(_package, isGivenUp);
-    if (done || done.error().kind == Kind::GivenUp)
+    if (done || done.error().kind == FailureKind::GivenUp)
         return {};
-    if (done.error().kind == Kind::Missing)
+    if (done.error().kind == FailureKind::Missing)
         return std::unexpected(commandInstead("sudo apt remove " + _package));
     return std::unexpected(sentence("The package could not be removed. " + done.error().text));
 }

@@ -34,10 +34,10 @@ using Clock = std::chrono::steady_clock;
 
 constexpr const char* checkArgument = "--self-check";
 constexpr std::chrono::seconds busLimit{5};
-constexpr std::chrono::milliseconds askAgain{2};
+constexpr std::chrono::milliseconds askWhetherEnded{2};
 constexpr std::size_t maximumOutput = 4096; // bytes that are logged
 
-std::unexpected<platform::Error> refused(const std::string& reason)
+std::unexpected<platform::Error> notUsable(const std::string& reason)
 {
     return std::unexpected(systemError(EBADMSG, "The new version cannot work here: " + reason + "."));
 }
@@ -67,7 +67,7 @@ std::optional<std::string> readOutput(int output, Clock::time_point end)
 bool waitForEnd(pid_t child, Clock::time_point end)
 {
     bool hasEnded = false;
-    for (;; std::this_thread::sleep_for(askAgain)) {
+    for (;; std::this_thread::sleep_for(askWhetherEnded)) {
         siginfo_t found{};
         hasEnded = ::waitid(P_PID, static_cast<id_t>(child), &found, WEXITED | WNOWAIT | WNOHANG) == 0
             && found.si_pid == child;
@@ -101,7 +101,7 @@ Result<void> checkProgram(const std::string& program, const std::vector<std::str
     const auto child = platform::spawn(command, {nothing.get(), written.get(), written.get()});
     written.reset();
     if (!child)
-        return refused("its helper cannot be started");
+        return notUsable("its helper cannot be started");
     const auto end = Clock::now() + limit;
     const auto output = readOutput(read.get(), end);
     const bool hasEnded = waitForEnd(*child, end);
@@ -111,7 +111,7 @@ Result<void> checkProgram(const std::string& program, const std::vector<std::str
         return {};
     if (output && !output->empty())
         ZRKLogMessage(LogLevelError, "The new version says: %@", {*output});
-    return refused(hasEnded ? reasonOf(status) : "its helper does not answer in time");
+    return notUsable(hasEnded ? reasonOf(status) : "its helper does not answer in time");
 }
 
 std::optional<int> runSelfCheckCommand(int count, const char* const* arguments)

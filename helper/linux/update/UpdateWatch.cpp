@@ -43,7 +43,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr const char* watchArgument = "--watch-update";
 constexpr const char* takeBackArgument = "--take-back";
-constexpr std::chrono::milliseconds askAgain{20};
+constexpr std::chrono::milliseconds askWhetherTold{20};
 constexpr std::chrono::milliseconds answerLimit{1000};
 constexpr std::chrono::seconds endLimit{5};
 
@@ -99,7 +99,7 @@ void Watcher::wait(int work, std::chrono::milliseconds limit)
 void Watcher::waitForOldVersion()
 {
     while (_isAtWork && !_hasEnded)
-        wait(STDIN_FILENO, _isTold ? askAgain : std::chrono::milliseconds(-1));
+        wait(STDIN_FILENO, _isTold ? askWhetherTold : std::chrono::milliseconds(-1));
 }
 
 bool Watcher::serves()
@@ -118,7 +118,7 @@ int Watcher::run()
     waitForOldVersion();
     if (_installation.state() != Installation::State::OnTrial)
         return EXIT_SUCCESS;
-    for (const auto end = Clock::now() + _options.updates.trial; !_hasEnded && !_isTold; wait(-1, askAgain)) {
+    for (const auto end = Clock::now() + _options.updates.trial; !_hasEnded && !_isTold; wait(-1, askWhetherTold)) {
         if (serves()) {
             _probe.reset(); // an open connection counts as a program that uses the helper
             _installation.settle();
@@ -136,7 +136,7 @@ void Watcher::endProcess()
 {
     ::pidfd_send_signal(_ended.get(), SIGKILL, nullptr, 0);
     for (const auto end = Clock::now() + endLimit; !_hasEnded && Clock::now() < end;)
-        wait(-1, askAgain);
+        wait(-1, askWhetherTold);
 }
 
 int Watcher::takeBack()
@@ -161,7 +161,7 @@ bool Watcher::isUnit() const
 
 int Watcher::startAgain()
 {
-    for (const auto end = Clock::now() + endLimit; Clock::now() < end; std::this_thread::sleep_for(askAgain)) {
+    for (const auto end = Clock::now() + endLimit; Clock::now() < end; std::this_thread::sleep_for(askWhetherTold)) {
         const auto probe = platform::ServiceProbe::open(answerLimit);
         if (!probe)
             return EX_UNAVAILABLE; // there is nobody to serve

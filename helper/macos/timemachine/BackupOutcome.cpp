@@ -3,6 +3,7 @@
 #include "scheduling/InstantDate.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace helper {
 
@@ -10,8 +11,6 @@ using platform::Dictionary;
 using scheduling::instantOf;
 
 namespace {
-
-constexpr int failed = 1;
 
 bool isMade(const BackupTrace& trace, const BackupMemory& after)
 {
@@ -56,11 +55,11 @@ BackupOutcome BackupOutcome::of(const BackupTrace& trace, const std::optional<Ba
     if (after && isMade(trace, *after))
         return {.status = 0, .reason = {}};
     if (trace.wasStopping)
-        return {.status = failed, .reason = "it was stopped."};
+        return {.status = EXIT_FAILURE, .reason = "it was stopped."};
     if (!trace.wasRunning)
-        return {.status = failed, .reason = "Time Machine did not begin it. Its disk may not be there."};
+        return {.status = EXIT_FAILURE, .reason = "Time Machine did not begin it. Its disk may not be there."};
     if (after && after->result != 0)
-        return {.status = failed, .reason = "Time Machine ended it with error " + std::to_string(after->result) + "."};
+        return {.status = EXIT_FAILURE, .reason = "Time Machine ended it with error " + std::to_string(after->result) + "."};
     if (!after && trace.wasCopying)
         return {.status = 0, .reason = {}};
     return {};

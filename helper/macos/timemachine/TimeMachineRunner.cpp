@@ -10,6 +10,7 @@
 #include "platform/QueueTelling.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <mutex>
 #include <utility>
 
@@ -24,9 +25,7 @@ using platform::Result;
 
 namespace {
 
-constexpr int failed = 1;
-
-bool isAcceptable(const Dictionary& content)
+bool isNote(const Dictionary& content)
 {
     return BackupNote::inDictionary(content).has_value();
 }
@@ -37,7 +36,7 @@ bool isAcceptable(const Dictionary& content)
 struct TimeMachineRunner::State : std::enable_shared_from_this<State> {
     State(Parts given, std::shared_ptr<platform::Queue> toldOn, Handler handler)
         : parts(std::move(given)),
-          file(parts.file, isAcceptable)
+          file(parts.file, isNote)
     {
         telling.emplace(std::move(toldOn), std::move(handler));
         (void)platform::createFolder(parts.file.substr(0, parts.file.rfind('/')));
@@ -81,7 +80,7 @@ struct TimeMachineRunner::State : std::enable_shared_from_this<State> {
         begun.trace.newestBefore = memory ? memory->newest : std::nullopt;
         setNote(std::move(begun));
         if (auto started = parts.tool.start(job.commands.front()); !started) {
-            setEnd({.status = failed, .reason = started.error() + "."});
+            setEnd({.status = EXIT_FAILURE, .reason = started.error() + "."});
             return std::unexpected(Error{platform::POSIXErrorDomain,
                                          EIO,
                                          {{platform::LocalizedDescriptionKey, started.error() + "."}},

@@ -10,12 +10,12 @@ namespace helper {
 
 namespace {
 
-constexpr std::chrono::seconds askLimit{5};
+constexpr std::chrono::seconds answerLimit{5};
 constexpr std::chrono::seconds startLimit{30};
 constexpr std::chrono::seconds snapshotLimit{120};
 
 // What the command wrote, if it succeeded.
-TimeMachineTool::Outcome<std::string> outputOf(const std::vector<std::string>& command, std::chrono::seconds limit)
+TimeMachineTool::Outcome<std::string> answerOf(const std::vector<std::string>& command, std::chrono::seconds limit)
 {
     auto end = runCommand(command, limit);
     if (asksForFullDiskAccess(end.output))
@@ -34,12 +34,12 @@ bool TimeMachineTool::isThere() const
 
 TimeMachineTool::Outcome<void> TimeMachineTool::start(const std::vector<std::string>& command) const
 {
-    return successOf(outputOf(command, startLimit));
+    return successOf(answerOf(command, startLimit));
 }
 
 TimeMachineTool::Outcome<TimeMachineStatus> TimeMachineTool::status() const
 {
-    const auto output = outputOf({_path, "status"}, askLimit);
+    const auto output = answerOf({_path, "status"}, answerLimit);
     if (!output)
         return std::unexpected(output.error());
     auto status = TimeMachineStatus::inOutput(*output);
@@ -50,7 +50,7 @@ TimeMachineTool::Outcome<TimeMachineStatus> TimeMachineTool::status() const
 
 TimeMachineTool::Outcome<std::string> TimeMachineTool::makeSnapshot() const
 {
-    const auto output = outputOf({_path, "localsnapshot"}, snapshotLimit);
+    const auto output = answerOf({_path, "localsnapshot"}, snapshotLimit);
     if (!output)
         return std::unexpected(output.error());
     auto date = dateOfMadeSnapshot(*output);
@@ -61,7 +61,7 @@ TimeMachineTool::Outcome<std::string> TimeMachineTool::makeSnapshot() const
 
 TimeMachineTool::Outcome<std::vector<std::string>> TimeMachineTool::snapshotDates() const
 {
-    const auto output = outputOf({_path, "listlocalsnapshots", "/"}, snapshotLimit);
+    const auto output = answerOf({_path, "listlocalsnapshots", "/"}, snapshotLimit);
     if (!output)
         return std::unexpected(output.error());
     return snapshotDatesInListing(*output);
@@ -72,7 +72,7 @@ TimeMachineTool::Outcome<void> TimeMachineTool::removeSnapshot(const std::string
     // In place of a date the command takes a volume, and removes all that is on it.
     if (!isSnapshotDate(date))
         return std::unexpected("'" + date + "' is no date of a snapshot");
-    return successOf(outputOf({_path, "deletelocalsnapshots", date}, snapshotLimit));
+    return successOf(answerOf({_path, "deletelocalsnapshots", date}, snapshotLimit));
 }
 
 } // namespace helper

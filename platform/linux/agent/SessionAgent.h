@@ -3,7 +3,7 @@
 #include "agent/BackupWatch.h"
 #include "platform/linux/agent/DesktopNotifications.h"
 #include "platform/linux/system/bus/BusHandles.h"
-#include "platform/linux/system/conditions/EventHandles.h"
+#include "platform/linux/system/queues/EventHandles.h"
 
 #include <memory>
 #include <optional>

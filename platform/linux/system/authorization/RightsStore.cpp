@@ -24,7 +24,7 @@ bool writeAll(const Dictionary& definitions)
 {
     const Result<Data> bytes = binaryPropertyList(definitions);
     const std::string path = RightsStore::path();
-    return bytes && createFolder(path.substr(0, path.rfind('/'))) && replaceFile(path, *bytes);
+    return bytes && createFolder(parentOf(path)) && replaceFile(path, *bytes);
 }
 
 } // namespace

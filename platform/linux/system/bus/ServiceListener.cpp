@@ -5,6 +5,7 @@
 #include "platform/linux/system/bus/ReplyQueue.h"
 #include "platform/linux/system/bus/ServiceMessage.h"
 #include "platform/linux/system/queues/EventDescriptor.h"
+#include "platform/linux/system/queues/EventHandles.h"
 
 #include <algorithm>
 #include <atomic>
@@ -19,7 +20,6 @@
 #include <poll.h>
 #include <sys/epoll.h>
 #include <systemd/sd-daemon.h>
-#include <systemd/sd-event.h>
 #include <thread>
 #include <utility>
 
@@ -35,15 +35,6 @@ constexpr std::uint64_t MaximumUnsent = 64;
 constexpr std::size_t SmallReplySize = 4096;
 constexpr std::size_t RefusalSize = BusPeers::RefusalSize;
 constexpr const char* NotAnswered = "The request was not answered.";
-
-struct EventDeleter {
-    void operator()(sd_event* event) const { sd_event_unref(event); }
-};
-struct SourceDeleter {
-    void operator()(sd_event_source* source) const { sd_event_source_disable_unref(source); }
-};
-using EventHandle = std::unique_ptr<sd_event, EventDeleter>;
-using SourceHandle = std::unique_ptr<sd_event_source, SourceDeleter>;
 
 // Tasks for the thread of run(). Outlives its listener while a reply is still owed.
 class Inbox {
@@ -200,10 +191,10 @@ private:
     const std::shared_ptr<Inbox> _inbox = std::make_shared<Inbox>();
     EventHandle _event;
     BusHandle _bus;
-    SourceHandle _socket;
-    SourceHandle _wake;
-    SourceHandle _termination;
-    SourceHandle _interrupt;
+    EventSource _socket;
+    EventSource _wake;
+    EventSource _termination;
+    EventSource _interrupt;
     std::unique_ptr<BusPeers> _peers;
     std::unique_ptr<ReplyQueue> _replies;
     BusSlot _object;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/system/conditions/EventHandles.h"
 #include "platform/linux/system/queues/EventDescriptor.h"
+#include "platform/linux/system/queues/EventHandles.h"
 
 #include <chrono>
 #include <cstdint>

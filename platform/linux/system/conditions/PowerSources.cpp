@@ -12,7 +12,7 @@ namespace platform {
 
 namespace {
 
-constexpr const char* Service = "org.freedesktop.UPower";
+constexpr const char* UPower = "org.freedesktop.UPower";
 constexpr const char* Object = "/org/freedesktop/UPower";
 
 // The power service's word where there is one, else the kernel's. A sandbox's own supplies are plain files.
@@ -27,7 +27,7 @@ public:
             return;
         }
         _devices.emplace(std::initializer_list<const char*>{"power_supply"}, [this] { _service->startReading(); });
-        _service.emplace(Service, std::vector<std::string>{propertiesChanged(Object)}, [this] { read(); });
+        _service.emplace(UPower, std::vector<std::string>{propertiesChanged(Object)}, [this] { read(); });
         _service->follow();
     }
 
@@ -42,7 +42,7 @@ private:
                 publishSupplies();
             _service->finishReading();
         };
-        _service->call(Object, "org.freedesktop.DBus.Properties", "Get", {Service, "OnBattery"}, take,
+        _service->call(Object, "org.freedesktop.DBus.Properties", "Get", {UPower, "OnBattery"}, take,
                        BusService::Activation::Allowed);
     }
 

@@ -11,7 +11,7 @@ namespace platform {
 
 namespace {
 
-constexpr std::uint64_t answerLimit = 5'000'000; // microseconds
+constexpr std::uint64_t inhibitionLimit = 5'000'000; // microseconds
 
 class LoginInhibitor final : public SleepInhibitor {
 public:
@@ -38,7 +38,7 @@ Result<std::unique_ptr<SleepInhibitor>> SleepInhibitor::create(const std::string
             inhibitor.reset(::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
         return nullptr;
     };
-    if (const auto call = bus ? bus->beginCall(&inhibitor, compose, complete, answerLimit) : nullptr)
+    if (const auto call = bus ? bus->beginCall(&inhibitor, compose, complete, inhibitionLimit) : nullptr)
         bus->wait(*call);
     if (!inhibitor)
         return std::unexpected(Error{POSIXErrorDomain, EHOSTUNREACH, {}, nullptr});

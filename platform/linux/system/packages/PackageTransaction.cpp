@@ -12,10 +12,10 @@ namespace {
 using Failure = PackageManager::Failure;
 using Kind = Failure::Kind;
 
-constexpr const char* Service = "org.freedesktop.PackageKit";
+constexpr const char* PackageKit = "org.freedesktop.PackageKit";
 constexpr const char* ServicePath = "/org/freedesktop/PackageKit";
 constexpr const char* Interface = "org.freedesktop.PackageKit.Transaction";
-constexpr std::uint64_t answerLimit = 30'000'000; // microseconds
+constexpr std::uint64_t packageKitLimit = 30'000'000; // microseconds
 constexpr std::uint64_t askAgain = 100'000;
 constexpr std::uint32_t exitOfSuccess = 1;
 
@@ -83,11 +83,11 @@ std::expected<void, Failure> PackageTransaction::open()
     if (const int result = sd_bus_open_system(&bus); result < 0)
         return failure(result);
     _bus.reset(bus);
-    sd_bus_set_method_call_timeout(bus, answerLimit);
+    sd_bus_set_method_call_timeout(bus, packageKitLimit);
     BusError error;
     sd_bus_message* received = nullptr;
     const int result =
-        sd_bus_call_method(bus, Service, ServicePath, Service, "CreateTransaction", &error.error, &received, "");
+        sd_bus_call_method(bus, PackageKit, ServicePath, PackageKit, "CreateTransaction", &error.error, &received, "");
     const BusMessage reply(received);
     const char* path = nullptr;
     if (result < 0)
@@ -101,7 +101,7 @@ std::expected<void, Failure> PackageTransaction::open()
 std::expected<void, Failure> PackageTransaction::follow()
 {
     sd_bus_slot* slot = nullptr;
-    int result = sd_bus_match_signal(_bus.get(), &slot, Service, _path.c_str(), Interface, nullptr, handleSignal, this);
+    int result = sd_bus_match_signal(_bus.get(), &slot, PackageKit, _path.c_str(), Interface, nullptr, handleSignal, this);
     _signals.reset(slot);
     if (result < 0)
         return failure(result);
@@ -119,7 +119,7 @@ std::expected<void, Failure> PackageTransaction::follow()
 std::expected<void, Failure> PackageTransaction::begin(const char* method, const Compose& compose)
 {
     sd_bus_message* made = nullptr;
-    int result = sd_bus_message_new_method_call(_bus.get(), &made, Service, _path.c_str(), Interface, method);
+    int result = sd_bus_message_new_method_call(_bus.get(), &made, PackageKit, _path.c_str(), Interface, method);
     const BusMessage call(made);
     result = result < 0 ? result : compose(made);
     if (result < 0)

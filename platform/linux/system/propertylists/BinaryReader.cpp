@@ -13,7 +13,6 @@
 namespace platform {
 
 using namespace BinaryFormat;
-using namespace BinaryMarker;
 
 namespace {
 
@@ -72,9 +71,9 @@ bool BinaryReader::fits(const Object& object, std::size_t elementSize) const
 // Counts from 15 on follow as an integer object.
 bool BinaryReader::readCount(Object& object) const
 {
-    if (object.count != countFollows)
+    if (object.count != BinaryMarker::countFollows)
         return true;
-    if (object.content >= _table || _bytes[object.content] >> 4 != Integer)
+    if (object.content >= _table || _bytes[object.content] >> 4 != BinaryMarker::Integer)
         return false;
     const unsigned exponent = _bytes[object.content] & 0xF;
     const std::size_t size = std::size_t{1} << std::min(exponent, 3U);
@@ -100,7 +99,7 @@ inline bool BinaryReader::findObject(std::uint64_t index, Object& object) const
         return false;
     const std::uint8_t first = _bytes[offset];
     object = {static_cast<unsigned>(first >> 4), first & 0xFU, static_cast<std::size_t>(offset) + 1};
-    const bool isCounted = (object.marker >= BinaryMarker::Data && object.marker <= UTF16)
+    const bool isCounted = (object.marker >= BinaryMarker::Data && object.marker <= BinaryMarker::UTF16)
         || object.marker == BinaryMarker::Array || object.marker == BinaryMarker::Dictionary;
     return !isCounted || readCount(object);
 }
@@ -138,14 +137,14 @@ bool BinaryReader::readValue(std::uint64_t index, int depth, const Place& place)
         return isSound;
     };
     switch (object.marker) {
-    case Simple:
-        if (object.count != falseValue && object.count != trueValue)
+    case BinaryMarker::Simple:
+        if (object.count != BinaryMarker::falseValue && object.count != BinaryMarker::trueValue)
             return false;
-        place(object.count == trueValue);
+        place(object.count == BinaryMarker::trueValue);
         return true;
-    case Integer:
+    case BinaryMarker::Integer:
         return readInteger(object, place);
-    case Real: {
+    case BinaryMarker::Real: {
         double real = 0;
         return placeIf(readReal(object, real), real);
     }
@@ -158,8 +157,8 @@ bool BinaryReader::readValue(std::uint64_t index, int depth, const Place& place)
         platform::Data data;
         return placeIf(readData(object, data), data);
     }
-    case ASCII:
-    case UTF16: {
+    case BinaryMarker::ASCII:
+    case BinaryMarker::UTF16: {
         std::string string;
         return placeIf(readText(object, string), string);
     }
@@ -227,14 +226,14 @@ bool BinaryReader::readData(const Object& object, platform::Data& data)
 
 bool BinaryReader::readText(const Object& object, std::string& text)
 {
-    if (object.marker == ASCII) {
+    if (object.marker == BinaryMarker::ASCII) {
         if (!fits(object, 1) || !spendContent(object.count))
             return false;
         const auto bytes = _bytes.subspan(object.content, object.count);
         text.assign(reinterpret_cast<const char*>(bytes.data()), bytes.size());
         return isASCIIWithoutNUL(bytes);
     }
-    if (object.marker != UTF16 || !fits(object, 2) || !spendContent(2 * object.count))
+    if (object.marker != BinaryMarker::UTF16 || !fits(object, 2) || !spendContent(2 * object.count))
         return false;
     auto converted = utf8OfUTF16(_bytes.subspan(object.content, 2 * object.count), true);
     if (!converted || converted->find('\0') != std::string::npos)

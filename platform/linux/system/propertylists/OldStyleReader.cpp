@@ -1,6 +1,7 @@
 #include "platform/linux/system/propertylists/OldStyleReader.h"
 
 #include "platform/linux/system/propertylists/Limits.h"
+#include "platform/linux/system/propertylists/TextEncoding.h"
 #include "platform/Unicode.h"
 
 #include <cstdint>
@@ -9,8 +10,6 @@
 namespace platform {
 
 namespace {
-
-constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 bool isPlain(char c)
 {
@@ -35,8 +34,8 @@ std::optional<PropertyList> OldStyleReader::read()
 {
     if (_text.find('\0') != std::string_view::npos || !isValidUTF8(_text))
         return std::nullopt;
-    if (_rest.starts_with(byteOrderMark))
-        _rest.remove_prefix(byteOrderMark.size());
+    if (_rest.starts_with(utf8ByteOrderMark))
+        _rest.remove_prefix(utf8ByteOrderMark.size());
 
     const std::string_view start = _rest;
     PropertyList value;

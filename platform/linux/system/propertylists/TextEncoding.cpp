@@ -1,10 +1,10 @@
 #include "platform/linux/system/propertylists/TextEncoding.h"
 
+#include "platform/linux/system/propertylists/XMLScalar.h"
 #include "platform/Unicode.h"
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 namespace platform {
 
@@ -38,7 +38,6 @@ std::string lowerCase(std::string_view text)
 // What the XML declaration at the beginning says, in lower case; empty when it says nothing.
 std::string declaredEncoding(std::string_view text)
 {
-    constexpr std::string_view whiteSpace = " \t\r\n";
     if (!text.starts_with("<?xml"))
         return {};
     text = text.substr(0, text.find("?>"));
@@ -46,11 +45,11 @@ std::string declaredEncoding(std::string_view text)
     if (name == std::string_view::npos)
         return {};
     text.remove_prefix(name + "encoding"sv.size());
-    const auto equals = text.find_first_not_of(whiteSpace);
+    const auto equals = text.find_first_not_of(xmlWhiteSpace);
     if (equals == std::string_view::npos || text[equals] != '=')
         return {};
     text.remove_prefix(equals + 1);
-    text.remove_prefix(std::min(text.find_first_not_of(whiteSpace), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(xmlWhiteSpace), text.size()));
     if (!text.starts_with('"') && !text.starts_with('\''))
         return {};
     return lowerCase(text.substr(1, text.find(text.front(), 1) - 1));
@@ -67,15 +66,14 @@ std::string utf8OfLatin1(std::string_view text)
 
 std::optional<std::string> decoded(std::string_view text)
 {
-    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
     for (const Beginning& beginning : utf16Beginnings) {
         if (!text.starts_with(beginning.bytes))
             continue;
         text.remove_prefix(beginning.markSize);
         return utf8OfUTF16({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, beginning.isBigEndian);
     }
-    if (text.starts_with(byteOrderMark))
-        return std::string(text.substr(byteOrderMark.size()));
+    if (text.starts_with(utf8ByteOrderMark))
+        return std::string(text.substr(utf8ByteOrderMark.size()));
     const std::string encoding = declaredEncoding(text);
     if (encoding == "iso-8859-1" || encoding == "latin1")
         return utf8OfLatin1(text);

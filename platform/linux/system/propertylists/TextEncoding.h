@@ -4,8 +4,12 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace platform {
+
+// What a file in UTF-8 may begin with.
+inline constexpr std::string_view utf8ByteOrderMark = "\xEF\xBB\xBF";
 
 // UTF-16 as UTF-8. Nullopt when a byte or half of a surrogate pair is left over.
 std::optional<std::string> utf8OfUTF16(std::span<const std::uint8_t> bytes, bool isBigEndian);

@@ -12,7 +12,6 @@ namespace platform {
 
 namespace {
 
-constexpr std::string_view whiteSpace = " \t\r\n";
 // The element as a UID, when that is how XML has one.
 std::optional<UID> uidOfXML(const Dictionary& dictionary)
 {
@@ -32,7 +31,7 @@ bool XMLReader::looksLikeXML(std::string_view text)
     constexpr std::array<std::string_view, 13> beginnings{"<?xml",  "<!DOCTYPE", "<!--",  "<plist", "<dict",
                                                           "<array", "<string",   "<int",  "<real",  "<date",
                                                           "<data",  "<true",     "<false"};
-    text.remove_prefix(std::min(text.find_first_not_of(whiteSpace), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(xmlWhiteSpace), text.size()));
     return std::ranges::any_of(beginnings, [&](std::string_view beginning) { return text.starts_with(beginning); });
 }
 
@@ -66,7 +65,7 @@ bool XMLReader::takePast(std::string_view mark)
 
 void XMLReader::skipSpace()
 {
-    _rest.remove_prefix(std::min(_rest.find_first_not_of(whiteSpace), _rest.size()));
+    _rest.remove_prefix(std::min(_rest.find_first_not_of(xmlWhiteSpace), _rest.size()));
 }
 
 // Comments and processing instructions. False for one without an end.
@@ -109,7 +108,7 @@ std::optional<XMLReader::Tag> XMLReader::takeTag()
     content.remove_prefix(tag.isEnd ? 1 : 0);
     tag.isEmpty = content.ends_with('/');
     content.remove_suffix(tag.isEmpty ? 1 : 0);
-    tag.name = content.substr(0, content.find_first_of(whiteSpace)); // attributes mean nothing here
+    tag.name = content.substr(0, content.find_first_of(xmlWhiteSpace)); // attributes mean nothing here
     if ((tag.isEnd && tag.isEmpty) || content.find('<') != std::string_view::npos)
         return std::nullopt;
     return tag;
@@ -137,7 +136,7 @@ std::optional<PropertyList> XMLReader::readScalar(std::string_view name, std::st
         return dateOfXML(text);
     if (name == "data")
         return dataOfXML(text);
-    const bool isBlank = text.find_first_not_of(whiteSpace) == std::string::npos;
+    const bool isBlank = text.find_first_not_of(xmlWhiteSpace) == std::string::npos;
     if (isBlank && (name == "true" || name == "false"))
         return PropertyList(name == "true");
     return std::nullopt;

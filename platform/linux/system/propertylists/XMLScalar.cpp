@@ -16,11 +16,10 @@ namespace {
 
 std::string_view trimmed(std::string_view text)
 {
-    constexpr std::string_view whiteSpace = " \t\r\n";
-    const auto begin = text.find_first_not_of(whiteSpace);
+    const auto begin = text.find_first_not_of(xmlWhiteSpace);
     if (begin == std::string_view::npos)
         return {};
-    return text.substr(begin, text.find_last_not_of(whiteSpace) + 1 - begin);
+    return text.substr(begin, text.find_last_not_of(xmlWhiteSpace) + 1 - begin);
 }
 
 template <class Integer>

@@ -8,6 +8,9 @@
 
 namespace platform {
 
+// What separates words in XML.
+inline constexpr std::string_view xmlWhiteSpace = " \t\r\n";
+
 // The values in the text of an XML property list's elements. nullopt when the text is not wholly of the kind; white
 // space around it is allowed.
 
