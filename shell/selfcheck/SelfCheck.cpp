@@ -1,4 +1,4 @@
-#include "shell/SelfCheck.h"
+#include "shell/selfcheck/SelfCheck.h"
 
 #include "platform/Process.h"
 #include "platform/RunningProgram.h"

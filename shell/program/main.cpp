@@ -1,7 +1,7 @@
 #include "diagnostics/log/ZRKLog.h"
 #include "platform/SystemInformation.h"
 #include "shell/BREditorController.h"
-#include "shell/SelfCheck.h"
+#include "shell/selfcheck/SelfCheck.h"
 #include "version/ZRKSystemVersionManager.h"
 
 #include <cstdio>

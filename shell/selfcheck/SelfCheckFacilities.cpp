@@ -20,7 +20,7 @@
 #include "platform/ui/TextView.h"
 #include "platform/UserDefaults.h"
 #include "platform/Volumes.h"
-#include "shell/SelfCheck.h"
+#include "shell/selfcheck/SelfCheck.h"
 
 #include <array>
 #include <chrono>

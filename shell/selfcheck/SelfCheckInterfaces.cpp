@@ -6,7 +6,7 @@
 #include "schedule/model/EditorState.h"
 #include "shell/MainWindowStacks.h"
 #include "shell/menus/MainMenu.h"
-#include "shell/SelfCheck.h"
+#include "shell/selfcheck/SelfCheck.h"
 
 #include <algorithm>
 #include <array>
