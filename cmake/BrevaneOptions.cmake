@@ -62,6 +62,8 @@ else()
     target_compile_definitions(brevane_options INTERFACE
         $<$<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:${is_test}>>:_FORTIFY_SOURCE=2>)
     if(NOT APPLE)
+        # A program needs nothing of what only functions call that it leaves out: they are cut off one by one.
+        target_compile_options(brevane_options INTERFACE -ffunction-sections -fdata-sections)
         target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
     endif()
 endif()

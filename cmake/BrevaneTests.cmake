@@ -62,7 +62,7 @@ function(brevane_test name)
     target_link_libraries(${name}_cases PUBLIC brevane_options ${ARG_LINKS} doctest::doctest)
     target_compile_definitions(${name}_cases PRIVATE $<TARGET_PROPERTY:${name},COMPILE_DEFINITIONS>)
     if(BREVANE_BATCHES AND NOT ARG_APART)
-        set_target_properties(${name}_cases PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 6)
+        brevane_batch(${name}_cases 6)
         # What the cases stand on has words of its own.
         set(others ${ARG_SOURCES})
         list(FILTER others EXCLUDE REGEX "Tests\\.cpp$")
