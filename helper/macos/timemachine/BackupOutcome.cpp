@@ -59,7 +59,8 @@ BackupOutcome BackupOutcome::of(const BackupTrace& trace, const std::optional<Ba
     if (!trace.wasRunning)
         return {.status = EXIT_FAILURE, .reason = "Time Machine did not begin it. Its disk may not be there."};
     if (after && after->result != 0)
-        return {.status = EXIT_FAILURE, .reason = "Time Machine ended it with error " + std::to_string(after->result) + "."};
+        return {.status = EXIT_FAILURE,
+                .reason = "Time Machine ended it with error " + std::to_string(after->result) + "."};
     if (!after && trace.wasCopying)
         return {.status = 0, .reason = {}};
     return {};

@@ -101,7 +101,8 @@ std::expected<void, Failure> PackageTransaction::open()
 std::expected<void, Failure> PackageTransaction::follow()
 {
     sd_bus_slot* slot = nullptr;
-    int result = sd_bus_match_signal(_bus.get(), &slot, PackageKit, _path.c_str(), Interface, nullptr, handleSignal, this);
+    int result =
+        sd_bus_match_signal(_bus.get(), &slot, PackageKit, _path.c_str(), Interface, nullptr, handleSignal, this);
     _signals.reset(slot);
     if (result < 0)
         return failure(result);
