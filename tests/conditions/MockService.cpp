@@ -76,7 +76,7 @@ sd_bus_message* MockService::newCall(const char* member, const std::string& path
 void MockService::send(sd_bus_message* call)
 {
     sd_bus* bus = sd_bus_ref(sd_bus_message_get_bus(call));
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     const int result = sd_bus_call(bus, call, 0, &error, nullptr);
     const std::string text = error.message ? error.message : "";
     sd_bus_error_free(&error);

@@ -12,7 +12,7 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr auto interval = 40ms;
+constexpr auto checkInterval = 40ms;
 
 bool waitFor(const std::atomic<int>& attempts, int count)
 {
@@ -26,24 +26,24 @@ bool waitFor(const std::atomic<int>& attempts, int count)
 TEST_CASE("automatic updates are not tried before they are on, and then again and again, never before the time")
 {
     std::atomic<int> attempts = 0;
-    AutomaticUpdates updates(interval, [&] {
+    AutomaticUpdates updates(checkInterval, [&] {
         ++attempts;
         return true;
     });
-    std::this_thread::sleep_for(3 * interval);
+    std::this_thread::sleep_for(3 * checkInterval);
     CHECK(attempts == 0);
     const auto begin = Clock::now();
     updates.setEnabled(true);
     CHECK(waitFor(attempts, 1));
-    CHECK(Clock::now() - begin >= interval);
+    CHECK(Clock::now() - begin >= checkInterval);
     CHECK(waitFor(attempts, 3));
-    CHECK(Clock::now() - begin >= 3 * interval);
+    CHECK(Clock::now() - begin >= 3 * checkInterval);
 }
 
 TEST_CASE("automatic updates that are switched off are not tried anymore, until they are on again")
 {
     std::atomic<int> attempts = 0;
-    AutomaticUpdates updates(interval, [&] {
+    AutomaticUpdates updates(checkInterval, [&] {
         ++attempts;
         return true;
     });
@@ -51,9 +51,9 @@ TEST_CASE("automatic updates that are switched off are not tried anymore, until 
     updates.setEnabled(true); // which it is already
     REQUIRE(waitFor(attempts, 1));
     updates.setEnabled(false);
-    std::this_thread::sleep_for(5 * interval); // one may be under way
+    std::this_thread::sleep_for(5 * checkInterval); // one may be under way
     const int before = attempts;
-    std::this_thread::sleep_for(4 * interval);
+    std::this_thread::sleep_for(4 * checkInterval);
     CHECK(attempts == before);
     updates.setEnabled(true);
     CHECK(waitFor(attempts, before + 1));

@@ -86,7 +86,7 @@ public:
     template <class... Arguments>
     int call(const char* member, const char* types, Arguments... arguments)
     {
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error{};
         const int result = sd_bus_call_method(_bus, TestServiceName, "/com/zerkolin/brevane/scheduler", TestServiceName,
                                               member, &error, nullptr, types, arguments...);
         errorName = error.name ? error.name : "";
@@ -465,7 +465,7 @@ TEST_CASE("a message of many values is refused before it is looked through")
             sd_bus_message_close_container(message);
         }
         sd_bus_message_close_container(message);
-        sd_bus_error error = SD_BUS_ERROR_NULL;
+        sd_bus_error error{};
         const int result = sd_bus_call(client.bus(), message, 0, &error, nullptr);
         sd_bus_error_free(&error);
         sd_bus_message_unref(message);

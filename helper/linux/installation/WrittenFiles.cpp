@@ -16,7 +16,7 @@ namespace {
 constexpr std::array settingsFiles{"com.zerkolin.brevane.scheduler.plist", "com.zerkolin.brevane.updates.plist",
                                    "com.zerkolin.brevane.rights.plist", "com.zerkolin.brevane.program.plist"};
 constexpr std::array stateFiles{"state.plist", "snapshots.plist", "backup-job.plist", "backup-run.plist"};
-constexpr std::array programs{"scheduler", "application", "post-update"};
+constexpr std::array programNames{"scheduler", "application", "post-update"};
 
 // The file, what was kept of it when it was damaged, and what an interrupted replacement left.
 bool isFileOrRemainder(std::string_view file, std::string_view name)
@@ -48,12 +48,12 @@ bool isBackupState(std::string_view name)
 
 bool isProductLog(std::string_view name)
 {
-    return std::ranges::any_of(programs, [name](std::string_view program) { return isLogOf(program, name); });
+    return std::ranges::any_of(programNames, [name](std::string_view program) { return isLogOf(program, name); });
 }
 
 bool isOwnLog(std::string_view name)
 {
-    return isLogOf(programs[0], name);
+    return isLogOf(programNames[0], name);
 }
 
 void collect(const std::string& folder, bool (*isWritten)(std::string_view), std::vector<std::string>& files)

@@ -9,7 +9,7 @@ namespace platform {
 namespace {
 
 constexpr const char* service = "org.freedesktop.Notifications";
-constexpr const char* object = "/org/freedesktop/Notifications";
+constexpr const char* notificationsObject = "/org/freedesktop/Notifications";
 constexpr const char* application = "com.zerkolin.brevane.application"; // its desktop file and its icon
 constexpr const char* actionName = "show";
 constexpr const char* defaultAction = "default";  // of a click on the notification itself
@@ -77,7 +77,7 @@ DesktopNotifications::~DesktopNotifications() = default;
 BusSlot DesktopNotifications::follow(const char* member, sd_bus_message_handler_t handle)
 {
     sd_bus_slot* slot = nullptr;
-    sd_bus_match_signal_async(_bus, &slot, service, object, service, member, handle, nullptr, this);
+    sd_bus_match_signal_async(_bus, &slot, service, notificationsObject, service, member, handle, nullptr, this);
     return BusSlot(slot);
 }
 
@@ -87,7 +87,7 @@ void DesktopNotifications::show(const Content& content, std::function<void(bool)
     auto& ours = *showing;
     _shows[&ours] = std::move(showing);
     sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_call_method_async(_bus, &slot, service, object, service, "GetCapabilities",
+    const int result = sd_bus_call_method_async(_bus, &slot, service, notificationsObject, service, "GetCapabilities",
                                                 handleCapabilities, &ours, nullptr);
     ours.call.reset(slot);
     if (result < 0)
@@ -109,7 +109,7 @@ bool DesktopNotifications::sendNotification(Showing& showing, bool takesMarkup)
     const auto former = _identifiers.find(content.tag);
     const auto replaced = former == _identifiers.end() ? 0U : former->second;
     sd_bus_message* made = nullptr;
-    int result = sd_bus_message_new_method_call(_bus, &made, service, object, service, "Notify");
+    int result = sd_bus_message_new_method_call(_bus, &made, service, notificationsObject, service, "Notify");
     const BusMessage message(made);
     result = result < 0
         ? result

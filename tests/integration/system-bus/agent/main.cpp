@@ -75,7 +75,7 @@ int main(int count, char** arguments)
     if (sd_bus_open_system(&bus) < 0)
         return 1;
     const platform::BusHandle owner(bus);
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     if (sd_bus_add_object_vtable(bus, nullptr, AgentPath, "org.freedesktop.PolicyKit1.AuthenticationAgent", methods,
                                  nullptr)
             < 0
