@@ -62,10 +62,13 @@ else()
     target_compile_definitions(brevane_options INTERFACE
         $<$<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:${is_test}>>:_FORTIFY_SOURCE=2>)
     if(NOT APPLE)
-        # A program needs nothing of what only functions call that it leaves out: they are cut off one by one.
-        target_compile_options(brevane_options INTERFACE -ffunction-sections -fdata-sections)
-        target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now -Wl,--gc-sections)
+        target_link_options(brevane_options INTERFACE -Wl,-z,relro,-z,now)
     endif()
+endif()
+# A program needs nothing of what only functions call that it leaves out: they are cut off one by one.
+if(NOT APPLE)
+    target_compile_options(brevane_options INTERFACE -ffunction-sections -fdata-sections)
+    target_link_options(brevane_options INTERFACE -Wl,--gc-sections)
 endif()
 
 # Everything reports its branches to the fuzzer; only the fuzzers themselves take its main function.

@@ -15,16 +15,17 @@ function(brevane_room result)
     set(${result} "${room}" PARENT_SCOPE)
 endfunction()
 
-# A test of this folder's room that is no doctest case: COMMAND runs it, NEEDS are the targets that must be built.
+# A test of this folder's room that is no doctest case: COMMAND runs it, NEEDS are the targets that must be built. Of
+# several tests those with the higher COST begin first.
 function(brevane_command_test sentence)
-    cmake_parse_arguments(ARG "" "TIMEOUT;PROCESSORS" "COMMAND;NEEDS;ENVIRONMENT" ${ARGN})
+    cmake_parse_arguments(ARG "" "TIMEOUT;PROCESSORS;COST" "COMMAND;NEEDS;ENVIRONMENT" ${ARGN})
     brevane_room(room)
     if(ARG_NEEDS)
         add_dependencies(room_${room} ${ARG_NEEDS})
     endif()
     add_test(NAME "${sentence}" COMMAND ${ARG_COMMAND})
     set(properties LABELS ${room} SKIP_REGULAR_EXPRESSION "SKIPPED:")
-    foreach(property TIMEOUT PROCESSORS ENVIRONMENT)
+    foreach(property TIMEOUT PROCESSORS COST ENVIRONMENT)
         if(ARG_${property})
             list(APPEND properties ${property} "${ARG_${property}}")
         endif()

@@ -12,7 +12,7 @@ namespace platform::ui {
 
 namespace {
 
-constexpr int margin = 4; // between the title and the focus frame
+constexpr int focusMargin = 4; // between the title and the focus frame
 
 // Colours are chosen for what the button stands on.
 QPalette paletteOnWindow(QPalette palette)
@@ -82,7 +82,9 @@ TitleButton::TitleButton(std::shared_ptr<const ButtonCell> cell) : _cell(std::mo
 QSize TitleButton::sizeHint() const
 {
     const auto title = QString::fromStdString(plainTitle(text()));
-    return fontMetrics().size(Qt::TextSingleLine, title).grownBy(QMargins(margin, margin, margin, margin));
+    return fontMetrics()
+        .size(Qt::TextSingleLine, title)
+        .grownBy(QMargins(focusMargin, focusMargin, focusMargin, focusMargin));
 }
 
 void TitleButton::paintEvent(QPaintEvent*)
@@ -90,7 +92,7 @@ void TitleButton::paintEvent(QPaintEvent*)
     StyledText title;
     title.appendString(plainTitle(text()), {});
     PaintedCanvas canvas(*this);
-    const auto inside = rect().marginsRemoved(QMargins(margin, margin, margin, margin));
+    const auto inside = rect().marginsRemoved(QMargins(focusMargin, focusMargin, focusMargin, focusMargin));
     _cell->drawTitle(title, {double(inside.x()), double(inside.y()), double(inside.width()), double(inside.height())},
                      canvas);
     if (hasFocus())
