@@ -77,3 +77,15 @@ TEST_CASE("another connection of the same process is no other peer, one that is 
     peers.identify({":1.4", 1000, 0, {}});
     CHECK(peers.othersConnected(":1.4"));
 }
+
+TEST_CASE("for one who never came any process is another one, the system's first too")
+{
+    Peers peers;
+    addUser(peers, ":1.1");
+    peers.identify({":1.1", 0, 1, {}});
+    CHECK(peers.othersConnected(":1.9"));
+    addUser(peers, ":1.2");
+    CHECK(peers.othersConnected(":1.2")); // nobody has said whose it is
+    peers.remove(":1.1");
+    CHECK_FALSE(peers.othersConnected(":1.2"));
+}
