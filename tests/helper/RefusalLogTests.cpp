@@ -67,3 +67,34 @@ TEST_CASE_FIXTURE(RefusalLogFixture,
     log.reportAll();
     CHECK(lines() == 3);
 }
+
+TEST_CASE_FIXTURE(RefusalLogFixture,
+                  "of a program's path the log has 256 bytes, and a question mark for what is not printable")
+{
+    asker.program = " ~\x1f\x7f\n\xc3";
+    log.accepted(2, asker);
+    CHECK(text().ends_with("Did message 2 for user 7, ' ~?"
+                           "?"
+                           "?"
+                           "?' (process 12).\n"));
+    asker.program = std::string(256, 'x') + "y";
+    log.accepted(3, asker);
+    CHECK(text().ends_with("Did message 3 for user 7, '" + std::string(256, 'x') + "' (process 12).\n"));
+    CHECK(lines() == 2);
+}
+
+TEST_CASE_FIXTURE(RefusalLogFixture,
+                  "at the end all that was counted is told once, and the next refusal is a first one")
+{
+    log.refused(2, asker, refusal, begin);
+    log.refused(3, asker, refusal, begin + 1s);
+    log.refused(2, other, refusal, begin + 1s);
+    log.reportAll();
+    REQUIRE(lines() == 3);
+    CHECK(text().ends_with("Refused 1 more messages of user 7, the last of '/usr/bin/asker' (process 12).\n"));
+    log.reportAll();
+    CHECK(lines() == 3);
+    log.refused(4, asker, refusal, begin + 2s);
+    REQUIRE(lines() == 4);
+    CHECK(text().contains("Refused message 4 of user 7, '/usr/bin/asker' (process 12): "));
+}
