@@ -89,23 +89,28 @@ TEST_CASE("a line that is full refuses, and leaves room to the others")
     CHECK(played.started == Names{"a", "b"});
 }
 
-TEST_CASE("when everything is full the longest line gives way to a short one")
+TEST_CASE("when everything is full the newest of the longest line gives way to a short one")
 {
     Played played;
     for (const char* line : {"a", "b", "c", "d"}) {
-        played.add(line, line);
-        for (int count = 0; count < 6; ++count)
-            played.add(line, line, 1'000'000);
+        played.add(line, "at work");
+        for (int number = 1; number <= 6; ++number)
+            played.add(line, line + std::to_string(number), line[0] == 'd' ? 900'000 : 1'000'000);
     }
+    CHECK(played.refused == 0);
+    played.add("e", "at work");
+    played.add("e", "waits", 2'000'000);
+    CHECK(played.refused == 1);
     CHECK(played.turns->size() <= Turns::maximumSize);
-    const int refused = played.refused;
-    played.add("small", "at work");
-    played.add("small", "waits", 600'000);
-    CHECK(played.refused > refused - 1);
-    CHECK(played.turns->size() <= Turns::maximumSize);
-    for (int count = 0; count < 5; ++count)
+    while (!played.held.empty())
         played.endFirst();
-    CHECK(std::ranges::find(played.started, "waits") != played.started.end());
+    CHECK(std::ranges::count(played.started, "at work") == 5);
+    CHECK(std::ranges::count(played.started, "waits") == 1);
+    CHECK(std::ranges::count(played.started, "a6") + std::ranges::count(played.started, "b6")
+              + std::ranges::count(played.started, "c6")
+          == 2);
+    CHECK(std::ranges::count(played.started, "d6") == 1);
+    CHECK(played.turns->size() == 0);
 }
 
 TEST_CASE("what a sender that left has waiting is dropped without a word")
@@ -130,4 +135,44 @@ TEST_CASE("after everything was dropped nothing starts any more")
     played.endFirst();
     CHECK(played.started == Names{"a"});
     CHECK(played.turns->size() == 0);
+}
+
+TEST_CASE("a line takes as much as its size allows, each request with its overhead, and not a byte more")
+{
+    Played played;
+    constexpr auto rest = Turns::maximumLineSize - 2 * Turns::requestOverhead;
+    CHECK(played.turns->hasRoom("line", Turns::maximumLineSize)); // nobody is in it
+    played.add("line", "at work", 100);
+    played.add("line", "waits", 100);
+    CHECK(played.turns->size() == Turns::requestOverhead + 100);
+    CHECK(played.turns->hasRoom("line", rest - 100));
+    CHECK_FALSE(played.turns->hasRoom("line", rest - 99));
+    CHECK(played.turns->hasRoom("other", rest));
+    played.add("line", "too much", rest - 99);
+    CHECK(played.refused == 1);
+    played.add("line", "enough", rest - 100);
+    CHECK(played.refused == 1);
+    CHECK(played.turns->size() == Turns::maximumLineSize);
+    played.turns->drop("enough");
+    CHECK(played.turns->hasRoom("line", rest - 100));
+    played.turns->dropAll();
+    CHECK(played.turns->hasRoom("line", Turns::maximumLineSize - Turns::requestOverhead));
+    CHECK_FALSE(played.turns->hasRoom("line", Turns::maximumLineSize - Turns::requestOverhead + 1));
+}
+
+TEST_CASE("a sender that leaves takes nobody along who waits in a line that is not open")
+{
+    Played played;
+    for (const char* name : {"stays", "gone", "stays too"})
+        played.add(":1.1", name, 0, false);
+    played.add(":1.2", "gone", 0, false);
+    played.turns->drop("gone");
+    CHECK(played.turns->size() == 2 * Turns::requestOverhead);
+    played.turns->move(":1.1", "1000");
+    played.turns->move(":1.2", "1000");
+    CHECK(played.turns->size() == Turns::requestOverhead);
+    while (!played.held.empty())
+        played.endFirst();
+    CHECK(played.started == Names{"stays", "stays too"});
+    CHECK(played.refused == 0);
 }
