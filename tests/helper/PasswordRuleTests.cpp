@@ -8,9 +8,12 @@
 #include "platform/SystemInformation.h"
 #include "protocol/Messages.h"
 #include "tests/support/EnvironmentVariable.h"
+#include "tests/support/FileContent.h"
 #include "tests/support/TemporaryDirectory.h"
 
+#include <cerrno>
 #include <doctest/doctest.h>
+#include <grp.h>
 #include <memory>
 #include <unistd.h>
 
@@ -95,4 +98,40 @@ TEST_CASE("a damaged rights file is kept under another name, and the password is
     CHECK(platform::readFile(machine.store + ".damaged")->size() == garbage.size());
     CHECK(machine.storedRule() == "authenticate-admin");
     CHECK_FALSE(machine.isWritten());
+}
+
+TEST_CASE("a rules file that cannot be written or removed is named with the system's reason")
+{
+    const TemporaryDirectory folder;
+    const helper::PolkitRules nowhere(folder.file("none"));
+    const auto path = folder.file("none/49-com.zerkolin.brevane.rules");
+    CHECK(nowhere.path() == path);
+    CHECK_FALSE(nowhere.isWritten());
+    const auto written = nowhere.write();
+    REQUIRE_FALSE(written);
+    CHECK(written.error().code == ENOENT);
+    CHECK(platform::localizedDescription(written.error())
+          == "'" + path + "' could not be written. No such file or directory.");
+    CHECK(nowhere.remove().has_value()); // it is gone
+
+    const helper::PolkitRules occupied(folder.path());
+    REQUIRE(platform::createFolder(occupied.path()));
+    const auto removed = occupied.remove();
+    REQUIRE_FALSE(removed);
+    CHECK(platform::localizedDescription(removed.error())
+          == "'" + occupied.path() + "' could not be removed. Is a directory.");
+}
+
+TEST_CASE("the rules let administrators and root change settings, and say nothing of anything else")
+{
+    const TemporaryDirectory folder;
+    const helper::PolkitRules rules(folder.path());
+    REQUIRE(rules.write().has_value());
+    const std::string group = ::getgrnam("sudo") ? "sudo" : ::getgrnam("wheel") ? "wheel" : "";
+    const auto members = group.empty() ? "" : " || subject.isInGroup(\"" + group + "\")";
+    CHECK(contentOfFile(rules.path())
+          == "// Written by Brevane: administrators change the backup schedule without a password.\n"
+             "polkit.addRule(function(action, subject) {\n"
+             "    if (action.id == \"com.zerkolin.brevane.settings.modify-1\" && (subject.user == \"root\""
+              + members + "))\n        return polkit.Result.YES;\n});\n");
 }
