@@ -102,3 +102,20 @@ TEST_CASE("automatic updates can be switched while an attempt is being made, and
     std::this_thread::sleep_for(50ms);
     CHECK(attempts == 1);
 }
+
+TEST_CASE("automatic updates that were off for a while wait for their time again")
+{
+    constexpr auto longer = 300ms;
+    std::atomic<int> attempts = 0;
+    AutomaticUpdates updates(longer, [&] {
+        ++attempts;
+        return true;
+    });
+    updates.setEnabled(true);
+    updates.setEnabled(false);
+    std::this_thread::sleep_for(longer + 50ms);
+    const auto begin = Clock::now();
+    updates.setEnabled(true);
+    CHECK(waitFor(attempts, 1));
+    CHECK(Clock::now() - begin >= longer);
+}
