@@ -1,3 +1,4 @@
+#include "diagnostics/log/ZRKLog.h"
 #include "helper/enforcement/StatusNotifier.h"
 #include "platform/Queue.h"
 #include "protocol/ErrorCodes.h"
@@ -8,9 +9,11 @@
 #include "tests/platform/ScriptedConditions.h"
 #include "tests/platform/ScriptedNotifications.h"
 #include "tests/platform/ScriptedPlatform.h"
+#include "tests/platform/ScriptedSystemLog.h"
 
 #include <algorithm>
 #include <doctest/doctest.h>
+#include <initializer_list>
 #include <iterator>
 #include <memory>
 
@@ -35,6 +38,18 @@ void setPower(EnforcedMachine& machine, const platform::PowerState& state)
 std::string stateOf(EnforcedMachine& machine)
 {
     return *machine.status().stringForKey("State");
+}
+
+// What the log was told since it was asked last, each with its level before it.
+Texts logged()
+{
+    Texts texts;
+    for (const auto& message : scripted::log::messages()) {
+        if (message.sink == scripted::log::Sink::Unified)
+            texts.push_back((message.type == LogLevelError ? "error: " : "") + message.text);
+    }
+    scripted::log::reset();
+    return texts;
 }
 
 } // namespace
@@ -464,4 +479,66 @@ TEST_CASE("while another program backs up nothing starts, and what was due start
     CHECK(machine.startNow().error().code == BRVErrorBackupRunning);
     machine.runOtherBackup(false);
     CHECK(machine.starts() == 1);
+}
+
+TEST_CASE("what goes well or waits is no error in the log, what fails or is missed is one")
+{
+    EnforcedMachine machine(EnforcedMachine::daily({"09:00", "12:00", "15:00"}));
+    ZRKLogInit("com.zerkolin.brevane", "scheduler");
+    REQUIRE(ZRKLOG_UNIFIED);
+    logged();
+    machine.advanceTo("09:00:00");
+    CHECK(logged() == Texts{"Started the backup of 09:00."});
+    scripted::backups::becomeOverdue();
+    machine.flush();
+    CHECK(logged() == Texts{"error: The backup takes more than twice its usual time. It is left alone."});
+    machine.endBackup(0);
+    CHECK(logged() == Texts{"The backup succeeded; it took 0 seconds."});
+    setPower(machine, onBattery);
+    machine.advanceTo("12:00:00");
+    CHECK(logged() == Texts{"Waiting to back up: on battery power."});
+    machine.advanceTo("12:10:01");
+    CHECK(logged() == Texts{"error: Missed the backup of 12:00: the computer was on battery power."});
+    setPower(machine, onMains);
+    machine.advanceTo("15:00:00");
+    machine.endBackup(2);
+    CHECK(logged()
+          == Texts{"Started the backup of 15:00.",
+                   "error: The backup failed: its program ended with status 2. Due again at 15:05."});
+    machine.setClockBy(seconds(10));
+    CHECK(logged() == Texts{"The clock was set from 2026-01-01T15:00:00Z to 2026-01-01T15:00:10Z."});
+}
+
+TEST_CASE("a backup takes long after twice the middle one of the latest nine lengths, and never within ten minutes")
+{
+    EnforcedMachine machine;
+    const auto overdueAfter = [&] { return scripted::backups::started().back().overdueAfter; };
+    const auto backUp = [&](std::initializer_list<int> lengths) {
+        for (const int length : lengths) {
+            REQUIRE(machine.startNow());
+            machine.advance(minutes(length));
+            machine.endBackup(0);
+        }
+    };
+    SUBCASE("few and short")
+    {
+        backUp({5});
+        CHECK_FALSE(overdueAfter());
+        backUp({4}); // after 5
+        CHECK(overdueAfter() == minutes(10));
+        backUp({6, 30}); // after 4, 5 and 6
+        CHECK(overdueAfter() == minutes(10));
+        backUp({0}); // after 4, 5, 6 and 30
+        CHECK(overdueAfter() == minutes(12));
+    }
+    SUBCASE("nine")
+    {
+        backUp({1, 60, 60, 60, 60, 20, 20, 20, 20, 0});
+        CHECK(overdueAfter() == minutes(40));
+    }
+    SUBCASE("not ten")
+    {
+        backUp({60, 60, 60, 60, 60, 20, 20, 20, 20, 20, 0});
+        CHECK(overdueAfter() == minutes(40));
+    }
 }
