@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <doctest/doctest.h>
 #include <filesystem>
+#include <functional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -114,6 +115,13 @@ TEST_CASE("a choice of nothing known is refused with what is wrong")
     CHECK(fault({{"Fields", Dictionary()}}) == SettingsFault{BRVErrorMissingValue, "Program", {}});
     CHECK(isWrong({{"Program", "borg"}, {"Fields", "all"}}, "Fields"));
     CHECK(fault({{"Program", "borg"}}) == SettingsFault{BRVErrorMissingValue, "Folders", {}});
+    for (const auto& value : {PropertyList(2), PropertyList(-1), PropertyList(0.5)})
+        CHECK(fault({{"PreventSleep", value}}) == SettingsFault{BRVErrorWrongType, "PreventSleep", "boolean", {}});
+    CHECK(fault({{"PreventSleep", 1}}) == std::nullopt);
+    CHECK(fault({{"Program", "sh"}})
+          == SettingsFault{BRVErrorWrongType, "Program", "backup program of the installation", {}});
+    CHECK(fault({{"Program", "borg"}, {"Fields", Array()}})
+          == SettingsFault{BRVErrorWrongType, "Fields", "dictionary", {}});
     CHECK(fault(withField("borg", "Arguments", Array())) == SettingsFault{BRVErrorUnknownKey, "Arguments", {}});
 }
 
@@ -192,6 +200,80 @@ TEST_CASE("nothing is written to, read from or run that somebody but the adminis
     CHECK(BackupPlan::executable(fake) == folder.file("own/run"));
 }
 
+namespace {
+
+// The characters with which a text is allowed.
+std::string allowedIn(const std::function<bool(char)>& isAllowed)
+{
+    std::string allowed;
+    for (int byte = 0; byte < 256; ++byte) {
+        if (isAllowed(static_cast<char>(byte)))
+            allowed += static_cast<char>(byte);
+    }
+    return allowed;
+}
+
+} // namespace
+
+TEST_CASE("a word has up to 64 letters, digits, hyphens and underscores, and no hyphen first")
+{
+    const auto isWord = [](const PropertyList& value) {
+        const auto found = fault(withField("rsnapshot", "Level", value));
+        CHECK((!found || *found == SettingsFault{BRVErrorWrongType, "Level", "word", {}}));
+        return !found;
+    };
+    CHECK(allowedIn([&](char character) { return isWord(std::string("a") + character); })
+          == "-0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz");
+    CHECK(isWord("a"));
+    CHECK(isWord("_-"));
+    CHECK_FALSE(isWord(""));
+    CHECK_FALSE(isWord("-a"));
+    CHECK(isWord(std::string(64, 'a')));
+    CHECK_FALSE(isWord(std::string(65, 'a')));
+    CHECK_FALSE(isWord(1));
+}
+
+TEST_CASE(
+    "a text is plain without braces and control characters, and has up to 4096 bytes; up to 1000 of them are taken")
+{
+    TemporaryDirectory folder;
+    const auto areTaken = [&](const PropertyList& excludes) {
+        auto fields = *borg(Array{"/home"}, folder.file("backups")).dictionaryForKey("Fields");
+        fields.set("Excludes", excludes);
+        const auto found = fault({{"Program", "borg"}, {"Fields", fields}});
+        CHECK((!found || (found->code == BRVErrorWrongType && found->key == "Excludes")));
+        return !found;
+    };
+    std::string expected;
+    for (int byte = 0x20; byte < 256; ++byte) {
+        if (byte != '{' && byte != '}' && byte != 0x7f)
+            expected += static_cast<char>(byte);
+    }
+    CHECK(allowedIn([&](char character) { return areTaken(Array{std::string(1, character)}); }) == expected);
+    CHECK_FALSE(areTaken(Array{""}));
+    CHECK(areTaken(Array{std::string(4096, 'a')}));
+    CHECK_FALSE(areTaken(Array{std::string(4097, 'a')}));
+    CHECK(areTaken(Array()));
+    CHECK(areTaken(Array(1000, "a")));
+    CHECK_FALSE(areTaken(Array(1001, "a")));
+    CHECK_FALSE(areTaken(Array{"a", 1}));
+    CHECK_FALSE(areTaken("a"));
+}
+
+TEST_CASE("the name of a service has up to 255 letters, digits and few other characters")
+{
+    CHECK(allowedIn([](char character) { return isBackupUnitName(std::string("a") + character + ".service"); })
+          == "-.0123456789:ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz");
+    CHECK(isBackupUnitName(std::string(247, 'a') + ".service"));
+    CHECK_FALSE(isBackupUnitName(std::string(248, 'a') + ".service"));
+    for (const char* name :
+         {"systemd.service", "systemdX.service", "com.zerkolin.service", "a-.service", "a.b.service"})
+        CHECK_MESSAGE(isBackupUnitName(name), name);
+    for (const char* name : {"", ".service", ".a.service", "-a.service", "a.services", "service", "systemd-a.service",
+                             "com.zerkolin.brevane.service"})
+        CHECK_FALSE_MESSAGE(isBackupUnitName(name), name);
+}
+
 TEST_CASE("a service is named as one, and is none that starts, stops or repairs the system")
 {
     for (const auto* const name : {"backup", "a@b.service", "-x.service", "../a.service", "a b.service", ".service",
@@ -211,6 +293,14 @@ TEST_CASE("a service is named as one, and is none that starts, stops or repairs 
     CHECK_FALSE(isBackupUnit(with("Dependencies=yes", "Dependencies=no")));
     CHECK_FALSE(isBackupUnit(with("Start=no", "Start=yes")));
     CHECK_FALSE(isBackupUnit(with("/lib/systemd", "/run/user/1000/systemd")));
+    for (const char* folder : {"/etc", "/usr/local/lib", "/usr/lib", "/lib"})
+        CHECK_MESSAGE(isBackupUnit(with("/lib/", std::string(folder) + "/")), folder);
+    CHECK_FALSE(isBackupUnit(with("/lib/systemd/system/", "/lib/systemd/user/")));
+    CHECK_FALSE(isBackupUnit(with("FragmentPath=", "FragmentPath")));
+    CHECK_FALSE(isBackupUnit(with("FragmentPath=", "OtherFragmentPath=")));
+    CHECK_FALSE(isBackupUnit(with("Type=oneshot\n", "")));
+    CHECK(isBackupUnit(with("Type=oneshot\n", "\nTypes=simple\nType=oneshot\nType=simple\n"))); // the first one
+    CHECK(isBackupUnit(good.substr(0, good.size() - 1)));
     CHECK_FALSE(isBackupUnit(""));
 }
 
