@@ -12,6 +12,7 @@
 #include <fstream>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace files = std::filesystem;
 using platform::Dictionary;
@@ -244,38 +245,48 @@ TEST_CASE("a signed package that leads outside, is damaged or is not newer is re
     machine.start();
     machine.serveFeed({{"Version", "2.0"}, {"HumanVersion", "2"}, {"Package", "Brevane.pkg"}});
     const auto before = treeBelow(machine.root());
-    for (const char* kind : {"dots",
-                             "dots-inside",
-                             "absolute",
-                             "link-up",
-                             "link-absolute",
-                             "link-chain",
-                             "through-link",
-                             "hard-link",
-                             "device",
-                             "pipe",
-                             "twice",
-                             "deep",
-                             "long-name",
-                             "unlisted",
-                             "missing",
-                             "list-dots",
-                             "list-less",
-                             "list-link-out",
-                             "list-link-over-settings",
-                             "list-link-beside-settings",
-                             "list-link-changed",
-                             "list-link-nowhere",
-                             "list-older",
-                             "list-same",
-                             "cut",
-                             "list-link-place",
-                             "list-no-version",
-                             "no-archive",
-                             "empty"}) {
+    const auto path = [](const std::string& name) { return "The path '" + name + "' in the package leads "; };
+    const std::string outside = "outside of it.";
+    const std::string notAsListed = "The package does not hold what its list says.";
+    const std::string noFile = "'evil' in the package is neither a file nor a folder nor a symbolic link.";
+    std::string deep = "d";
+    for (int depth = 1; depth < 100; ++depth)
+        deep += "/d";
+    using Row = std::pair<const char*, std::string>;
+    for (const auto& [kind, text] : {Row{"dots", path("../climbed") + outside},
+                                     Row{"dots-inside", path("share/../../climbed") + outside},
+                                     Row{"absolute", path(machine.file("climbed")) + outside},
+                                     Row{"link-up", "The link 'evil' in the package leads outside of it."},
+                                     Row{"link-absolute", "The link 'evil' in the package leads outside of it."},
+                                     Row{"link-chain", "The link 'm' in the package leads outside of it."},
+                                     Row{"through-link", path("way/file") + "through something that is no folder."},
+                                     Row{"hard-link", noFile},
+                                     Row{"device", noFile},
+                                     Row{"pipe", noFile},
+                                     Row{"twice", "'bin/brevane' is in the package twice."},
+                                     Row{"deep", path(deep) + outside},
+                                     Row{"long-name", path(std::string(300, 'n')) + outside},
+                                     Row{"unlisted", notAsListed},
+                                     Row{"missing", notAsListed},
+                                     Row{"list-dots", notAsListed},
+                                     Row{"list-less", notAsListed},
+                                     Row{"list-link-out", notAsListed},
+                                     Row{"list-link-over-settings", notAsListed},
+                                     Row{"list-link-beside-settings", notAsListed},
+                                     Row{"list-link-changed", notAsListed},
+                                     Row{"list-link-nowhere", notAsListed},
+                                     Row{"list-older", "The package holds version 0.9, which is not newer."},
+                                     Row{"list-same", "The package holds version 1.0, which is not newer."},
+                                     Row{"cut", "The package is damaged: truncated gzip input."},
+                                     Row{"list-link-place", notAsListed},
+                                     Row{"list-no-version", notAsListed},
+                                     Row{"no-archive", "The package is damaged: it is no archive."},
+                                     Row{"empty", "The package is damaged: it is no archive."}}) {
         CAPTURE(kind);
         machine.makePackage(machine.keyPath(), "2.0", kind);
-        checkFailure(install(machine), ZRKUpdaterErrorValidate, platform::POSIXErrorDomain, EBADMSG);
+        const auto reply = install(machine);
+        checkFailure(reply, ZRKUpdaterErrorValidate, platform::POSIXErrorDomain, EBADMSG);
+        CHECK(platform::localizedDescription(*errorIn(reply).underlying) == text);
         checkUntouched(machine);
     }
     CHECK(withoutRecords(treeBelow(machine.root())) == withoutRecords(before));
