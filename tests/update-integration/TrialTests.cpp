@@ -7,6 +7,7 @@
 #include <csignal>
 #include <doctest/doctest.h>
 #include <filesystem>
+#include <map>
 
 namespace files = std::filesystem;
 using platform::Dictionary;
@@ -30,6 +31,14 @@ platform::ServiceReply installOddHelper(UpdateMachine& machine, const std::strin
 bool isBack(UpdateMachine& machine)
 {
     return waitUntil([&] { return machine.wholeVersion() == "1.0" && !machine.isStaging(); });
+}
+
+// What a version consists of and keeps, without what is logged.
+std::map<std::string, std::string> libraryOf(const UpdateMachine& machine)
+{
+    auto tree = treeBelow(machine.root() + "/Library");
+    std::erase_if(tree, [](const auto& entry) { return entry.first.starts_with("/Logs"); });
+    return tree;
 }
 
 // As a kill of everything right after the exchange leaves it: version 2.0 in place, and 1.0 beside it.
@@ -76,16 +85,20 @@ TEST_CASE("when the new version does not come to serve, the old one is back by i
 {
     UpdateMachine machine;
     std::string kind;
+    int status = 0;
     SUBCASE("because it ends")
     {
         kind = "never-serves";
+        status = 1;
     }
     SUBCASE("because it takes too long")
     {
         kind = "endless-start";
+        status = -SIGKILL;
     }
     CHECK(recordIn(installOddHelper(machine, kind)).contains("Applied"));
     CHECK(isBack(machine));
+    CHECK(machine.helper().wait() == status);
     REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetAutoUpdates).has_value(); }));
     CHECK(machine.log().contains("Version 2.0 has not served a request. Version 1.0 is back."));
     machine.offer("2.1");
@@ -128,6 +141,31 @@ TEST_CASE("a new version that was cut off before it served is taken back by whoe
     machine.start();
     CHECK(machine.waitForTrial());
     CHECK(machine.wholeVersion() == "1.0");
+}
+
+TEST_CASE("nothing is taken back where nothing is on trial, or while another process has the trial in hand")
+{
+    UpdateMachine machine;
+    leaveOnTrial(machine);
+    const auto other = machine.root() + staging + "/other" + helperName;
+    const auto before = libraryOf(machine);
+    const auto takeBack = [&](const std::string& program) {
+        CHECK(ChildProcess({program, "--take-back", "--root", machine.root()}).wait() == 0);
+    };
+    {
+        ChildProcess holder({"flock", machine.root() + staging, "sh", "-c", "echo held; read line"});
+        REQUIRE(holder.readLine() == "held");
+        takeBack(other);
+        CHECK(libraryOf(machine) == before);
+    }
+    takeBack(other);
+    CHECK(machine.wholeVersion() == "1.0");
+    CHECK(machine.log().contains("The new version was not seen to serve a request. The old one is back."));
+    const auto after = libraryOf(machine);
+    takeBack(machine.product() + helperName);
+    const auto log = machine.log();
+    CHECK(log.find("The old one is back.") == log.rfind("The old one is back."));
+    CHECK(libraryOf(machine) == after);
 }
 
 TEST_CASE("a new version that was cut off and starts again is watched again until it serves")
