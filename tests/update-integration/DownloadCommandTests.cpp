@@ -65,6 +65,19 @@ TEST_CASE("the program that downloads keeps the limits of size and time, and tel
     CHECK(slow.outcome.error().reason.code == -1001);
 }
 
+TEST_CASE("a download that is too large by a byte ends with that byte")
+{
+    const UpdateMachine machine;
+    machine.answer("file", "trickle");
+    const auto begin = Clock::now();
+    const auto tooLarge = fetch(machine.url("file"), "1", "5");
+    REQUIRE_FALSE(tooLarge.outcome.has_value());
+    CHECK(tooLarge.outcome.error().fault == Download::Fault::TooLarge);
+    CHECK(tooLarge.outcome.error().reason.code == -1103);
+    CHECK(tooLarge.content == " ");
+    CHECK(Clock::now() - begin < std::chrono::seconds(4));
+}
+
 TEST_CASE("while a server says nothing the one who waits is asked, and the program ends when nobody reads")
 {
     const UpdateMachine machine;
