@@ -98,6 +98,7 @@ TEST_CASE("when the new version does not come to serve, the old one is back by i
     }
     CHECK(recordIn(installOddHelper(machine, kind)).contains("Applied"));
     CHECK(isBack(machine));
+    REQUIRE(waitUntil([&] { return !machine.helper().isRunning(); }));
     CHECK(machine.helper().wait() == status);
     REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetAutoUpdates).has_value(); }));
     CHECK(machine.log().contains("Version 2.0 has not served a request. Version 1.0 is back."));
