@@ -12,15 +12,15 @@ namespace helper {
 namespace {
 
 constexpr std::chrono::minutes installLimit{70}; // more than a download may take
-constexpr std::chrono::seconds helperLimit{20};
-constexpr std::chrono::minutes trialLimit{2}; // more than a new version has until it must serve
+constexpr std::chrono::minutes trialLimit{2};    // more than a new version has until it must serve
 constexpr std::chrono::milliseconds askAgain{50};
 constexpr std::chrono::seconds lookAgain{1};
 
 } // namespace
 
-PostUpdate::PostUpdate(std::unique_ptr<ProductWatch> watch)
+PostUpdate::PostUpdate(std::unique_ptr<ProductWatch> watch, std::chrono::milliseconds helperLimit)
     : _watch(std::move(watch)),
+      _helperLimit(helperLimit),
       _oldVersion(_watch->installedVersion())
 {
 }
@@ -59,7 +59,7 @@ bool PostUpdate::waitForNewVersion()
 bool PostUpdate::waitForHelper() const
 {
     auto messager = BRVHelperMessager::create();
-    for (const auto end = Clock::now() + helperLimit; Clock::now() < end; std::this_thread::sleep_for(askAgain)) {
+    for (const auto end = Clock::now() + _helperLimit; Clock::now() < end; std::this_thread::sleep_for(askAgain)) {
         if (messager->sendSynchronousMessage(BRVMessageGetAutoUpdates))
             return true;
     }

@@ -14,7 +14,9 @@ public:
         NotStarted,
     };
 
-    explicit PostUpdate(std::unique_ptr<ProductWatch> watch);
+    // The limit is for the new helper's first answer.
+    explicit PostUpdate(std::unique_ptr<ProductWatch> watch,
+                        std::chrono::milliseconds helperLimit = std::chrono::seconds(20));
 
     Outcome run();
 
@@ -26,6 +28,7 @@ private:
     bool waitForHelper() const;
 
     const std::unique_ptr<ProductWatch> _watch;
+    const std::chrono::milliseconds _helperLimit;
     const std::optional<VersionNumber> _oldVersion;
 };
 
