@@ -542,3 +542,21 @@ TEST_CASE("a backup takes long after twice the middle one of the latest nine len
         CHECK(overdueAfter() == minutes(40));
     }
 }
+
+TEST_CASE("a zone that nobody knows, and a computer that cannot be kept awake, are errors in the log")
+{
+    EnforcedMachine machine(EnforcedMachine::everyMinutes(5));
+    ZRKLogInit("com.zerkolin.brevane", "scheduler");
+    machine.chooseProgram(true, true);
+    logged();
+    scripted::clock::setZone("Nowhere/At All");
+    machine.flush();
+    CHECK(logged() == Texts{"error: The time zone 'Nowhere/At All' is not known."});
+    scripted::conditions::setInhibitable(false);
+    machine.advance(minutes(5));
+    CHECK(machine.isUnderWay());
+    const auto texts = logged();
+    REQUIRE(texts.size() == 2);
+    CHECK(texts[0] == "Started the backup of 00:05.");
+    CHECK(texts[1].starts_with("error: The computer may fall asleep during the backup: "));
+}

@@ -1,6 +1,8 @@
+#include "diagnostics/log/ZRKLog.h"
 #include "helper/enforcement/SnapshotKeeper.h"
 #include "tests/platform/ScriptedClock.h"
 #include "tests/platform/ScriptedPlatform.h"
+#include "tests/platform/ScriptedSystemLog.h"
 #include "tests/support/TemporaryDirectory.h"
 
 #include <doctest/doctest.h>
@@ -33,6 +35,8 @@ public:
     }
     std::expected<void, std::string> remove(const std::string& path) override
     {
+        if (isFailing)
+            return std::unexpected("it is held");
         removed.push_back(path);
         there.erase(path);
         return {};
@@ -129,4 +133,36 @@ TEST_CASE("a volume whose snapshot failed is not tried again at once")
     keeper.look();
     REQUIRE(keeper.stop(std::chrono::seconds(20)));
     CHECK(kept.snapshots->attempts == 1);
+}
+
+TEST_CASE("what becomes of snapshots is told in the log, failures as errors")
+{
+    Kept kept;
+    kept.volumes = {"/one"};
+    ZRKLogInit("com.zerkolin.brevane", "scheduler");
+    const auto keepAndTell = [&] {
+        scripted::log::reset();
+        kept.keep();
+        Strings texts;
+        for (const auto& message : scripted::log::messages()) {
+            if (message.sink == scripted::log::Sink::Unified)
+                texts.push_back((message.type == LogLevelError ? "error: " : "") + message.text);
+        }
+        return texts;
+    };
+    CHECK(keepAndTell() == Strings{"Made the local snapshot '/one@1'."});
+    kept.snapshots->isFailing = true;
+    scripted::clock::advance(std::chrono::hours(1));
+    CHECK(keepAndTell() == Strings{"error: No local snapshot of '/one' was made: the volume is full."});
+    kept.snapshots->isFailing = false;
+    scripted::clock::advance(std::chrono::hours(1));
+    CHECK(keepAndTell() == Strings{"Made the local snapshot '/one@2'."});
+    scripted::clock::advance(std::chrono::hours(24));
+    // It has looked at what is old before it was enabled.
+    CHECK(keepAndTell() == Strings{"Removed the old local snapshot '/one@1'.", "Made the local snapshot '/one@3'."});
+    scripted::clock::advance(std::chrono::hours(25));
+    kept.snapshots->isFailing = true;
+    CHECK(keepAndTell()
+          == Strings{"error: The old local snapshot '/one@2' could not be removed: it is held.",
+                     "error: No local snapshot of '/one' was made: the volume is full."});
 }
