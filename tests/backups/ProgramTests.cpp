@@ -152,6 +152,21 @@ TEST_CASE("backups are written to no folder of the system's, whichever way it is
         CAPTURE(path);
         CHECK(isWrong(borg(Array{"/home"}, path), "Repository"));
     }
+    for (const std::string path :
+         {"/bin",    "/boot",      "/dev",          "/etc",       "/lib",     "/lib32",      "/lib64",
+          "/libx32", "/proc",      "/sbin",         "/sys",       "/usr",     "/var/lib",    "/var/run",
+          "/run",    "/root/.ssh", "/root/.config", "/var/spool", "/var/log", "/opt/brevane"}) {
+        const SettingsFault expected{
+            BRVErrorWrongType, "Repository", "folder for backups, outside of the system's own", {}};
+        CHECK_MESSAGE(fault(borg(Array{"/home"}, path)) == expected, path);
+        CHECK_MESSAGE(fault(borg(Array{"/home"}, path + "/x")) == expected, path);
+    }
+    for (const char* path : {"/", "/root", "/home", "/var"})
+        CHECK_MESSAGE(isWrong(borg(Array{"/home"}, path), "Repository"), path);
+    if (geteuid() == 0) { // who may write there is looked at
+        for (const char* path : {"/binary", "/srv", "/root/backups", "/var/backups", "/opt/brevane-backups"})
+            CHECK_MESSAGE(fault(borg(Array{"/home"}, path)) == std::nullopt, path);
+    }
     CHECK(fault(borg(Array{"/home"}, folder.file("etc"))) == std::nullopt);
 }
 
@@ -365,6 +380,65 @@ TEST_CASE("a program that is not installed, or has no settings, is told in a sen
     CHECK(BackupPlan::job(program, {{"Level", "a b"}}, "a-1").error() == "The value \"Level\" is no word.");
     CHECK(BackupPlan::job(program, {{"Level", "daily"}}, "a-1")->commands
           == std::vector<std::vector<std::string>>{{"/bin/true"}});
+    CHECK(BackupPlan::job(program, {{"Other", "daily"}}, "a-1").error() == "The value \"Other\" is not known.");
+    program.fields = {{"Unit", "Unit", true}};
+    CHECK(BackupPlan::job(program, {{"Unit", "brevane-test-none.service"}}, "a-1").error()
+          == "The service \"brevane-test-none.service\" is not there, or none that makes a backup.");
+}
+
+TEST_CASE("a description is read with all that it says")
+{
+    const auto read = [](const Dictionary& content) { return ProgramDescription::inDictionary("prog", content); };
+    Dictionary content{{"Name", "Prog"},
+                       {"Recommended", true},
+                       {"Package", "package"},
+                       {"Executables", Array{"/a", "/b"}},
+                       {"Arguments", Array{"c"}},
+                       {"Environment", Array{"D=e"}},
+                       {"Needs", Array{"/f"}},
+                       {"PreparedPath", "/g"},
+                       {"Preparation", Array{"h", "i"}},
+                       {"Warnings", Array{1, 24}},
+                       {"Fields",
+                        Array{Dictionary{{"Key", "K"}, {"Kind", "Word"}, {"Required", true}},
+                              Dictionary{{"Key", "L"}, {"Kind", "Unit"}}}},
+                       {"Place", "Here."},
+                       {"Restore", "prog restore"}};
+    const auto program = read(content);
+    REQUIRE(program);
+    CHECK(program->identifier == "prog");
+    CHECK(program->name == "Prog");
+    CHECK(program->isRecommended);
+    CHECK(program->package == "package");
+    CHECK(program->executables == std::vector<std::string>{"/a", "/b"});
+    CHECK(program->arguments == std::vector<std::string>{"c"});
+    CHECK(program->environment == std::vector<std::string>{"D=e"});
+    CHECK(program->needs == std::vector<std::string>{"/f"});
+    CHECK(program->preparedPath == "/g");
+    CHECK(program->preparation == std::vector<std::string>{"h", "i"});
+    CHECK(program->warnings == std::vector<int>{1, 24});
+    REQUIRE(program->fields.size() == 2);
+    CHECK(program->field("K") == &program->fields[0]);
+    CHECK(program->fields[0].kind == "Word");
+    CHECK(program->fields[0].isRequired);
+    CHECK_FALSE(program->fields[1].isRequired);
+    CHECK_FALSE(program->field("M"));
+    CHECK(program->place == "Here.");
+    CHECK(program->restore == "prog restore");
+
+    const auto isTaken = [&](const char* key, const PropertyList& value) {
+        auto other = content;
+        other.set(key, value);
+        return read(other).has_value();
+    };
+    for (const char* kind : {"Folders", "Destination", "Patterns", "SecretFile", "Word", "Unit"})
+        CHECK_MESSAGE(isTaken("Fields", Array{Dictionary{{"Key", "K"}, {"Kind", kind}}}), kind);
+    CHECK_FALSE(isTaken("Fields", Array{Dictionary{{"Key", "K"}, {"Kind", "Command"}}}));
+    CHECK_FALSE(isTaken("Fields", Array{Dictionary{{"Kind", "Word"}}}));
+    CHECK_FALSE(isTaken("Executables", Array{"/a", "b"}));
+    CHECK_FALSE(isTaken("Executables", Array()));
+    CHECK_FALSE(isTaken("Name", ""));
+    CHECK_FALSE(read({{"Name", "Prog"}, {"Executables", Array{"/a"}}})->isRecommended);
 }
 
 TEST_CASE_FIXTURE(RunnerFixture, "borg makes its repository, backs up twice, and gives the file back")
