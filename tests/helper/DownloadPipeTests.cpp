@@ -66,7 +66,10 @@ void checkCutOff(const std::string& text)
     const auto received = receive(text);
     REQUIRE_FALSE(received.outcome.has_value());
     CHECK(received.outcome.error().fault == Fault::Network);
+    CHECK(received.outcome.error().reason.domain == "NSURLErrorDomain");
     CHECK(received.outcome.error().reason.code == -1);
+    CHECK(platform::localizedDescription(received.outcome.error().reason)
+          == "The process that downloads ended before its work.");
 }
 
 std::span<const std::uint8_t> bytesOf(const std::string& text)
@@ -131,6 +134,7 @@ TEST_CASE("more than the limit is refused, whatever the process that downloads l
     REQUIRE_FALSE(received.outcome.has_value());
     CHECK(received.outcome.error().fault == Fault::TooLarge);
     CHECK(received.outcome.error().reason.code == -1103);
+    CHECK(platform::localizedDescription(received.outcome.error().reason) == "The answer is too large.");
     CHECK(received.content == "1234567");
 }
 
@@ -154,6 +158,8 @@ TEST_CASE("whoever gives up is asked at each sign of life")
     CHECK(count == 2);
     REQUIRE_FALSE(received.outcome.has_value());
     CHECK(received.outcome.error().fault == Fault::Network);
+    CHECK(received.outcome.error().reason.code == -1);
+    CHECK(platform::localizedDescription(received.outcome.error().reason) == "Nobody waits for the download any more.");
 }
 
 TEST_CASE("what cannot be kept ends the download with the system's error")

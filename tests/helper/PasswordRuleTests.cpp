@@ -1,3 +1,4 @@
+#include "diagnostics/log/ZRKLog.h"
 #include "helper/DefaultRights.h"
 #include "helper/linux/PolkitRules.h"
 #include "helper/PasswordRule.h"
@@ -25,6 +26,7 @@ namespace {
 struct Machine {
     TemporaryDirectory root;
     EnvironmentVariable variable{"BREVANE_ROOT", root.path()};
+    EnvironmentVariable home{"HOME", root.file("home")};
     std::string rules = root.write("rules.d/10-other.rules", "").substr(0, root.path().size() + 8);
     std::string file = rules + "/49-com.zerkolin.brevane.rules";
     std::string store = root.file("Library/Preferences/com.zerkolin.brevane.rights.plist");
@@ -58,6 +60,7 @@ TEST_CASE("what agrees is left as it is at the start")
 TEST_CASE("a rules file without the stored rule is removed at the start")
 {
     Machine machine;
+    ZRKLogInit("com.zerkolin.brevane.tests", "rules");
     REQUIRE(machine.rule.setAllowsWithoutPassword(true).has_value());
     REQUIRE(ZRKAuthorizationManager::setAuthorizationRights(
                 {{BRVRightModifySettings1, {{"rule", Array{"authenticate-admin"}}}}})
@@ -65,6 +68,8 @@ TEST_CASE("a rules file without the stored rule is removed at the start")
     REQUIRE(machine.rule.takeStricter().has_value());
     CHECK_FALSE(machine.isWritten());
     CHECK(machine.storedRule() == "authenticate-admin");
+    const auto text = "The stored rule and '" + machine.file + "' disagree; changing settings needs a password.\n";
+    CHECK(contentOfFile(ZRKLogGetParentPath() + "/rules.log").ends_with(text));
 }
 
 TEST_CASE("a stored rule without its rules file asks for the password again from the start on")

@@ -435,7 +435,10 @@ TEST_CASE("the helper says how it is used, every option of it")
     CHECK(usage.starts_with("usage: "));
     for (const char* option : {"--root PATH", "--updates FILE", "--rules FOLDER", "--snapshot VOLUME"})
         CHECK_MESSAGE(usage.contains(std::string("\n  ") + option + " "), option);
-    CHECK(usage.contains("\n  --remove-snapshot PATH\n"));
+    for (const char* option : {"--remove-snapshot PATH", "--download URL SIZE SECONDS SILENCE"})
+        CHECK_MESSAGE(usage.contains(std::string("\n  ") + option + "\n"), option);
+    for (const char* option : {"--simulate FILE", "--self-check", "--take-back"})
+        CHECK_MESSAGE(usage.contains(std::string("\n  ") + option + " "), option);
     CHECK(help.wait() == 0);
 }
 
@@ -611,4 +614,26 @@ TEST_CASE("whether a password is needed is said in plain words")
                     .dictionary());
     CHECK(helper.log().contains("Changing settings needs no password."));
     CHECK(helper.log().contains("Changing settings needs a password."));
+}
+
+TEST_CASE("whether updates come by themselves, and which program backs up, is said in plain words")
+{
+    RunningHelper helper(Answer::Authorized);
+    for (bool enabled : {true, false})
+        REQUIRE(resultIn(helper.send({{"message", BRVMessageSetAutoUpdates},
+                                      {"auth", ownToken()},
+                                      {"payload", binaryData(Dictionary{{"Enabled", enabled}})}}))
+                    .dictionary());
+    for (const auto& choice : {Dictionary{{"Program", "btrbk"}}, Dictionary()})
+        REQUIRE(resultIn(helper.send({{"message", BRVMessageSetBackupProgram},
+                                      {"auth", ownToken()},
+                                      {"payload", binaryData(choice)}}))
+                    .dictionary());
+    const auto log = helper.log();
+    std::size_t at = 0;
+    for (const char* text : {"Automatic updates are on.\n", "Automatic updates are off.\n",
+                             "The backup program is now btrbk.\n", "The backup program is now none.\n"}) {
+        at = log.find(text, at);
+        CHECK_MESSAGE(at != std::string::npos, text);
+    }
 }
