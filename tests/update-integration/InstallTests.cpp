@@ -94,7 +94,13 @@ TEST_CASE("an update replaces the installation, and the helper goes on as the ne
     REQUIRE(waitUntil([&] { return machine.send(BRVMessageGetAutoUpdates).has_value(); }));
     CHECK(recordIn(machine.send(BRVMessageGetAutoUpdates)) == Dictionary{{"Enabled", true}});
     CHECK(machine.log().contains("Running version 1.0."));
-    CHECK(machine.log().contains("Running version 2.0."));
+    const auto log = machine.log();
+    std::size_t at = 0;
+    for (const char* text : {"Installing version 2.0.\n", "The new version is installed.\n",
+                             "The new version takes over.\n", "Running version 2.0.\n"}) {
+        at = log.find(text, at);
+        CHECK_MESSAGE(at != std::string::npos, text);
+    }
     checkError(machine.send(BRVMessageCheckForUpdates), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
     checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorUpToDate);
 
@@ -303,8 +309,32 @@ TEST_CASE("what was not installed cannot be updated or uninstalled")
     machine.start();
     const auto before = treeBelow(machine.product());
     checkError(install(machine), ZRKUpdaterErrorDomain, ZRKUpdaterErrorCannotUpdateNow);
-    checkError(machine.send(BRVMessageUninstall), platform::POSIXErrorDomain, ENOENT);
+    const auto reply = machine.send(BRVMessageUninstall);
+    checkError(reply, platform::POSIXErrorDomain, ENOENT);
+    CHECK(platform::localizedDescription(errorIn(reply))
+          == "There is no installation below '" + machine.root() + "'. No such file or directory.");
     CHECK(treeBelow(machine.product()) == before);
+}
+
+TEST_CASE("an install waits for the end of a trial no longer than a trial takes")
+{
+    UpdateMachine machine;
+    machine.writeConfiguration({{"Trial", 1}});
+    machine.start();
+    machine.offer("2.0");
+    const auto staging = machine.root() + "/Library/.com.zerkolin.brevane.update";
+    files::create_directory(staging);
+    {
+        ChildProcess holder({"flock", staging, "sh", "-c", "echo held; read line"});
+        REQUIRE(holder.readLine() == "held");
+        const auto reply = install(machine);
+        checkFailure(reply, ZRKUpdaterErrorInstall, platform::POSIXErrorDomain, EBUSY);
+        CHECK(platform::localizedDescription(*errorIn(reply).underlying)
+              == "The version in place is still on trial. Device or resource busy.");
+        CHECK(machine.wholeVersion() == "1.0");
+        CHECK(files::is_empty(staging));
+    }
+    CHECK(waitUntil([&] { return install(machine).has_value() && machine.wholeVersion() == "2.0"; }));
 }
 
 TEST_CASE("an install needs the right to change settings")

@@ -143,6 +143,7 @@ TEST_CASE("an uninstallation removes the package alone, and no setting")
     CHECK(machine.called() == "RemovePackages 0 brevane;1.0;amd64;installed:debian-stable 0 0");
     CHECK(treeBelow(machine.root() + "/Library/Preferences") == before);
     CHECK(machine.wholeVersion() == "1.0"); // the files are the package manager's
+    CHECK(machine.log().contains("The package is being removed.\n"));
     CHECK(machine.helper().wait() == 0);
 }
 

@@ -8,6 +8,7 @@
 #include <doctest/doctest.h>
 #include <filesystem>
 #include <map>
+#include <sysexits.h>
 
 namespace files = std::filesystem;
 using platform::Dictionary;
@@ -186,9 +187,16 @@ TEST_CASE("a helper checks by itself whether it could work, and changes nothing"
     const auto before = treeBelow(machine.root());
     const auto program = machine.product() + helperName;
     CHECK(ChildProcess({program, "--self-check", "--root", machine.root()}).wait() == 0);
-    CHECK(ChildProcess({program, "--self-check", "--root"}).wait() != 0);
-    CHECK(ChildProcess({program, "--self-check"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent"}}).wait() != 0);
+    const auto refusal = [&](const std::string& options, int status) {
+        ChildProcess check({"sh", "-c", "\"$0\" --self-check " + options + " 2>&1", program});
+        const auto text = check.readAll();
+        CHECK(check.wait() == status);
+        return text;
+    };
+    CHECK(refusal("--root", EX_USAGE) == "The arguments are not understood.\n");
+    CHECK(ChildProcess({program, "--self-check"}, {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent"}}).wait()
+          == EX_UNAVAILABLE);
     CHECK(treeBelow(machine.root()) == before);
     files::remove(machine.product() + "/installation.plist");
-    CHECK(ChildProcess({program, "--self-check"}).wait() != 0);
+    CHECK(refusal("", EX_CONFIG) == "There is no list of this version in '" + machine.product() + "'.\n");
 }
