@@ -35,6 +35,14 @@ TEST_CASE("the settings of Time Machine tell the newest backup of all disks and 
         Dictionary{{"SnapshotDates", Array{dateOf(100), dateOf(300), dateOf(200)}}, {"RESULT", 0}},
         Dictionary{{"SnapshotDates", Array{dateOf(250)}}, {"AttemptDates", Array{dateOf(400)}}, {"RESULT", 26}}};
     CHECK(BackupMemory::inDestinations(destinations) == memory(300, 26));
+    const auto resultAfter = [](std::int64_t first, std::int64_t second) {
+        return BackupMemory::inDestinations(Array{Dictionary{{"AttemptDates", Array{dateOf(first)}}, {"RESULT", 1}},
+                                                  Dictionary{{"SnapshotDates", Array{dateOf(second)}}, {"RESULT", 2}}})
+            ->result;
+    };
+    CHECK(resultAfter(401, 400) == 1);
+    CHECK(resultAfter(400, 400) == 2); // the later one in the list
+    CHECK(resultAfter(399, 400) == 2);
 }
 
 TEST_CASE("settings without backups tell that there are none")
@@ -96,6 +104,7 @@ TEST_CASE("what is noted of a backup is read as it was written")
     CHECK(BackupNote::inDictionary(note.dictionary()) == note);
     note.hasEnded = true;
     note.trace.newestBefore.reset();
+    note.trace.wasStopping = true;
     note.outcome = {.status = 1, .reason = "it was stopped."};
     CHECK(BackupNote::inDictionary(note.dictionary()) == note);
     CHECK_FALSE(BackupNote::inDictionary({}));

@@ -56,6 +56,9 @@ TEST_CASE("a backup that was told to stop is running until it has")
     CHECK(stopping.isRunning);
     CHECK(stopping.isStopping);
     CHECK_FALSE(status("{ Running = 0; Stopping = 1; }").isStopping);
+    CHECK_FALSE(status("{ Running = 1; }").isStopping);
+    CHECK_FALSE(status("{ BackupPhase = Copying; Running = 0; }").isRunning);
+    CHECK_FALSE(status("{ Running = soon; }").isRunning);
 }
 
 TEST_CASE("every phase of a backup counts as running, and only the copying and later ones as having copied")
@@ -67,7 +70,8 @@ TEST_CASE("every phase of a backup counts as running, and only the copying and l
         CHECK_MESSAGE(found.isRunning, phase);
         CHECK_FALSE_MESSAGE(found.isCopying(), phase);
     }
-    for (const char* const phase : {"Copying", "LazyThinning", "Finishing", "ThinningPostBackup"}) {
+    for (const char* const phase :
+         {"Copying", "LazyThinning", "Finishing", "ThinningPostBackup", "DeletingOldBackups"}) {
         const auto found = status(std::string("{ BackupPhase = ") + phase + "; Running = 1; }");
         CHECK_MESSAGE(found.isRunning, phase);
         CHECK_MESSAGE(found.isCopying(), phase);
