@@ -46,7 +46,22 @@ TEST_CASE("a path inside is made of names alone")
         CHECK(isPathInside(path));
     for (const char* path : {"", "/", "/a", "a/", "a//b", ".", "..", "a/..", "a/../b", "../a", "./a", "a/."})
         CHECK_FALSE(isPathInside(path));
-    CHECK_FALSE(isPathInside(std::string(300, 'n')));
+    CHECK(isPathInside(std::string(255, 'n')));
+    CHECK_FALSE(isPathInside(std::string(256, 'n')));
+    const auto deep = [](int depth) {
+        std::string path = "d";
+        for (int count = 1; count < depth; ++count)
+            path += "/d";
+        return path;
+    };
+    CHECK(isPathInside(deep(64)));
+    CHECK_FALSE(isPathInside(deep(65)));
+    std::string longest = std::string(255, 'n');
+    while (longest.size() < 4095 - 256)
+        longest += "/" + std::string(255, 'n');
+    longest += "/" + std::string(4094 - longest.size(), 'n');
+    CHECK(isPathInside(longest));
+    CHECK_FALSE(isPathInside(longest + "n"));
     CHECK_FALSE(isPathInside(std::string_view("a\0b", 3)));
 }
 
@@ -75,6 +90,37 @@ TEST_CASE("an address means what it means beside the feed, and is never less tru
     CHECK_FALSE(Download::resolve("file:///etc/passwd", "http://updates.example/"));
     CHECK(Download::resolve("https://updates.example/a", "http://updates.example/") == "https://updates.example/a");
     CHECK(Download::resolve("Brevane.pkg", "file:///srv/update.plist") == "file:///srv/Brevane.pkg");
+}
+
+TEST_CASE("a feed's texts have up to 2048 bytes, and its numbers their ranges; what it does not say is usual")
+{
+    const auto read = [](const char* key, platform::PropertyList value) {
+        Dictionary feed{{"Version", "2.0"}, {"HumanVersion", "Two"}, {"Package", "Brevane.pkg"}};
+        feed.set(key, std::move(value));
+        return UpdateFeed::informationInFeed(*platform::binaryPropertyList(feed), "https://updates.example/feed");
+    };
+    const auto usual = read("Unknown", 1);
+    REQUIRE(usual);
+    CHECK(usual->version == VersionNumber::parse("2"));
+    CHECK(usual->package == "https://updates.example/Brevane.pkg");
+    CHECK(usual->size == 0);
+    CHECK(usual->share == 100);
+    CHECK(usual->reply == Dictionary{{"Version", "2.0"}, {"HumanVersion", "Two"}});
+    for (const char* key : {"HumanVersion", "Package"}) {
+        CHECK(read(key, std::string(2048, 'x')));
+        CHECK_FALSE(read(key, std::string(2049, 'x')));
+        CHECK_FALSE(read(key, ""));
+    }
+    constexpr std::int64_t largest = std::int64_t(1) << 30;
+    CHECK(read("Size", largest)->size == std::uint64_t(largest));
+    CHECK_FALSE(read("Size", largest + 1));
+    CHECK_FALSE(read("Size", -1));
+    for (const int share : {0, 1, 100})
+        CHECK(read("Share", share)->share == share);
+    CHECK_FALSE(read("Share", 101));
+    CHECK_FALSE(read("Share", -1));
+    CHECK_FALSE(read("Share", "100"));
+    CHECK(read("URL", "https://updates.example/by-hand")->reply.contains("URL"));
 }
 
 TEST_CASE("a machine keeps its place in a roll-out, and has another in the next one")
