@@ -2,7 +2,7 @@
 #include "protocol/ErrorCodes.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/schedule/EditingModel.h"
-#include "tests/schedule/Instrumented.h"
+#include "tests/support/Instrumented.h"
 #include "tests/shell/support/RowsUser.h"
 
 #include <doctest/doctest.h>
