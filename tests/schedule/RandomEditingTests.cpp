@@ -2,8 +2,8 @@
 #include "protocol/ErrorCodes.h"
 #include "tests/platform/ScriptedPreferences.h"
 #include "tests/schedule/EditingModel.h"
-#include "tests/support/Instrumented.h"
 #include "tests/shell/support/RowsUser.h"
+#include "tests/support/Instrumented.h"
 
 #include <doctest/doctest.h>
 #include <random>
