@@ -9,9 +9,21 @@ namespace platform {
 Dictionary::Dictionary() = default;
 Dictionary::Dictionary(const Dictionary& other) = default;
 Dictionary::Dictionary(Dictionary&& other) noexcept = default;
-Dictionary& Dictionary::operator=(const Dictionary& other) = default;
-Dictionary& Dictionary::operator=(Dictionary&& other) noexcept = default;
 Dictionary::~Dictionary() = default;
+
+// The other one may be a part of this one, which goes with what this one held.
+Dictionary& Dictionary::operator=(const Dictionary& other)
+{
+    return *this = Dictionary(other);
+}
+
+Dictionary& Dictionary::operator=(Dictionary&& other) noexcept
+{
+    Dictionary taken(std::move(other));
+    std::swap(_keys, taken._keys);
+    std::swap(_values, taken._values);
+    return *this;
+}
 
 Dictionary::Dictionary(std::initializer_list<Member> members)
 {

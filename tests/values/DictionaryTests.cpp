@@ -166,6 +166,19 @@ TEST_CASE("a dictionary can be assigned to itself and to a part of itself")
     CHECK(dictionary.contains("inner"));
     dictionary = *dictionary.dictionaryForKey("inner");
     CHECK(keysOf(dictionary) == std::vector<std::string>{"a"});
+    CHECK(dictionary.integerForKey("a") == 1);
+}
+
+TEST_CASE("a dictionary can take a part of itself in its own place, with more values than it had and with fewer")
+{
+    for (const int count : {1, 5}) {
+        Dictionary dictionary{{"inner", numbered(count)}, {"other", 1}};
+        Dictionary copied = dictionary;
+        copied = *copied.dictionaryForKey("inner");
+        CHECK(copied == numbered(count));
+        dictionary = std::move(const_cast<Dictionary&>(*dictionary.dictionaryForKey("inner")));
+        CHECK(dictionary == numbered(count));
+    }
 }
 
 TEST_CASE("dictionaries of the same keys and values are equal in any order")
