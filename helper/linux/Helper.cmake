@@ -13,9 +13,10 @@ brevane_library(brevane_helper
 set(process linux/program/SystemProcess.cpp)
 set(watch linux/postupdate)
 
-# Programs that run from the build find the backup programs' descriptions in the source tree.
-set_source_files_properties(linux/programs/ProgramCatalog.cpp PROPERTIES
-    COMPILE_DEFINITIONS "BREVANE_SOURCE_PROGRAMS=\"${CMAKE_SOURCE_DIR}/resources/programs\"")
+if(BREVANE_RUNS_FROM_BUILD)
+    set_source_files_properties(linux/programs/ProgramCatalog.cpp PROPERTIES
+        COMPILE_DEFINITIONS "BREVANE_SOURCE_PROGRAMS=\"${CMAKE_SOURCE_DIR}/resources/programs\"")
+endif()
 
 # What runs a backup program, in a process of its own.
 brevane_library(brevane_backupd FOLDERS linux/backupd LINKS brevane_version brevane_base)

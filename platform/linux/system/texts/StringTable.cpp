@@ -114,10 +114,12 @@ std::string resourceFolder()
     if (const char* named = variable("BREVANE_RESOURCES"))
         return named;
     auto folder = programFolder() + "/../share/brevane/resources";
+#ifdef BREVANE_SOURCE_RESOURCES
     struct stat status{};
-    if (::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
-        return folder;
-    return BREVANE_SOURCE_RESOURCES;
+    if (::stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+        return BREVANE_SOURCE_RESOURCES;
+#endif
+    return folder;
 }
 
 } // namespace platform
