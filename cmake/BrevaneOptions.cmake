@@ -77,6 +77,10 @@ endif()
 if(NOT APPLE)
     target_compile_options(brevane_options INTERFACE -ffunction-sections -fdata-sections)
     target_link_options(brevane_options INTERFACE -Wl,--gc-sections)
+    # gcc does not order a precompiled header's debug information alike each time, and a program's build ID hashes it.
+    if(NOT BREVANE_RUNS_FROM_BUILD)
+        target_link_options(brevane_options INTERFACE -Wl,--strip-debug)
+    endif()
 endif()
 
 # Everything reports its branches to the fuzzer; only the fuzzers themselves take its main function.
