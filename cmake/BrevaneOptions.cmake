@@ -5,7 +5,7 @@ if(APPLE)
 endif()
 option(BREVANE_TESTS "Build the tests and benchmarks" ${BREVANE_TESTS_DEFAULT})
 option(BREVANE_FUZZ "Build the fuzzers (needs clang)" OFF)
-option(BREVANE_BATCHES "Compile several sources of the tests and of BATCHED rooms at once: quicker from nothing, slower after a change" OFF)
+option(BREVANE_BATCHES "Compile several sources of a library or of the tests at once: quicker from nothing, slower after a change" OFF)
 # Not for what is packaged: it is to read nothing of the folder in which it was built, which may be anybody's elsewhere.
 option(BREVANE_RUNS_FROM_BUILD "Programs that are not installed find texts and descriptions in the source tree" ON)
 set(BREVANE_SANITIZE "" CACHE STRING "Sanitizers, comma separated, as -fsanitize= takes them")

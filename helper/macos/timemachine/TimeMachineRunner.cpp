@@ -39,7 +39,7 @@ struct TimeMachineRunner::State : std::enable_shared_from_this<State> {
           file(parts.file, isNote)
     {
         telling.emplace(std::move(toldOn), std::move(handler));
-        (void)platform::createFolder(parts.file.substr(0, parts.file.rfind('/')));
+        (void)platform::createFolder(platform::parentOf(parts.file));
         const auto content = file.open();
         note = content ? BackupNote::inDictionary(*content) : std::nullopt;
     }

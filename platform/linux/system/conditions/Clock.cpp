@@ -1,6 +1,7 @@
 #include "platform/Clock.h"
 
 #include "platform/FileDescriptor.h"
+#include "platform/Folder.h"
 #include "platform/linux/system/conditions/ConditionsBus.h"
 #include "platform/linux/system/conditions/LoginService.h"
 #include "platform/linux/system/conditions/SystemFiles.h"
@@ -93,12 +94,11 @@ public:
     {
         const auto path = machinePath(zoneFile);
         constexpr std::uint32_t mask = IN_CREATE | IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE;
-        _source = ConditionsThread::shared().watchFile(
-            path.substr(0, path.rfind('/')), mask, [this](const inotify_event& event) {
-                const std::string_view name = event.len > 0 ? event.name : "";
-                if (name == "localtime" || name == "timezone")
-                    look();
-            });
+        _source = ConditionsThread::shared().watchFile(parentOf(path), mask, [this](const inotify_event& event) {
+            const std::string_view name = event.len > 0 ? event.name : "";
+            if (name == "localtime" || name == "timezone")
+                look();
+        });
         _service.follow();
     }
 
@@ -219,7 +219,7 @@ std::string timeZoneName()
     const std::string_view linked(target, static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
     if (const auto found = linked.rfind(folder); found != std::string_view::npos)
         return std::string(linked.substr(found + folder.size()));
-    const auto name = firstLine(path.substr(0, path.rfind('/')) + "/timezone");
+    const auto name = firstLine(parentOf(path) + "/timezone");
     return name.empty() ? "UTC" : name;
 }
 
